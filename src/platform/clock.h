@@ -1,0 +1,19 @@
+#pragma once
+
+namespace pellow {
+
+using Seconds = double;
+
+// The only clock of the program.
+class Clock {
+ public:
+  virtual ~Clock() = default;
+
+  // Seconds since a moment of the platform's choice; never goes back. Any thread.
+  virtual Seconds now() const = 0;
+
+  // Blocks the calling thread. Meant for serial queues and for the direct operations of the end.
+  virtual void sleep(Seconds duration) = 0;
+};
+
+}  // namespace pellow

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string_view>
+
+#include "base/geometry.h"
+#include "base/subscription.h"
+
+namespace pellow {
+
+// The bits of `KeyEvent::modifierFlags` that the program knows.
+namespace modifier {
+inline constexpr std::uint64_t shift = 0x20000;
+inline constexpr std::uint64_t control = 0x40000;
+inline constexpr std::uint64_t option = 0x80000;
+inline constexpr std::uint64_t command = 0x100000;
+inline constexpr std::uint64_t all = shift | control | option | command;
+}  // namespace modifier
+
+struct KeyEvent {
+  std::uint16_t keyCode = 0;  // virtual key code of the ANSI layout: 17 is the key of T
+  std::uint64_t modifierFlags = 0;
+  std::string_view charactersIgnoringModifiers;  // valid during the call; empty when it has none
+};
+
+// Sees the keyboard and the pointer. An event goes to the local chain when a window of this process
+// has the keyboard, else to the global one, never to both. Main thread.
+class EventMonitors {
+ public:
+  virtual ~EventMonitors() = default;
+
+  // Key presses meant for other applications; they can be neither changed nor kept from them.
+  // Nothing when the system allows no monitor.
+  virtual std::optional<Subscription> addGlobalKeyDown(
+      std::function<void(const KeyEvent&)> handler) = 0;
+
+  // Key presses meant for this process, the newest monitor first. A handler that answers false
+  // swallows the event: no other monitor and no window receives it.
+  virtual std::optional<Subscription> addLocalKeyDown(
+      std::function<bool(const KeyEvent&)> handler) = 0;
+
+  // Where the pointer is now.
+  virtual AppKitPoint pointerLocation() const = 0;
+};
+
+}  // namespace pellow

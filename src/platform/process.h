@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <span>
+#include <string>
+
+#include "base/subscription.h"
+#include "platform/ax_element.h"
+
+namespace pellow {
+
+enum class TerminationSignal { terminate, interrupt, hangUp };  // SIGTERM, SIGINT, SIGHUP
+
+// This process among the others. Main thread.
+class Process {
+ public:
+  virtual ~Process() = default;
+
+  virtual ProcessID pid() const = 0;
+
+  // The command line without the program's name.
+  virtual std::span<const std::string> arguments() const = 0;
+
+  // An agent: no Dock icon, no main menu.
+  virtual void becomeAccessory() = 0;
+
+  // Brings this process to the front, other applications notwithstanding.
+  virtual void activate() = 0;
+
+  // Calls the handler on the main queue for every such signal instead of letting it end the
+  // process. Dropping the subscription leaves the signal ignored.
+  virtual Subscription onSignal(TerminationSignal signal, std::function<void()> handler) = 0;
+
+  // Ends the process with this status, without the normal termination. On a simulated desktop it
+  // returns, and nothing of the process runs afterwards.
+  virtual void exit(int status) = 0;
+
+  // Ends the main loop; the program then terminates normally.
+  virtual void terminate() = 0;
+};
+
+}  // namespace pellow

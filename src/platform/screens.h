@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "base/geometry.h"
+#include "base/subscription.h"
+
+namespace pellow {
+
+using DisplayID = std::uint32_t;
+
+struct Screen {
+  std::optional<DisplayID> displayID;  // absent when the system names no number
+  AppKitRect frame;
+  AppKitRect visibleFrame;  // the frame without menu bar and Dock
+
+  bool operator==(const Screen&) const = default;
+};
+
+// The displays. The first is the primary one, at the origin of AppKit space. Main thread.
+class Screens {
+ public:
+  virtual ~Screens() = default;
+
+  // In the system's order; empty while no display is connected.
+  virtual std::vector<Screen> all() const = 0;
+
+  // The screen with the window that has the keys, else the primary one; nothing without screens.
+  virtual std::optional<Screen> main() const = 0;
+
+  // Hears of every change of displays, frames and visible frames, after it took effect.
+  virtual Subscription onDidChangeParameters(std::function<void()> observer) = 0;
+};
+
+}  // namespace pellow

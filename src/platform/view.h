@@ -1,0 +1,99 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "base/colour.h"
+#include "base/geometry.h"
+#include "platform/image.h"
+
+// The insides of a panel as data. A platform compares a new tree with the one it shows, by key, and
+// changes only what differs, so that hover, drag and focus survive.
+
+namespace pellow {
+
+// A picture, scaled to the view's frame with its proportions kept.
+struct Picture {
+  Image image;
+
+  bool operator==(const Picture&) const = default;
+};
+
+// A system symbol by its name, for example "pin.fill", drawn in one colour.
+struct Symbol {
+  std::string name;
+  Colour colour;
+
+  bool operator==(const Symbol&) const = default;
+};
+
+enum class TextColour { label, secondaryLabel, white };
+enum class TextAlignment { left, centre };
+enum class FontWeight { regular, medium };
+
+// One line in the system font, centred vertically and cut with an ellipsis where it does not fit.
+struct Label {
+  std::string text;
+  double pointSize = 11;
+  TextColour colour = TextColour::label;
+  TextAlignment alignment = TextAlignment::left;
+  FontWeight weight = FontWeight::regular;
+
+  bool operator==(const Label&) const = default;
+};
+
+// A flat colour; the accent colour of the system where `accent` is set.
+struct Fill {
+  Colour colour;
+  bool accent = false;
+
+  bool operator==(const Fill&) const = default;
+};
+
+// The translucent material that strips stand on.
+struct Backdrop {
+  bool operator==(const Backdrop&) const = default;
+};
+
+using ViewContent = std::variant<std::monostate, Picture, Symbol, Label, Fill, Backdrop>;
+
+struct Shadow {
+  double opacity = 0;  // of black
+  double blurRadius = 0;
+  double dx = 0;
+  double dy = 0;  // y up
+
+  bool operator==(const Shadow&) const = default;
+};
+
+// How a view looks.
+struct ViewLook {
+  ViewContent content;
+  double cornerRadius = 0;       // points; clips the content
+  double rotation = 0;           // degrees counter-clockwise about the centre
+  std::optional<Shadow> shadow;  // of the content's shape
+  bool highlightsOnHover = false;
+  std::string tooltip;
+  std::string accessibleName;  // empty: the view is decoration
+
+  bool operator==(const ViewLook&) const = default;
+};
+
+// What a view does. Main thread; a callback may replace the content of its own panel.
+struct ViewActions {
+  std::function<void()> onClick;  // pressed and released inside
+  std::function<void(bool inside)> onHoverChanged;
+};
+
+struct View {
+  std::string key;  // unique among its siblings and stable from one tree to the next
+  ViewRect frame;   // in the parent view
+  ViewLook look;
+  ViewActions actions;
+  std::vector<View> children;  // the later above the earlier
+};
+
+}  // namespace pellow

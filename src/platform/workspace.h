@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/subscription.h"
+#include "platform/ax_element.h"
+#include "platform/image.h"
+
+namespace pellow {
+
+enum class ActivationPolicy {
+  regular,     // an ordinary application with a place in the Dock
+  accessory,   // no place in the Dock, but windows
+  prohibited,  // a background process
+};
+
+struct RunningApplication {
+  ProcessID pid = 0;
+  std::optional<std::string> bundleID;  // absent when the application has none
+  std::string localizedName;
+  std::optional<Image> icon;
+  ActivationPolicy activationPolicy = ActivationPolicy::regular;
+};
+
+// The running applications. Main thread, unless a member says otherwise.
+class Workspace {
+ public:
+  virtual ~Workspace() = default;
+
+  // In the order in which they were started, this process included.
+  virtual std::vector<RunningApplication> runningApplications() = 0;
+
+  // Nothing when the process does not run, or is no application.
+  virtual std::optional<RunningApplication> application(ProcessID pid) = 0;
+
+  // The application that receives the keys. Any thread.
+  virtual std::optional<ProcessID> frontmostApplication() = 0;
+
+  // Hides all windows of the application; false when it does not run or the system refuses.
+  virtual bool hide(ProcessID pid) = 0;
+
+  // Shows them again; false when it does not run.
+  virtual bool unhide(ProcessID pid) = 0;
+
+  // Makes the application active, its front window in front; false when it does not run.
+  virtual bool activate(ProcessID pid) = 0;
+
+  // Hears of every application that has ended, after its windows are gone.
+  virtual Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) = 0;
+};
+
+}  // namespace pellow
