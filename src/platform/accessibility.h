@@ -1,5 +1,10 @@
 #pragma once
 
+#include <expected>
+#include <functional>
+#include <string_view>
+
+#include "base/subscription.h"
 #include "platform/ax_element.h"
 
 namespace pellow {
@@ -17,6 +22,14 @@ class Accessibility {
 
   // The element of an application, alive or not: calls on it tell. Any thread.
   virtual AXElement application(ProcessID pid) = 0;
+
+  // Calls `handler` on the main queue each time the element posts the notification, until the
+  // subscription ends; the handler may end it. A window's element posts "AXUIElementDestroyed" once
+  // it is gone. Answers `invalidUIElement` for an element that is gone already and
+  // `notificationUnsupported` for a name that the platform does not post. Main thread.
+  virtual std::expected<Subscription, AXError> observe(const AXElement& element,
+                                                       std::string_view notification,
+                                                       std::function<void()> handler) = 0;
 };
 
 }  // namespace pellow

@@ -8,7 +8,9 @@
 #include "platform/panels.h"
 #include "platform/process.h"
 #include "platform/queues.h"
+#include "platform/screen_capture.h"
 #include "platform/screens.h"
+#include "platform/symbolic_hot_keys.h"
 #include "platform/user_defaults.h"
 #include "platform/uuid_source.h"
 #include "platform/workspace.h"
@@ -29,7 +31,9 @@ class Platform {
   virtual Panels& panels() = 0;
   virtual Process& process() = 0;
   virtual Queues& queues() = 0;
+  virtual ScreenCapture& screenCapture() = 0;
   virtual Screens& screens() = 0;
+  virtual SymbolicHotKeys& symbolicHotKeys() = 0;
   virtual UserDefaults& userDefaults() = 0;
   virtual UUIDSource& uuidSource() = 0;
   virtual Workspace& workspace() = 0;

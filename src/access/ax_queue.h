@@ -1,0 +1,96 @@
+#pragma once
+
+#include <coroutine>
+#include <exception>
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include "base/subscription.h"
+#include "platform/queues.h"
+
+namespace pellow {
+
+// Takes blocking calls off the main thread: everything that changes another application's window
+// runs on one serial queue, one call at a time, in the order in which it was submitted. It adds no
+// time limit: the messaging timeouts bound each call.
+//
+//   const auto frame = co_await axQueue.ax([&] { return AX::frame(window.element); });
+//
+// Must outlive every coroutine that waits for it. Main thread.
+class AXQueue {
+ public:
+  explicit AXQueue(Queues& queues)
+      : main_(queues.main()), queue_(queues.makeSerialQueue("com.velloway.pellow.actions")) {}
+
+  template <class Body>
+  class Awaiter;
+
+  // To be awaited at once in a coroutine of the main thread: runs `body` on the serial queue and
+  // resumes on the main queue with its result or its exception. A coroutine that is destroyed while
+  // it waits drops a body that has not begun, waits for one that runs, and is not resumed. `body`
+  // itself is destroyed on the main thread.
+  template <class Body>
+  Awaiter<Body> ax(Body body) {
+    return Awaiter<Body>(main_, *queue_, std::move(body));
+  }
+
+ private:
+  MainQueue& main_;
+  std::unique_ptr<SerialQueue> queue_;
+};
+
+template <class Body>
+class [[nodiscard]] AXQueue::Awaiter {
+ public:
+  using Value = std::invoke_result_t<Body&>;
+  static_assert(!std::is_reference_v<Value>, "a result travels between threads by value");
+
+  Awaiter(MainQueue& mainQueue, SerialQueue& serialQueue, Body body)
+      : mainQueue_(mainQueue), serialQueue_(serialQueue), body_(std::move(body)) {}
+  Awaiter(const Awaiter&) = delete;
+  Awaiter& operator=(const Awaiter&) = delete;
+
+  bool await_ready() const noexcept { return false; }
+
+  void await_suspend(std::coroutine_handle<> awaiting) {
+    work_ = serialQueue_.async([this, awaiting] {
+      run();
+      hopBack_ = mainQueue_.async([awaiting] { awaiting.resume(); });
+    });
+  }
+
+  Value await_resume() {
+    if (!result_->has_value()) std::rethrow_exception(result_->error());
+    if constexpr (!std::is_void_v<Value>) return std::move(**result_);
+  }
+
+ private:
+  void run() {
+    try {
+      if constexpr (std::is_void_v<Value>) {
+        body_();
+        result_.emplace();
+      } else {
+        result_.emplace(body_());
+      }
+    } catch (...) {
+      result_.emplace(std::unexpect, std::current_exception());
+    }
+  }
+
+  MainQueue& mainQueue_;
+  SerialQueue& serialQueue_;
+  Body body_;
+  std::optional<std::expected<Value, std::exception_ptr>> result_;
+
+  // Ends after `work_`, the other way round from here: once the work is over, it writes `hopBack_`
+  // no more.
+  Subscription hopBack_;
+  Subscription work_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,69 @@
+#include "access/target_window.h"
+
+#include <cmath>
+#include <utility>
+
+#include "access/ax.h"
+#include "access/pellow_error.h"
+
+namespace pellow {
+namespace {
+
+constexpr double reachedWithin = 2.0;  // points, on each axis
+constexpr Seconds readEvery = 0.02;
+constexpr Seconds readFor = 0.6;
+
+bool isReached(QuartzPoint point, QuartzPoint target) {
+  return std::abs(point.x - target.x) <= reachedWithin &&
+         std::abs(point.y - target.y) <= reachedWithin;
+}
+
+QuartzPoint readPosition(const AXElement& element) {
+  const auto value = element.copyAttribute(AX::attribute::position);
+  const auto* const position = value ? std::get_if<QuartzPoint>(&*value) : nullptr;
+  if (!position) throw PellowError::moveFailed(AXError::cannotComplete);
+  return *position;
+}
+
+}  // namespace
+
+std::vector<TargetWindow> TargetWindow::windows(Accessibility& accessibility, ProcessID pid) {
+  const auto application = AX::application(accessibility, pid);
+  std::vector<TargetWindow> windows;
+  for (auto& element : AX::children(application, AX::attribute::windows)) {
+    const auto owner = element.pid();
+    if (!owner) continue;
+    if (AX::string(element, AX::attribute::subrole) != AX::subrole::standardWindow) continue;
+    windows.push_back({std::move(element), *owner});
+  }
+  return windows;
+}
+
+std::optional<TargetWindow> TargetWindow::frontmost(Accessibility& accessibility,
+                                                    Workspace& workspace) {
+  const auto application = workspace.frontmostApplication();
+  if (!application) return std::nullopt;
+  auto element =
+      AX::child(AX::application(accessibility, *application), AX::attribute::focusedWindow);
+  if (!element) return std::nullopt;
+  const auto owner = element->pid();
+  if (!owner) return std::nullopt;
+  return TargetWindow{std::move(*element), *owner};
+}
+
+QuartzPoint TargetWindow::move(QuartzPoint point, Verify verify, Clock& clock) const {
+  element.setMessagingTimeout(AX::timeout::windowChange);
+  if (const auto written = element.setAttribute(AX::attribute::position, point); !written)
+    throw PellowError::moveFailed(written.error());
+  if (verify == Verify::no) return point;
+
+  const auto deadline = clock.now() + readFor;
+  while (true) {
+    const auto position = readPosition(element);
+    if (isReached(position, point)) return position;
+    clock.sleep(readEvery);
+    if (clock.now() > deadline) return position;
+  }
+}
+
+}  // namespace pellow

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "base/geometry.h"
+#include "platform/accessibility.h"
+#include "platform/clock.h"
+#include "platform/workspace.h"
+
+namespace pellow {
+
+// Whether a move waits until the window reports its new place.
+enum class Verify { no, yes };
+
+// One window of another application.
+struct TargetWindow {
+  AXElement element;
+  ProcessID pid = 0;  // the owner, as the element reports it
+
+  // The same window; the process is not compared.
+  bool operator==(const TargetWindow& other) const { return element == other.element; }
+
+  // The standard windows of a process, in its own order: no dialogs, sheets, panels and nothing
+  // that does not tell what it is. Any thread.
+  static std::vector<TargetWindow> windows(Accessibility& accessibility, ProcessID pid);
+
+  // The focused window of the frontmost application. Any thread.
+  static std::optional<TargetWindow> frontmost(Accessibility& accessibility, Workspace& workspace);
+
+  // Moves the window's top left corner. With `Verify::yes` it waits until the window stands within
+  // 2 points of `point` on both axes, at most 0.6 s, and answers where it stands then, which may be
+  // elsewhere; without, it answers `point`. Throws `PellowError::moveFailed`. Sleeps, so not on the
+  // main thread.
+  QuartzPoint move(QuartzPoint point, Verify verify, Clock& clock) const;
+};
+
+}  // namespace pellow

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <vector>
+
+#include "base/notification_center.h"
+#include "base/subscription.h"
+#include "engine/pellow_controller.h"
+#include "model/preferences.h"
+#include "model/zone_store.h"
+#include "platform/platform.h"
+#include "shortcuts/hotkey_manager.h"
+#include "shortcuts/shortcut_action.h"
+#include "shortcuts/shortcut_store.h"
+#include "views/alert_presenter.h"
+
+namespace pellow {
+
+// The composition root: builds every long-lived object, owns it for the life of the process, and
+// sees to it that no window stays hidden when the process ends. Main thread.
+class AppDelegate {
+ public:
+  explicit AppDelegate(Platform& platform);
+  AppDelegate(const AppDelegate&) = delete;
+  AppDelegate& operator=(const AppDelegate&) = delete;
+
+  PellowController& controller() { return controller_; }
+
+  // Once, when the main loop runs. Begins at once when the process is trusted for Accessibility,
+  // else as soon as it is, without a relaunch.
+  void applicationDidFinishLaunching();
+
+  // Once, when the main loop is about to end: every window comes back before this returns.
+  void applicationWillTerminate();
+
+  // Carries out what a shortcut or a menu item asks for.
+  void perform(ShortcutAction action);
+
+ private:
+  void begin();
+  void logPermissions();
+  void installHotkeys();
+  void installTerminationSignalHandlers();
+  void toggleFloatAbove();
+
+  Platform& platform_;
+  NotificationCenter notifications_;
+  Preferences preferences_;
+  ZoneStore zones_;
+  ShortcutStore shortcuts_;
+  AlertPresenter alerts_;
+  PellowController controller_;
+  HotkeyManager hotkeys_;
+  std::vector<Subscription> signalSources_;
+  Subscription grantPoll_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "base/geometry.h"
+#include "platform/screens.h"
+
+namespace pellow {
+
+// The displays as windows see them: in Quartz space, about the height of the primary display, which
+// is recorded at launch and at every change of screen parameters. Main thread.
+class Displays {
+ public:
+  explicit Displays(const Screens& screens) : screens_(screens) {}
+
+  // Records the height of the first screen; 0 when there is none.
+  void recordMainHeight();
+
+  Flip flip() const { return flip_; }
+
+  // The frames of all screens, in the system's order, in Quartz space.
+  std::vector<QuartzRect> frames() const;
+
+  // The main screen without menu bar and Dock, in Quartz space; nothing without screens.
+  std::optional<QuartzRect> mainVisibleFrame() const;
+
+  // The part of the window's area that lies on the displays, from 0 to 1 (more where displays
+  // overlap); nothing for a window without an area.
+  std::optional<double> visibleFraction(const QuartzRect& window) const;
+
+  // At most five percent of the window can be seen, or it has no area.
+  bool isHidden(const QuartzRect& window) const;
+
+  // The display that holds most of the window; the first of equals, and the first of all when the
+  // window touches none. Nothing without screens, or when the system names no number.
+  std::optional<DisplayID> screenID(const QuartzRect& window) const;
+
+ private:
+  const Screens& screens_;
+  Flip flip_;
+};
+
+}  // namespace pellow

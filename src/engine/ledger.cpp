@@ -1,0 +1,32 @@
+#include "engine/ledger.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace pellow {
+
+Ledger::Claim::Claim(Claim&& other) noexcept
+    : ledger_(std::exchange(other.ledger_, nullptr)), entry_(other.entry_) {}
+
+Ledger::Claim::~Claim() {
+  if (ledger_) ledger_->entries_.erase(entry_);
+}
+
+void Ledger::Claim::setTab(TabItem tab) { entry_->tab = std::move(tab); }
+
+Ledger::Claim Ledger::claim(TargetWindow window) {
+  return {*this, entries_.insert(entries_.end(), {std::move(window), std::nullopt})};
+}
+
+bool Ledger::contains(const TargetWindow& window) const {
+  return std::ranges::find(entries_, window, &Entry::window) != entries_.end();
+}
+
+std::vector<TabItem> Ledger::tabs() const {
+  std::vector<TabItem> tabs;
+  for (const auto& entry : entries_)
+    if (entry.tab) tabs.push_back(*entry.tab);
+  return tabs;
+}
+
+}  // namespace pellow

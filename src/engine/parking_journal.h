@@ -1,0 +1,45 @@
+#pragma once
+
+#include <expected>
+#include <string>
+#include <vector>
+
+#include "base/geometry.h"
+#include "platform/system_error.h"
+#include "platform/user_defaults.h"
+
+namespace pellow {
+
+// One window that is parked off-screen, or is about to be. Quartz space.
+struct ParkingRecord {
+  std::string bundleID;
+  std::string title;           // at parking time
+  QuartzPoint originalOrigin;  // of the frame, before parking
+  QuartzPoint parkedOrigin;
+
+  bool operator==(const ParkingRecord&) const = default;
+};
+
+// The windows that are parked off-screen, kept where a crash cannot take them: every write is on
+// disk before it returns. Main thread.
+class ParkingJournal {
+ public:
+  // Reads what a previous run left; nothing when the stored data does not decode.
+  explicit ParkingJournal(UserDefaults& defaults);
+
+  const std::vector<ParkingRecord>& records() const { return records_; }
+
+  std::expected<void, SystemError> write(std::vector<ParkingRecord> records);
+  std::expected<void, SystemError> append(ParkingRecord record);
+
+  // Removes every record of this application and title, but keeps one for each origin in
+  // `stillParked`: the windows of the same application and title that stay away.
+  std::expected<void, SystemError> forget(const std::string& bundleID, const std::string& title,
+                                          std::vector<QuartzPoint> stillParked);
+
+ private:
+  UserDefaults& defaults_;
+  std::vector<ParkingRecord> records_;  // as stored; nobody else writes them
+};
+
+}  // namespace pellow

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "access/target_window.h"
+#include "base/geometry.h"
+#include "base/uuid.h"
+#include "model/mechanism.h"
+#include "platform/image.h"
+#include "platform/screens.h"
+
+namespace pellow {
+
+// One pellowed window: enough to show its tab, to place it, and to put the window back.
+struct TabItem {
+  // Fixed when the tab is made, and as things stood then.
+  UUID id;
+  TargetWindow window;
+  std::string appName;
+  std::optional<std::string> bundleID;
+  std::string title;  // may be empty
+  std::optional<Image> icon;
+  Mechanism mechanism = Mechanism::offscreen;
+  std::optional<DisplayID> screenID;        // where the window was
+  std::optional<QuartzRect> originalFrame;  // before it was put away
+  std::optional<Image> snapshot;
+
+  // Changed through the store.
+  std::optional<double> size;      // points; absent: as the zone has it, else the preference
+  std::optional<UUID> zoneID;      // absent: the default zone
+  std::optional<bool> showsTitle;  // absent: as the preference has it
+
+  bool operator==(const TabItem&) const = default;
+};
+
+}  // namespace pellow

@@ -1,0 +1,94 @@
+#include "model/tab_store.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "access/ax.h"
+
+namespace pellow {
+namespace {
+
+auto listedIn(std::span<const UUID> ids) {
+  return [listed = std::unordered_set<UUID>(ids.begin(), ids.end())](const TabItem& tab) {
+    return listed.contains(tab.id);
+  };
+}
+
+bool isGone(const TargetWindow& window) {
+  const auto role = window.element.copyAttribute(AX::attribute::role);
+  return !role && role.error() == AXError::invalidUIElement;
+}
+
+}  // namespace
+
+TabStore::TabStore(NotificationCenter& notifications, Workspace& workspace)
+    : notifications_(notifications),
+      terminations_(
+          workspace.onDidTerminateApplication([this](ProcessID pid) { appTerminated(pid); })) {}
+
+const TabItem* TabStore::tab(UUID id) const {
+  const auto found = std::ranges::find(tabs_, id, &TabItem::id);
+  return found == tabs_.end() ? nullptr : &*found;
+}
+
+bool TabStore::contains(const TargetWindow& window) const {
+  return std::ranges::find(tabs_, window, &TabItem::window) != tabs_.end();
+}
+
+void TabStore::add(TabItem tab) {
+  tabs_.push_back(std::move(tab));
+  post();
+}
+
+void TabStore::remove(const TabItem& tab) {
+  const auto id = tab.id;  // `tab` may be one of ours
+  remove({&id, 1});
+}
+
+void TabStore::remove(std::span<const UUID> ids) {
+  std::erase_if(tabs_, listedIn(ids));
+  post();
+}
+
+void TabStore::setShowsTitle(std::optional<bool> value, std::span<const UUID> ids) {
+  change(listedIn(ids), [&](TabItem& tab) { tab.showsTitle = value; });
+}
+
+void TabStore::setZone(UUID zoneID, std::span<const UUID> ids) {
+  change(listedIn(ids), [&](TabItem& tab) { tab.zoneID = zoneID; });
+}
+
+void TabStore::setSize(std::optional<double> size, std::span<const UUID> ids) {
+  change(listedIn(ids), [&](TabItem& tab) { tab.size = size; });
+}
+
+void TabStore::reassign(std::optional<UUID> fromZone, std::optional<UUID> to) {
+  change([&](const TabItem& tab) { return tab.zoneID == fromZone; },
+         [&](TabItem& tab) { tab.zoneID = to; });
+}
+
+void TabStore::pruneDead() {
+  if (std::erase_if(tabs_, [](const TabItem& tab) { return isGone(tab.window); }) > 0) post();
+}
+
+void TabStore::appTerminated(ProcessID pid) {
+  std::erase_if(tabs_, [&](const TabItem& tab) { return tab.window.pid == pid; });
+  post();
+}
+
+// All tabs are changed before the first notice, as an observer may change the list.
+template <class Matches, class Change>
+void TabStore::change(Matches matches, Change change) {
+  int changed = 0;
+  for (auto& tab : tabs_) {
+    if (!matches(tab)) continue;
+    change(tab);
+    ++changed;
+  }
+  for (; changed > 0; --changed) post();
+}
+
+void TabStore::post() const { notifications_.post(didChange); }
+
+}  // namespace pellow

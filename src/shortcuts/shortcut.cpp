@@ -1,0 +1,30 @@
+#include "shortcuts/shortcut.h"
+
+#include "base/json.h"
+#include "base/unicode.h"
+#include "platform/event_monitors.h"
+
+namespace pellow {
+
+std::string Shortcut::display() const {
+  std::string text;
+  if (modifiers & modifier::control) text += "⌃";
+  if (modifiers & modifier::option) text += "⌥";
+  if (modifiers & modifier::shift) text += "⇧";
+  if (modifiers & modifier::command) text += "⌘";
+  return text + upperCased(characters);
+}
+
+void to_json(nlohmann::json& json, const Shortcut& shortcut) {
+  json = {{"keyCode", shortcut.keyCode},
+          {"characters", shortcut.characters},
+          {"modifiers", shortcut.modifiers}};
+}
+
+void from_json(const nlohmann::json& json, Shortcut& shortcut) {
+  shortcut = {.keyCode = readMember<std::uint16_t>(json, "keyCode"),
+              .characters = readMember<std::string>(json, "characters"),
+              .modifiers = readMember<std::uint64_t>(json, "modifiers")};
+}
+
+}  // namespace pellow

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/uuid.h"
+#include "platform/image.h"
+#include "platform/screens.h"
+#include "strips/strip_layout.h"
+
+namespace pellow {
+
+// One tab as a strip draws it. May stand for several tabs of one application.
+struct StripEntry {
+  std::string title;    // shown when `showsTitle`
+  std::string tooltip;  // the window titles, one a line
+  std::optional<Image> icon;
+  std::size_t count = 1;     // of the tabs it stands for
+  std::vector<UUID> tabIDs;  // in the order of the tab store
+  UUID zoneID;
+  double size = 0;          // points
+  bool hasOwnSize = false;  // the size is that of its tabs, not of the zone or the preference
+  bool showsTitle = false;
+  std::optional<DisplayID> screenID;
+  std::optional<std::string> appName;
+  bool isPinned = false;  // the application is pinned to this zone
+
+  bool operator==(const StripEntry&) const = default;
+};
+
+// What the geometry of a strip needs to know of its entries.
+std::vector<StripItem> items(const std::vector<StripEntry>& entries);
+
+}  // namespace pellow

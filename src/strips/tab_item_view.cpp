@@ -1,0 +1,73 @@
+#include "strips/tab_item_view.h"
+
+#include <string>
+#include <utility>
+
+namespace pellow {
+namespace {
+
+constexpr double titleGap = 6;
+
+View iconView(const StripEntry& entry, const StripLayout& layout) {
+  const auto side = layout.iconSide;
+  const auto y = (layout.itemSize.height - side) / 2;
+  // Beside a title the icon keeps the same distance to the left as to top and bottom.
+  const auto x = entry.showsTitle ? y : (layout.itemSize.width - side) / 2;
+  View view{.key = "icon", .frame = {x, y, side, side}};
+  if (entry.icon) view.look.content = Picture{*entry.icon};
+  return view;
+}
+
+View titleView(const StripEntry& entry, const StripLayout& layout, double from) {
+  return {.key = "title",
+          .frame = {from, 0, layout.itemSize.width - from - titleGap, layout.itemSize.height},
+          .look = {.content = Label{.text = entry.title, .pointSize = 11}}};
+}
+
+View pinView(const StripLayout& layout) {
+  constexpr double side = 13;
+  return {.key = "pin",
+          .frame = {0, layout.itemSize.height - side, side, side},
+          .look = {.content = Symbol{"pin.fill", {1, 1, 1}},
+                   .rotation = -35,
+                   .shadow = Shadow{.opacity = 0.55, .blurRadius = 2, .dy = -0.5},
+                   .accessibleName = "Pinned"}};
+}
+
+View countView(const StripEntry& entry, const StripLayout& layout) {
+  constexpr double height = 14;
+  constexpr double margin = 2;
+  constexpr double digitWidth = 6;
+  const auto text = std::to_string(entry.count);
+  const auto width = height + digitWidth * static_cast<double>(text.size() - 1);
+  View badge{.key = "count",
+             .frame = {layout.itemSize.width - margin - width,
+                       layout.itemSize.height - margin - height, width, height},
+             .look = {.content = Fill{.accent = true}, .cornerRadius = height / 2}};
+  badge.children.push_back({.key = "number",
+                            .frame = {0, 0, width, height},
+                            .look = {.content = Label{.text = text,
+                                                      .pointSize = 9,
+                                                      .colour = TextColour::white,
+                                                      .alignment = TextAlignment::centre}}});
+  return badge;
+}
+
+}  // namespace
+
+View tabItemView(const StripEntry& entry, const StripLayout& layout, ViewPoint origin) {
+  View tab{.key = entry.tabIDs.front().text(),
+           .frame = {origin, layout.itemSize},
+           .look = {.cornerRadius = 7,
+                    .highlightsOnHover = true,
+                    .tooltip = entry.tooltip,
+                    .accessibleName = entry.title}};
+  tab.children.push_back(iconView(entry, layout));
+  const auto icon = tab.children.back().frame;
+  if (entry.showsTitle) tab.children.push_back(titleView(entry, layout, icon.maxX() + titleGap));
+  if (entry.isPinned) tab.children.push_back(pinView(layout));
+  if (entry.count > 1) tab.children.push_back(countView(entry, layout));
+  return tab;
+}
+
+}  // namespace pellow

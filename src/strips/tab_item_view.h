@@ -1,0 +1,14 @@
+#pragma once
+
+#include "base/geometry.h"
+#include "platform/view.h"
+#include "strips/strip_entry.h"
+#include "strips/strip_layout.h"
+
+namespace pellow {
+
+// A tab: the application's icon, with a title beside it, a pin in the top left corner and a count
+// in the top right one, each where the entry asks for it.
+View tabItemView(const StripEntry& entry, const StripLayout& layout, ViewPoint origin);
+
+}  // namespace pellow

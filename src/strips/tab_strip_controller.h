@@ -1,0 +1,84 @@
+#pragma once
+
+#include <compare>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "base/geometry.h"
+#include "base/notification_center.h"
+#include "base/subscription.h"
+#include "base/uuid.h"
+#include "model/preferences.h"
+#include "model/tab_store.h"
+#include "model/zone_store.h"
+#include "platform/panels.h"
+#include "platform/screens.h"
+#include "platform/user_defaults.h"
+#include "strips/strip_entry.h"
+#include "strips/strip_geometry.h"
+#include "strips/tab_strip_panel.h"
+
+namespace pellow {
+
+// Keeps one strip panel for every zone on every display that shows it, follows the stores, the
+// preferences and the displays, and tells what the user does on a strip. Main thread.
+class TabStripController {
+ public:
+  // What the strips show and where; all of it outlives the controller.
+  struct Surroundings {
+    const TabStore& tabs;
+    const ZoneStore& zones;
+    const Preferences& preferences;
+    const UserDefaults& defaults;
+    Screens& screens;
+    Panels& panels;
+    NotificationCenter& notifications;
+  };
+
+  // Shows the strips.
+  explicit TabStripController(const Surroundings& surroundings);
+
+  // The user clicked an entry that stands for these tabs.
+  std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
+
+  // Renders every panel anew with what it should show now.
+  void refresh();
+
+  // The entries of one zone, in the order of the tab store.
+  std::vector<StripEntry> entries(UUID zoneID) const;
+
+  // The displays that show a zone: all of them if the user wants so, else the zone's own, else the
+  // main one.
+  std::vector<Screen> screens(const TabZone& zone) const;
+
+  // Where a new tab of the zone would appear; nothing when the zone has no display.
+  std::optional<AppKitRect> projectedTabFrame(UUID zoneID) const;
+
+  // Where the entry that holds the tab is, on the zone's first display; nothing when none shows it.
+  std::optional<AppKitRect> frame(UUID tabID) const;
+
+ private:
+  struct PanelKey {
+    DisplayID display = 0;
+    UUID zone;
+
+    auto operator<=>(const PanelKey&) const = default;
+  };
+
+  void rebuildPanels();
+  void rebuildAndRefresh();
+  std::unique_ptr<TabStripPanel> makePanel();
+  std::vector<StripEntry> makeEntries() const;
+  StripEntry makeEntry(const TabItem& tab, const TabZone& zone) const;
+  StripGeometry geometry(const std::vector<StripItem>& items, const TabZone& zone,
+                         const Screen& screen) const;
+
+  Surroundings around_;
+  std::map<PanelKey, std::unique_ptr<TabStripPanel>> panels_;
+  std::vector<Subscription> subscriptions_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <list>
+#include <memory>
+
+#include "base/task.h"
+#include "platform/alerts.h"
+#include "platform/process.h"
+
+namespace pellow {
+
+// Shows alerts one at a time, each to a task that waits for its answer. Main thread.
+class AlertPresenter {
+ public:
+  AlertPresenter(Alerts& alerts, Process& process) : alerts_(alerts), process_(process) {}
+  AlertPresenter(const AlertPresenter&) = delete;
+  AlertPresenter& operator=(const AlertPresenter&) = delete;
+
+  // Brings the program to the front and shows the alert, after those that were asked for before.
+  // The index of the button that was chosen. A task that ends before takes its alert with it.
+  Task<std::size_t> present(Alert alert);
+
+ private:
+  struct Request;
+
+  void showNext();
+  void leave(Request& request);
+
+  Alerts& alerts_;
+  Process& process_;
+  std::list<Request*> waiting_;  // the first is on the screen
+  Subscription shown_;
+};
+
+}  // namespace pellow
