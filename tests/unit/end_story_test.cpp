@@ -1,0 +1,230 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/unit/program.h"
+
+// How the program ends, in good order or not, and what the next launch finds.
+
+namespace pellow {
+namespace {
+
+using simulated::DesktopState;
+using simulated::SimulatedApplication;
+using simulated::SimulatedDesktop;
+using simulated::SimulatedPlatform;
+using simulated::SimulatedWindow;
+
+// Two windows of one application and one of another.
+struct Windows {
+  explicit Windows(SimulatedDesktop& desktop)
+      : notes(desktop.launch("Notes", "com.example.notes")),
+        mail(desktop.launch("Mail", "com.example.mail")),
+        list(notes.openWindow("Shopping", {100, 120, 800, 600})),
+        letter(notes.openWindow("Letter", {300, 200, 400, 300})),
+        inbox(mail.openWindow("Inbox", {0, 30, 500, 500})) {}
+
+  void pellowAll(Program& program) const {
+    program.pressPellow();
+    notes.activate();
+    letter.raise();
+    program.pressPellow();
+    list.raise();
+    program.pressPellow();
+  }
+
+  void expectHome(SimulatedDesktop& desktop, const std::string& when) const {
+    expectHome(desktop.counterpart(list), {100, 120, 800, 600}, when);
+    expectHome(desktop.counterpart(letter), {300, 200, 400, 300}, when);
+    expectHome(desktop.counterpart(inbox), {0, 30, 500, 500}, when);
+  }
+
+  SimulatedApplication notes;
+  SimulatedApplication mail;
+  SimulatedWindow list;
+  SimulatedWindow letter;
+  SimulatedWindow inbox;
+
+ private:
+  static void expectHome(const SimulatedWindow& window, QuartzRect frame, const std::string& when) {
+    EXPECT_EQ(window.frame(), frame) << window.title() << ", " << when;
+    EXPECT_FALSE(window.isMinimized()) << window.title() << ", " << when;
+  }
+};
+
+TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
+  using Road = std::function<void(SimulatedDesktop&, Program&)>;
+  const auto bySignal = [](TerminationSignal signal) {
+    return [signal](SimulatedDesktop& desktop, Program&) { desktop.signal(signal); };
+  };
+  const std::vector<Road> roads{bySignal(TerminationSignal::terminate),
+                                bySignal(TerminationSignal::interrupt),
+                                bySignal(TerminationSignal::hangUp),
+                                [](SimulatedDesktop&, Program& program) { program.quit(); }};
+  for (const auto* mechanism : {"minimize", "offscreen", "hideApp"}) {
+    for (const auto& road : roads) {
+      SimulatedPlatform platform;
+      auto& desktop = platform.desktop();
+      desktop.setDefault("mechanism", mechanism);
+      const Windows windows(desktop);
+      Program program(platform);
+      windows.pellowAll(program);
+      road(desktop, program);
+      desktop.runUntilQuiet();
+      EXPECT_FALSE(desktop.processRuns());
+      EXPECT_EQ(desktop.exitStatus(), 0);
+      windows.expectHome(desktop, mechanism);
+      EXPECT_FALSE(windows.notes.isHidden());
+      EXPECT_FALSE(windows.mail.isHidden());
+      EXPECT_TRUE(program.journalOnDisk().empty());
+    }
+  }
+}
+
+// The signal comes at any moment of putting away and bringing back slow windows.
+TEST(EndStory, ASignalInTheMiddleLosesNothing) {
+  for (const auto* mechanism : {"minimize", "offscreen"}) {
+    for (int moment = 0; moment < 60; ++moment) {
+      SimulatedPlatform platform({.seed = static_cast<std::uint64_t>(moment + 1)});
+      auto& desktop = platform.desktop();
+      desktop.setDefault("mechanism", mechanism);
+      const Windows windows(desktop);
+      Program program(platform);
+      windows.pellowAll(program);
+      desktop.delayAnswers(0.1);
+      windows.mail.activate();
+      desktop.press(15, Program::modifiers);
+      desktop.after(0.05 * moment, [&] { desktop.signal(TerminationSignal::terminate); });
+      desktop.after(1, [&] { desktop.press(17, Program::modifiers); });
+      desktop.runUntilQuiet();
+      EXPECT_EQ(desktop.exitStatus(), 0);
+      windows.expectHome(desktop, fmt::format("{}, signal after {} s", mechanism, 0.05 * moment));
+      EXPECT_TRUE(program.journalOnDisk().empty());
+    }
+  }
+}
+
+// A copy of the desktop is taken at every single call of the road away and back, and a new program
+// launched on it.
+TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {
+  std::vector<DesktopState> crashes;
+  SimulatedPlatform platform;
+  auto& desktop = platform.desktop();
+  const Windows windows(desktop);
+  Program program(platform);
+  desktop.onPortCall([&](std::uint64_t) { crashes.push_back(desktop.snapshot()); });
+  windows.pellowAll(program);
+  program.pressRestoreAll();
+  desktop.onPortCall(nullptr);
+  ASSERT_GT(crashes.size(), 50);
+
+  int recoveries = 0;
+  for (std::size_t call = 0; call < crashes.size(); ++call) {
+    SimulatedPlatform next(crashes[call]);
+    Program relaunched(next);
+    windows.expectHome(next.desktop(), fmt::format("crash at call {}", call));
+    EXPECT_TRUE(relaunched.journalOnDisk().empty());
+    recoveries += next.desktop().hasLogged("Recovered 3 window(s) stranded by a previous run");
+  }
+  EXPECT_GT(recoveries, 0);
+}
+
+TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
+  SimulatedPlatform platform;
+  auto& desktop = platform.desktop();
+  const auto shell = desktop.launch("Shell", "com.example.shell");
+  const auto first = shell.openWindow("~", {10, 50, 600, 400});
+  const auto second = shell.openWindow("~", {700, 300, 600, 400});
+  Program program(platform);
+  program.pressPellow();
+  first.raise();
+  program.pressPellow();
+  ASSERT_EQ(program.journalOnDisk().size(), 2);
+
+  // The tab of the second is the first on the strip.
+  program.clickTab("~");
+  EXPECT_EQ(second.frame(), QuartzRect(700, 300, 600, 400));
+  ASSERT_EQ(program.journalOnDisk().size(), 1);
+  EXPECT_EQ(program.journalOnDisk()[0].originalOrigin, (QuartzPoint{10, 50}));
+
+  SimulatedPlatform next(desktop.snapshot());
+  Program relaunched(next);
+  EXPECT_EQ(next.desktop().counterpart(first).frame(), QuartzRect(10, 50, 600, 400));
+  EXPECT_EQ(next.desktop().counterpart(second).frame(), QuartzRect(700, 300, 600, 400));
+}
+
+TEST(EndStory, RecoveryPairsRecordsAndWindows) {
+  const auto journal = [](const std::vector<ParkingRecord>& records) {
+    SimulatedPlatform scratch;
+    EXPECT_TRUE(ParkingJournal(scratch.userDefaults()).write(records));
+    return *scratch.desktop().storedDefault("parkedWindows");
+  };
+  SimulatedPlatform platform;
+  auto& desktop = platform.desktop();
+  const auto shell = desktop.launch("Shell", "com.example.shell");
+  // Parked at one place, as every window of one size is; the first changed its title meanwhile.
+  const auto renamed = shell.openWindow("vi", {1439, 872, 600, 400});
+  const auto titled = shell.openWindow("logs", {1439 + 3, 872 - 3, 600, 400});
+  const auto tooFar = shell.openWindow("mail", {1439 + 5, 872, 600, 400});
+  const auto lost = desktop.launch("Web").openWindow("Page", {1439, 100, 700, 500});
+  const auto nearlyGone = desktop.launch("Six").openWindow("6 %", {1440 - 60, 100, 1000, 500});
+  const auto justGone = desktop.launch("Five").openWindow("5 %", {1440 - 50, 100, 1000, 500});
+  const auto panel = desktop.launch("Agent", "com.example.agent", ActivationPolicy::accessory)
+                         .openWindow("Panel", {-5000, 100, 300, 300});
+  const auto asleep = desktop.launch("Asleep").openWindow("Minimized", {-5000, 100, 300, 300});
+  asleep.minimize();
+  desktop.setDefault("parkedWindows", journal({{"com.example.shell", "~", {10, 50}, {1439, 872}},
+                                               {"com.example.shell", "logs", {20, 60}, {1439, 872}},
+                                               {"com.example.gone", "x", {0, 0}, {1439, 872}}}));
+  Program program(platform);
+  EXPECT_EQ(titled.frame().origin, (QuartzPoint{20, 60}));
+  EXPECT_EQ(renamed.frame().origin, (QuartzPoint{10, 50}));
+  // The record without a window made the sweep run, for every window that cannot be seen.
+  EXPECT_TRUE(
+      desktop.hasLogged("1 parked window(s) could not be matched; sweeping for hidden windows"));
+  EXPECT_EQ(tooFar.frame().origin, (QuartzPoint{1440 - 600, 900 - 70 - 400}));
+  EXPECT_EQ(lost.frame().origin, (QuartzPoint{1440 - 700, 100}));
+  EXPECT_EQ(justGone.frame().origin, (QuartzPoint{1440 - 1000, 100}));
+  EXPECT_EQ(nearlyGone.frame().origin, (QuartzPoint{1440 - 60, 100}));
+  EXPECT_EQ(panel.frame().origin, (QuartzPoint{-5000, 100}));
+  EXPECT_EQ(asleep.frame().origin, (QuartzPoint{-5000, 100}));
+  EXPECT_TRUE(desktop.hasLogged("Recovered 5 window(s) stranded by a previous run"));
+  EXPECT_TRUE(program.journalOnDisk().empty());
+}
+
+TEST(EndStory, AnEmptyJournalAsksNobody) {
+  for (const auto& stored : {"", "[]", "{}", "[1,2]", "no json"}) {
+    SimulatedPlatform platform;
+    auto& desktop = platform.desktop();
+    if (*stored) desktop.setDefault("parkedWindows", DefaultsData{stored});
+    const auto lost = desktop.launch("Web", "w").openWindow("Page", {1439, 100, 700, 500});
+    desktop.recordHistory();
+    Program program(platform);
+    EXPECT_EQ(lost.frame().minX(), 1439) << stored;
+    for (const auto& line : desktop.history())
+      EXPECT_EQ(line.find("AX"), std::string::npos) << line;
+  }
+}
+
+TEST(EndStory, AWindowThatWillNotMoveDoesNotStopTheLaunch) {
+  SimulatedPlatform platform;
+  const Windows windows(platform.desktop());
+  Program program(platform);
+  windows.pellowAll(program);
+
+  SimulatedPlatform next(platform.desktop().snapshot());
+  auto& desktop = next.desktop();
+  desktop.counterpart(windows.letter)
+      .fails("AXPosition", AXError::failure, simulated::AXCall::write);
+  Program relaunched(next);
+  EXPECT_TRUE(
+      desktop.hasLogged("Could not recover Letter: Could not move the window (AXError "
+                        "failure)."));
+  EXPECT_TRUE(desktop.hasLogged("Recovered 2 window(s) stranded by a previous run"));
+  EXPECT_EQ(desktop.counterpart(windows.list).frame().minX(), 100);
+}
+
+}  // namespace
+}  // namespace pellow

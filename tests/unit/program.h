@@ -1,0 +1,66 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/app_delegate.h"
+#include "platforms/simulated/simulated_desktop.h"
+#include "platforms/simulated/simulated_panels.h"
+#include "platforms/simulated/simulated_platform.h"
+
+namespace pellow {
+
+// The program, launched on a simulated desktop, and what its user knows of it.
+class Program {
+ public:
+  explicit Program(simulated::SimulatedPlatform& platform)
+      : platform_(platform), delegate_(platform) {
+    platform.desktop().onTerminate([this] { delegate_.applicationWillTerminate(); });
+    delegate_.applicationDidFinishLaunching();
+    platform.desktop().runUntilQuiet();
+  }
+
+  PellowController& controller() { return delegate_.controller(); }
+  void quit() { platform_.process().terminate(); }
+
+  static constexpr auto modifiers = modifier::control | modifier::option | modifier::command;
+
+  // Control-Option-Command and the key of a letter.
+  void pressPellow() { press(17); }
+  void pressRestoreAll() { press(15); }
+  void press(std::uint16_t keyCode) {
+    platform_.desktop().press(keyCode, modifiers);
+    platform_.desktop().runUntilQuiet();
+  }
+
+  // The titles of the tabs on the strip, from its first panel.
+  std::vector<std::string> tabs() const {
+    std::vector<std::string> names;
+    const auto* const block = platform_.desktop().panels("pellow-strip").at(0)->view("tabs");
+    for (const auto& tab : block->children) names.push_back(tab.look.accessibleName);
+    return names;
+  }
+
+  // Clicks a tab in the middle, where it stands on the screen.
+  void clickTab(const std::string& title) {
+    const auto& panel = platform_.desktop().panel("pellow-strip");
+    const auto* const block = panel.view("tabs");
+    const auto* const tab = panel.viewNamed(title);
+    const AppKitVector inPanel{block->frame.minX() + tab->frame.midX(),
+                               block->frame.minY() + tab->frame.midY()};
+    platform_.desktop().click(panel.frame().origin + inPanel);
+    platform_.desktop().runUntilQuiet();
+  }
+
+  // The journal as a crash at this moment would leave it.
+  std::vector<ParkingRecord> journalOnDisk() const {
+    simulated::SimulatedPlatform afterCrash(platform_.desktop().snapshot());
+    return ParkingJournal(afterCrash.userDefaults()).records();
+  }
+
+ private:
+  simulated::SimulatedPlatform& platform_;
+  AppDelegate delegate_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,370 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/unit/program.h"
+
+// From a key press to a tab and back, as the user sees it.
+
+namespace pellow {
+namespace {
+
+using simulated::SimulatedPlatform;
+using simulated::SimulatedWindow;
+using testing::Test;
+
+constexpr QuartzRect home{100, 120, 800, 600};
+
+class RoadStory : public Test {
+ protected:
+  SimulatedWindow openNotes(const std::string& title = "Shopping", QuartzRect frame = home) {
+    if (!notes) notes = desktop.launch("Notes", "com.example.notes");
+    return notes->openWindow(title, frame);
+  }
+  void launch() { program = std::make_unique<Program>(platform); }
+
+  SimulatedPlatform platform;
+  simulated::SimulatedDesktop& desktop = platform.desktop();
+  std::optional<simulated::SimulatedApplication> notes;
+  std::unique_ptr<Program> program;
+};
+
+TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
+  const auto list = openNotes();
+  launch();
+  EXPECT_TRUE(program->tabs().empty());
+
+  // Nobody may see the window away from home without its record on disk.
+  bool movedUnrecorded = false;
+  desktop.onPortCall([&](std::uint64_t) {
+    if (list.frame() == home) return;
+    movedUnrecorded |= !desktop.defaultOnDisk("parkedWindows");
+  });
+  program->pressPellow();
+  desktop.onPortCall(nullptr);
+  EXPECT_FALSE(movedUnrecorded);
+  EXPECT_EQ(list.frame(), QuartzRect(1439, 872, 800, 600));
+  EXPECT_EQ(program->tabs(), std::vector<std::string>{"Shopping"});
+  EXPECT_EQ(
+      program->journalOnDisk(),
+      (std::vector<ParkingRecord>{{"com.example.notes", "Shopping", home.origin, {1439, 872}}}));
+
+  const auto& strip = desktop.panel("pellow-strip");
+  EXPECT_EQ(strip.frame().maxX(), 1440 - 6);
+  EXPECT_EQ(strip.level(), PanelLevel::statusWindow);
+
+  desktop.launch("Mail", "com.example.mail").openWindow("Inbox", {0, 30, 500, 500});
+  program->clickTab("Shopping");
+  EXPECT_EQ(list.frame(), home);
+  EXPECT_TRUE(list.isInFront());
+  EXPECT_TRUE(list.hasFocus());
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_TRUE(program->journalOnDisk().empty());
+  EXPECT_TRUE(desktop.alerts().empty());
+}
+
+TEST_F(RoadStory, EveryMechanismTakesTheSameRoad) {
+  const auto list = openNotes();
+  const auto letter = openNotes("Letter", {300, 200, 400, 300});
+  launch();
+
+  desktop.setDefault("mechanism", "minimize");
+  program->pressPellow();
+  EXPECT_TRUE(letter.isMinimized());
+  EXPECT_FALSE(list.isMinimized());
+  EXPECT_TRUE(program->journalOnDisk().empty());
+  program->clickTab("Letter");
+  EXPECT_FALSE(letter.isMinimized());
+  EXPECT_TRUE(letter.hasFocus());
+
+  desktop.setDefault("mechanism", "hideApp");
+  program->pressPellow();
+  EXPECT_TRUE(notes->isHidden());
+  EXPECT_EQ(program->tabs(), std::vector<std::string>{"Letter"});
+  program->clickTab("Letter");
+  EXPECT_FALSE(notes->isHidden());
+  EXPECT_TRUE(notes->isFrontmost());
+
+  // The last tab of each mechanism comes back by one key.
+  program->pressPellow();
+  desktop.setDefault("mechanism", "minimize");
+  const auto inbox = desktop.launch("Mail").openWindow("Inbox", {0, 30, 500, 500});
+  program->pressPellow();
+  desktop.setDefault("mechanism", "offscreen");
+  const auto page = desktop.launch("Web").openWindow("Page", {50, 60, 700, 500});
+  program->pressPellow();
+  EXPECT_EQ(program->tabs(), (std::vector<std::string>{"Letter", "Inbox", "Page"}));
+  EXPECT_TRUE(program->journalOnDisk().empty()) << "Web has no identifier to find it by";
+  program->pressRestoreAll();
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_FALSE(notes->isHidden());
+  EXPECT_FALSE(inbox.isMinimized());
+  EXPECT_EQ(page.frame(), QuartzRect(50, 60, 700, 500));
+}
+
+TEST_F(RoadStory, AWindowIsPutAwayOnce) {
+  const auto list = openNotes();
+  launch();
+  list.answersAfter(0.2);
+  desktop.press(17, Program::modifiers);
+  desktop.press(17, Program::modifiers);
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program->tabs().size(), 1);
+
+  // Still focused, with its tab: nothing more to do.
+  program->pressPellow();
+  EXPECT_EQ(program->tabs().size(), 1);
+  EXPECT_EQ(program->journalOnDisk().size(), 1);
+  program->pressRestoreAll();
+  EXPECT_EQ(list.frame(), home);
+}
+
+TEST_F(RoadStory, TheZoneChoosesTheSideAndThePinTheZone) {
+  auto zone = [&](const char* id, ZonePosition position, const char* snap) {
+    return fmt::format(R"({{"id":"{}","name":"{}","position":[{},{}],"showsName":false{}}})", id,
+                       id[0], position.x, position.y, snap);
+  };
+  const auto top = "A0000000-0000-0000-0000-000000000000";
+  const auto floating = "B0000000-0000-0000-0000-000000000000";
+  const auto left = "C0000000-0000-0000-0000-000000000000";
+  desktop.setDefault("zones", DefaultsData{"[" + zone(top, {0.5, 0}, R"(,"snap":"top")") + "," +
+                                           zone(floating, {0.49, 0.5}, "") + "," +
+                                           zone(left, {0, 0.5}, R"(,"snap":"left")") + "]"});
+  desktop.setDefault("pinnedApps",
+                     DefaultsData{fmt::format(
+                         R"({{"com.example.mail":"{}","com.example.web":"{}"}})", left, floating)});
+  const auto list = openNotes();
+  launch();
+  program->pressPellow();
+  EXPECT_EQ(list.frame().minX(), 1439);
+
+  const auto inbox =
+      desktop.launch("Mail", "com.example.mail").openWindow("Inbox", {0, 30, 500, 500});
+  program->pressPellow();
+  EXPECT_EQ(inbox.frame().minX(), 1 - 500);
+
+  const auto page = desktop.launch("Web", "com.example.web").openWindow("Page", {50, 60, 700, 500});
+  program->pressPellow();
+  EXPECT_EQ(page.frame().minX(), 1 - 700);
+
+  ASSERT_EQ(desktop.panels("pellow-strip").size(), 3);
+  for (const auto* panel : desktop.panels("pellow-strip"))
+    EXPECT_EQ(panel->view("tabs")->children.size(), 1);
+}
+
+TEST_F(RoadStory, AWindowThatStaysInSightGoesBackAndHasNoTab) {
+  const auto list = openNotes();
+  launch();
+  const auto refusal = "Notes will not let its window be moved off-screen.";
+  const auto expectRefused = [&] {
+    EXPECT_EQ(list.frame(), home);
+    EXPECT_TRUE(program->tabs().empty());
+    EXPECT_TRUE(program->journalOnDisk().empty());
+    ASSERT_EQ(desktop.alerts().size(), 1);
+    EXPECT_EQ(desktop.alerts()[0].messageText, "Pellow could not complete that action");
+    EXPECT_EQ(desktop.alerts()[0].informativeText, refusal);
+    EXPECT_EQ(desktop.alerts()[0].style, AlertStyle::warning);
+    desktop.choose("OK");
+    desktop.runUntilQuiet();
+    EXPECT_TRUE(desktop.alerts().empty());
+  };
+
+  list.refusesToMove();
+  program->pressPellow();
+  expectRefused();
+
+  // Six percent of its width stay on the display, then five.
+  const auto stopsAt = [](double x) {
+    return [x](QuartzPoint asked) { return QuartzPoint{std::min(asked.x, x), asked.y}; };
+  };
+  const auto fullHeight = QuartzRect{100, 0, 800, 20};
+  list.behaves().moveTo(fullHeight.origin);
+  list.resize(fullHeight.size);
+  list.movesTo(stopsAt(1440 - 48));
+  program->pressPellow();
+  EXPECT_EQ(list.frame(), fullHeight);
+  ASSERT_EQ(desktop.alerts().size(), 1);
+  desktop.choose("OK");
+  list.movesTo(stopsAt(1440 - 40));
+  program->pressPellow();
+  EXPECT_EQ(program->tabs().size(), 1);
+  program->pressRestoreAll();
+  EXPECT_EQ(list.frame(), fullHeight);
+
+  // What cannot be recorded is not hidden.
+  list.behaves().moveTo(home.origin);
+  list.resize(home.size);
+  desktop.failNextDefaultsWrite({"The disk is full."}, "parkedWindows");
+  program->pressPellow();
+  EXPECT_EQ(list.frame(), home);
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_TRUE(desktop.hasLogged("Could not write the parked-window journal: The disk is full."));
+}
+
+TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
+  const auto list = openNotes();
+  const auto letter = openNotes("Letter", {300, 200, 400, 300});
+  desktop.setDefault("mechanism", "minimize");
+  launch();
+
+  letter.failsNext("AXMinimized", AXError::cannotComplete, simulated::AXCall::write);
+  program->pressPellow();
+  EXPECT_TRUE(program->tabs().empty());
+  ASSERT_EQ(desktop.alerts().size(), 1);
+  EXPECT_EQ(desktop.alerts()[0].informativeText,
+            "Could not minimize the window (the app did not respond in time).");
+  desktop.choose("OK");
+
+  // Two of two fail to come back: both keep their tabs, and one alert tells of both.
+  program->pressPellow();
+  list.raise();
+  program->pressPellow();
+  ASSERT_EQ(program->tabs().size(), 2);
+  for (const auto& window : {list, letter})
+    window.failsNext("AXMinimized", AXError::cannotComplete, simulated::AXCall::write);
+  program->pressRestoreAll();
+  EXPECT_EQ(program->tabs().size(), 2);
+  ASSERT_EQ(desktop.alerts().size(), 1);
+  EXPECT_EQ(desktop.alerts()[0].informativeText,
+            "Could not restore the window (the app did not respond in time).\n\nAnd 1 more.");
+  desktop.choose("OK");
+
+  // A window that comes back but not to the front is back.
+  letter.failsNext("AXRaise", AXError::cannotComplete);
+  program->pressRestoreAll();
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_TRUE(
+      desktop.hasLogged("raise failed after successful restore: the app did not respond in time"));
+  EXPECT_TRUE(desktop.alerts().empty());
+
+  // Nothing to pellow.
+  notes->quit();
+  program->pressPellow();
+  ASSERT_EQ(desktop.alerts().size(), 1);
+  EXPECT_EQ(desktop.alerts()[0].informativeText, "No focused window to pellow.");
+}
+
+TEST_F(RoadStory, AWindowWhoseFateIsUnknownKeepsATab) {
+  const auto list = openNotes();
+  launch();
+  // It moves, but its application never says so.
+  list.fails("AXPosition", AXError::cannotComplete, simulated::AXCall::write);
+  program->pressPellow();
+  EXPECT_EQ(program->tabs().size(), 1);
+  EXPECT_EQ(program->journalOnDisk().size(), 1);
+  ASSERT_EQ(desktop.alerts().size(), 1);
+  list.behaves();
+  program->clickTab("Shopping");
+  EXPECT_EQ(list.frame(), home);
+  EXPECT_TRUE(program->journalOnDisk().empty());
+}
+
+TEST_F(RoadStory, AClosedWindowLeavesNoTabAndNoRecord) {
+  const auto list = openNotes();
+  const auto letter = openNotes("Letter", {300, 200, 400, 300});
+  launch();
+  program->pressPellow();
+  list.raise();
+  program->pressPellow();
+  ASSERT_EQ(program->tabs().size(), 2);
+
+  letter.close();
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program->tabs(), std::vector<std::string>{"Shopping"});
+  EXPECT_EQ(program->journalOnDisk().size(), 1);
+  notes->quit();
+  desktop.runUntilQuiet();
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_TRUE(program->journalOnDisk().empty());
+  EXPECT_TRUE(desktop.alerts().empty());
+}
+
+// The window is closed during its nth call, for every n of the road away and back.
+TEST(RoadStories, AWindowMayCloseAtAnyMoment) {
+  for (int call = 1; call <= 16; ++call) {
+    SimulatedPlatform platform;
+    auto& desktop = platform.desktop();
+    const auto list = desktop.launch("Notes", "com.example.notes").openWindow("Shopping", home);
+    Program program(platform);
+    list.closesDuring(call);
+    program.pressPellow();
+    program.pressRestoreAll();
+    while (!desktop.alerts().empty()) {
+      desktop.choose("OK");
+      desktop.runUntilQuiet();
+    }
+    EXPECT_TRUE(program.tabs().empty()) << "closed during call " << call;
+    EXPECT_TRUE(program.journalOnDisk().empty()) << "closed during call " << call;
+    EXPECT_TRUE(program.controller().isIdle());
+  }
+}
+
+TEST_F(RoadStory, AWindowComesBackOntoADisplay) {
+  desktop.plug(2, {1440, 0, 1920, 1080});
+  const auto far = openNotes("Far", {2000, 100, 800, 600});
+  launch();
+  program->pressPellow();
+  EXPECT_EQ(far.frame().minX(), 1440 + 1920 - 1);
+  desktop.unplug(2);
+  desktop.runUntilQuiet();
+  program->clickTab("Far");
+  // The menu bar takes 25 points at the top, the Dock 70 at the bottom.
+  EXPECT_EQ(far.frame(), QuartzRect(1440 - 800, 100, 800, 600));
+  EXPECT_TRUE(desktop.hasLogged("Original frame is no longer on a display; clamping the restore"));
+
+  // 60 % of it still on the display is enough to go back there.
+  const auto half = QuartzRect{-320, 200, 800, 600};
+  far.moveTo(half.origin);
+  program->pressPellow();
+  program->clickTab("Far");
+  EXPECT_EQ(far.frame(), half);
+
+  // Too wide for the display: at its left edge.
+  const auto wide = QuartzRect{-2000, 100, 3000, 600};
+  far.moveTo(wide.origin);
+  far.resize(wide.size);
+  program->pressPellow();
+  program->clickTab("Far");
+  EXPECT_EQ(far.frame().minX(), 0);
+}
+
+TEST_F(RoadStory, ShortcutsFireWhateverElseIsHeld) {
+  const auto list = openNotes();
+  launch();
+  constexpr std::uint64_t capsLock = 0x10000;
+  constexpr std::uint64_t function = 0x800000;
+  desktop.press(17, Program::modifiers | modifier::shift);
+  desktop.runUntilQuiet();
+  EXPECT_TRUE(program->tabs().empty());
+  desktop.setProgramHasKeyboard(true);
+  desktop.press(17, Program::modifiers | capsLock | function);
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program->tabs().size(), 1);
+
+  // The strip follows the preference at once.
+  program->press(3);
+  EXPECT_EQ(desktop.panel("pellow-strip").level(), PanelLevel::desktopIcons);
+  EXPECT_EQ(desktop.storedDefault("floatAboveWindows"), DefaultsValue(false));
+  program->press(3);
+  EXPECT_EQ(desktop.panel("pellow-strip").level(), PanelLevel::statusWindow);
+}
+
+TEST_F(RoadStory, ItWaitsForThePermission) {
+  const auto list = openNotes();
+  desktop.setTrusted(false);
+  launch();
+  program->pressPellow();
+  EXPECT_EQ(list.frame(), home);
+  EXPECT_TRUE(desktop.panels("pellow-strip").empty());
+  desktop.setTrusted(true);
+  desktop.run(1.1);
+  program->pressPellow();
+  EXPECT_EQ(program->tabs().size(), 1);
+  desktop.run(5);
+  EXPECT_EQ(desktop.panels("pellow-strip").size(), 1);
+}
+
+}  // namespace
+}  // namespace pellow

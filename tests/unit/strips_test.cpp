@@ -1,0 +1,171 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/unit/program.h"
+
+// Strips follow the stores, the preferences and the displays.
+
+namespace pellow {
+namespace {
+
+using simulated::SimulatedPlatform;
+
+// The strips alone, with stores of their own.
+class Strips : public testing::Test {
+ protected:
+  TabItem tab(const std::string& title, const std::string& bundleID) {
+    const auto window = desktop.launch(bundleID, bundleID).openWindow(title, {0, 0, 300, 200});
+    return {.id = platform.uuidSource().next(),
+            .window = {window.element(), window.pid()},
+            .appName = bundleID,
+            .bundleID = bundleID,
+            .title = title};
+  }
+  void prefer(std::string_view key, DefaultsValue value) {
+    desktop.setDefault(key, std::move(value));
+    notifications.post(Preferences::didChange);
+  }
+  const View& tabs() { return *desktop.panel("pellow-strip").view("tabs"); }
+
+  SimulatedPlatform platform;
+  simulated::SimulatedDesktop& desktop = platform.desktop();
+  NotificationCenter notifications;
+  Preferences preferences{platform.userDefaults(), notifications};
+  ZoneStore zones{platform.userDefaults(), notifications, platform.uuidSource()};
+  TabStore store{notifications, platform.workspace()};
+  TabStripController strips{{store, zones, preferences, platform.userDefaults(), platform.screens(),
+                             platform.panels(), notifications}};
+};
+
+TEST_F(Strips, AnEmptyZoneIsAShortStrip) {
+  // Snapped right, half way down the visible frame of 1440 × 805 above the Dock.
+  EXPECT_EQ(desktop.panel("pellow-strip").frame(), AppKitRect(1390, 70 + (805 - 60) / 2.0, 44, 60));
+  EXPECT_TRUE(tabs().children.empty());
+}
+
+TEST_F(Strips, TabsFollowTheStore) {
+  const auto first = tab("First", "a");
+  const auto second = tab("Second", "b");
+  store.add(first);
+  store.add(second);
+  ASSERT_EQ(tabs().children.size(), 2);
+  EXPECT_EQ(tabs().children[0].look.accessibleName, "First");
+  EXPECT_GT(tabs().children[0].frame.minY(), tabs().children[1].frame.minY());
+  EXPECT_EQ(tabs().children[0].frame.size, (Size{34, 34}));
+
+  // Where a tab is, and where the next one would be, told without looking at the panel.
+  const auto panel = desktop.panel("pellow-strip").frame();
+  const auto shown = tabs().children[1].frame;
+  EXPECT_EQ(strips.frame(second.id),
+            AppKitRect(panel.minX() + shown.minX(), panel.minY() + shown.minY(), 34, 34));
+  const auto projected = strips.projectedTabFrame(zones.defaultZone().id);
+  const auto third = tab("Third", "c");
+  store.add(third);
+  EXPECT_EQ(strips.frame(third.id), projected);
+  EXPECT_EQ(strips.frame(platform.uuidSource().next()), std::nullopt);
+
+  std::vector<UUID> clicked;
+  strips.onActivate = [&](const std::vector<UUID>& ids) {
+    clicked = ids;
+    store.remove(ids);  // and with it the view that was clicked
+  };
+  desktop.clickView("pellow-strip", "tabs/" + second.id.text());
+  desktop.runUntilQuiet();
+  EXPECT_EQ(clicked, std::vector{second.id});
+  EXPECT_EQ(tabs().children.size(), 2);
+}
+
+TEST_F(Strips, SizesAndTitlesAreTheTabsOwnThenTheZonesThenThePreferences) {
+  const auto own = tab("Own", "a");
+  const auto plain = tab("Plain", "b");
+  store.add(own);
+  store.add(plain);
+  prefer("tabSize", 500.0);
+  EXPECT_EQ(tabs().children[0].frame.width(), 72);
+  auto zone = zones.defaultZone();
+  zone.tabSize = 50;
+  zone.showsName = true;
+  zone.colorHex = "#FF0000";
+  zones.update(zone);
+  store.setSize(40, std::vector{own.id});
+  store.setShowsTitle(true, std::vector{own.id});
+  EXPECT_NEAR(tabs().children[0].frame.width(), 5.3 * 40, 1e-9);
+  EXPECT_EQ(tabs().children[1].frame.size, (Size{50, 50}));
+
+  const auto& panel = desktop.panel("pellow-strip");
+  EXPECT_EQ(panel.view("name")->look.rotation, 90);
+  EXPECT_EQ(panel.view("name")->frame.midX(), 9);
+  const auto* const fill = std::get_if<Fill>(&panel.view("colour")->look.content);
+  ASSERT_TRUE(fill);
+  EXPECT_EQ(fill->colour, (Colour{1, 0, 0, 0.45}));
+  EXPECT_EQ(panel.frame().width(), 5.3 * 40 + 10 + 18);
+}
+
+TEST_F(Strips, TabsOfOneApplicationShareAnEntryWhereApplicationsArePellowedWhole) {
+  for (const auto* title : {"One", "Two", "Three"}) {
+    auto item = tab(title, title == std::string("Two") ? "b" : "a");
+    if (title == std::string("Three")) item.size = 60;
+    store.add(item);
+  }
+  zones.pins["a"] = zones.defaultZone().id;
+  for (const auto& [key, value] : {std::pair{"mechanism", "hideApp"}, {"tabScope", "app"}}) {
+    prefer(key, value);
+    const auto entries = strips.entries(zones.defaultZone().id);
+    ASSERT_EQ(entries.size(), 2) << key;
+    EXPECT_EQ(entries[0].count, 2);
+    EXPECT_EQ(entries[0].tooltip, "One\nThree");
+    EXPECT_EQ(entries[0].tabIDs, (std::vector{store.tabs()[0].id, store.tabs()[2].id}));
+    EXPECT_EQ(entries[0].size, 60);
+    EXPECT_TRUE(entries[0].hasOwnSize);
+    EXPECT_TRUE(entries[0].isPinned);
+    EXPECT_FALSE(entries[1].isPinned);
+    EXPECT_EQ(strips.frame(store.tabs()[0].id), strips.frame(store.tabs()[2].id));
+    const auto& view = tabs().children[0];
+    EXPECT_EQ(std::get<Label>(view.children.back().children[0].look.content).text, "2");
+    prefer(key, key == std::string("mechanism") ? "offscreen" : "window");
+    EXPECT_EQ(strips.entries(zones.defaultZone().id).size(), 3);
+  }
+}
+
+TEST_F(Strips, ZonesHavePanelsOnTheirDisplays) {
+  auto second = zones.add("Second");
+  ASSERT_EQ(desktop.panels("pellow-strip").size(), 2);
+  desktop.plug(7, {1440, 0, 1920, 1080});
+  second.displayID = 7;
+  zones.update(second);
+  desktop.runUntilQuiet();
+  const auto onSecondDisplay = [&] {
+    int count = 0;
+    for (const auto* panel : desktop.panels("pellow-strip")) count += panel->frame().minX() > 1440;
+    return count;
+  };
+  EXPECT_EQ(onSecondDisplay(), 1);
+
+  prefer("tabsOnAllScreens", true);
+  EXPECT_EQ(desktop.panels("pellow-strip").size(), 4);
+  EXPECT_EQ(onSecondDisplay(), 2);
+  prefer("tabsOnAllScreens", false);
+  EXPECT_EQ(desktop.panels("pellow-strip").size(), 2);
+
+  // Its display goes and comes back; the zone does not forget it.
+  desktop.unplug(7);
+  desktop.runUntilQuiet();
+  EXPECT_EQ(desktop.panels("pellow-strip").size(), 2);
+  EXPECT_EQ(onSecondDisplay(), 0);
+  EXPECT_EQ(zones.zone(second.id).displayID, 7);
+  desktop.plug(7, {1440, 0, 1920, 1080});
+  desktop.runUntilQuiet();
+  EXPECT_EQ(onSecondDisplay(), 1);
+
+  // A tab outlives its zone, in the default one.
+  auto orphan = tab("Orphan", "a");
+  orphan.zoneID = second.id;
+  store.add(orphan);
+  zones.remove(second.id);
+  EXPECT_EQ(desktop.panels("pellow-strip").size(), 1);
+  EXPECT_EQ(tabs().children.size(), 1);
+}
+
+}  // namespace
+}  // namespace pellow
