@@ -55,9 +55,9 @@ struct BasicRect {
   BasicPoint<Space> origin;
   Size size;
 
-  BasicRect() = default;
-  BasicRect(BasicPoint<Space> rectOrigin, Size rectSize) : origin(rectOrigin), size(rectSize) {}
-  BasicRect(double x, double y, double width, double height) : origin{x, y}, size{width, height} {}
+  constexpr BasicRect() = default;
+  constexpr BasicRect(BasicPoint<Space> rectOrigin, Size rectSize) : origin(rectOrigin), size(rectSize) {}
+  constexpr BasicRect(double x, double y, double width, double height) : origin{x, y}, size{width, height} {}
 
   bool operator==(const BasicRect&) const = default;
 

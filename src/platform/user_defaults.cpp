@@ -32,13 +32,13 @@ bool booleanOf(std::string_view text) {
 // The decimal number that the text begins with, else 0.
 double numberOf(std::string_view text) {
   text = withoutLeadingSpace(text);
-  if (text.starts_with('+')) text.remove_prefix(1);
-  // Only digits: the parser would also take "inf" and "nan".
-  const auto unsignedText = text.substr(text.starts_with('-') ? 1 : 0);
-  if (unsignedText.empty() || !(isDigit(unsignedText[0]) || unsignedText[0] == '.')) return 0;
+  const bool isNegative = text.starts_with('-');
+  if (isNegative || text.starts_with('+')) text.remove_prefix(1);
+  // The parser would also take a second sign, "inf" and "nan".
+  if (text.empty() || !(isDigit(text[0]) || text[0] == '.')) return 0;
   double number = 0;
   std::from_chars(text.data(), text.data() + text.size(), number);
-  return number;
+  return isNegative ? -number : number;
 }
 
 }  // namespace

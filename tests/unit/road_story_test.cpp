@@ -331,7 +331,7 @@ TEST_F(RoadStory, AWindowComesBackOntoADisplay) {
 }
 
 TEST_F(RoadStory, ShortcutsFireWhateverElseIsHeld) {
-  const auto list = openNotes();
+  openNotes();
   launch();
   constexpr std::uint64_t capsLock = 0x10000;
   constexpr std::uint64_t function = 0x800000;

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QColor>
+#include <QPalette>
+
+#include "platform/view.h"
+
+namespace pellow {
+
+// The colours that panels are made of, after the light or dark colours of the desktop.
+struct Material {
+  QColor backdrop;
+  QColor rim;       // the hairline around a backdrop
+  QColor gleam;     // the hairline of light inside its upper rim
+  QColor hover;     // over a view under the pointer
+  QColor pressed;   // over a view that is being clicked
+  QColor label;
+  QColor secondaryLabel;
+  QColor accent;
+
+  // `translucent` where a compositor lets the windows below shine through.
+  static Material of(const QPalette& palette, bool translucent);
+
+  QColor text(TextColour colour) const;
+  QColor fill(const Fill& fill) const;
+};
+
+QColor toQColor(const Colour& colour);
+
+}  // namespace pellow

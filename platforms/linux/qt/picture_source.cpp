@@ -1,0 +1,86 @@
+#include "platforms/linux/qt/picture_source.h"
+
+#include <QFileInfo>
+#include <QImage>
+#include <QPainter>
+#include <QPainterPath>
+#include <QStandardPaths>
+
+#include "platforms/linux/x11/pixel_image.h"
+
+namespace pellow {
+namespace {
+
+constexpr double nominalIconSide = 32;  // points, of icons that have any size
+
+QImage pixelsOf(const Image::Object& object, QSize side) {
+  if (const auto* theme = dynamic_cast<const ThemeIcon*>(&object))
+    return theme->icon().pixmap(side, 1.0).toImage();
+  if (const auto* pixels = dynamic_cast<const PixelImage*>(&object))
+    return QImage(reinterpret_cast<const uchar*>(pixels->pixels().data()), pixels->width(),
+                  pixels->height(), QImage::Format_ARGB32);
+  return {};
+}
+
+QImage rounded(const QImage& image, double radius) {
+  QImage result(image.size(), QImage::Format_ARGB32_Premultiplied);
+  result.fill(Qt::transparent);
+  QPainter painter(&result);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(QBrush(image));
+  painter.drawRoundedRect(QRectF(image.rect()), radius, radius);
+  return result;
+}
+
+// An icon theme that is likely to be there; "hicolor" alone holds applications' own icons only.
+QString likelyTheme() {
+  const auto folders = QIcon::themeSearchPaths();
+  for (const auto* name : {"Adwaita", "breeze", "Papirus", "elementary-xfce", "Yaru", "gnome"})
+    for (const auto& folder : folders)
+      if (QFileInfo::exists(folder + '/' + name + "/index.theme")) return name;
+  return "hicolor";
+}
+
+}  // namespace
+
+std::optional<Image> ThemeIcon::load(const std::string& name) {
+  const auto text = QString::fromStdString(name);
+  auto icon = QFileInfo(text).isAbsolute() ? QIcon(text) : QIcon::fromTheme(text);
+  if (icon.availableSizes().isEmpty() && icon.pixmap(1, 1).isNull()) {
+    // "firefox.png" in a folder of pictures.
+    const auto withoutEnding = QFileInfo(text).completeBaseName();
+    if (QFileInfo(text).isAbsolute() || withoutEnding == text) return std::nullopt;
+    return load(withoutEnding.toStdString());
+  }
+  return Image(std::make_shared<ThemeIcon>(std::move(icon)));
+}
+
+void ThemeIcon::chooseFallbacks() {
+  QIcon::setFallbackThemeName(likelyTheme());
+  auto folders = QIcon::fallbackSearchPaths();
+  folders += QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, "pixmaps",
+                                       QStandardPaths::LocateDirectory);
+  QIcon::setFallbackSearchPaths(folders);
+}
+
+Size ThemeIcon::size() const { return {nominalIconSide, nominalIconSide}; }
+
+std::shared_ptr<const PictureSource::Scaled> PictureSource::scaled(const Image& image, QSize side,
+                                                                   double cornerRadius) {
+  const Key key{&image.object(), side.width(), side.height(), cornerRadius};
+  if (const auto found = known_.find(key); found != known_.end())
+    if (auto picture = found->second.lock()) return picture;
+
+  auto pixels = pixelsOf(image.object(), side);
+  if (!pixels.isNull())
+    pixels = pixels.convertToFormat(QImage::Format_ARGB32_Premultiplied)
+                 .scaled(side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  if (cornerRadius > 0 && !pixels.isNull()) pixels = rounded(pixels, cornerRadius);
+  std::erase_if(known_, [](const auto& entry) { return entry.second.expired(); });
+  auto picture = std::make_shared<const Scaled>(image, QPixmap::fromImage(std::move(pixels)));
+  known_[key] = picture;
+  return picture;
+}
+
+}  // namespace pellow

@@ -1,0 +1,103 @@
+#include "platforms/linux/system/files.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+
+#include "platforms/linux/system/file_descriptor.h"
+
+namespace pellow {
+namespace {
+
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
+std::unexpected<SystemError> failure(const std::filesystem::path& file, std::error_code error) {
+  return std::unexpected(
+      SystemError{fmt::format("Could not write {}: {}.", file.native(), error.message())});
+}
+
+bool isStillNamed(int number, const char* path) {
+  struct stat open{};
+  struct stat named{};
+  return fstat(number, &open) == 0 && stat(path, &named) == 0 && open.st_dev == named.st_dev &&
+         open.st_ino == named.st_ino;
+}
+
+// The new contents grow under one fixed name, so that a process that is killed leaves at most one
+// file behind and the next write takes it over. The lock keeps two processes apart; whoever waited
+// for it may find that the other has renamed the file meanwhile, and begins again.
+FileDescriptor openExclusively(const char* path) {
+  for (;;) {
+    FileDescriptor file(open(path, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!file) return file;
+    while (flock(file.number(), LOCK_EX) != 0) {
+      if (errno != EINTR) return FileDescriptor();
+    }
+    if (isStillNamed(file.number(), path)) return file;
+  }
+}
+
+bool writeAll(int number, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto written = write(number, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) return false;
+    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+bool syncFolder(const std::filesystem::path& folder) {
+  const FileDescriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  return descriptor && fsync(descriptor.number()) == 0;
+}
+
+}  // namespace
+
+std::expected<void, SystemError> writeFileAtomically(const std::filesystem::path& file,
+                                                     std::string_view contents) {
+  const auto folder = file.parent_path();
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  if (error) return failure(file, error);
+
+  auto growing = file;
+  growing += ".new";
+  const auto descriptor = openExclusively(growing.c_str());
+  if (!descriptor) return failure(file, lastError());
+  const int number = descriptor.number();
+  if (ftruncate(number, 0) != 0 || !writeAll(number, contents) || fsync(number) != 0 ||
+      rename(growing.c_str(), file.c_str()) != 0) {
+    const auto reason = lastError();
+    unlink(growing.c_str());
+    return failure(file, reason);
+  }
+  if (!syncFolder(folder)) return failure(file, lastError());
+  return {};
+}
+
+std::expected<std::string, std::error_code> readFile(const std::filesystem::path& file) {
+  const FileDescriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!descriptor) return std::unexpected(lastError());
+  std::string contents;
+  std::array<char, 1 << 14> buffer;
+  for (;;) {
+    const auto count = read(descriptor.number(), buffer.data(), buffer.size());
+    if (count == 0) return contents;
+    if (count < 0 && errno != EINTR) return std::unexpected(lastError());
+    if (count > 0) contents.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+}
+
+std::error_code renameWithoutReplacing(const std::filesystem::path& from,
+                                       const std::filesystem::path& to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return {};
+  return lastError();
+}
+
+}  // namespace pellow

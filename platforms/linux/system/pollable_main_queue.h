@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/queues.h"
+
+namespace pellow {
+
+// The main queue behind a file descriptor, for whatever loop the main thread runs. The loop waits
+// for the descriptor without a time limit: nothing wakes up but due work.
+class PollableMainQueue final : public MainQueue {
+ public:
+  PollableMainQueue();
+  ~PollableMainQueue() override;
+
+  Subscription async(Work work) override;
+  Subscription after(Seconds delay, Work work) override;
+  Subscription every(Seconds interval, std::function<void()> tick) override;
+
+  // Readable when `runPending` has something to do.
+  int fileDescriptor() const;
+
+  // Runs the work that has come and the timers that are due, one by one; what these put in waits
+  // for the next call. May be called by the work itself. Main thread.
+  void runPending();
+
+ private:
+  struct State;
+
+  std::shared_ptr<State> state_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+namespace pellow {
+
+struct PixelPoint {
+  int x = 0;
+  int y = 0;
+
+  bool operator==(const PixelPoint&) const = default;
+};
+
+// A rectangle of the X screen: pixels of the root window, y down.
+struct PixelRect {
+  int x = 0;
+  int y = 0;
+  int width = 0;
+  int height = 0;
+
+  bool operator==(const PixelRect&) const = default;
+
+  PixelPoint origin() const { return {x, y}; }
+  int maxX() const { return x + width; }
+  int maxY() const { return y + height; }
+  std::int64_t area() const { return std::int64_t{width} * height; }
+  PixelRect at(PixelPoint origin) const { return {origin.x, origin.y, width, height}; }
+
+  // Of size zero where the two do not meet.
+  PixelRect intersection(const PixelRect& other) const {
+    const int left = std::max(x, other.x);
+    const int top = std::max(y, other.y);
+    return {left, top, std::max(std::min(maxX(), other.maxX()) - left, 0),
+            std::max(std::min(maxY(), other.maxY()) - top, 0)};
+  }
+};
+
+}  // namespace pellow

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <functional>
+
+#include "base/geometry.h"
+#include "platforms/linux/x11/x11_window.h"
+
+namespace pellow {
+
+// Asks the window manager to do things with windows, and answers once it has done them. Whatever it
+// does is bounded by the deadline and by a moderate time of its own, for a window manager may
+// refuse without a word. Any thread.
+class WindowManager {
+ public:
+  explicit WindowManager(X11Server& server) : server_(server) {}
+
+  // Moves the frame's top left corner. A maximized or full-screen window leaves that state, since
+  // it would not move, and takes it up again when a move shows it on the monitors. Success means
+  // that the window manager has been asked and given the time to act: only a look at the frame
+  // tells where the window is.
+  std::expected<void, AXError> moveFrame(const WindowKey& window, QuartzPoint origin,
+                                         Deadline deadline);
+
+  // `cannotComplete` when the window manager does not do it.
+  std::expected<void, AXError> minimize(const WindowKey& window, Deadline deadline);
+  // Brings the window to the current desktop, too.
+  std::expected<void, AXError> unminimize(const WindowKey& window, Deadline deadline);
+
+  // The same for many at once and with no regard to whom they are hidden for; false when one of
+  // them does not follow. Windows that are gone do not count.
+  bool iconify(const std::vector<WindowKey>& windows, Deadline deadline);
+  bool deiconify(const std::vector<WindowKey>& windows, Deadline deadline);
+
+  // Puts the window in front of the others on the current desktop, without giving it the keys.
+  std::expected<void, AXError> raise(const WindowKey& window, Deadline deadline);
+
+  // Gives the window the keys and puts it in front.
+  void activate(xcb_window_t window);
+
+ private:
+  using Condition = std::function<bool(const WindowFacts&)>;
+
+  // Waits for changes of a window until one look at it fulfils the condition, `patience` at most;
+  // answers the last look, whether it does or not.
+  std::expected<WindowFacts, AXError> waitUntil(const WindowKey& window, Facet facets,
+                                                Seconds patience, Deadline deadline,
+                                                const Condition& condition);
+
+  std::expected<WindowFacts, AXError> leaveExpandedState(const WindowFacts& window,
+                                                         Deadline deadline);
+  std::expected<void, AXError> takeUpExpandedState(const WindowFacts& window, PixelPoint target,
+                                                   Deadline deadline);
+  std::expected<WindowFacts, AXError> moveTo(const WindowFacts& window, PixelPoint target,
+                                             Deadline deadline);
+  bool waitForIconified(const WindowKey& window, bool iconified, Seconds patience,
+                        Deadline deadline);
+  void changeState(xcb_window_t window, bool add, xcb_atom_t first, xcb_atom_t second = 0);
+  void bringToCurrentDesktop(const WindowFacts& window, Deadline deadline);
+
+  X11Server& server_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,152 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <deque>
+#include <expected>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/ax_error.h"
+#include "platform/clock.h"
+#include "platform/system_error.h"
+#include "platforms/linux/x11/x11_atoms.h"
+
+namespace pellow {
+
+struct FreeDeleter {
+  void operator()(void* memory) const { std::free(memory); }
+};
+template <class Reply>
+using XReply = std::unique_ptr<Reply, FreeDeleter>;
+using XEvent = XReply<xcb_generic_event_t>;
+
+// The moment until which something is waited for.
+using Deadline = std::chrono::steady_clock::time_point;
+Deadline deadlineIn(Seconds seconds);
+
+// What a property holds; empty when the window does not have it.
+struct XProperty {
+  xcb_atom_t type = XCB_ATOM_NONE;
+  std::string bytes;
+
+  bool exists() const { return type != XCB_ATOM_NONE; }
+  // The values of a property of 32 bits; nothing of a broken one.
+  std::vector<std::uint32_t> words() const;
+  std::optional<std::uint32_t> firstWord() const;
+  bool contains(std::uint32_t word) const;
+};
+
+class X11Connection;
+
+// A request that has been sent and whose reply has not been read yet. Many can be under way at
+// once; dropping one drops its reply.
+template <class Reply>
+class PendingReply {
+ public:
+  PendingReply(X11Connection& connection, unsigned sequence)
+      : connection_(&connection), sequence_(sequence) {}
+  PendingReply(PendingReply&& other) noexcept
+      : connection_(std::exchange(other.connection_, nullptr)), sequence_(other.sequence_) {}
+  PendingReply& operator=(PendingReply&&) = delete;
+  ~PendingReply();
+
+  // Waits for the reply; once.
+  std::expected<XReply<Reply>, AXError> collect(Deadline deadline);
+
+ private:
+  X11Connection* connection_;  // null once collected
+  unsigned sequence_;
+};
+
+// A property that has been asked for.
+class PendingProperty {
+ public:
+  PendingProperty(X11Connection& connection, xcb_window_t window, xcb_atom_t property);
+
+  std::expected<XProperty, AXError> collect(Deadline deadline);
+
+ private:
+  PendingReply<xcb_get_property_reply_t> reply_;
+};
+
+// A connection to the X server for one thread. Errors are values: a window that is gone answers
+// `invalidUIElement`, a server that does not answer in time or at all `cannotComplete`, every other
+// refusal `failure`.
+class X11Connection {
+ public:
+  static std::expected<std::unique_ptr<X11Connection>, SystemError> open(
+      const std::string& displayName);
+
+  // The same, but a connection that cannot be opened is a lost one.
+  static std::unique_ptr<X11Connection> openOrLost(const std::string& displayName);
+
+  ~X11Connection();
+  X11Connection(const X11Connection&) = delete;
+  X11Connection& operator=(const X11Connection&) = delete;
+
+  xcb_connection_t* raw() const { return connection_; }
+  xcb_window_t root() const { return screen_.root; }
+  int screenNumber() const { return screenNumber_; }
+  const xcb_screen_t& screen() const { return screen_; }
+  bool isLost() const { return xcb_connection_has_error(connection_) != 0; }
+  void flush() { xcb_flush(connection_); }
+
+  // Keeps the reply of a request: `connection.pending<xcb_get_geometry_reply_t>(cookie)`.
+  template <class Reply, class Cookie>
+  PendingReply<Reply> pending(Cookie cookie) {
+    return {*this, cookie.sequence};
+  }
+  PendingProperty property(xcb_window_t window, xcb_atom_t name) { return {*this, window, name}; }
+
+  // Waits for the answer to a checked request.
+  std::expected<void, AXError> check(xcb_void_cookie_t cookie, Deadline deadline);
+
+  // Asks the window manager to do something about a window.
+  void sendToWindowManager(xcb_window_t window, xcb_atom_t type,
+                           const std::array<std::uint32_t, 5>& data);
+
+  // The next event, in order of arrival; nothing when none comes before the deadline.
+  XEvent waitForEvent(Deadline deadline);
+  // The next event that has arrived already.
+  XEvent pollForEvent();
+  // Forgets the events that have arrived.
+  void dropEvents();
+
+ private:
+  template <class Reply>
+  friend class PendingReply;
+
+  X11Connection(xcb_connection_t* connection, int screenNumber);
+
+  std::expected<void*, AXError> waitForReply(unsigned sequence, Deadline deadline);
+  // Takes in what the server has sent, after waiting for it; false at the deadline or the end.
+  bool read(Deadline deadline);
+
+  xcb_connection_t* connection_;
+  int screenNumber_;
+  xcb_screen_t screen_{};
+  std::deque<XEvent> events_;  // arrived while a reply was waited for
+};
+
+template <class Reply>
+PendingReply<Reply>::~PendingReply() {
+  if (connection_) xcb_discard_reply(connection_->raw(), sequence_);
+}
+
+template <class Reply>
+std::expected<XReply<Reply>, AXError> PendingReply<Reply>::collect(Deadline deadline) {
+  auto* connection = std::exchange(connection_, nullptr);
+  const auto reply = connection->waitForReply(sequence_, deadline);
+  if (!reply) return std::unexpected(reply.error());
+  return XReply<Reply>(static_cast<Reply*>(*reply));
+}
+
+}  // namespace pellow

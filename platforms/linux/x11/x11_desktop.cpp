@@ -1,0 +1,198 @@
+#include "platforms/linux/x11/x11_desktop.h"
+
+#include <sys/epoll.h>
+#include <xcb/randr.h>
+
+#include <fmt/format.h>
+
+#include "platforms/linux/system/file_descriptor.h"
+#include "platforms/linux/x11/instance_lock.h"
+#include "platforms/linux/x11/window_manager.h"
+#include "platforms/linux/x11/x11_element.h"
+#include "platforms/linux/x11/x11_event_monitors.h"
+#include "platforms/linux/x11/x11_screens.h"
+#include "platforms/linux/x11/x11_server.h"
+#include "platforms/linux/x11/x11_workspace.h"
+
+namespace pellow {
+
+namespace {
+
+constexpr Seconds serverPatience = 2;
+
+FileDescriptor pollSetWith(int descriptor) {
+  FileDescriptor pollSet(epoll_create1(EPOLL_CLOEXEC));
+  epoll_event interest{.events = EPOLLIN, .data = {.fd = descriptor}};
+  epoll_ctl(pollSet.number(), EPOLL_CTL_ADD, descriptor, &interest);
+  return pollSet;
+}
+
+// The first event number of RandR, where it exists.
+std::optional<std::uint8_t> selectScreenEvents(X11Connection& connection) {
+  const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  xcb_change_window_attributes(connection.raw(), connection.root(), XCB_CW_EVENT_MASK, &mask);
+  const auto* extension = xcb_get_extension_data(connection.raw(), &xcb_randr_id);
+  const bool hasRandR = extension && extension->present;
+  if (hasRandR)
+    xcb_randr_select_input(connection.raw(), connection.root(),
+                           XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
+                               XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+  connection.flush();
+  return hasRandR ? std::optional(extension->first_event) : std::nullopt;
+}
+
+SystemError noWindowManager(const std::string& displayName) {
+  return {
+      fmt::format("No window manager that follows EWMH runs on the X display{}; start one, for "
+                  "example openbox, and then Pellow.",
+                  displayName.empty() ? "" : " \"" + displayName + "\"")};
+}
+
+}  // namespace
+
+// The events come over a connection of their own on which nobody waits for replies, so that an
+// event that has arrived always makes the descriptor readable.
+struct X11Desktop::Parts {
+  Parts(std::unique_ptr<X11Server> x11Server, std::unique_ptr<X11Connection> eventConnection,
+        double scale, Hooks hooks, const Log& desktopLog)
+      : log(desktopLog),
+        server(std::move(x11Server)),
+        events(std::move(eventConnection)),
+        pollSet(pollSetWith(xcb_get_file_descriptor(events->raw()))),
+        randrEvent(selectScreenEvents(*events)),
+        instanceLock(*events),
+        windowManager(*server),
+        accessibility(*server, windowManager),
+        screens(*server, scale),
+        workspace(*server, windowManager, *events, pollSet.number(), std::move(hooks.loadIcon)),
+        eventMonitors(*server, *events, std::move(hooks.ownWindowHasKeyboard)) {}
+
+  void handle(const xcb_generic_event_t& event);
+  void handleProperty(const xcb_property_notify_event_t& event);
+  void actOnChanges();
+
+  const Log& log;
+  std::unique_ptr<X11Server> server;
+  std::unique_ptr<X11Connection> events;
+  FileDescriptor pollSet;
+  std::optional<std::uint8_t> randrEvent;
+  InstanceLock instanceLock;
+  WindowManager windowManager;
+  X11Accessibility accessibility;
+  X11Screens screens;
+  X11Workspace workspace;
+  X11EventMonitors eventMonitors;
+
+  // What the events of one round have touched; many events make one reaction.
+  bool windowsChanged = false;
+  bool screensChanged = false;
+  bool windowManagerChanged = false;
+  std::vector<xcb_window_t> windowStatesChanged;
+};
+
+std::expected<std::unique_ptr<X11Desktop>, SystemError> X11Desktop::open(
+    const std::string& displayName, double scale, Hooks hooks, const Log& log) {
+  auto server = X11Server::open(displayName);
+  if (!server) return std::unexpected(server.error());
+  auto events = X11Connection::open(displayName);
+  if (!events) return std::unexpected(events.error());
+  if (!(*server)->readWindowManager()) return std::unexpected(noWindowManager(displayName));
+  return std::unique_ptr<X11Desktop>(new X11Desktop(std::make_unique<Parts>(
+      std::move(*server), std::move(*events), scale, std::move(hooks), log)));
+}
+
+X11Desktop::X11Desktop(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
+
+X11Desktop::~X11Desktop() = default;
+
+Accessibility& X11Desktop::accessibility() { return parts_->accessibility; }
+Workspace& X11Desktop::workspace() { return parts_->workspace; }
+Screens& X11Desktop::screens() { return parts_->screens; }
+EventMonitors& X11Desktop::eventMonitors() { return parts_->eventMonitors; }
+
+int X11Desktop::fileDescriptor() const { return parts_->pollSet.number(); }
+
+bool X11Desktop::processEvents() {
+  while (const auto event = parts_->events->pollForEvent()) parts_->handle(*event);
+  parts_->actOnChanges();
+  parts_->workspace.processEnded();
+  parts_->events->flush();
+  return !parts_->events->isLost();
+}
+
+void X11Desktop::Parts::handle(const xcb_generic_event_t& event) {
+  const auto type = event.response_type & 0x7f;
+  if (type == 0) {
+    // A window went away while something was asked of it.
+    const auto& error = reinterpret_cast<const xcb_generic_error_t&>(event);
+    if (error.error_code != XCB_WINDOW)
+      log.warning("The X server refused request {}.{} with error {}", error.major_code,
+                  error.minor_code, error.error_code);
+  } else if (type == XCB_PROPERTY_NOTIFY) {
+    handleProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+  } else if (type == XCB_CONFIGURE_NOTIFY ||
+             (randrEvent && (type == *randrEvent + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
+                             type == *randrEvent + XCB_RANDR_NOTIFY))) {
+    screensChanged = true;
+  } else {
+    eventMonitors.handle(event);
+  }
+}
+
+void X11Desktop::Parts::handleProperty(const xcb_property_notify_event_t& event) {
+  const auto& atoms = server->atoms();
+  if (event.window != events->root()) {
+    if (event.atom == atoms.netWMState || event.atom == atoms.wmState)
+      windowStatesChanged.push_back(event.window);
+    return;
+  }
+  if (event.atom == atoms.netClientList) windowsChanged = screensChanged = true;
+  if (event.atom == atoms.netWorkarea || event.atom == atoms.netCurrentDesktop)
+    screensChanged = true;
+  if (event.atom == atoms.netSupported || event.atom == atoms.netSupportingWMCheck)
+    windowManagerChanged = true;
+}
+
+void X11Desktop::Parts::actOnChanges() {
+  if (events->isLost()) return;
+  if (std::exchange(windowManagerChanged, false)) server->readWindowManager();
+  if (std::exchange(screensChanged, false)) screens.refresh();
+  if (std::exchange(windowsChanged, false)) workspace.windowsChanged();
+  for (const auto window : std::exchange(windowStatesChanged, {}))
+    workspace.windowStateChanged(window);
+}
+
+SystemError X11Desktop::connectionError() const {
+  return {"The connection to the X server is lost; Pellow ends with it."};
+}
+
+bool X11Desktop::claimInstance() { return parts_->instanceLock.claim(); }
+
+bool X11Desktop::waitForInstance(Seconds timeout) { return parts_->instanceLock.wait(timeout); }
+
+bool X11Desktop::deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state) {
+  return parts_->eventMonitors.deliverLocalKeyDown(keycode, state);
+}
+
+PixelRect X11Desktop::toPixels(const AppKitRect& rect) const {
+  return parts_->server->layout().toPixels(rect);
+}
+
+AppKitRect X11Desktop::fromPixels(const PixelRect& rect) const {
+  return parts_->server->layout().toAppKit(rect);
+}
+
+void X11Desktop::setWindowClass(std::uint32_t window, const std::string& instance) {
+  auto& connection = parts_->server->connection();
+  std::string value = instance;
+  value += '\0';
+  value += "pellow";
+  value += '\0';
+  const auto cookie = xcb_change_property_checked(
+      connection.raw(), XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+      static_cast<std::uint32_t>(value.size()), value.data());
+  if (!connection.check(cookie, deadlineIn(serverPatience)))
+    parts_->log.warning("The class of window {:#x} could not be set", window);
+}
+
+}  // namespace pellow

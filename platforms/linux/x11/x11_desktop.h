@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "base/log.h"
+#include "platform/accessibility.h"
+#include "platform/event_monitors.h"
+#include "platform/image.h"
+#include "platform/screens.h"
+#include "platform/system_error.h"
+#include "platform/workspace.h"
+#include "platforms/linux/x11/pixel_rect.h"
+
+namespace pellow {
+
+// An X11 desktop with a window manager that follows EWMH: the ports that look at other
+// applications' windows, the screens and the keyboard. Main thread, except where a port says
+// otherwise; ends after every thread that uses its ports.
+class X11Desktop {
+ public:
+  // What the desktop cannot know without the program's own windows and the icon theme.
+  struct Hooks {
+    // The picture of a theme icon ("firefox") or an icon file ("/opt/x/x.png"). Main thread.
+    std::function<std::optional<Image>(const std::string& iconName)> loadIcon;
+    // Whether a window of this process has the keyboard. Main thread.
+    std::function<bool()> ownWindowHasKeyboard;
+  };
+
+  // Opens a display; an empty name stands for the environment's DISPLAY. `scale` is pixels per
+  // point, for the whole X screen. The error is one sentence that names the problem and the way
+  // out: the display cannot be opened, or no window manager that follows EWMH runs on it.
+  static std::expected<std::unique_ptr<X11Desktop>, SystemError> open(
+      const std::string& displayName, double scale, Hooks hooks, const Log& log);
+
+  ~X11Desktop();
+  X11Desktop(const X11Desktop&) = delete;
+  X11Desktop& operator=(const X11Desktop&) = delete;
+
+  Accessibility& accessibility();
+  Workspace& workspace();
+  Screens& screens();
+  EventMonitors& eventMonitors();
+
+  // Readable when `processEvents` has something to do.
+  int fileDescriptor() const;
+
+  // Handles everything that has arrived and calls the observers; never blocks for more than a few
+  // round trips. False when the display is gone: `connectionError` says so, and nothing comes any
+  // more.
+  bool processEvents();
+  SystemError connectionError() const;
+
+  // Whether this process is now the one Pellow of this X screen; false when another one is. The
+  // claim ends with the process.
+  bool claimInstance();
+
+  // Claims like `claimInstance`, but blocks until the other Pellow has gone, `timeout` at most.
+  bool waitForInstance(Seconds timeout);
+
+  // A key press that the X server sent to a window of this process, with the key code and the state
+  // of the event: hands it to the local monitors. False when one of them swallowed it, and then no
+  // window may see it. (Presses for other applications reach the global monitors by themselves.)
+  bool deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state);
+
+  // Where an AppKit rectangle lies on the X screen, and back.
+  PixelRect toPixels(const AppKitRect& rect) const;
+  AppKitRect fromPixels(const PixelRect& rect) const;
+
+  // Sets WM_CLASS of a window of this process (`instance` is the name that others see, for example
+  // "pellow-strip") and returns when the server has it. Meant for before the window is mapped.
+  void setWindowClass(std::uint32_t window, const std::string& instance);
+
+ private:
+  struct Parts;
+  explicit X11Desktop(std::unique_ptr<Parts> parts);
+
+  std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace pellow

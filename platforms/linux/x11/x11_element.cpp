@@ -1,0 +1,247 @@
+#include "platforms/linux/x11/x11_element.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "platforms/linux/x11/client_processes.h"
+
+namespace pellow {
+
+namespace {
+
+using Answer = std::expected<AXValue, AXError>;
+using Outcome = std::expected<void, AXError>;
+
+struct Context {
+  X11Server& server;
+  WindowManager& windowManager;
+};
+
+class X11Element : public AXElement::Object {
+ public:
+  explicit X11Element(Context context) : context_(context) {}
+
+  void setMessagingTimeout(Seconds timeout) override { timeout_ = timeout; }
+  std::expected<void, AXError> setAttribute(std::string_view, const AXValue&) override {
+    return std::unexpected(AXError::attributeUnsupported);
+  }
+  std::expected<void, AXError> performAction(std::string_view) override {
+    return std::unexpected(AXError::actionUnsupported);
+  }
+
+ protected:
+  X11Server& server() const { return context_.server; }
+  const Context& context() const { return context_; }
+  Deadline deadline() const { return deadlineIn(timeout_); }
+
+ private:
+  Context context_;
+  std::atomic<Seconds> timeout_ = 6;  // the system's own default
+};
+
+AXElement applicationElement(Context context, ProcessID pid);
+
+class WindowElement : public X11Element {
+ public:
+  WindowElement(Context context, WindowKey window, ProcessID pid)
+      : X11Element(context), window_(window), pid_(pid) {}
+
+  bool equals(const Object& other) const override {
+    const auto* window = dynamic_cast<const WindowElement*>(&other);
+    return window && window->window_ == window_;
+  }
+  std::expected<ProcessID, AXError> pid() const override { return pid_; }
+
+  Answer copyAttribute(std::string_view attribute) const override;
+  Outcome setAttribute(std::string_view attribute, const AXValue& value) override;
+  Outcome performAction(std::string_view action) override;
+
+ private:
+  // A withdrawn window is no window to anybody, even if its application keeps it for later.
+  std::expected<WindowFacts, AXError> facts(Facet facets) const {
+    auto found = look(server(), window_, facets | Facet::state, deadline());
+    if (found && found->state.withdrawn) return std::unexpected(AXError::invalidUIElement);
+    return found;
+  }
+  template <class Read>
+  Answer read(Facet facets, Read value) const {
+    const auto found = facts(facets);
+    if (!found) return std::unexpected(found.error());
+    return AXValue(value(*found));
+  }
+  QuartzRect frame(const WindowFacts& found) const {
+    return server().layout().toQuartz(found.frame);
+  }
+  Outcome setMinimized(bool minimized);
+
+  const WindowKey window_;
+  const ProcessID pid_;
+};
+
+std::string subrole(WindowKind kind) {
+  switch (kind) {
+    case WindowKind::standard:
+      return "AXStandardWindow";
+    case WindowKind::dialog:
+      return "AXDialog";
+    case WindowKind::floating:
+      return "AXFloatingWindow";
+    case WindowKind::furniture:
+      break;
+  }
+  return "AXUnknown";
+}
+
+Answer WindowElement::copyAttribute(std::string_view attribute) const {
+  if (attribute == "AXRole")
+    return read(Facet::state, [](const auto&) { return std::string("AXWindow"); });
+  if (attribute == "AXSubrole")
+    return read(Facet::kind, [](const auto& found) { return subrole(found.kind); });
+  if (attribute == "AXTitle")
+    return read(Facet::title, [](const auto& found) { return found.title; });
+  if (attribute == "AXPosition")
+    return read(Facet::frame, [this](const auto& found) { return frame(found).origin; });
+  if (attribute == "AXSize")
+    return read(Facet::frame, [this](const auto& found) { return frame(found).size; });
+  if (attribute == "AXMinimized")
+    return read(Facet::state, [this](const auto& found) {
+      return isMinimized(server(), found.state, currentDesktop(server(), deadline()));
+    });
+  if (attribute == "AXParent")
+    return read(Facet::state, [this](const auto&) { return applicationElement(context(), pid_); });
+  return std::unexpected(AXError::attributeUnsupported);
+}
+
+Outcome WindowElement::setAttribute(std::string_view attribute, const AXValue& value) {
+  if (attribute == "AXPosition") {
+    const auto* position = std::get_if<QuartzPoint>(&value);
+    if (!position) return std::unexpected(AXError::illegalArgument);
+    return context().windowManager.moveFrame(window_, *position, deadline());
+  }
+  if (attribute == "AXMinimized") {
+    const auto* minimized = std::get_if<bool>(&value);
+    if (!minimized) return std::unexpected(AXError::illegalArgument);
+    return setMinimized(*minimized);
+  }
+  return std::unexpected(AXError::attributeUnsupported);
+}
+
+Outcome WindowElement::setMinimized(bool minimized) {
+  auto& windowManager = context().windowManager;
+  return minimized ? windowManager.minimize(window_, deadline())
+                   : windowManager.unminimize(window_, deadline());
+}
+
+Outcome WindowElement::performAction(std::string_view action) {
+  if (action != "AXRaise") return std::unexpected(AXError::actionUnsupported);
+  const auto raised = context().windowManager.raise(window_, deadline());
+  if (raised) server().setFrontWindow(pid_, window_);
+  return raised;
+}
+
+class ApplicationElement : public X11Element {
+ public:
+  ApplicationElement(Context context, ProcessID pid) : X11Element(context), pid_(pid) {}
+
+  bool equals(const Object& other) const override {
+    const auto* application = dynamic_cast<const ApplicationElement*>(&other);
+    return application && application->pid_ == pid_;
+  }
+  std::expected<ProcessID, AXError> pid() const override { return pid_; }
+
+  Answer copyAttribute(std::string_view attribute) const override;
+
+ private:
+  // Those of its windows in the list of clients that are more than furniture.
+  std::vector<WindowFacts> ownWindows(const std::vector<xcb_window_t>& among,
+                                      Deadline deadline) const;
+  AXElement element(const WindowFacts& window) const {
+    return AXElement(std::make_shared<WindowElement>(context(), window.key(), pid_));
+  }
+  Answer windows() const;
+  Answer focusedWindow() const;
+
+  const ProcessID pid_;
+};
+
+Answer ApplicationElement::copyAttribute(std::string_view attribute) const {
+  if (attribute == "AXWindows") return windows();
+  if (attribute == "AXFocusedWindow") return focusedWindow();
+  if (attribute == "AXRole") return AXValue(std::string("AXApplication"));
+  return std::unexpected(AXError::attributeUnsupported);
+}
+
+std::vector<WindowFacts> ApplicationElement::ownWindows(const std::vector<xcb_window_t>& among,
+                                                        Deadline deadline) const {
+  const auto owners = owningProcesses(server(), among, deadline);
+  std::vector<xcb_window_t> own;
+  for (std::size_t i = 0; i < among.size(); ++i)
+    if (owners[i] == pid_) own.push_back(among[i]);
+  auto windows = lookAtAll(server(), own, Facet::kind | Facet::state, deadline);
+  std::erase_if(windows, [](const WindowFacts& window) {
+    return window.kind == WindowKind::furniture || window.state.withdrawn;
+  });
+  giveIdentities(server(), windows, deadline);
+  return windows;
+}
+
+Answer ApplicationElement::windows() const {
+  const Deadline end = deadline();
+  const auto desktop = currentDesktop(server(), end);
+  auto windows = ownWindows(clientList(server(), server().atoms().netClientList, end), end);
+  if (server().connection().isLost()) return std::unexpected(AXError::cannotComplete);
+  if (windows.empty() && !isAlive(pid_)) return std::unexpected(AXError::invalidUIElement);
+  std::vector<AXElement> elements;
+  for (const auto& window : windows) {
+    const auto own = window.state.desktop.value_or(desktop);
+    const bool isHere = own == desktop || own == WindowFacts::allDesktops;
+    if (isHere || isMinimized(server(), window.state, desktop)) elements.push_back(element(window));
+  }
+  return AXValue(std::move(elements));
+}
+
+Answer ApplicationElement::focusedWindow() const {
+  const Deadline end = deadline();
+  const auto active = activeWindow(server(), end);
+  if (server().connection().isLost()) return std::unexpected(AXError::cannotComplete);
+  if (!active) return std::unexpected(AXError::noValue);
+  const auto windows = ownWindows({*active}, end);
+  if (windows.empty()) return std::unexpected(AXError::noValue);
+  return AXValue(element(windows.front()));
+}
+
+class SystemElement : public X11Element {
+ public:
+  using X11Element::X11Element;
+
+  bool equals(const Object& other) const override {
+    return dynamic_cast<const SystemElement*>(&other) != nullptr;
+  }
+  std::expected<ProcessID, AXError> pid() const override { return 0; }
+
+  Answer copyAttribute(std::string_view attribute) const override {
+    if (attribute == "AXRole") return AXValue(std::string("AXSystemWide"));
+    if (attribute != "AXFocusedApplication") return std::unexpected(AXError::attributeUnsupported);
+    const Deadline end = deadline();
+    const auto active = activeWindow(server(), end);
+    const ProcessID pid = active ? owningProcesses(server(), {*active}, end).front() : 0;
+    if (pid == 0) return std::unexpected(AXError::noValue);
+    return AXValue(applicationElement(context(), pid));
+  }
+};
+
+AXElement applicationElement(Context context, ProcessID pid) {
+  return AXElement(std::make_shared<ApplicationElement>(context, pid));
+}
+
+}  // namespace
+
+AXElement X11Accessibility::systemWide() {
+  return AXElement(std::make_shared<SystemElement>(Context{server_, windowManager_}));
+}
+
+AXElement X11Accessibility::application(ProcessID pid) {
+  return applicationElement({server_, windowManager_}, pid);
+}
+
+}  // namespace pellow

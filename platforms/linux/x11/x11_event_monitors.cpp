@@ -1,0 +1,176 @@
+#include "platforms/linux/x11/x11_event_monitors.h"
+
+#include <xcb/xinput.h>
+
+#include "platforms/linux/x11/xcb_xkb.h"
+
+namespace pellow {
+
+namespace {
+
+constexpr Seconds serverPatience = 2;
+constexpr xcb_xkb_device_spec_t coreKeyboard = XCB_XKB_ID_USE_CORE_KBD;
+
+std::optional<std::uint8_t> findInputExtension(X11Connection& connection) {
+  const auto* extension = xcb_get_extension_data(connection.raw(), &xcb_input_id);
+  if (!extension || !extension->present) return std::nullopt;
+  // From 2.1 on raw events come even while another client has grabbed the keyboard->
+  auto pending = connection.pending<xcb_input_xi_query_version_reply_t>(
+      xcb_input_xi_query_version(connection.raw(), 2, 2));
+  const auto version = pending.collect(deadlineIn(serverPatience));
+  if (!version || (*version)->major_version < 2) return std::nullopt;
+  return extension->major_opcode;
+}
+
+std::optional<std::uint8_t> findKeyboardExtension(X11Connection& connection) {
+  const auto* extension = xcb_get_extension_data(connection.raw(), &xcb_xkb_id);
+  if (!extension || !extension->present) return std::nullopt;
+  auto pending = connection.pending<xcb_xkb_use_extension_reply_t>(
+      xcb_xkb_use_extension(connection.raw(), 1, 0));
+  const auto use = pending.collect(deadlineIn(serverPatience));
+  if (!use || !(*use)->supported) return std::nullopt;
+  return extension->first_event;
+}
+
+void selectKeyboardEvents(X11Connection& connection) {
+  constexpr std::uint16_t states =
+      XCB_XKB_STATE_PART_MODIFIER_STATE | XCB_XKB_STATE_PART_GROUP_STATE;
+  constexpr std::uint16_t mapParts = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
+  xcb_xkb_select_events_details_t details{};
+  details.affectState = states;
+  details.stateDetails = states;
+  xcb_xkb_select_events_aux(connection.raw(), coreKeyboard,
+                            XCB_XKB_EVENT_TYPE_STATE_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY |
+                                XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY,
+                            0, XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY, mapParts, mapParts,
+                            &details);
+  connection.flush();
+}
+
+}  // namespace
+
+X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events,
+                                   std::function<bool()> ownWindowHasKeyboard)
+    : server_(server),
+      events_(events),
+      ownWindowHasKeyboard_(std::move(ownWindowHasKeyboard)),
+      inputOpcode_(findInputExtension(events)),
+      xkbEvent_(findKeyboardExtension(events)) {
+  // XKB answers the requests of the calling connection only after it has said hello.
+  findKeyboardExtension(server_.connection());
+  if (xkbEvent_) selectKeyboardEvents(events_);
+}
+
+std::optional<Subscription> X11EventMonitors::addGlobalKeyDown(
+    std::function<void(const KeyEvent&)> handler) {
+  if (!inputOpcode_ || !xkbEvent_ || events_.isLost()) return std::nullopt;
+  if (global_.isEmpty()) {
+    map();
+    readModifiers();
+    listenToRawKeys(true);
+  }
+  return global_.add(std::move(handler));
+}
+
+std::optional<Subscription> X11EventMonitors::addLocalKeyDown(
+    std::function<bool(const KeyEvent&)> handler) {
+  return local_.add(std::move(handler));
+}
+
+void X11EventMonitors::listenToRawKeys(bool listen) {
+  struct {
+    xcb_input_event_mask_t head;
+    std::uint32_t mask;
+  } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+              listen ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS} : 0};
+  xcb_input_xi_select_events(events_.raw(), events_.root(), 1, &selection.head);
+  events_.flush();
+}
+
+void X11EventMonitors::readModifiers() {
+  auto& connection = server_.connection();
+  auto pending = connection.pending<xcb_xkb_get_state_reply_t>(
+      xcb_xkb_get_state(connection.raw(), coreKeyboard));
+  const auto state = pending.collect(deadlineIn(serverPatience));
+  if (!state) return;
+  modifiers_ = (*state)->mods;
+  group_ = (*state)->group;
+}
+
+std::shared_ptr<const KeyboardMap> X11EventMonitors::map() {
+  if (!map_) map_ = std::make_shared<KeyboardMap>(KeyboardMap::read(server_.connection()));
+  return map_;
+}
+
+bool X11EventMonitors::handle(const xcb_generic_event_t& event) {
+  const auto type = event.response_type & 0x7f;
+  if (type == XCB_GE_GENERIC) {
+    handleRawKey(event);
+    return true;
+  }
+  if (!xkbEvent_ || type != *xkbEvent_) return false;
+  handleKeyboard(event);
+  return true;
+}
+
+void X11EventMonitors::handleKeyboard(const xcb_generic_event_t& event) {
+  switch (event.pad0) {  // where XKB puts the kind of its one event
+    case XCB_XKB_STATE_NOTIFY: {
+      const auto& state = reinterpret_cast<const xcb_xkb_state_notify_event_t&>(event);
+      modifiers_ = state.mods;
+      group_ = state.group;
+      break;
+    }
+    case XCB_XKB_MAP_NOTIFY:
+    case XCB_XKB_NEW_KEYBOARD_NOTIFY:
+      map_.reset();
+      break;
+    default:
+      break;
+  }
+}
+
+void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
+  const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
+  if (generic.extension != inputOpcode_ || generic.event_type != XCB_INPUT_RAW_KEY_PRESS) return;
+  if (global_.isEmpty()) {
+    listenToRawKeys(false);
+    return;
+  }
+  const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
+  const bool isRepeat = (raw.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0;
+  if (isRepeat || raw.detail > UINT8_MAX || ownWindowHasKeyboard_()) return;
+  const auto keycode = static_cast<std::uint8_t>(raw.detail);
+  const auto keyboard = map();  // kept for its texts, whatever a handler does
+  const auto code = keyboard->key(keycode).keyCode;
+  if (!code) return;
+  const KeyEvent press{.keyCode = *code,
+                       .modifierFlags = keyboard->modifierFlags(modifiers_),
+                       .charactersIgnoringModifiers = keyboard->characters(
+                           keycode, group_, (modifiers_ & XCB_MOD_MASK_SHIFT) != 0)};
+  global_.forEach([&](const auto& handler) { handler(press); });
+}
+
+bool X11EventMonitors::deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state) {
+  constexpr unsigned groupShift = 13;  // where XKB puts the layout in the state of an event
+  const auto keyboard = map();         // kept for its texts, whatever a handler does
+  const auto code = keyboard->key(keycode).keyCode;
+  if (!code) return true;
+  const KeyEvent press{.keyCode = *code,
+                       .modifierFlags = keyboard->modifierFlags(state),
+                       .charactersIgnoringModifiers = keyboard->characters(
+                           keycode, state >> groupShift & 3u, (state & XCB_MOD_MASK_SHIFT) != 0)};
+  return local_.newestFirst([&](const auto& handler) { return handler(press); });
+}
+
+AppKitPoint X11EventMonitors::pointerLocation() const {
+  auto& connection = server_.connection();
+  auto pending = connection.pending<xcb_query_pointer_reply_t>(
+      xcb_query_pointer(connection.raw(), connection.root()));
+  const auto pointer = pending.collect(deadlineIn(serverPatience));
+  const auto layout = server_.layout();
+  if (!pointer) return layout.toAppKit(PixelPoint{});
+  return layout.toAppKit(PixelPoint{(*pointer)->root_x, (*pointer)->root_y});
+}
+
+}  // namespace pellow

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "platform/event_monitors.h"
+#include "platforms/linux/x11/handler_list.h"
+#include "platforms/linux/x11/keyboard_map.h"
+#include "platforms/linux/x11/x11_server.h"
+
+namespace pellow {
+
+// Key presses for other applications come from raw events of XInput 2, which every client may hear
+// and none can swallow; those for windows of this process come from whoever receives the events of
+// these windows. A key that is held down is one press.
+class X11EventMonitors : public EventMonitors {
+ public:
+  // `events` is the connection whose events the desktop hands on.
+  X11EventMonitors(X11Server& server, X11Connection& events,
+                   std::function<bool()> ownWindowHasKeyboard);
+
+  std::optional<Subscription> addGlobalKeyDown(
+      std::function<void(const KeyEvent&)> handler) override;
+  std::optional<Subscription> addLocalKeyDown(
+      std::function<bool(const KeyEvent&)> handler) override;
+  AppKitPoint pointerLocation() const override;
+
+  // Whether the event was one of the keyboard's.
+  bool handle(const xcb_generic_event_t& event);
+
+  // A key press for a window of this process; false when a handler swallowed it.
+  bool deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state);
+
+ private:
+  void listenToRawKeys(bool listen);
+  void readModifiers();
+  void handleRawKey(const xcb_generic_event_t& event);
+  void handleKeyboard(const xcb_generic_event_t& event);
+  std::shared_ptr<const KeyboardMap> map();
+
+  X11Server& server_;
+  X11Connection& events_;
+  std::function<bool()> ownWindowHasKeyboard_;
+  std::optional<std::uint8_t> inputOpcode_;  // of XInput 2.1 or later
+  std::optional<std::uint8_t> xkbEvent_;
+  std::shared_ptr<const KeyboardMap> map_;  // null until it is needed
+  unsigned modifiers_ = 0;                  // X modifier bits held now
+  unsigned group_ = 0;                      // the layout in use
+  HandlerList<void(const KeyEvent&)> global_;
+  HandlerList<bool(const KeyEvent&)> local_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,208 @@
+#include "platforms/linux/x11/x11_screens.h"
+
+#include <xcb/randr.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "platforms/linux/x11/x11_window.h"
+
+namespace pellow {
+
+namespace {
+
+using Monitor = ScreenLayout::Monitor;
+
+constexpr Seconds serverPatience = 2;
+
+// FNV-1a: the same number for the same name, today and tomorrow.
+DisplayID displayID(std::string_view name) {
+  DisplayID hash = 2166136261u;
+  for (const char c : name) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+  return hash;
+}
+
+// Space along the sides of the X screen that a dock keeps for itself.
+//
+//     ┌──────────────┐
+//     │left          │  `left` is measured from the left side of the X screen and holds
+//     ├───┐ from     │  for the rows from `leftFrom` to `leftTo`, both included.
+//     │###│          │
+//     ├───┘ to       │
+//     └──────────────┘
+struct Strut {
+  enum Side { left, right, top, bottom };
+  std::array<int, 4> depth{};
+  std::array<int, 4> from{};
+  std::array<int, 4> to{};
+
+  static Strut of(const std::vector<std::uint32_t>& words) {
+    const auto sane = [](std::uint32_t word) {
+      return static_cast<int>(std::min<std::uint32_t>(word, UINT16_MAX));
+    };
+    Strut strut;
+    for (std::size_t side = 0; side < 4 && words.size() >= 4; ++side) {
+      const bool isPartial = words.size() >= 12;
+      strut.depth[side] = sane(words[side]);
+      strut.from[side] = isPartial ? sane(words[4 + 2 * side]) : 0;
+      strut.to[side] = isPartial ? sane(words[5 + 2 * side]) : UINT16_MAX;
+    }
+    return strut;
+  }
+};
+
+bool overlap(int from, int to, int low, int high) { return from < high && to >= low; }
+
+// Takes the strut off the part of the monitor that it reaches into, but never all of it.
+void cut(Monitor& monitor, const Strut& strut, const PixelRect& root) {
+  const PixelRect& frame = monitor.frame;
+  const auto meets = [&](Strut::Side side, int low, int high) {
+    return strut.depth[side] > 0 && overlap(strut.from[side], strut.to[side], low, high);
+  };
+  int left = monitor.visibleFrame.x;
+  int top = monitor.visibleFrame.y;
+  int right = monitor.visibleFrame.maxX();
+  int bottom = monitor.visibleFrame.maxY();
+  if (const int edge = strut.depth[Strut::left];
+      meets(Strut::left, frame.y, frame.maxY()) && edge < frame.maxX())
+    left = std::max(left, edge);
+  if (const int edge = root.width - strut.depth[Strut::right];
+      meets(Strut::right, frame.y, frame.maxY()) && edge > frame.x)
+    right = std::min(right, edge);
+  if (const int edge = strut.depth[Strut::top];
+      meets(Strut::top, frame.x, frame.maxX()) && edge < frame.maxY())
+    top = std::max(top, edge);
+  if (const int edge = root.height - strut.depth[Strut::bottom];
+      meets(Strut::bottom, frame.x, frame.maxX()) && edge > frame.y)
+    bottom = std::min(bottom, edge);
+  if (right > left && bottom > top) monitor.visibleFrame = {left, top, right - left, bottom - top};
+}
+
+}  // namespace
+
+X11Screens::X11Screens(X11Server& server, double scale) : server_(server), scale_(scale) {
+  server_.setLayout(read());
+}
+
+std::vector<Screen> X11Screens::all() const {
+  const auto layout = server_.layout();
+  std::vector<Screen> screens;
+  for (const auto& monitor : layout.monitors) screens.push_back(layout.screen(monitor));
+  return screens;
+}
+
+std::optional<Screen> X11Screens::main() const {
+  const auto layout = server_.layout();
+  if (layout.monitors.empty()) return std::nullopt;
+  const Deadline deadline = deadlineIn(serverPatience);
+  const auto* monitor = &layout.monitors.front();
+  if (const auto active = activeWindow(server_, deadline)) {
+    const auto window =
+        WindowLook(server_, server_.connection(), *active, Facet::frame).collect(deadline);
+    const auto* own = window ? layout.monitorWithMostOf(window->frame) : nullptr;
+    if (own) monitor = own;
+  }
+  return layout.screen(*monitor);
+}
+
+Subscription X11Screens::onDidChangeParameters(std::function<void()> observer) {
+  return observers_.add(std::move(observer));
+}
+
+void X11Screens::refresh() {
+  if (server_.connection().isLost()) return;
+  auto layout = read();
+  if (layout == server_.layout()) return;
+  server_.setLayout(std::move(layout));
+  observers_.forEach([](const auto& observer) { observer(); });
+}
+
+ScreenLayout X11Screens::read() const {
+  const Deadline deadline = deadlineIn(serverPatience);
+  ScreenLayout layout{.monitors = readMonitors(deadline), .scale = scale_};
+  cutStruts(layout.monitors, deadline);
+  // The one work area of the X screen says little of several monitors.
+  if (layout.monitors.size() == 1) cutWorkArea(layout.monitors.front(), deadline);
+  return layout;
+}
+
+bool X11Screens::hasMonitors() const {
+  auto& connection = server_.connection();
+  const auto* extension = xcb_get_extension_data(connection.raw(), &xcb_randr_id);
+  if (!extension || !extension->present) return false;
+  auto pending = connection.pending<xcb_randr_query_version_reply_t>(
+      xcb_randr_query_version(connection.raw(), 1, 5));
+  const auto version = pending.collect(deadlineIn(serverPatience));
+  return version && ((*version)->major_version > 1 || (*version)->minor_version >= 5);
+}
+
+std::vector<Monitor> X11Screens::readMonitors(Deadline deadline) const {
+  if (!hasMonitors()) return {wholeScreen(deadline)};
+  auto& connection = server_.connection();
+  auto pending = connection.pending<xcb_randr_get_monitors_reply_t>(
+      xcb_randr_get_monitors(connection.raw(), connection.root(), 1));
+  const auto reply = pending.collect(deadline);
+  if (!reply) return {wholeScreen(deadline)};
+
+  std::vector<Monitor> monitors;
+  for (auto each = xcb_randr_get_monitors_monitors_iterator(reply->get()); each.rem > 0;
+       xcb_randr_monitor_info_next(&each)) {
+    auto name = connection.pending<xcb_get_atom_name_reply_t>(
+        xcb_get_atom_name(connection.raw(), each.data->name));
+    const auto text = name.collect(deadline);
+    const auto length =
+        text ? static_cast<std::size_t>(xcb_get_atom_name_name_length(text->get())) : 0;
+    Monitor monitor{
+        .displayID = displayID({length ? xcb_get_atom_name_name(text->get()) : "", length}),
+        .frame = {each.data->x, each.data->y, each.data->width, each.data->height}};
+    monitor.visibleFrame = monitor.frame;
+    monitors.insert(each.data->primary ? monitors.begin() : monitors.end(), monitor);
+  }
+  return monitors;
+}
+
+Monitor X11Screens::wholeScreen(Deadline deadline) const {
+  auto& connection = server_.connection();
+  auto pending = connection.pending<xcb_get_geometry_reply_t>(
+      xcb_get_geometry(connection.raw(), connection.root()));
+  const auto geometry = pending.collect(deadline);
+  const auto& screen = connection.screen();
+  const PixelRect frame{0, 0, geometry ? (*geometry)->width : screen.width_in_pixels,
+                        geometry ? (*geometry)->height : screen.height_in_pixels};
+  return {.displayID = displayID("screen"), .frame = frame, .visibleFrame = frame};
+}
+
+void X11Screens::cutStruts(std::vector<Monitor>& monitors, Deadline deadline) const {
+  auto& connection = server_.connection();
+  const auto& atoms = server_.atoms();
+  const auto root = wholeScreen(deadline).frame;
+  std::vector<std::pair<PendingProperty, PendingProperty>> pending;
+  for (const auto window : clientList(server_, atoms.netClientList, deadline))
+    pending.emplace_back(connection.property(window, atoms.netWMStrutPartial),
+                         connection.property(window, atoms.netWMStrut));
+  for (auto& [pendingPartial, pendingWhole] : pending) {
+    const auto partial = pendingPartial.collect(deadline);
+    const auto whole = pendingWhole.collect(deadline);
+    const bool isPartial = partial && partial->exists();
+    if (!isPartial && !(whole && whole->exists())) continue;
+    const auto strut = Strut::of(isPartial ? partial->words() : whole->words());
+    for (auto& monitor : monitors) cut(monitor, strut, root);
+  }
+}
+
+void X11Screens::cutWorkArea(Monitor& monitor, Deadline deadline) const {
+  auto& connection = server_.connection();
+  auto pending = connection.property(connection.root(), server_.atoms().netWorkarea);
+  const auto desktop = currentDesktop(server_, deadline);
+  const auto property = pending.collect(deadline);
+  const auto words = property ? property->words() : std::vector<std::uint32_t>{};
+  if (words.size() < 4) return;
+  const std::size_t first = words.size() >= (desktop + 1) * 4 ? desktop * 4 : 0;
+  const PixelRect area{static_cast<int>(words[first]), static_cast<int>(words[first + 1]),
+                       static_cast<int>(words[first + 2]), static_cast<int>(words[first + 3])};
+  const auto shared = monitor.visibleFrame.intersection(area);
+  if (shared.area() > 0) monitor.visibleFrame = shared;
+}
+
+}  // namespace pellow

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/screens.h"
+#include "platforms/linux/x11/handler_list.h"
+#include "platforms/linux/x11/x11_server.h"
+
+namespace pellow {
+
+// The monitors of RandR, or the whole X screen where RandR is missing. Their numbers come from
+// their names, so that a monitor keeps its own when it is unplugged and comes back.
+class X11Screens : public Screens {
+ public:
+  X11Screens(X11Server& server, double scale);
+
+  std::vector<Screen> all() const override;
+  std::optional<Screen> main() const override;
+  Subscription onDidChangeParameters(std::function<void()> observer) override;
+
+  // Something that the layout depends on may have changed: reads it anew and tells the observers
+  // if it has.
+  void refresh();
+
+ private:
+  ScreenLayout read() const;
+  std::vector<ScreenLayout::Monitor> readMonitors(Deadline deadline) const;
+  ScreenLayout::Monitor wholeScreen(Deadline deadline) const;
+  void cutStruts(std::vector<ScreenLayout::Monitor>& monitors, Deadline deadline) const;
+  void cutWorkArea(ScreenLayout::Monitor& monitor, Deadline deadline) const;
+  bool hasMonitors() const;
+
+  X11Server& server_;
+  const double scale_;  // pixels per point
+  HandlerList<void()> observers_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,83 @@
+#include "platforms/linux/x11/x11_server.h"
+
+namespace pellow {
+
+namespace {
+
+constexpr Seconds serverPatience = 2;
+
+}  // namespace
+
+std::expected<std::unique_ptr<X11Server>, SystemError> X11Server::open(
+    const std::string& displayName) {
+  auto connection = X11Connection::open(displayName);
+  if (!connection) return std::unexpected(connection.error());
+  return std::unique_ptr<X11Server>(new X11Server(displayName, std::move(*connection)));
+}
+
+X11Server::X11Server(std::string displayName, std::unique_ptr<X11Connection> first)
+    : displayName_(std::move(displayName)), atoms_(X11Atoms::intern(first->raw())) {
+  connections_.emplace(std::this_thread::get_id(), std::move(first));
+}
+
+X11Connection& X11Server::connection() {
+  const std::lock_guard lock(mutex_);
+  auto& connection = connections_[std::this_thread::get_id()];
+  if (!connection) connection = X11Connection::openOrLost(displayName_);
+  return *connection;
+}
+
+ScreenLayout X11Server::layout() const {
+  const std::lock_guard lock(mutex_);
+  return layout_;
+}
+
+void X11Server::setLayout(ScreenLayout layout) {
+  const std::lock_guard lock(mutex_);
+  layout_ = std::move(layout);
+}
+
+bool X11Server::windowManagerSupports(xcb_atom_t hint) const {
+  const std::lock_guard lock(mutex_);
+  return supported_.contains(hint);
+}
+
+bool X11Server::readWindowManager() {
+  auto& own = connection();
+  const Deadline deadline = deadlineIn(serverPatience);
+  auto pendingCheck = own.property(own.root(), atoms_.netSupportingWMCheck);
+  auto pendingSupported = own.property(own.root(), atoms_.netSupported);
+  const auto check = pendingCheck.collect(deadline);
+  const auto supported = pendingSupported.collect(deadline);
+  const auto manager = check ? check->firstWord() : std::nullopt;
+  if (!manager || !supported) return false;
+
+  // A window manager that was killed leaves the property on the root, but not its own window.
+  const auto proof = own.property(*manager, atoms_.netSupportingWMCheck).collect(deadline);
+  if (!proof || proof->firstWord() != manager) return false;
+
+  const auto hints = supported->words();
+  const std::lock_guard lock(mutex_);
+  supported_ = {hints.begin(), hints.end()};
+  return supported_.contains(atoms_.netMoveResizeWindow) &&
+         supported_.contains(atoms_.netActiveWindow) && supported_.contains(atoms_.netClientList);
+}
+
+void X11Server::setFrontWindow(ProcessID pid, WindowKey window) {
+  const std::lock_guard lock(mutex_);
+  frontWindows_[pid] = window;
+}
+
+std::optional<WindowKey> X11Server::frontWindow(ProcessID pid) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = frontWindows_.find(pid);
+  if (found == frontWindows_.end()) return std::nullopt;
+  return found->second;
+}
+
+void X11Server::forgetApplication(ProcessID pid) {
+  const std::lock_guard lock(mutex_);
+  frontWindows_.erase(pid);
+}
+
+}  // namespace pellow

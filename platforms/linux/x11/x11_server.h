@@ -1,0 +1,64 @@
+#pragma once
+
+#include <expected>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "platform/ax_element.h"
+#include "platforms/linux/x11/screen_layout.h"
+#include "platforms/linux/x11/x11_connection.h"
+
+namespace pellow {
+
+// One window, told apart from every other that ever had its XID.
+struct WindowKey {
+  xcb_window_t window = XCB_WINDOW_NONE;
+  std::uint64_t id = 0;  // what _PELLOW_WINDOW_ID says
+
+  bool operator==(const WindowKey&) const = default;
+};
+
+// What all parts of the adapter share: a connection for each calling thread, so that none waits for
+// another, and what the main thread has learnt and the others read. Any thread.
+class X11Server {
+ public:
+  static std::expected<std::unique_ptr<X11Server>, SystemError> open(
+      const std::string& displayName);
+
+  // The calling thread's own connection. One that cannot be opened is returned as a lost one.
+  X11Connection& connection();
+
+  const X11Atoms& atoms() const { return atoms_; }
+
+  ScreenLayout layout() const;
+  void setLayout(ScreenLayout layout);
+
+  // Whether the running window manager says that it follows a hint.
+  bool windowManagerSupports(xcb_atom_t hint) const;
+  // Reads anew what the window manager says of itself: false when none that follows EWMH runs.
+  bool readWindowManager();
+
+  // The window of an application that was raised last.
+  void setFrontWindow(ProcessID pid, WindowKey window);
+  std::optional<WindowKey> frontWindow(ProcessID pid) const;
+  void forgetApplication(ProcessID pid);
+
+ private:
+  X11Server(std::string displayName, std::unique_ptr<X11Connection> first);
+
+  const std::string displayName_;
+  const X11Atoms atoms_;
+
+  mutable std::mutex mutex_;
+  std::map<std::thread::id, std::unique_ptr<X11Connection>> connections_;
+  ScreenLayout layout_;
+  std::set<xcb_atom_t> supported_;
+  std::map<ProcessID, WindowKey> frontWindows_;
+};
+
+}  // namespace pellow

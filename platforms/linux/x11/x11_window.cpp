@@ -1,0 +1,247 @@
+#include "platforms/linux/x11/x11_window.h"
+
+#include <algorithm>
+#include <array>
+#include <random>
+
+#include "platforms/linux/x11/text_encoding.h"
+
+namespace pellow {
+
+namespace {
+
+constexpr std::uint32_t icccmIconic = 3;
+
+struct Extents {
+  int left = 0;
+  int right = 0;
+  int top = 0;
+  int bottom = 0;
+};
+
+Extents extents(const XProperty& property) {
+  const auto words = property.words();
+  if (words.size() < 4) return {};
+  return {static_cast<int>(words[0]), static_cast<int>(words[1]), static_cast<int>(words[2]),
+          static_cast<int>(words[3])};
+}
+
+PixelRect grown(const PixelRect& rect, const Extents& by) {
+  return {rect.x - by.left, rect.y - by.top, rect.width + by.left + by.right,
+          rect.height + by.top + by.bottom};
+}
+
+PixelRect shrunk(const PixelRect& rect, const Extents& by) {
+  return grown(rect, {-by.left, -by.right, -by.top, -by.bottom});
+}
+
+std::uint64_t identity(const XProperty& property) {
+  const auto words = property.words();
+  if (words.size() < 2) return 0;
+  return std::uint64_t{words[0]} << 32 | words[1];
+}
+
+}  // namespace
+
+WindowLook::WindowLook(X11Server& server, X11Connection& connection, xcb_window_t window,
+                       Facet facets)
+    : server_(server), connection_(connection), window_(window), facets_(facets) {
+  const auto& atoms = server.atoms();
+  properties_.reserve(12);
+  ask(atoms.pellowWindowID);
+  if (has(facets, Facet::state)) {
+    attributes_.emplace(connection.pending<xcb_get_window_attributes_reply_t>(
+        xcb_get_window_attributes(connection.raw(), window)));
+    for (const auto atom : {atoms.netWMState, atoms.wmState, atoms.pellowHidden, atoms.netWMDesktop,
+                            atoms.pellowState})
+      ask(atom);
+  }
+  if (has(facets, Facet::frame)) {
+    geometry_.emplace(
+        connection.pending<xcb_get_geometry_reply_t>(xcb_get_geometry(connection.raw(), window)));
+    position_.emplace(connection.pending<xcb_translate_coordinates_reply_t>(
+        xcb_translate_coordinates(connection.raw(), window, connection.root(), 0, 0)));
+    ask(atoms.netFrameExtents);
+    ask(atoms.gtkFrameExtents);
+  }
+  if (has(facets, Facet::kind)) {
+    ask(atoms.netWMWindowType);
+    ask(XCB_ATOM_WM_TRANSIENT_FOR);
+  }
+  if (has(facets, Facet::wmClass)) ask(XCB_ATOM_WM_CLASS);
+  if (has(facets, Facet::title)) {
+    ask(atoms.netWMName);
+    ask(XCB_ATOM_WM_NAME);
+  }
+  if (has(facets, Facet::icon)) ask(atoms.netWMIcon);
+}
+
+void WindowLook::ask(xcb_atom_t property) {
+  properties_.emplace_back(connection_, window_, property);
+}
+
+XProperty WindowLook::next() {
+  auto answer = properties_[collected_++].collect(deadline_);
+  if (answer) return std::move(*answer);
+  if (!failure_) failure_ = answer.error();
+  return {};
+}
+
+template <class Reply>
+XReply<Reply> WindowLook::take(std::optional<PendingReply<Reply>>& pending) {
+  auto answer = pending->collect(deadline_);
+  if (answer) return std::move(*answer);
+  if (!failure_) failure_ = answer.error();
+  return nullptr;
+}
+
+std::expected<WindowFacts, AXError> WindowLook::collect(Deadline deadline) {
+  deadline_ = deadline;
+  WindowFacts facts{.window = window_};
+  facts.id = identity(next());
+  if (has(facets_, Facet::state)) readState(facts.state);
+  if (has(facets_, Facet::frame)) readFrame(facts);
+  if (has(facets_, Facet::kind)) facts.kind = readKind();
+  if (has(facets_, Facet::wmClass)) readClass(facts);
+  if (has(facets_, Facet::title)) facts.title = readTitle();
+  if (has(facets_, Facet::icon)) facts.icon = next().words();
+  if (failure_) return std::unexpected(*failure_);
+  return facts;
+}
+
+void WindowLook::readState(WindowFacts::State& state) {
+  const auto& atoms = server_.atoms();
+  const auto attributes = take(attributes_);
+  const auto states = next();
+  state.hidden = states.contains(atoms.netWMStateHidden);
+  state.shaded = states.contains(atoms.netWMStateShaded);
+  state.fullScreen = states.contains(atoms.netWMStateFullscreen);
+  state.maximizedHorizontally = states.contains(atoms.netWMStateMaximizedHorz);
+  state.maximizedVertically = states.contains(atoms.netWMStateMaximizedVert);
+  state.skipsTaskbar = states.contains(atoms.netWMStateSkipTaskbar);
+  const auto wmState = next().firstWord();
+  state.iconic = wmState == icccmIconic;
+  // While a window manager is replaced, windows have no WM_STATE but stay mapped.
+  const bool isUnmapped = attributes && attributes->map_state == XCB_MAP_STATE_UNMAPPED;
+  state.withdrawn = wmState.value_or(0) == 0 && isUnmapped;
+  state.belongsToHiddenApplication = next().exists();
+  state.desktop = next().firstWord();
+  state.leftState = next().words();
+}
+
+void WindowLook::readFrame(WindowFacts& facts) {
+  const auto geometry = take(geometry_);
+  const auto position = take(position_);
+  const auto decoration = next();
+  const auto shadow = next();
+  if (!geometry || !position) return;
+  facts.content = {position->dst_x, position->dst_y};
+  const PixelRect content{facts.content.x, facts.content.y, geometry->width, geometry->height};
+  facts.frame = shrunk(grown(content, extents(decoration)), extents(shadow));
+}
+
+WindowKind WindowLook::readKind() {
+  const auto& atoms = server_.atoms();
+  const auto types = next();
+  const auto own = next().exists() ? WindowKind::dialog : WindowKind::standard;
+  if (!types.exists()) return own;
+  for (const auto type : types.words()) {
+    if (type == atoms.netWMWindowTypeNormal) return own;
+    if (type == atoms.netWMWindowTypeDialog) return WindowKind::dialog;
+    if (type == atoms.netWMWindowTypeUtility) return WindowKind::floating;
+  }
+  return WindowKind::furniture;
+}
+
+void WindowLook::readClass(WindowFacts& facts) {
+  const auto property = next();
+  const std::string_view both = property.bytes;
+  const auto end = both.find('\0');
+  facts.instanceName = validUTF8(both.substr(0, end));
+  if (end == std::string_view::npos) return;
+  const auto second = both.substr(end + 1);
+  facts.className = validUTF8(second.substr(0, second.find('\0')));
+}
+
+std::string WindowLook::readTitle() {
+  const auto modern = next();
+  const auto old = next();
+  if (modern.exists()) return validUTF8(modern.bytes);
+  if (old.type == XCB_ATOM_STRING) return utf8From("ISO-8859-1", old.bytes);
+  return validUTF8(old.bytes);
+}
+
+std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& window, Facet facets,
+                                         Deadline deadline) {
+  auto facts = WindowLook(server, server.connection(), window.window, facets).collect(deadline);
+  if (facts && facts->id != window.id) return std::unexpected(AXError::invalidUIElement);
+  return facts;
+}
+
+std::vector<WindowFacts> lookAtAll(X11Server& server, const std::vector<xcb_window_t>& windows,
+                                   Facet facets, Deadline deadline) {
+  auto& connection = server.connection();
+  std::vector<WindowLook> looks;
+  looks.reserve(windows.size());
+  for (const auto window : windows) looks.emplace_back(server, connection, window, facets);
+  std::vector<WindowFacts> found;
+  found.reserve(windows.size());
+  for (auto& each : looks)
+    if (auto facts = each.collect(deadline)) found.push_back(std::move(*facts));
+  return found;
+}
+
+void giveIdentities(X11Server& server, std::vector<WindowFacts>& windows, Deadline deadline) {
+  auto& connection = server.connection();
+  std::random_device random;
+  std::vector<std::pair<WindowFacts*, PendingProperty>> pending;
+  for (auto& facts : windows) {
+    if (facts.id != 0) continue;
+    // Appending lets the first one win when several threads or processes name a window at once:
+    // the first eight bytes never change.
+    const std::array<std::uint32_t, 2> id{random() | 1u, random()};
+    xcb_change_property(connection.raw(), XCB_PROP_MODE_APPEND, facts.window,
+                        server.atoms().pellowWindowID, XCB_ATOM_CARDINAL, 32, id.size(), id.data());
+    pending.emplace_back(&facts, connection.property(facts.window, server.atoms().pellowWindowID));
+  }
+  for (auto& [facts, property] : pending)
+    if (const auto found = property.collect(deadline)) facts->id = identity(*found);
+  std::erase_if(windows, [](const WindowFacts& facts) { return facts.id == 0; });
+}
+
+bool isIconified(const X11Server& server, const WindowFacts::State& state,
+                 std::uint32_t currentDesktop) {
+  if (server.windowManagerSupports(server.atoms().netWMStateHidden))
+    return state.hidden && !state.shaded;
+  const bool isHere = !state.desktop || *state.desktop == currentDesktop ||
+                      *state.desktop == WindowFacts::allDesktops;
+  return state.iconic && isHere;
+}
+
+bool isMinimized(const X11Server& server, const WindowFacts::State& state,
+                 std::uint32_t currentDesktop) {
+  return !state.belongsToHiddenApplication && isIconified(server, state, currentDesktop);
+}
+
+std::vector<xcb_window_t> clientList(X11Server& server, xcb_atom_t list, Deadline deadline) {
+  auto& connection = server.connection();
+  const auto property = connection.property(connection.root(), list).collect(deadline);
+  return property ? property->words() : std::vector<xcb_window_t>{};
+}
+
+std::uint32_t currentDesktop(X11Server& server, Deadline deadline) {
+  auto& connection = server.connection();
+  const auto property =
+      connection.property(connection.root(), server.atoms().netCurrentDesktop).collect(deadline);
+  return property ? property->firstWord().value_or(0) : 0;
+}
+
+std::optional<xcb_window_t> activeWindow(X11Server& server, Deadline deadline) {
+  auto& connection = server.connection();
+  const auto property =
+      connection.property(connection.root(), server.atoms().netActiveWindow).collect(deadline);
+  const auto window = property ? property->firstWord() : std::nullopt;
+  return window.value_or(XCB_WINDOW_NONE) == XCB_WINDOW_NONE ? std::nullopt : window;
+}
+
+}  // namespace pellow

@@ -1,0 +1,309 @@
+#include "platforms/linux/x11/x11_workspace.h"
+
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+
+#include "platforms/linux/x11/client_processes.h"
+#include "platforms/linux/x11/pixel_image.h"
+#include "platforms/linux/x11/text_encoding.h"
+
+namespace pellow {
+
+namespace {
+
+constexpr Seconds serverPatience = 2;
+constexpr Seconds hidePatience = 1;
+
+constexpr Facet faceFacets = Facet::kind | Facet::state | Facet::wmClass;
+
+// What stands for applications without a picture of their own.
+constexpr const char* anyApplicationIcon = "application-x-executable";
+
+FileDescriptor openProcess(ProcessID pid) {
+  return FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+}
+
+bool isReadable(const FileDescriptor& descriptor) {
+  pollfd poller{descriptor.number(), POLLIN, 0};
+  return poll(&poller, 1, 0) > 0;
+}
+
+std::string commandName(ProcessID pid) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/comm");
+  std::string name;
+  std::getline(file, name);
+  return validUTF8(name);
+}
+
+bool isInTaskbar(const WindowFacts& window) {
+  return window.kind == WindowKind::standard && !window.state.skipsTaskbar;
+}
+
+template <class Name>
+std::optional<std::string> nonEmpty(const Name& name) {
+  return name.empty() ? std::nullopt : std::optional<std::string>(name);
+}
+
+}  // namespace
+
+X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager, X11Connection& events,
+                           int pollSet, LoadIcon loadIcon)
+    : server_(server),
+      windowManager_(windowManager),
+      events_(events),
+      pollSet_(pollSet),
+      loadIcon_(std::move(loadIcon)) {
+  windowsChanged();
+  // Applications that a Pellow that crashed has hidden.
+  const Deadline deadline = deadlineIn(serverPatience);
+  const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
+  for (const auto& window : lookAtAll(server_, windows, Facet::state, deadline))
+    if (window.state.belongsToHiddenApplication) watchState(window.window, true);
+}
+
+X11Workspace::~X11Workspace() = default;
+
+X11Workspace::Windows X11Workspace::windowsOf(ProcessID pid, Facet facets) const {
+  const Deadline deadline = deadlineIn(serverPatience);
+  const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
+  const auto owners = owningProcesses(server_, windows, deadline);
+  std::vector<xcb_window_t> own;
+  for (std::size_t i = 0; i < windows.size(); ++i)
+    if (owners[i] == pid) own.push_back(windows[i]);
+  return lookAtAll(server_, own, facets, deadline);
+}
+
+std::vector<RunningApplication> X11Workspace::runningApplications() {
+  const Deadline deadline = deadlineIn(serverPatience);
+  const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
+  const auto owners = owningProcesses(server_, windows, deadline);
+  std::map<xcb_window_t, ProcessID> ownerOf;
+  for (std::size_t i = 0; i < windows.size(); ++i) ownerOf[windows[i]] = owners[i];
+
+  std::vector<ProcessID> order;
+  std::map<ProcessID, Windows> groups;
+  for (auto& window : lookAtAll(server_, windows, faceFacets, deadline)) {
+    const ProcessID pid = ownerOf[window.window];
+    auto& group = groups[pid];
+    if (group.empty()) order.push_back(pid);
+    group.push_back(std::move(window));
+  }
+  std::vector<RunningApplication> applications;
+  for (const auto pid : order)
+    if (pid != 0 && pid != getpid()) applications.push_back(describe(pid, groups[pid]));
+  applications.push_back(thisProcess());
+  return applications;
+}
+
+std::optional<RunningApplication> X11Workspace::application(ProcessID pid) {
+  if (pid == getpid()) return thisProcess();
+  const auto own = windowsOf(pid, faceFacets);
+  if (own.empty()) return std::nullopt;
+  return describe(pid, own);
+}
+
+RunningApplication X11Workspace::thisProcess() const {
+  return {.pid = getpid(),
+          .bundleID = "com.velloway.pellow",
+          .localizedName = "Pellow",
+          .activationPolicy = ActivationPolicy::accessory};
+}
+
+RunningApplication X11Workspace::describe(ProcessID pid, const Windows& own) {
+  const auto ordinary =
+      std::ranges::find_if(own, [](const WindowFacts& window) { return isInTaskbar(window); });
+  const auto& face = ordinary != own.end() ? *ordinary : own.front();
+  const auto* entry = entries_.find(face.instanceName, face.className);
+  const auto windowClass = nonEmpty(face.className);
+  return {.pid = pid,
+          .bundleID = entry ? entry->id : windowClass,
+          .localizedName =
+              entry && !entry->name.empty() ? entry->name : windowClass.value_or(commandName(pid)),
+          .icon = icon(entry, pid, face.window),
+          .activationPolicy =
+              ordinary != own.end() ? ActivationPolicy::regular : ActivationPolicy::accessory};
+}
+
+std::optional<Image> X11Workspace::icon(const DesktopEntry* entry, ProcessID pid,
+                                        xcb_window_t window) {
+  if (entry && !entry->icon.empty())
+    if (auto image = themeIcon(entry->icon)) return image;
+  if (const auto known = windowIcons_.find(pid); known != windowIcons_.end()) return known->second;
+  const auto facts = WindowLook(server_, server_.connection(), window, Facet::icon)
+                         .collect(deadlineIn(serverPatience));
+  const auto image =
+      facts ? PixelImage::fromIconProperty(facts->icon, server_.layout().scale) : std::nullopt;
+  if (!image) return themeIcon(anyApplicationIcon);
+  windowIcons_.emplace(pid, *image);
+  return image;
+}
+
+std::optional<Image> X11Workspace::themeIcon(const std::string& name) {
+  const auto known = themeIcons_.find(name);
+  if (known != themeIcons_.end()) return known->second;
+  auto image = loadIcon_ ? loadIcon_(name) : std::nullopt;
+  return themeIcons_.emplace(name, std::move(image)).first->second;
+}
+
+std::optional<ProcessID> X11Workspace::frontmostApplication() {
+  const Deadline deadline = deadlineIn(serverPatience);
+  const auto active = activeWindow(server_, deadline);
+  if (!active) return std::nullopt;
+  const ProcessID pid = owningProcesses(server_, {*active}, deadline).front();
+  return pid == 0 ? std::nullopt : std::optional(pid);
+}
+
+bool X11Workspace::activate(ProcessID pid) {
+  const auto own = windowsOf(pid, Facet::state | Facet::kind);
+  if (own.empty()) return false;
+  const auto desktop = currentDesktop(server_, deadlineIn(serverPatience));
+  const auto isOut = [&](const WindowFacts& window) {
+    return window.kind != WindowKind::furniture && !window.state.belongsToHiddenApplication &&
+           !isMinimized(server_, window.state, desktop);
+  };
+  std::map<xcb_window_t, const WindowFacts*> out;
+  for (const auto& window : own)
+    if (isOut(window)) out[window.window] = &window;
+
+  const auto front = server_.frontWindow(pid);
+  if (front && out.contains(front->window) && out[front->window]->key() == *front) {
+    windowManager_.activate(front->window);
+    return true;
+  }
+  const auto stacking =
+      clientList(server_, server_.atoms().netClientListStacking, deadlineIn(serverPatience));
+  const auto top = std::find_if(stacking.rbegin(), stacking.rend(),
+                                [&](xcb_window_t window) { return out.contains(window); });
+  if (top != stacking.rend()) windowManager_.activate(*top);
+  return true;
+}
+
+void X11Workspace::markHidden(xcb_window_t window, bool isHidden) {
+  auto& connection = server_.connection();
+  const std::uint32_t mark = 1;
+  if (isHidden)
+    xcb_change_property(connection.raw(), XCB_PROP_MODE_REPLACE, window,
+                        server_.atoms().pellowHidden, XCB_ATOM_CARDINAL, 32, 1, &mark);
+  else
+    xcb_delete_property(connection.raw(), window, server_.atoms().pellowHidden);
+}
+
+void X11Workspace::watchState(xcb_window_t window, bool watch) {
+  if (watch)
+    watched_.insert(window);
+  else
+    watched_.erase(window);
+  const std::uint32_t mask = watch ? XCB_EVENT_MASK_PROPERTY_CHANGE : XCB_EVENT_MASK_NO_EVENT;
+  xcb_change_window_attributes(events_.raw(), window, XCB_CW_EVENT_MASK, &mask);
+  events_.flush();
+}
+
+bool X11Workspace::hide(ProcessID pid) {
+  if (pid == getpid()) return false;
+  auto own = windowsOf(pid, Facet::state | Facet::kind);
+  std::erase_if(own,
+                [](const WindowFacts& window) { return window.kind == WindowKind::furniture; });
+  if (own.empty()) return false;
+
+  const Deadline deadline = deadlineIn(hidePatience);
+  const auto desktop = currentDesktop(server_, deadline);
+  std::vector<WindowKey> shown;
+  giveIdentities(server_, own, deadline);
+  for (const auto& window : own)
+    if (!isIconified(server_, window.state, desktop)) shown.push_back(window.key());
+  // The marks come first, so that nobody ever takes one of these windows for minimized.
+  for (const auto& window : shown) markHidden(window.window, true);
+  if (!windowManager_.iconify(shown, deadline)) {
+    showAgain(shown);
+    return false;
+  }
+  for (const auto& window : shown) watchState(window.window, true);
+  return true;
+}
+
+void X11Workspace::showAgain(const std::vector<WindowKey>& windows) {
+  windowManager_.deiconify(windows, deadlineIn(hidePatience));
+  // The marks go last, for the same reason for which they came first.
+  for (const auto& window : windows) markHidden(window.window, false);
+  server_.connection().flush();
+}
+
+bool X11Workspace::unhide(ProcessID pid) {
+  std::vector<WindowKey> hidden;
+  auto own = windowsOf(pid, Facet::state);
+  giveIdentities(server_, own, deadlineIn(serverPatience));
+  for (const auto& window : own)
+    if (window.state.belongsToHiddenApplication) hidden.push_back(window.key());
+  for (const auto& window : hidden) watchState(window.window, false);
+  showAgain(hidden);
+  return !hidden.empty() || isAlive(pid);
+}
+
+void X11Workspace::windowStateChanged(xcb_window_t window) {
+  if (!watched_.contains(window)) return;
+  const Deadline deadline = deadlineIn(serverPatience);
+  const auto facts =
+      WindowLook(server_, server_.connection(), window, Facet::state).collect(deadline);
+  if (!facts || isIconified(server_, facts->state, currentDesktop(server_, deadline))) return;
+  const ProcessID owner = owningProcesses(server_, {window}, deadline).front();
+  if (owner != 0) unhide(owner);
+}
+
+Subscription X11Workspace::onDidTerminateApplication(std::function<void(ProcessID)> observer) {
+  return terminationObservers_.add(std::move(observer));
+}
+
+std::set<ProcessID> X11Workspace::processesWithWindows(
+    const std::vector<xcb_window_t>& windows) const {
+  const auto owners = owningProcesses(server_, windows, deadlineIn(serverPatience));
+  std::set<ProcessID> processes(owners.begin(), owners.end());
+  processes.erase(0);
+  processes.erase(getpid());
+  return processes;
+}
+
+void X11Workspace::windowsChanged() {
+  const auto windows =
+      clientList(server_, server_.atoms().netClientList, deadlineIn(serverPatience));
+  std::erase_if(watched_, [&](xcb_window_t window) {
+    return std::ranges::find(windows, window) == windows.end();
+  });
+  auto now = processesWithWindows(windows);
+  std::vector<ProcessID> gone;
+  std::ranges::set_difference(withWindows_, now, std::back_inserter(gone));
+  for (const auto pid : now) leaving_.erase(pid);
+  withWindows_ = std::move(now);
+  for (const auto pid : gone) watchForEnd(pid);
+}
+
+void X11Workspace::watchForEnd(ProcessID pid) {
+  auto process = pid > 0 ? openProcess(pid) : FileDescriptor();
+  if (!process || isReadable(process)) return end(pid);
+  epoll_event interest{.events = EPOLLIN, .data = {.fd = process.number()}};
+  epoll_ctl(pollSet_, EPOLL_CTL_ADD, process.number(), &interest);
+  leaving_.insert_or_assign(pid, std::move(process));
+}
+
+void X11Workspace::processEnded() {
+  std::vector<ProcessID> ended;
+  for (const auto& [pid, process] : leaving_)
+    if (isReadable(process)) ended.push_back(pid);
+  for (const auto pid : ended) {
+    leaving_.erase(pid);
+    end(pid);
+  }
+}
+
+void X11Workspace::end(ProcessID pid) {
+  windowIcons_.erase(pid);
+  server_.forgetApplication(pid);
+  terminationObservers_.forEach([pid](const auto& observer) { observer(pid); });
+}
+
+}  // namespace pellow

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/workspace.h"
+#include "platforms/linux/system/file_descriptor.h"
+#include "platforms/linux/x11/desktop_entries.h"
+#include "platforms/linux/x11/handler_list.h"
+#include "platforms/linux/x11/window_manager.h"
+
+namespace pellow {
+
+// Applications are the processes that own windows in the window manager's list. One that has closed
+// its last window is no application any more, but it has ended only when its process has.
+class X11Workspace : public Workspace {
+ public:
+  using LoadIcon = std::function<std::optional<Image>(const std::string& iconName)>;
+
+  // `events` is the connection whose events the desktop hands on; `pollSet` an epoll descriptor
+  // that the desktop waits on, for processes that are about to end.
+  X11Workspace(X11Server& server, WindowManager& windowManager, X11Connection& events, int pollSet,
+               LoadIcon loadIcon);
+  ~X11Workspace() override;
+
+  std::vector<RunningApplication> runningApplications() override;
+  std::optional<RunningApplication> application(ProcessID pid) override;
+  std::optional<ProcessID> frontmostApplication() override;
+  bool hide(ProcessID pid) override;
+  bool unhide(ProcessID pid) override;
+  bool activate(ProcessID pid) override;
+  Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
+
+  // The list of clients has changed.
+  void windowsChanged();
+  // The state of a window of a hidden application has changed.
+  void windowStateChanged(xcb_window_t window);
+  // A descriptor in the poll set is ready.
+  void processEnded();
+
+ private:
+  using Windows = std::vector<WindowFacts>;
+
+  Windows windowsOf(ProcessID pid, Facet facets) const;
+  RunningApplication describe(ProcessID pid, const Windows& own);
+  RunningApplication thisProcess() const;
+  std::optional<Image> icon(const DesktopEntry* entry, ProcessID pid, xcb_window_t window);
+  std::optional<Image> themeIcon(const std::string& name);
+  std::set<ProcessID> processesWithWindows(const std::vector<xcb_window_t>& windows) const;
+  void showAgain(const std::vector<WindowKey>& windows);
+  void markHidden(xcb_window_t window, bool isHidden);
+  void watchState(xcb_window_t window, bool watch);
+  void watchForEnd(ProcessID pid);
+  void end(ProcessID pid);
+
+  X11Server& server_;
+  WindowManager& windowManager_;
+  X11Connection& events_;
+  const int pollSet_;
+  LoadIcon loadIcon_;
+  DesktopEntries entries_ = DesktopEntries::ofEnvironment();
+  std::map<std::string, std::optional<Image>> themeIcons_;
+  std::map<ProcessID, Image> windowIcons_;  // of applications that the theme does not know
+  std::set<ProcessID> withWindows_;
+  std::map<ProcessID, FileDescriptor> leaving_;  // without windows, still alive
+  std::set<xcb_window_t> watched_;               // windows of hidden applications
+  HandlerList<void(ProcessID)> terminationObservers_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,241 @@
+#include "platforms/simulated/desktop_state.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace pellow::simulated {
+namespace {
+
+constexpr double menuBarHeight = 25;
+constexpr double dockHeight = 70;
+
+template <class Applications>
+auto* findApplication(Applications& applications, ProcessID pid) {
+  const auto found = std::ranges::find_if(
+      applications, [&](const ApplicationState& each) { return each.identity.pid == pid; });
+  return found == applications.end() ? nullptr : &*found;
+}
+
+template <class Windows>
+auto* findWindow(Windows& windows, WindowID id) {
+  const auto found = std::ranges::find(windows, id, &WindowState::id);
+  return found == windows.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+ApplicationState* DesktopState::application(ProcessID pid) {
+  return findApplication(applications, pid);
+}
+const ApplicationState* DesktopState::application(ProcessID pid) const {
+  return findApplication(applications, pid);
+}
+WindowState* DesktopState::window(WindowID id) { return findWindow(windows, id); }
+const WindowState* DesktopState::window(WindowID id) const { return findWindow(windows, id); }
+
+std::vector<WindowID> DesktopState::windowsOf(ProcessID pid) const {
+  std::vector<WindowID> ids;
+  for (const bool minimized : {false, true})
+    for (const auto& each : windows)
+      if (each.pid == pid && each.minimized == minimized) ids.push_back(each.id);
+  return ids;
+}
+
+bool DesktopState::isVisible(const WindowState& window) const {
+  return !window.minimized && !application(window.pid)->hidden;
+}
+
+std::optional<WindowID> DesktopState::windowAt(AppKitPoint point) const {
+  for (const auto& each : windows)
+    if (isVisible(each) && flip().toAppKit(each.frame).contains(point)) return each.id;
+  return std::nullopt;
+}
+
+std::optional<WindowID> DesktopState::focusedWindow() const {
+  return frontmost ? application(*frontmost)->focusedWindow : std::nullopt;
+}
+
+// Applications
+
+ProcessID DesktopState::launch(RunningApplication identity) {
+  identity.pid = ++lastPid;
+  applications.push_back({.identity = std::move(identity)});
+  return lastPid;
+}
+
+void DesktopState::endApplication(ProcessID pid) {
+  std::erase_if(windows, [&](const WindowState& each) { return each.pid == pid; });
+  std::erase_if(applications,
+                [&](const ApplicationState& each) { return each.identity.pid == pid; });
+  resign(pid);
+}
+
+void DesktopState::hide(ProcessID pid) {
+  application(pid)->hidden = true;
+  resign(pid);
+}
+
+void DesktopState::unhide(ProcessID pid) { application(pid)->hidden = false; }
+
+void DesktopState::activate(ProcessID pid) {
+  unhide(pid);
+  frontmost = pid;
+  auto& focused = application(pid)->focusedWindow;
+  if (!focused) focusNext(pid);
+  if (focused) bringToFront(*focused);
+}
+
+void DesktopState::resign(ProcessID pid) {
+  if (frontmost != pid) return;
+  frontmost = std::nullopt;
+  const auto takesOver = [&](ProcessID candidate) {
+    const auto& next = *application(candidate);
+    return candidate != pid && !next.hidden &&
+           next.identity.activationPolicy == ActivationPolicy::regular;
+  };
+  for (const auto& each : windows)
+    if (isVisible(each) && takesOver(each.pid)) return activate(each.pid);
+  for (const auto& each : applications)
+    if (takesOver(each.identity.pid)) return activate(each.identity.pid);
+}
+
+// Windows
+
+WindowID DesktopState::open(WindowState window) {
+  window.id = ++lastWindow;
+  const auto pid = window.pid;
+  windows.insert(windows.begin(), std::move(window));
+  auto& owner = *application(pid);
+  owner.focusedWindow = lastWindow;
+  if (owner.identity.activationPolicy == ActivationPolicy::regular) activate(pid);
+  return lastWindow;
+}
+
+void DesktopState::close(WindowID id) {
+  const auto pid = window(id)->pid;
+  std::erase_if(windows, [&](const WindowState& each) { return each.id == id; });
+  if (application(pid)->focusedWindow == id) focusNext(pid);
+}
+
+void DesktopState::minimize(WindowID id) {
+  auto& minimized = *window(id);
+  minimized.minimized = true;
+  if (application(minimized.pid)->focusedWindow == id) focusNext(minimized.pid);
+}
+
+void DesktopState::unminimize(WindowID id) {
+  if (!window(id)->minimized) return;
+  window(id)->minimized = false;
+  raise(id);
+}
+
+void DesktopState::raise(WindowID id) {
+  const auto& raised = *window(id);
+  if (!raised.minimized) application(raised.pid)->focusedWindow = id;
+  bringToFront(id);
+}
+
+void DesktopState::move(WindowID id, QuartzPoint asked) {
+  auto& moved = *window(id);
+  moved.frame.origin = placeTaken(moved, asked);
+}
+
+QuartzPoint DesktopState::placeTaken(const WindowState& window, QuartzPoint asked) const {
+  const auto& manners = window.manners;
+  if (manners.refusesToMove) return window.frame.origin;
+  auto place = manners.moves ? manners.moves(asked) : asked;
+  if (manners.gridStep > 0) {
+    place.x = std::round(place.x / manners.gridStep) * manners.gridStep;
+    place.y = std::round(place.y / manners.gridStep) * manners.gridStep;
+  }
+  return manners.clampsToDisplay ? clamped({place, window.frame.size}) : place;
+}
+
+QuartzPoint DesktopState::clamped(const QuartzRect& frame) const {
+  const auto* screen = screenOf(frame);
+  if (!screen) return frame.origin;
+  const auto room = flip().toQuartz(screen->visibleFrame);
+  const auto last = [](double start, double end, double length) {
+    return std::max(start, end - length);
+  };
+  return {std::clamp(frame.minX(), room.minX(), last(room.minX(), room.maxX(), frame.width())),
+          std::clamp(frame.minY(), room.minY(), last(room.minY(), room.maxY(), frame.height()))};
+}
+
+void DesktopState::bringToFront(WindowID id) {
+  const auto found = std::ranges::find(windows, id, &WindowState::id);
+  const auto pid = found->pid;
+  const auto front =
+      frontmost == pid ? windows.begin() : std::ranges::find(windows, pid, &WindowState::pid);
+  std::rotate(front, found, found + 1);
+}
+
+void DesktopState::focusNext(ProcessID pid) {
+  auto& focused = application(pid)->focusedWindow;
+  focused = std::nullopt;
+  for (const auto& each : windows)
+    if (each.pid == pid && !each.minimized) {
+      focused = each.id;
+      return;
+    }
+}
+
+// Displays
+
+Flip DesktopState::flip() const { return {screens.empty() ? 0 : screens.front().frame.height()}; }
+
+const Screen* DesktopState::screenOf(const QuartzRect& rect) const {
+  if (screens.empty()) return nullptr;
+  const auto frame = flip().toAppKit(rect);
+  return &*std::ranges::max_element(
+      screens, {}, [&](const Screen& screen) { return screen.frame.intersectionArea(frame); });
+}
+
+const Screen* DesktopState::mainScreen() const {
+  if (screens.empty()) return nullptr;
+  const auto focused = focusedWindow();
+  return focused ? screenOf(window(*focused)->frame) : &screens.front();
+}
+
+void DesktopState::plug(Screen screen) {
+  screens.push_back(std::move(screen));
+  if (screens.size() == 1) beginAtPrimary();
+}
+
+void DesktopState::unplug(DisplayID display) {
+  const auto before = flip();
+  std::erase_if(screens, [&](const Screen& screen) { return screen.displayID == display; });
+  if (screens.empty()) return;
+  const auto corner = before.toQuartz(screens.front().frame).origin;
+  beginAtPrimary();
+  for (auto& each : windows) {
+    each.frame.origin = each.frame.origin + (QuartzPoint{} - corner);
+    if (shareOnDisplays(each.frame) == 0) each.frame.origin = clamped(each.frame);
+  }
+}
+
+double DesktopState::shareOnDisplays(const QuartzRect& rect) const {
+  double shown = 0;
+  for (const auto& screen : screens) shown += screen.frame.intersectionArea(flip().toAppKit(rect));
+  return rect.area() > 0 ? shown / rect.area() : 0;
+}
+
+// AppKit space begins at the primary display.
+void DesktopState::beginAtPrimary() {
+  const auto toOrigin = AppKitPoint{} - screens.front().frame.origin;
+  for (auto& screen : screens) {
+    screen.frame.origin = screen.frame.origin + toOrigin;
+    screen.visibleFrame.origin = screen.visibleFrame.origin + toOrigin;
+  }
+  pointer = pointer + toOrigin;
+}
+
+Screen makeScreen(DisplayID display, AppKitRect frame, bool hasDock) {
+  const double below = hasDock ? dockHeight : 0;
+  return {display, frame,
+          AppKitRect(frame.minX(), frame.minY() + below, frame.width(),
+                     frame.height() - menuBarHeight - below)};
+}
+
+}  // namespace pellow::simulated

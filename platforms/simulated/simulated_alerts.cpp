@@ -1,0 +1,48 @@
+#include "platforms/simulated/simulated_alerts.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include "platforms/simulated/simulated_system.h"
+
+namespace pellow::simulated {
+
+Subscription SimulatedAlerts::show(Alert alert, std::function<void(std::size_t)> onChosen) {
+  const auto shown = std::make_shared<Shown>(std::move(alert), std::move(onChosen));
+  shown_.push_back(shown);
+  return Subscription([this, shown] {
+    shown->onChosen = nullptr;
+    takeAway(shown);
+  });
+}
+
+std::vector<Alert> SimulatedAlerts::showing() const {
+  std::vector<Alert> alerts;
+  if (system_.processRuns())
+    for (const auto& shown : shown_) alerts.push_back(shown->alert);
+  return alerts;
+}
+
+void SimulatedAlerts::choose(std::string_view button) {
+  if (showing().empty()) throw std::out_of_range("no alert shows");
+  const auto shown = shown_.front();
+  const auto& buttons = shown->alert.buttons;
+  const auto chosen = std::ranges::find(buttons, button);
+  if (chosen == buttons.end())
+    throw std::out_of_range(
+        fmt::format("no button \"{}\" in the alert \"{}\"", button, shown->alert.messageText));
+  const auto index = static_cast<std::size_t>(chosen - buttons.begin());
+  takeAway(shown);
+  system_.mainLoop.post([shown, index] {
+    // The callback may drop the alert's subscription.
+    if (const auto onChosen = shown->onChosen) onChosen(index);
+  });
+}
+
+// The program gives way to others with its last alert.
+void SimulatedAlerts::takeAway(const std::shared_ptr<Shown>& shown) {
+  if (std::erase(shown_, shown) > 0 && shown_.empty()) system_.state.resign(system_.ownPid());
+}
+
+}  // namespace pellow::simulated

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platforms/simulated/simulated_window.h"
+
+namespace pellow::simulated {
+
+// An application on the simulated desktop. A value that names it, as `SimulatedWindow` does.
+class SimulatedApplication {
+ public:
+  SimulatedApplication(SimulatedSystem& system, ProcessID pid) : system_(&system), pid_(pid) {}
+
+  bool operator==(const SimulatedApplication&) const = default;
+
+  ProcessID pid() const { return pid_; }
+  AXElement element() const;
+
+  bool isRunning() const;
+  bool isHidden() const;
+  bool isFrontmost() const;
+  // Front to back, minimized ones last.
+  std::vector<SimulatedWindow> windows() const;
+  std::optional<SimulatedWindow> focusedWindow() const;
+
+  // A new window in front; it has the focus. The application becomes active if it is regular.
+  SimulatedWindow openWindow(std::string title, QuartzRect frame,
+                             std::string subrole = "AXStandardWindow") const;
+  void activate() const;
+  void hide() const;
+  void unhide() const;
+  // Its windows go, then the application; the workspace announces it.
+  void quit() const;
+
+  // All its elements answer after this time, on top of the delay of a window.
+  SimulatedApplication answersAfter(Seconds delay) const;
+  // The workspace's `hide` fails.
+  SimulatedApplication refusesToHide(bool refuses = true) const;
+
+ private:
+  ApplicationState& state() const;  // throws when it does not run
+
+  SimulatedSystem* system_;
+  ProcessID pid_;
+};
+
+}  // namespace pellow::simulated

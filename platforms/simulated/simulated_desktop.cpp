@@ -1,0 +1,207 @@
+#include "platforms/simulated/simulated_desktop.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include "platforms/simulated/simulated_image.h"
+#include "platforms/simulated/simulated_platform.h"
+
+namespace pellow::simulated {
+
+SimulatedDesktop::SimulatedDesktop(SimulatedPlatform& platform)
+    : platform_(platform), system_(platform.system_) {}
+
+// Time
+
+Seconds SimulatedDesktop::now() const { return system_.scheduler.now(); }
+void SimulatedDesktop::runUntilQuiet(Seconds horizon) { system_.mainLoop.runUntilQuiet(horizon); }
+void SimulatedDesktop::run(Seconds duration) { system_.mainLoop.run(duration); }
+void SimulatedDesktop::after(Seconds delay, std::function<void()> happening) {
+  system_.scheduler.happenAt(now() + delay, std::move(happening));
+}
+
+// Applications and windows
+
+SimulatedApplication SimulatedDesktop::launch(std::string name, std::optional<std::string> bundleID,
+                                              ActivationPolicy policy) {
+  const Image icon(std::make_shared<SimulatedImage>(name, Size{32, 32}));
+  const auto pid = system_.state.launch({.bundleID = std::move(bundleID),
+                                         .localizedName = std::move(name),
+                                         .icon = icon,
+                                         .activationPolicy = policy});
+  if (policy == ActivationPolicy::regular) system_.state.activate(pid);
+  return {system_, pid};
+}
+
+SimulatedApplication SimulatedDesktop::application(std::string_view name) {
+  for (const auto& each : system_.state.applications)
+    if (each.identity.localizedName == name) return {system_, each.identity.pid};
+  throw std::out_of_range(fmt::format("no application \"{}\"", name));
+}
+
+SimulatedWindow SimulatedDesktop::window(std::string_view title) {
+  const auto& windows = system_.state.windows;
+  const auto found = std::ranges::find(windows, title, &WindowState::title);
+  if (found == windows.end()) throw std::out_of_range(fmt::format("no window \"{}\"", title));
+  return {system_, found->id};
+}
+
+SimulatedWindow SimulatedDesktop::counterpart(const SimulatedWindow& window) {
+  return {system_, window.id()};
+}
+
+std::vector<SimulatedWindow> SimulatedDesktop::windows() {
+  std::vector<SimulatedWindow> windows;
+  for (const auto& each : system_.state.windows) windows.emplace_back(system_, each.id);
+  return windows;
+}
+
+std::optional<SimulatedApplication> SimulatedDesktop::frontmostApplication() {
+  if (!system_.state.frontmost) return std::nullopt;
+  return SimulatedApplication(system_, *system_.state.frontmost);
+}
+
+// Displays
+
+const std::vector<Screen>& SimulatedDesktop::screens() const { return system_.state.screens; }
+
+void SimulatedDesktop::plug(DisplayID display, AppKitRect frame) {
+  system_.changeScreens(
+      [&](DesktopState& state) { state.plug(makeScreen(display, frame, false)); });
+}
+
+void SimulatedDesktop::unplug(DisplayID display) {
+  system_.changeScreens([&](DesktopState& state) { state.unplug(display); });
+}
+
+void SimulatedDesktop::setVisibleFrame(DisplayID display, AppKitRect visibleFrame) {
+  system_.changeScreens([&](DesktopState& state) {
+    for (auto& screen : state.screens)
+      if (screen.displayID == display) screen.visibleFrame = visibleFrame;
+  });
+}
+
+// The user
+
+void SimulatedDesktop::press(std::uint16_t keyCode, std::uint64_t modifierFlags,
+                             std::string characters) {
+  platform_.eventMonitors_.press(keyCode, modifierFlags, std::move(characters));
+}
+
+void SimulatedDesktop::setProgramHasKeyboard(bool has) {
+  platform_.eventMonitors_.setProgramHasKeyboard(has);
+}
+
+void SimulatedDesktop::movePointer(AppKitPoint to) {
+  system_.mainLoop.post([this, to] {
+    system_.state.pointer = to;
+    platform_.panels_.updateHover();
+  });
+}
+
+void SimulatedDesktop::click(AppKitPoint at) {
+  movePointer(at);
+  system_.mainLoop.post([this, at] {
+    if (platform_.panels_.click(at)) return;
+    auto& state = system_.state;
+    const auto window = state.windowAt(at);
+    if (!window) return;
+    state.raise(*window);
+    state.activate(state.window(*window)->pid);
+  });
+}
+
+void SimulatedDesktop::clickView(const std::string& panelName, const std::string& path) {
+  const auto isThere = std::ranges::any_of(panels(panelName), [&](const auto* each) {
+    const auto* view = each->view(path);
+    return view && view->actions.onClick;
+  });
+  if (!isThere)
+    throw std::out_of_range(fmt::format("nothing to click at \"{}\" in {}", path, panelName));
+  system_.mainLoop.post([this, panelName, path] { platform_.panels_.clickView(panelName, path); });
+}
+
+std::vector<const SimulatedPanel*> SimulatedDesktop::panels(std::string_view name) const {
+  return platform_.panels_.visible(name);
+}
+
+const SimulatedPanel& SimulatedDesktop::panel(std::string_view name) const {
+  const auto found = panels(name);
+  if (found.size() != 1)
+    throw std::out_of_range(fmt::format("{} panels {} show", found.size(), name));
+  return *found.front();
+}
+
+std::vector<Alert> SimulatedDesktop::alerts() const { return platform_.alerts_.showing(); }
+void SimulatedDesktop::choose(std::string_view button) { platform_.alerts_.choose(button); }
+
+// User defaults and the log
+
+void SimulatedDesktop::setDefault(std::string_view key, DefaultsValue value) {
+  system_.state.defaults.put(key, std::move(value));
+}
+
+std::optional<DefaultsValue> SimulatedDesktop::storedDefault(std::string_view key) const {
+  return system_.state.defaults.value(key);
+}
+
+std::optional<DefaultsValue> SimulatedDesktop::defaultOnDisk(std::string_view key) const {
+  return system_.state.defaults.onDisk(key, now());
+}
+
+void SimulatedDesktop::setSymbolicHotKeys(std::vector<SymbolicHotKey> hotKeys) {
+  system_.state.symbolicHotKeys = std::move(hotKeys);
+}
+
+const std::vector<LogLine>& SimulatedDesktop::log() const { return system_.state.log; }
+
+bool SimulatedDesktop::hasLogged(std::string_view message) const {
+  return std::ranges::find(log(), message, &LogLine::message) != log().end();
+}
+
+// Faults
+
+void SimulatedDesktop::failNext(std::string name, AXError error, std::optional<AXCall> call) {
+  system_.state.faults.push_back({std::move(name), call, error, true});
+}
+
+void SimulatedDesktop::failNextDefaultsWrite(SystemError error, std::optional<std::string> key) {
+  system_.state.defaults.failNextWrite(std::move(key), std::move(error));
+}
+
+void SimulatedDesktop::delayAnswers(Seconds longest) { system_.state.longestExtraDelay = longest; }
+void SimulatedDesktop::setTrusted(bool trusted) { system_.state.trustsProcess = trusted; }
+void SimulatedDesktop::allowCapture(bool allowed) { system_.state.allowsCapture = allowed; }
+void SimulatedDesktop::allowMonitors(bool allowed) { system_.state.allowsMonitors = allowed; }
+
+// The process
+
+void SimulatedDesktop::signal(TerminationSignal signal) { platform_.process_.receive(signal); }
+void SimulatedDesktop::killProcess() { system_.kill(); }
+bool SimulatedDesktop::processRuns() const { return system_.processRuns(); }
+std::optional<int> SimulatedDesktop::exitStatus() const { return system_.exitStatus(); }
+void SimulatedDesktop::onTerminate(std::function<void()> handler) {
+  platform_.process_.onTerminate(std::move(handler));
+}
+bool SimulatedDesktop::isAccessory() const {
+  const auto* self = system_.state.application(system_.ownPid());
+  return self && self->identity.activationPolicy == ActivationPolicy::accessory;
+}
+
+// Crashes
+
+std::uint64_t SimulatedDesktop::portCalls() const { return system_.portCalls; }
+DesktopState SimulatedDesktop::snapshot() const { return system_.snapshot(); }
+void SimulatedDesktop::crashAtPortCall(std::uint64_t call) {
+  system_.crash = std::nullopt;
+  system_.crashAtPortCall = system_.portCalls + call;
+}
+const std::optional<DesktopState>& SimulatedDesktop::crash() const { return system_.crash; }
+void SimulatedDesktop::onPortCall(std::function<void(std::uint64_t)> observer) {
+  system_.onPortCall = std::move(observer);
+}
+void SimulatedDesktop::recordHistory() { system_.recordsHistory = true; }
+const std::vector<std::string>& SimulatedDesktop::history() const { return system_.history; }
+
+}  // namespace pellow::simulated

@@ -1,0 +1,157 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/alerts.h"
+#include "platform/event_monitors.h"
+#include "platform/process.h"
+#include "platforms/simulated/desktop_state.h"
+#include "platforms/simulated/simulated_application.h"
+#include "platforms/simulated/simulated_window.h"
+
+namespace pellow::simulated {
+
+class SimulatedPanel;
+class SimulatedPlatform;
+
+// The desktop in the hands of a test: it plays the user, the other applications, the displays and
+// the fate of the process.
+//
+//   SimulatedPlatform platform;
+//   auto& desktop = platform.desktop();
+//   const auto notes = desktop.launch("Notes", "com.example.notes");
+//   const auto list = notes.openWindow("Shopping", {100, 100, 800, 600});
+//   list.answersAfter(0.2);
+//   Program program(platform);
+//   desktop.press(17, modifier::control | modifier::option | modifier::command);
+//   desktop.runUntilQuiet();
+//   EXPECT_TRUE(list.isMinimized());
+//
+// Nothing of the program runs on the main thread but inside `run` and `runUntilQuiet`. What the
+// user does, and what the desktop announces, reaches the program there, in order. Main thread; the
+// happenings of `after` may call everything but the two.
+class SimulatedDesktop {
+ public:
+  explicit SimulatedDesktop(SimulatedPlatform& platform);
+
+  // --- Time
+
+  Seconds now() const;
+  // Until nothing is pending but repeating timers and work due later than `horizon` from now. An
+  // alert that nobody answers is not pending.
+  void runUntilQuiet(Seconds horizon = 60);
+  // Everything that comes up in this time, its end included.
+  void run(Seconds duration);
+  // Something that happens outside of the program, even while its main thread is blocked.
+  void after(Seconds delay, std::function<void()> happening);
+
+  // --- Applications and windows
+
+  SimulatedApplication launch(std::string name, std::optional<std::string> bundleID = std::nullopt,
+                              ActivationPolicy policy = ActivationPolicy::regular);
+  // By name or title; throw when there is none.
+  SimulatedApplication application(std::string_view name);
+  SimulatedWindow window(std::string_view title);
+  // The same window on this desktop, for one named on the desktop before a crash.
+  SimulatedWindow counterpart(const SimulatedWindow& window);
+  // Of all applications, front to back.
+  std::vector<SimulatedWindow> windows();
+  std::optional<SimulatedApplication> frontmostApplication();
+
+  // --- Displays: at first one, 1440 × 900, with number 1, a menu bar and a Dock
+
+  const std::vector<Screen>& screens() const;
+  // A further display with a menu bar and no Dock.
+  void plug(DisplayID display, AppKitRect frame);
+  void unplug(DisplayID display);
+  // Menu bar or Dock change.
+  void setVisibleFrame(DisplayID display, AppKitRect visibleFrame);
+
+  // --- The user
+
+  // A key press; it goes to the program when one of its windows has the keyboard.
+  void press(std::uint16_t keyCode, std::uint64_t modifierFlags = 0, std::string characters = "");
+  void setProgramHasKeyboard(bool has);
+  void movePointer(AppKitPoint to);
+  // Moves the pointer there and clicks: on a view of a panel, else on a window, which comes to the
+  // front.
+  void click(AppKitPoint at);
+  // Clicks the view at a path of keys, in the front panel of the name; throws when there is none.
+  void clickView(const std::string& panel, const std::string& path);
+
+  // Panels of the program with this name that show, front to back.
+  std::vector<const SimulatedPanel*> panels(std::string_view name) const;
+  // The only one; throws when there is none, or more.
+  const SimulatedPanel& panel(std::string_view name) const;
+
+  // Alerts that show, the oldest first.
+  std::vector<Alert> alerts() const;
+  // Presses a button of the oldest alert; throws when there is no alert or no such button.
+  void choose(std::string_view button);
+
+  // --- User defaults and the log
+
+  void setDefault(std::string_view key, DefaultsValue value);
+  // What the program reads, and what a crash at this moment would leave.
+  std::optional<DefaultsValue> storedDefault(std::string_view key) const;
+  std::optional<DefaultsValue> defaultOnDisk(std::string_view key) const;
+
+  void setSymbolicHotKeys(std::vector<SymbolicHotKey> hotKeys);
+
+  const std::vector<LogLine>& log() const;
+  bool hasLogged(std::string_view message) const;
+
+  // --- Faults
+
+  // The next call of this name, on any element, answers with the error.
+  void failNext(std::string name, AXError error, std::optional<AXCall> call = std::nullopt);
+  // The next immediate write, of this key or of any, answers with the error and is lost in a crash.
+  void failNextDefaultsWrite(SystemError error, std::optional<std::string> key = std::nullopt);
+  // Every Accessibility call takes up to so long, by seed.
+  void delayAnswers(Seconds longest);
+  void setTrusted(bool trusted);
+  void allowCapture(bool allowed);
+  // Whether event monitors can be added.
+  void allowMonitors(bool allowed);
+
+  // --- The process
+
+  // Ends the process unless it has a handler, as it does everywhere.
+  void signal(TerminationSignal signal);
+  // SIGKILL: nothing of it runs any more and what it calls does nothing.
+  void killProcess();
+  bool processRuns() const;
+  // Of a process that ended by itself.
+  std::optional<int> exitStatus() const;
+  // What the program does between the end of its main loop and the end of the process.
+  void onTerminate(std::function<void()> handler);
+  bool isAccessory() const;
+
+  // --- Crashes: a new program starts on a `SimulatedPlatform` made from a copy
+
+  // Calls to ports that could wait or that change something, so far.
+  std::uint64_t portCalls() const;
+  // The desktop and the user defaults as a crash at this moment would leave them.
+  DesktopState snapshot() const;
+  // Takes the copy at the beginning of the nth port call from now, counted from 1. The program goes
+  // on, on this desktop.
+  void crashAtPortCall(std::uint64_t call);
+  const std::optional<DesktopState>& crash() const;
+  // Called at the beginning of every port call, on its thread; it must not wait.
+  void onPortCall(std::function<void(std::uint64_t call)> observer);
+
+  // Port calls as lines of time, thread and call: equal for equal seeds.
+  void recordHistory();
+  const std::vector<std::string>& history() const;
+
+ private:
+  SimulatedPlatform& platform_;
+  SimulatedSystem& system_;
+};
+
+}  // namespace pellow::simulated

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <string>
+
+#include "platform/event_monitors.h"
+#include "platforms/simulated/observers.h"
+
+namespace pellow::simulated {
+
+class SimulatedSystem;
+
+// Monitors that see what the user of the simulated desktop types.
+class SimulatedEventMonitors final : public EventMonitors {
+ public:
+  explicit SimulatedEventMonitors(SimulatedSystem& system) : system_(system) {}
+
+  std::optional<Subscription> addGlobalKeyDown(
+      std::function<void(const KeyEvent&)> handler) override;
+  std::optional<Subscription> addLocalKeyDown(
+      std::function<bool(const KeyEvent&)> handler) override;
+  AppKitPoint pointerLocation() const override;
+
+  // Whether a window of the program has the keyboard.
+  void setProgramHasKeyboard(bool has) { programHasKeyboard_ = has; }
+  void press(std::uint16_t keyCode, std::uint64_t modifierFlags, std::string characters);
+
+ private:
+  using LocalHandler = std::function<bool(const KeyEvent&)>;
+  using LocalHandlers = std::list<std::shared_ptr<LocalHandler>>;
+
+  void deliver(const KeyEvent& event) const;
+
+  SimulatedSystem& system_;
+  Observers<const KeyEvent&> global_;
+  std::shared_ptr<LocalHandlers> local_ = std::make_shared<LocalHandlers>();  // newest first
+  bool programHasKeyboard_ = false;
+};
+
+}  // namespace pellow::simulated

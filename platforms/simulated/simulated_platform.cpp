@@ -1,0 +1,41 @@
+#include "platforms/simulated/simulated_platform.h"
+
+#include <utility>
+
+namespace pellow::simulated {
+namespace {
+
+DesktopState freshDesktop() {
+  DesktopState desktop;
+  desktop.plug(makeScreen(1, {0, 0, 1440, 900}, true));
+  desktop.pointer = {720, 450};
+  return desktop;
+}
+
+}  // namespace
+
+SimulatedPlatform::SimulatedPlatform(SimulatedOptions options)
+    : SimulatedPlatform(freshDesktop(), std::move(options)) {}
+
+SimulatedPlatform::SimulatedPlatform(DesktopState left, SimulatedOptions options)
+    : system_(std::move(left), options.seed),
+      accessibility_(system_),
+      alerts_(system_),
+      clock_(system_),
+      eventMonitors_(system_),
+      log_([this](LogLevel level, std::string_view message) {
+        if (system_.processRuns())
+          system_.state.log.push_back({system_.scheduler.now(), level, std::string(message)});
+      }),
+      panels_(system_),
+      process_(system_, std::move(options.arguments)),
+      queues_(system_),
+      screenCapture_(system_),
+      screens_(system_),
+      symbolicHotKeys_(system_),
+      userDefaults_(system_),
+      uuidSource_(system_),
+      workspace_(system_),
+      desktop_(*this) {}
+
+}  // namespace pellow::simulated

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "base/subscription.h"
+#include "platforms/simulated/desktop_state.h"
+#include "platforms/simulated/main_loop.h"
+#include "platforms/simulated/observers.h"
+#include "platforms/simulated/scheduler.h"
+
+namespace pellow::simulated {
+
+// What the ports of one process share: the desktop, the time, the main loop, and the process's own
+// life. A port call that could wait, or that changes something outside of the process, begins with
+// `portCall`.
+class SimulatedSystem {
+ public:
+  // Starts the process on this desktop.
+  SimulatedSystem(DesktopState desktop, std::uint64_t seed);
+  SimulatedSystem(const SimulatedSystem&) = delete;
+  SimulatedSystem& operator=(const SimulatedSystem&) = delete;
+
+  DesktopState state;
+  Scheduler scheduler;
+  MainLoop mainLoop;
+  std::map<WindowID, Observers<>> windowDestroyed;
+  Observers<ProcessID> applicationTerminated;
+  Observers<> screensChanged;
+
+  // Counts the call, takes the copy of a crash ordered for it, and lets others run. False once the
+  // process has ended: then the call must change nothing.
+  template <class... Args>
+  bool portCall(fmt::format_string<Args...> what, Args&&... args) {
+    if (!recordsHistory) return beginPortCall({});
+    return beginPortCall(fmt::format(what, std::forward<Args>(args)...));
+  }
+
+  std::uint64_t portCalls = 0;  // so far
+  std::optional<std::uint64_t> crashAtPortCall;
+  std::optional<DesktopState> crash;
+  std::function<void(std::uint64_t call)> onPortCall;
+  bool recordsHistory = false;
+  std::vector<std::string> history;
+
+  // The desktop as a crash at this moment would leave it.
+  DesktopState snapshot() const;
+
+  ProcessID ownPid() const { return ownPid_; }
+  bool processRuns() const { return processRuns_; }
+  std::optional<int> exitStatus() const { return exitStatus_; }
+  // The process ends in good order, with everything saved.
+  void exit(int status);
+  // The process is cut off.
+  void kill();
+
+  // What happens to others, announced on the main queue.
+  void closeWindow(WindowID window);
+  void endApplication(ProcessID pid);
+  void changeScreens(const std::function<void(DesktopState&)>& change);
+
+ private:
+  bool beginPortCall(std::string what);
+  void endProcess();
+  void announceDestroyed(WindowID window);
+
+  ProcessID ownPid_ = 0;
+  bool processRuns_ = true;
+  std::optional<int> exitStatus_;
+};
+
+}  // namespace pellow::simulated

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "platform/ax_element.h"
+#include "platforms/simulated/desktop_state.h"
+
+namespace pellow::simulated {
+
+class SimulatedSystem;
+
+// A window of an application on the simulated desktop, as its user and its application see it. A
+// value that names the window; it stays valid, and says so, when the window is gone. Quartz space.
+class SimulatedWindow {
+ public:
+  SimulatedWindow(SimulatedSystem& system, WindowID id) : system_(&system), id_(id) {}
+
+  bool operator==(const SimulatedWindow&) const = default;
+
+  WindowID id() const { return id_; }
+  // What the program gets to see of it.
+  AXElement element() const;
+
+  bool exists() const;
+  // Not minimized, and its application not hidden. It may still lie outside of all displays.
+  bool isVisible() const;
+  // The share of its area that displays show, from 0 to 1; 0 when it is not visible.
+  double shareOnDisplays() const;
+  bool isMinimized() const;
+  bool hasFocus() const;  // of the frontmost application
+  bool isInFront() const;
+  QuartzRect frame() const;
+  std::string title() const;
+  ProcessID pid() const;
+
+  // What its user does with it.
+  void moveTo(QuartzPoint origin) const;
+  void resize(Size size) const;
+  void rename(std::string title) const;
+  void minimize() const;
+  void unminimize() const;
+  void raise() const;
+  void close() const;
+
+  // Manners. Each returns the window, so that one can follow the other.
+
+  // Answers every call after this time. A caller whose messaging timeout is shorter gets
+  // `cannotComplete` when that has passed, and nothing is done.
+  SimulatedWindow answersAfter(Seconds delay) const;
+  // Says yes to a move and stays where it is.
+  SimulatedWindow refusesToMove(bool refuses = true) const;
+  // Comes to rest inside the visible frame of a display.
+  SimulatedWindow clampsToDisplay() const;
+  SimulatedWindow snapsToGrid(double step) const;
+  // Goes where `moves` says when asked to go somewhere.
+  SimulatedWindow movesTo(std::function<QuartzPoint(QuartzPoint asked)> moves) const;
+  // Answers calls of this name with the error, always or the next time.
+  SimulatedWindow fails(std::string name, AXError error,
+                        std::optional<AXCall> call = std::nullopt) const;
+  SimulatedWindow failsNext(std::string name, AXError error,
+                            std::optional<AXCall> call = std::nullopt) const;
+  // Closes during the nth call from now, counted from 1.
+  SimulatedWindow closesDuring(int call) const;
+  // Forgets all manners.
+  SimulatedWindow behaves() const;
+
+ private:
+  WindowState& state() const;  // throws when the window is gone
+
+  SimulatedSystem* system_;
+  WindowID id_;
+};
+
+}  // namespace pellow::simulated

@@ -1,0 +1,52 @@
+#include "platforms/simulated/simulated_workspace.h"
+
+#include <utility>
+
+namespace pellow::simulated {
+
+std::vector<RunningApplication> SimulatedWorkspace::runningApplications() {
+  std::vector<RunningApplication> running;
+  if (!system_.portCall("lists applications")) return running;
+  for (const auto& each : system_.state.applications) running.push_back(each.identity);
+  return running;
+}
+
+std::optional<RunningApplication> SimulatedWorkspace::application(ProcessID pid) {
+  if (!system_.portCall("looks up application {}", pid)) return std::nullopt;
+  const auto* found = system_.state.application(pid);
+  return found ? std::optional(found->identity) : std::nullopt;
+}
+
+std::optional<ProcessID> SimulatedWorkspace::frontmostApplication() {
+  if (!system_.portCall("asks for the frontmost application")) return std::nullopt;
+  return system_.state.frontmost;
+}
+
+bool SimulatedWorkspace::hide(ProcessID pid) {
+  if (!system_.portCall("hides application {}", pid)) return false;
+  const auto* found = system_.state.application(pid);
+  if (!found || found->refusesToHide) return false;
+  system_.state.hide(pid);
+  return true;
+}
+
+bool SimulatedWorkspace::unhide(ProcessID pid) {
+  if (!system_.portCall("unhides application {}", pid)) return false;
+  if (!system_.state.application(pid)) return false;
+  system_.state.unhide(pid);
+  return true;
+}
+
+bool SimulatedWorkspace::activate(ProcessID pid) {
+  if (!system_.portCall("activates application {}", pid)) return false;
+  if (!system_.state.application(pid)) return false;
+  system_.state.activate(pid);
+  return true;
+}
+
+Subscription SimulatedWorkspace::onDidTerminateApplication(
+    std::function<void(ProcessID)> observer) {
+  return system_.applicationTerminated.add(std::move(observer));
+}
+
+}  // namespace pellow::simulated

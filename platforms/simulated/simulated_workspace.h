@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/workspace.h"
+#include "platforms/simulated/simulated_system.h"
+
+namespace pellow::simulated {
+
+class SimulatedWorkspace final : public Workspace {
+ public:
+  explicit SimulatedWorkspace(SimulatedSystem& system) : system_(system) {}
+
+  std::vector<RunningApplication> runningApplications() override;
+  std::optional<RunningApplication> application(ProcessID pid) override;
+  std::optional<ProcessID> frontmostApplication() override;
+  bool hide(ProcessID pid) override;
+  bool unhide(ProcessID pid) override;
+  bool activate(ProcessID pid) override;
+  Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
+
+ private:
+  SimulatedSystem& system_;
+};
+
+}  // namespace pellow::simulated

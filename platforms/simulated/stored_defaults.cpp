@@ -1,0 +1,70 @@
+#include "platforms/simulated/stored_defaults.h"
+
+#include <algorithm>
+#include <ranges>
+#include <utility>
+
+#include "platforms/simulated/scheduler.h"
+
+namespace pellow::simulated {
+namespace {
+
+constexpr Seconds eventually = 1;
+
+}  // namespace
+
+std::optional<DefaultsValue> StoredDefaults::value(std::string_view key) const {
+  for (const auto& write : std::views::reverse(unsaved_))
+    if (write.key == key) return write.value;
+  const auto found = onDisk_.find(key);
+  return found == onDisk_.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<DefaultsValue> StoredDefaults::onDisk(std::string_view key, Seconds now) const {
+  auto afterCrash = *this;
+  afterCrash.loseUnsaved(now);
+  return afterCrash.value(key);
+}
+
+std::expected<void, SystemError> StoredDefaults::write(std::string_view key, DefaultsValue value,
+                                                       Durability durability, Seconds now) {
+  settle(now);
+  if (durability == Durability::eventual) {
+    unsaved_.push_back({std::string(key), std::move(value), now + eventually});
+    return {};
+  }
+  const auto fault = std::ranges::find_if(
+      faults_, [&](const Fault& candidate) { return !candidate.key || *candidate.key == key; });
+  if (fault != faults_.end()) {
+    unsaved_.push_back({std::string(key), std::move(value), never});
+    auto error = std::move(fault->error);
+    faults_.erase(fault);
+    return std::unexpected(std::move(error));
+  }
+  put(key, std::move(value));
+  return {};
+}
+
+void StoredDefaults::put(std::string_view key, DefaultsValue value) {
+  std::erase_if(unsaved_, [&](const Write& write) { return write.key == key; });
+  onDisk_.insert_or_assign(std::string(key), std::move(value));
+}
+
+void StoredDefaults::failNextWrite(std::optional<std::string> key, SystemError error) {
+  faults_.push_back({std::move(key), std::move(error)});
+}
+
+void StoredDefaults::saveAll() { settle(never); }
+
+void StoredDefaults::loseUnsaved(Seconds now) {
+  settle(now);
+  unsaved_.clear();
+}
+
+void StoredDefaults::settle(Seconds now) {
+  for (auto& write : unsaved_)
+    if (write.saved <= now) onDisk_.insert_or_assign(write.key, write.value);
+  std::erase_if(unsaved_, [&](const Write& write) { return write.saved <= now; });
+}
+
+}  // namespace pellow::simulated

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <expected>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/user_defaults.h"
+
+namespace pellow::simulated {
+
+// User defaults as the desktop keeps them: what is on disk, and what the program wrote but would be
+// lost with it. Times are virtual.
+class StoredDefaults {
+ public:
+  // What the program reads.
+  std::optional<DefaultsValue> value(std::string_view key) const;
+  // What a crash at this moment would leave.
+  std::optional<DefaultsValue> onDisk(std::string_view key, Seconds now) const;
+
+  std::expected<void, SystemError> write(std::string_view key, DefaultsValue value,
+                                         Durability durability, Seconds now);
+
+  // Somebody else writes; it is on disk at once.
+  void put(std::string_view key, DefaultsValue value);
+
+  // The next immediate write of the key, or of any key, is answered with the error and stays in
+  // memory.
+  void failNextWrite(std::optional<std::string> key, SystemError error);
+
+  // The program ends in good order, or is cut off.
+  void saveAll();
+  void loseUnsaved(Seconds now);
+
+ private:
+  struct Write {
+    std::string key;
+    DefaultsValue value;
+    Seconds saved;  // the moment at which it is on disk
+  };
+  struct Fault {
+    std::optional<std::string> key;
+    SystemError error;
+  };
+  using Values = std::map<std::string, DefaultsValue, std::less<>>;
+
+  void settle(Seconds now);
+
+  Values onDisk_;
+  std::vector<Write> unsaved_;  // the oldest first
+  std::vector<Fault> faults_;
+};
+
+}  // namespace pellow::simulated

@@ -1,0 +1,221 @@
+// An application for the tests: plain windows that do as the lines on standard input say.
+//
+//   new X Y WIDTH HEIGHT TITLE            answers "window ID"
+//   dialog OWNER X Y WIDTH HEIGHT TITLE   answers "window ID"
+//   title ID TEXT
+//   state ID ATOM [ATOM]                  asks the window manager to set window states
+//   destroy ID                            answers "destroyed ID", as does a close button
+//   quit
+//
+// The one argument is the class of the windows.
+
+#include <poll.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/desktop/test_client.h"
+
+namespace {
+
+struct Place {
+  int x = 0;
+  int y = 0;
+  unsigned width = 0;
+  unsigned height = 0;
+};
+
+std::istream& operator>>(std::istream& in, Place& place) {
+  return in >> place.x >> place.y >> place.width >> place.height;
+}
+
+std::string restOfLine(std::istream& in) {
+  std::string text;
+  std::getline(in >> std::ws, text);
+  return text;
+}
+
+class Client {
+ public:
+  explicit Client(std::string windowClass)
+      : windowClass_(std::move(windowClass)), connection_(xcb_connect(nullptr, nullptr)) {
+    if (!xcb_connection_has_error(connection_))
+      screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+  }
+  ~Client() { xcb_disconnect(connection_); }
+  Client(const Client&) = delete;
+  Client& operator=(const Client&) = delete;
+
+  bool isConnected() const { return screen_ != nullptr; }
+
+  // Lives until "quit", the end of the input or of the server.
+  void run() {
+    std::string input;
+    pollfd sources[] = {{STDIN_FILENO, POLLIN, 0},
+                        {xcb_get_file_descriptor(connection_), POLLIN, 0}};
+    while (!xcb_connection_has_error(connection_) && !quits_) {
+      handleEvents();
+      xcb_flush(connection_);
+      poll(sources, 2, -1);
+      if (sources[0].revents == 0) continue;
+      char buffer[4096];
+      const auto count = read(STDIN_FILENO, buffer, sizeof buffer);
+      if (count <= 0) return;
+      input.append(buffer, static_cast<std::size_t>(count));
+      for (auto end = input.find('\n'); end != std::string::npos; end = input.find('\n')) {
+        obey(std::istringstream(input.substr(0, end)));
+        input.erase(0, end + 1);
+      }
+    }
+  }
+
+ private:
+  void obey(std::istringstream line) {
+    std::string command;
+    xcb_window_t window = 0;
+    line >> command;
+    if (command == "new" || command == "dialog") {
+      Place place;
+      if (command == "dialog") line >> window;
+      line >> place;
+      const auto opened = open(restOfLine(line), place, window);
+      xcb_flush(connection_);
+      std::cout << "window " << opened << std::endl;
+    } else if (command == "title") {
+      line >> window;
+      setTitle(window, restOfLine(line));
+    } else if (command == "state") {
+      std::string first;
+      std::string second;
+      line >> window >> first >> second;
+      addState(window, first, second);
+    } else if (command == "destroy") {
+      line >> window;
+      destroy(window);
+    } else if (command == "quit") {
+      quits_ = true;
+    }
+  }
+
+  xcb_window_t open(const std::string& title, const Place& place, xcb_window_t owner) {
+    const auto window = xcb_generate_id(connection_);
+    const std::uint32_t background = screen_->white_pixel;
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root,
+                      static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y),
+                      static_cast<std::uint16_t>(place.width),
+                      static_cast<std::uint16_t>(place.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      screen_->root_visual, XCB_CW_BACK_PIXEL, &background);
+    setText(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, windowClass_ + '\0' + windowClass_ + '\0');
+    setTitle(window, title);
+    setValues(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(getpid())});
+    setValues(window, "WM_PROTOCOLS", XCB_ATOM_ATOM, {atom("WM_DELETE_WINDOW")});
+    setValues(window, "_NET_WM_ICON", XCB_ATOM_CARDINAL, icon());
+    // The user chose position and size; the window manager shall keep them.
+    std::vector<std::uint32_t> hints(18);
+    hints[0] = 1 | 2;
+    setValues(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, hints);
+    if (owner != 0) {
+      setValues(window, "WM_TRANSIENT_FOR", XCB_ATOM_WINDOW, {owner});
+      setValues(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom("_NET_WM_WINDOW_TYPE_DIALOG")});
+    }
+    xcb_map_window(connection_, window);
+    return window;
+  }
+
+  void setTitle(xcb_window_t window, const std::string& title) {
+    setText(window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, title);
+    setText(window, atom("_NET_WM_NAME"), atom("UTF8_STRING"), title);
+  }
+
+  void addState(xcb_window_t window, const std::string& first, const std::string& second) {
+    constexpr std::uint32_t add = 1;
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = atom("_NET_WM_STATE");
+    message.data.data32[0] = add;
+    message.data.data32[1] = atom(first);
+    message.data.data32[2] = second.empty() ? 0 : atom(second);
+    message.data.data32[3] = 1;  // asked by an ordinary application
+    xcb_send_event(connection_, 0, screen_->root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&message));
+  }
+
+  void destroy(xcb_window_t window) {
+    xcb_destroy_window(connection_, window);
+    xcb_flush(connection_);
+    std::cout << "destroyed " << window << std::endl;
+  }
+
+  void handleEvents() {
+    while (auto* event = xcb_poll_for_event(connection_)) {
+      const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> owner(event, std::free);
+      if ((event->response_type & 0x7f) != XCB_CLIENT_MESSAGE) continue;
+      const auto& message = *reinterpret_cast<const xcb_client_message_event_t*>(event);
+      if (message.data.data32[0] == atom("WM_DELETE_WINDOW")) destroy(message.window);
+    }
+  }
+
+  // One size, its left half of one colour, its right half of another.
+  static std::vector<std::uint32_t> icon() {
+    using pellow::desktop::TestClient;
+    constexpr std::uint32_t side = 48;
+    constexpr std::uint32_t opaque = 0xff000000;
+    std::vector<std::uint32_t> result{side, side};
+    for (std::uint32_t pixel = 0; pixel < side * side; ++pixel)
+      result.push_back(opaque |
+                       (pixel % side < side / 2 ? TestClient::iconLeft : TestClient::iconRight));
+    return result;
+  }
+
+  xcb_atom_t atom(std::string_view name) const {
+    auto* reply = xcb_intern_atom_reply(
+        connection_,
+        xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr);
+    const xcb_atom_t result = reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    std::free(reply);
+    return result;
+  }
+
+  void setText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, const std::string& text) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, property, type, 8,
+                        static_cast<std::uint32_t>(text.size()), text.data());
+  }
+
+  void setValues(xcb_window_t window, std::string_view property, xcb_atom_t type,
+                 const std::vector<std::uint32_t>& values) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property), type, 32,
+                        static_cast<std::uint32_t>(values.size()), values.data());
+  }
+
+  std::string windowClass_;
+  xcb_connection_t* connection_;
+  xcb_screen_t* screen_ = nullptr;
+  bool quits_ = false;
+};
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count != 2) {
+    std::cerr << "usage: " << arguments[0] << " CLASS\n";
+    return 2;
+  }
+  Client client(arguments[1]);
+  if (!client.isConnected()) {
+    std::cerr << "There is no X display.\n";
+    return 1;
+  }
+  client.run();
+}

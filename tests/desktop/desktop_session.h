@@ -1,0 +1,147 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <initializer_list>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/desktop/child_process.h"
+
+// A private desktop for a test: a virtual X server, a window manager, and a connection of the
+// test's own that types, points and looks at everything from outside.
+
+namespace pellow::desktop {
+
+using WindowID = std::uint32_t;  // an X window; 0 is none
+using KeySym = std::uint32_t;    // for a letter its lower-case ASCII code
+
+namespace key {
+inline constexpr KeySym shift = 0xffe1;
+inline constexpr KeySym control = 0xffe3;
+inline constexpr KeySym alt = 0xffe9;
+inline constexpr KeySym super = 0xffeb;
+}  // namespace key
+
+// Whole pixels, y down from the top left of the X screen.
+struct PixelRect {
+  int x = 0;
+  int y = 0;
+  int width = 0;
+  int height = 0;
+
+  bool operator==(const PixelRect&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const PixelRect& rect);
+
+// A piece of what the screen shows.
+struct Picture {
+  int width = 0;
+  int height = 0;
+  std::vector<std::uint32_t> pixels;  // 0xRRGGBB, row by row
+
+  std::uint32_t at(int x, int y) const { return pixels.at(std::size_t(y) * width + x); }
+  // How many pixels have exactly this colour.
+  int count(std::uint32_t colour) const;
+};
+
+struct DesktopOptions {
+  int width = 1280;
+  int height = 800;
+  // Empty: a bare server.
+  std::vector<std::string> windowManager = {"openbox", "--sm-disable"};
+};
+
+// Main thread of the test. What cannot be set up throws std::runtime_error with the reason.
+class DesktopSession {
+ public:
+  // Returns when the window manager manages.
+  explicit DesktopSession(DesktopOptions options = {});
+  // Stops everything.
+  ~DesktopSession();
+  DesktopSession(const DesktopSession&) = delete;
+  DesktopSession& operator=(const DesktopSession&) = delete;
+
+  // For example ":12".
+  const std::string& display() const { return display_; }
+  PixelRect screen() const { return {0, 0, options_.width, options_.height}; }
+
+  // The environment of programs of this desktop: its DISPLAY, and folders of their own for HOME,
+  // XDG_CONFIG_HOME and XDG_RUNTIME_DIR.
+  Environment environment() const;
+  std::filesystem::path configHome() const { return folder_ / "home" / ".config"; }
+
+  // Starts a program on this desktop; `changes` go over `environment()`.
+  std::unique_ptr<ChildProcess> start(const std::vector<std::string>& command,
+                                      const Environment& changes = {}) const;
+
+  // The windows that the window manager manages, oldest first; the same from bottom to top.
+  std::vector<WindowID> clients() const { return rootWindows("_NET_CLIENT_LIST"); }
+  std::vector<WindowID> stacking() const { return rootWindows("_NET_CLIENT_LIST_STACKING"); }
+  WindowID activeWindow() const;
+
+  // Every window of the server with this class and title, mapped ones only.
+  std::vector<WindowID> shownWindows(std::string_view windowClass, std::string_view title) const;
+
+  bool exists(WindowID window) const;
+
+  // The window with the decoration around it, and without; all 0 when it is gone.
+  PixelRect frame(WindowID window) const;
+  PixelRect content(WindowID window) const;
+
+  // A property as 32-bit values or as bytes; empty when it is not set or the window is gone.
+  std::vector<std::uint32_t> values(WindowID window, std::string_view property) const;
+  std::string bytes(WindowID window, std::string_view property) const;
+
+  // Whether "_NET_WM_STATE" holds the state, for example "_NET_WM_STATE_HIDDEN".
+  bool hasState(WindowID window, std::string_view state) const;
+
+  Picture picture(PixelRect part) const;
+
+  // Presses the keys in this order and releases them in reverse.
+  void type(std::initializer_list<KeySym> chord);
+  void movePointer(int x, int y);
+  // Moves the pointer there and clicks the left button.
+  void click(int x, int y);
+
+  // Asks the window manager, as a pager does, to activate the window, and waits until it is.
+  bool activate(WindowID window);
+
+  // Whether the program behind a window goes through its main loop: sends the window a ping and
+  // waits for the answer.
+  bool answersPing(WindowID window);
+
+ private:
+  void startServer();
+  void connect();
+  void startWindowManager();
+  void seeItManage();
+
+  xcb_atom_t atom(std::string_view name) const;
+  std::vector<WindowID> rootWindows(std::string_view property) const;
+  void collectShown(WindowID parent, std::string_view windowClass, std::string_view title,
+                    std::vector<WindowID>& found) const;
+  void sendMessage(WindowID destination, std::uint32_t mask, WindowID window, std::string_view type,
+                   std::initializer_list<std::uint32_t> data) const;
+  void fakeInput(std::uint8_t type, std::uint8_t detail, int x = 0, int y = 0) const;
+  std::uint8_t keycode(KeySym keySym) const;
+  void sync() const;
+
+  DesktopOptions options_;
+  std::filesystem::path folder_;
+  std::string display_;
+  std::unique_ptr<ChildProcess> server_;
+  std::unique_ptr<ChildProcess> windowManager_;
+  std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t*)> connection_{nullptr,
+                                                                             xcb_disconnect};
+  WindowID root_ = 0;
+  std::uint32_t lastPing_ = 0;
+};
+
+}  // namespace pellow::desktop

@@ -1,0 +1,74 @@
+#include "tests/desktop/pellow_program.h"
+
+#include <fstream>
+
+#include "tests/desktop/eventually.h"
+
+namespace pellow::desktop {
+namespace {
+
+// Along a strip of icon tabs, in pixels: an empty strip is 60 long.
+constexpr int tabSide = 34;
+constexpr int spacing = 4;
+constexpr int padding = 5;
+constexpr int emptyLength = 60;
+
+int lengthOf(int tabs) {
+  return tabs == 0 ? emptyLength : tabs * (tabSide + spacing) - spacing + 2 * padding;
+}
+
+}  // namespace
+
+PellowProgram::PellowProgram(DesktopSession& desktop, const std::vector<std::string>& arguments,
+                             const Environment& changes)
+    : desktop_(desktop) {
+  std::vector<std::string> command{PELLOW_BINARY};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  process_ = desktop.start(command, changes);
+}
+
+bool PellowProgram::isReady() {
+  return eventually([this] { return strip() != 0 || !process_->isRunning(); }) &&
+         process_->isRunning() && desktop_.answersPing(strip());
+}
+
+WindowID PellowProgram::strip() const {
+  const auto strips = desktop_.shownWindows("pellow", "pellow-strip");
+  return strips.empty() ? 0 : strips[0];
+}
+
+int PellowProgram::tabCount() const {
+  const int length = desktop_.content(strip()).height;
+  for (int tabs = 0; lengthOf(tabs) <= std::max(length, emptyLength); ++tabs)
+    if (lengthOf(tabs) == length) return tabs;
+  return -1;
+}
+
+void PellowProgram::clickTab(int index) const {
+  const auto place = desktop_.content(strip());
+  desktop_.click(place.x + place.width / 2,
+                 place.y + padding + index * (tabSide + spacing) + tabSide / 2);
+}
+
+std::filesystem::path PellowProgram::defaultsFile(const DesktopSession& desktop) {
+  return desktop.configHome() / "pellow" / "defaults.json";
+}
+
+nlohmann::json PellowProgram::defaults() const {
+  std::ifstream file(defaultsFile(desktop_));
+  if (!file) return nlohmann::json::object();
+  return nlohmann::json::parse(file);
+}
+
+nlohmann::json PellowProgram::journal() const {
+  const auto stored = defaults();
+  const auto journal = stored.find("parkedWindows");
+  if (journal == stored.end()) return nlohmann::json::array();
+  return nlohmann::json::parse(journal->at("data").get<std::string>());
+}
+
+bool PellowProgram::hasLogged(std::string_view line) const {
+  return ("\n" + process_->standardError()).contains("\n" + std::string(line) + "\n");
+}
+
+}  // namespace pellow::desktop

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/desktop/desktop_session.h"
+
+namespace pellow::desktop {
+
+// The real program on a private desktop, seen as its user and other programs see it.
+class PellowProgram {
+ public:
+  explicit PellowProgram(DesktopSession& desktop, const std::vector<std::string>& arguments = {},
+                         const Environment& changes = {});
+
+  // Waits until its strip shows and its main loop runs: keys, clicks and signals arrive from now.
+  bool isReady();
+
+  ChildProcess& process() { return *process_; }
+
+  // 0 when there is none.
+  WindowID strip() const;
+
+  // How many tabs of the default size stand in the strip, told by its length; -1 without a strip.
+  int tabCount() const;
+
+  // Clicks the middle of a tab of a strip at the right or left edge, counted from the top.
+  void clickTab(int index) const;
+
+  // What the user sees of a tab's picture: the strip on the screen.
+  Picture picture() const { return desktop_.picture(desktop_.content(strip())); }
+
+  // The user defaults as they are on disk; an empty object without a file.
+  static std::filesystem::path defaultsFile(const DesktopSession& desktop);
+  nlohmann::json defaults() const;
+
+  // The records of the parked-window journal on disk.
+  nlohmann::json journal() const;
+
+  bool hasLogged(std::string_view line) const;
+
+ private:
+  DesktopSession& desktop_;
+  std::unique_ptr<ChildProcess> process_;
+};
+
+}  // namespace pellow::desktop

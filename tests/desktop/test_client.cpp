@@ -1,0 +1,68 @@
+#include "tests/desktop/test_client.h"
+
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include "tests/desktop/eventually.h"
+
+namespace pellow::desktop {
+namespace {
+
+std::string describe(PixelRect place, std::string_view title) {
+  std::ostringstream text;
+  text << place.x << ' ' << place.y << ' ' << place.width << ' ' << place.height << ' ' << title;
+  return text.str();
+}
+
+}  // namespace
+
+TestClient::TestClient(DesktopSession& desktop, std::string windowClass)
+    : desktop_(desktop),
+      windowClass_(std::move(windowClass)),
+      process_(desktop.start({PELLOW_TEST_CLIENT, windowClass_})) {}
+
+WindowID TestClient::open(std::string_view title, PixelRect place) {
+  return open("new " + describe(place, title));
+}
+
+WindowID TestClient::openDialog(std::string_view title, PixelRect place, WindowID owner) {
+  return open("dialog " + std::to_string(owner) + " " + describe(place, title));
+}
+
+void TestClient::setTitle(WindowID window, std::string_view title) {
+  tell("title " + std::to_string(window) + " " + std::string(title));
+}
+
+void TestClient::maximize(WindowID window) {
+  tell("state " + std::to_string(window) +
+       " _NET_WM_STATE_MAXIMIZED_HORZ _NET_WM_STATE_MAXIMIZED_VERT");
+}
+
+void TestClient::makeFullScreen(WindowID window) {
+  tell("state " + std::to_string(window) + " _NET_WM_STATE_FULLSCREEN");
+}
+
+void TestClient::destroy(WindowID window) { tell("destroy " + std::to_string(window)); }
+
+WindowID TestClient::open(const std::string& command) {
+  constexpr std::string_view prefix = "window ";
+  tell(command);
+  std::optional<std::string> answer;
+  do {
+    answer = process_->readLine();
+    if (!answer) throw std::runtime_error("the test client does not answer");
+  } while (!answer->starts_with(prefix));
+  const auto window = static_cast<WindowID>(std::stoul(answer->substr(prefix.size())));
+  const bool active = eventually([&] {
+    const auto clients = desktop_.clients();
+    return std::ranges::find(clients, window) != clients.end() && desktop_.activeWindow() == window;
+  });
+  if (!active) throw std::runtime_error("the window manager does not show a new window");
+  return window;
+}
+
+void TestClient::tell(const std::string& command) { process_->writeLine(command); }
+
+}  // namespace pellow::desktop

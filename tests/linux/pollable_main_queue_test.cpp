@@ -1,0 +1,126 @@
+#include "platforms/linux/system/pollable_main_queue.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platforms/linux/system/monotonic_clock.h"
+
+namespace pellow {
+namespace {
+
+constexpr Seconds moment = 0.002;
+
+class PollableMainQueueTest : public testing::Test {
+ protected:
+  bool isReadable(int milliseconds = 0) {
+    pollfd descriptor{queue_.fileDescriptor(), POLLIN, 0};
+    return poll(&descriptor, 1, milliseconds) == 1;
+  }
+  // What the loop of the program does, until the story is told.
+  void runUntil(std::size_t entries) {
+    while (story_.size() < entries) {
+      ASSERT_TRUE(isReadable(30'000)) << "nothing comes any more";
+      queue_.runPending();
+    }
+  }
+  std::function<void()> tell(std::string entry) {
+    return [this, entry = std::move(entry)] { story_.push_back(entry); };
+  }
+
+  MonotonicClock clock_;
+  PollableMainQueue queue_;
+  std::vector<std::string> story_;
+};
+
+TEST_F(PollableMainQueueTest, RunsWorkOfAnyThreadInOrderAndOnlyWhenAsked) {
+  EXPECT_FALSE(isReadable());
+  const auto first = queue_.async(tell("first"));
+  Subscription second;
+  std::jthread([&] { second = queue_.async(tell("second, from another thread")); }).join();
+  const auto third = queue_.async(tell("third"));
+  EXPECT_TRUE(isReadable());
+  EXPECT_TRUE(story_.empty());
+  queue_.runPending();
+  EXPECT_EQ(story_, (std::vector<std::string>{"first", "second, from another thread", "third"}));
+  EXPECT_FALSE(isReadable());
+}
+
+TEST_F(PollableMainQueueTest, DroppedWorkNeverRunsNeverWakesAndFreesItsCapturesAtOnce) {
+  const auto capture = std::make_shared<int>();
+  auto work = queue_.async([capture] {});
+  auto later = queue_.after(moment, [capture] {});
+  auto repeated = queue_.every(moment, [capture] {});
+  EXPECT_EQ(capture.use_count(), 4);
+  work.cancel();
+  later.cancel();
+  repeated.cancel();
+  EXPECT_EQ(capture.use_count(), 1);
+  EXPECT_FALSE(isReadable(20));
+}
+
+TEST_F(PollableMainQueueTest, WorkThatWorkPutsInWaitsForTheNextTurn) {
+  Subscription inner;
+  const auto outer = queue_.async([&] {
+    tell("outer")();
+    inner = queue_.async(tell("inner"));
+  });
+  queue_.runPending();
+  EXPECT_EQ(story_.size(), 1u);
+  runUntil(2);
+  EXPECT_EQ(story_.back(), "inner");
+}
+
+TEST_F(PollableMainQueueTest, DelayedWorkComesInTheOrderOfItsMomentsAndNeverEarly) {
+  const auto begin = clock_.now();
+  Seconds lateCame = 0;
+  const auto late = queue_.after(10 * moment, [&] {
+    lateCame = clock_.now();
+    tell("late")();
+  });
+  const auto early = queue_.after(moment, tell("early"));
+  auto dropped = queue_.after(5 * moment, tell("dropped"));
+  const auto dropper = queue_.after(2 * moment, [&] { dropped.cancel(); });
+  runUntil(2);
+  EXPECT_EQ(story_, (std::vector<std::string>{"early", "late"}));
+  EXPECT_GE(lateCame - begin, 10 * moment);
+  EXPECT_FALSE(isReadable(20));
+}
+
+TEST_F(PollableMainQueueTest, RepeatedWorkGoesOnUntilItDropsItself) {
+  Subscription ticks;
+  ticks = queue_.every(moment, [&] {
+    tell("tick")();
+    if (story_.size() == 3) ticks.cancel();
+  });
+  runUntil(3);
+  EXPECT_FALSE(isReadable(20));
+  EXPECT_EQ(story_.size(), 3u);
+}
+
+TEST_F(PollableMainQueueTest, TicksThatWereMissedAreLeftOut) {
+  const auto ticks = queue_.every(moment, tell("tick"));
+  clock_.sleep(20 * moment);
+  queue_.runPending();
+  EXPECT_EQ(story_.size(), 1u);
+}
+
+TEST_F(PollableMainQueueTest, MayRunItselfInsideItsOwnWork) {
+  const auto outer = queue_.async([&] {
+    tell("outer begins")();
+    queue_.runPending();
+    tell("outer ends")();
+  });
+  const auto inner = queue_.async(tell("inner"));
+  queue_.runPending();
+  EXPECT_EQ(story_, (std::vector<std::string>{"outer begins", "inner", "outer ends"}));
+}
+
+}  // namespace
+}  // namespace pellow

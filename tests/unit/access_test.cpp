@@ -1,0 +1,333 @@
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "access/ax.h"
+#include "access/ax_queue.h"
+#include "access/pellow_error.h"
+#include "access/target_window.h"
+#include "base/task.h"
+#include "platforms/simulated/simulated_platform.h"
+#include "tests/unit/scripted_element.h"
+
+namespace pellow {
+namespace {
+
+using simulated::SimulatedPlatform;
+
+TEST(PellowError, SaysItInTheWordsOfTheUser) {
+  const auto says = [](const PellowError& error, const std::string& sentence) {
+    EXPECT_EQ(error.errorDescription(), sentence);
+    EXPECT_EQ(error.what(), sentence);
+  };
+  says(PellowError::minimizeFailed(AXError::actionUnsupported),
+       "Could not minimize the window (the app does not support that action).");
+  says(PellowError::unminimizeFailed(AXError::invalidUIElement),
+       "Could not restore the window (the window no longer exists).");
+  says(PellowError::raiseFailed(AXError::cannotComplete),
+       "Could not bring the window to the front (the app did not respond in time).");
+  says(PellowError::moveFailed(static_cast<AXError>(7)), "Could not move the window (AXError 7).");
+  says(PellowError::moveRefused("Notes"), "Notes will not let its window be moved off-screen.");
+  says(PellowError::nothingPinned(),
+       "No apps are pinned yet. Right-click a tab and choose \"Always Pellow <app> Here\" to pin "
+       "one.");
+}
+
+TEST(PellowError, EveryAccessibilityErrorReadsDifferently) {
+  std::set<std::string> texts{explanation(AXError::success)};
+  for (int number = -25214; number <= -25200; ++number)
+    texts.insert(explanation(static_cast<AXError>(number)));
+  EXPECT_EQ(texts.size(), 16u);
+  EXPECT_EQ(explanation(static_cast<AXError>(-25215)), "AXError -25215");
+}
+
+TEST(PellowError, IsItsCaseWithItsPayload) {
+  const auto refused = PellowError::moveRefused("Notes");
+  EXPECT_EQ(refused, PellowError::moveRefused("Notes"));
+  EXPECT_NE(refused, PellowError::moveRefused("Mail"));
+  EXPECT_NE(PellowError::moveFailed(AXError::failure), PellowError::raiseFailed(AXError::failure));
+  EXPECT_NE(PellowError::moveFailed(AXError::failure), PellowError::moveFailed(AXError::noValue));
+  EXPECT_EQ(refused.code(), PellowError::Code::moveRefused);
+  EXPECT_EQ(refused.applicationName(), "Notes");
+  EXPECT_EQ(PellowError::moveFailed(AXError::noValue).axError(), AXError::noValue);
+}
+
+TEST(AXReaders, AnswerNothingForErrorsAndForOtherTypes) {
+  const auto scripted = scriptedElement(1);
+  const AXElement element(scripted);
+  const AXElement other(scriptedElement(2)), third(scriptedElement(3));
+  scripted->answer("text", "hello");
+  scripted->answer("yes", true);
+  scripted->answer("no", false);
+  scripted->answer("element", other);
+  scripted->answer("list", std::vector{other, third});
+  scripted->answer("error", std::unexpected(AXError::cannotComplete));
+
+  EXPECT_EQ(AX::string(element, "text"), "hello");
+  EXPECT_EQ(AX::boolean(element, "yes"), true);
+  EXPECT_EQ(AX::boolean(element, "no"), false);
+  EXPECT_EQ(AX::child(element, "element"), other);
+  EXPECT_EQ(AX::children(element, "list"), (std::vector{other, third}));
+  for (const auto attribute : {"error", "absent", "yes"}) {
+    EXPECT_EQ(AX::string(element, attribute), std::nullopt);
+    EXPECT_EQ(AX::child(element, attribute), std::nullopt);
+    EXPECT_TRUE(AX::children(element, attribute).empty());
+  }
+  EXPECT_EQ(AX::boolean(element, "text"), std::nullopt);
+  EXPECT_EQ(AX::child(element, "list"), std::nullopt);
+}
+
+TEST(AXReaders, AFrameNeedsPositionAndSize) {
+  const auto window = scriptedElement(1);
+  EXPECT_EQ(AX::frame(AXElement(window)), std::nullopt);
+  window->answer("AXPosition", QuartzPoint{10, 20});
+  EXPECT_EQ(AX::frame(AXElement(window)), std::nullopt);
+  window->answer("AXSize", Size{300, 200});
+  EXPECT_EQ(AX::frame(AXElement(window)), QuartzRect(10, 20, 300, 200));
+  window->answer("AXPosition", Size{10, 20});
+  EXPECT_EQ(AX::frame(AXElement(window)), std::nullopt);
+}
+
+// A window with a button `depth` levels below it; answers what the walk up from the button finds.
+std::optional<AXElement> windowAbove(int depth) {
+  auto parent = scriptedElement(0);
+  parent->answer("AXRole", "AXWindow");
+  for (int level = 1; level <= depth; ++level) {
+    const auto element = scriptedElement(level);
+    element->answer("AXRole", "AXGroup");
+    element->answer("AXParent", AXElement(parent));
+    parent = element;
+  }
+  return AX::enclosingWindow(AXElement(parent));
+}
+
+TEST(AXReaders, TheEnclosingWindowIsAtMostSevenLevelsUp) {
+  const AXElement window(scriptedElement(0));
+  EXPECT_EQ(windowAbove(0), window);
+  EXPECT_EQ(windowAbove(1), window);
+  EXPECT_EQ(windowAbove(7), window);
+  EXPECT_EQ(windowAbove(8), std::nullopt);
+  EXPECT_EQ(windowAbove(9), std::nullopt);
+}
+
+TEST(AXReaders, TheWalkUpEndsWhereTheParentIsNoElement) {
+  const auto button = scriptedElement(1);
+  EXPECT_EQ(AX::enclosingWindow(AXElement(button)), std::nullopt);
+  button->answer("AXParent", "the window");
+  EXPECT_EQ(AX::enclosingWindow(AXElement(button)), std::nullopt);
+  button->answer("AXParent", AXElement(button));
+  EXPECT_EQ(AX::enclosingWindow(AXElement(button)), std::nullopt) << "its own parent";
+  button->attributes.clear();
+}
+
+TEST(TargetWindow, OnlyStandardWindowsThatTellTheirProcess) {
+  ScriptedAccessibility accessibility;
+  std::vector<AXElement> listed;
+  const auto list = [&](int thing) {
+    auto window = scriptedElement(thing);
+    window->answer("AXSubrole", "AXStandardWindow");
+    listed.emplace_back(window);
+    return window;
+  };
+  list(1)->owner = 42;
+  list(2)->answer("AXSubrole", "AXDialog");
+  list(3)->answer("AXSubrole", std::unexpected(AXError::cannotComplete));
+  list(4)->owner = std::unexpected(AXError::invalidUIElement);
+  list(5)->owner = 43;
+  EXPECT_TRUE(TargetWindow::windows(accessibility, 42).empty());
+
+  accessibility.onlyApplication->answer("AXWindows", listed);
+  const auto windows = TargetWindow::windows(accessibility, 42);
+  ASSERT_EQ(windows.size(), 2u);
+  EXPECT_EQ(windows[0].element, listed[0]);
+  EXPECT_EQ(windows[0].pid, 42);
+  EXPECT_EQ(windows[1].element, listed[4]);
+  EXPECT_EQ(windows[1].pid, 43);
+  EXPECT_EQ(accessibility.onlyApplication->messagingTimeout, 0.25);
+}
+
+TEST(TargetWindow, TheSystemWideElementMustAnswerFast) {
+  ScriptedAccessibility accessibility;
+  EXPECT_EQ(AX::systemWide(accessibility), AXElement(accessibility.system));
+  EXPECT_EQ(accessibility.system->messagingTimeout, 0.1);
+}
+
+TEST(TargetWindow, TheFrontmostIsTheFocusedWindowOfTheFrontmostApplication) {
+  SimulatedPlatform platform;
+  auto& desktop = platform.desktop();
+  const auto frontmost = [&] {
+    return TargetWindow::frontmost(platform.accessibility(), platform.workspace());
+  };
+  EXPECT_EQ(frontmost(), std::nullopt);
+
+  const auto notes = desktop.launch("Notes");
+  const auto list = notes.openWindow("List", {100, 100, 400, 300});
+  const auto mail = desktop.launch("Mail");
+  mail.openWindow("Inbox", {200, 100, 400, 300});
+  notes.activate();
+  EXPECT_EQ(frontmost(), (TargetWindow{list.element(), notes.pid()}));
+  EXPECT_EQ(frontmost()->pid, notes.pid());
+
+  mail.activate();
+  mail.openWindow("Draft", {200, 100, 400, 300}).close();
+  desktop.window("Inbox").close();
+  EXPECT_EQ(frontmost(), std::nullopt);
+}
+
+class TargetWindowMove : public testing::Test {
+ protected:
+  QuartzPoint move(QuartzPoint to, Verify verify = Verify::yes) {
+    const auto before = clock.now();
+    const TargetWindow target{AXElement(window), 1};
+    const auto reached = target.move(to, verify, clock);
+    took = clock.now() - before;
+    return reached;
+  }
+  // The positions that the window reports, one a read; the last stays.
+  void reports(std::vector<QuartzPoint> positions) {
+    window->attributes["AXPosition"] = [this, positions]() -> ScriptedElement::Answer {
+      return positions[std::min<std::size_t>(reads++, positions.size() - 1)];
+    };
+  }
+  void expectError(AXError error) {
+    try {
+      move({500, 500});
+      ADD_FAILURE() << "the move did not fail";
+    } catch (const PellowError& thrown) {
+      EXPECT_EQ(thrown, PellowError::moveFailed(error));
+    }
+  }
+
+  SimulatedPlatform platform;
+  Clock& clock = platform.clock();
+  std::shared_ptr<ScriptedElement> window = scriptedElement(1);
+  Seconds took = 0;
+  std::size_t reads = 0;
+};
+
+TEST_F(TargetWindowMove, EndsAsSoonAsTheWindowIsCloseEnough) {
+  reports({{501.5, 498.5}});
+  EXPECT_EQ(move({500, 500}), (QuartzPoint{501.5, 498.5}));
+  EXPECT_EQ(took, 0);
+  EXPECT_EQ(window->messagingTimeout, 5.0);
+  ASSERT_EQ(window->writes.size(), 1u);
+  EXPECT_EQ(window->writes[0],
+            (std::pair<std::string, AXValue>("AXPosition", QuartzPoint{500, 500})));
+
+  reads = 0;
+  reports({{0, 0}, {300, 300}, {498, 502}});
+  EXPECT_EQ(move({500, 500}), (QuartzPoint{498, 502}));
+  EXPECT_NEAR(took, 0.04, 1e-9);
+}
+
+TEST_F(TargetWindowMove, AWindowThatStaysAwayIsNoErrorButTakesItsTime) {
+  for (const QuartzPoint away : {QuartzPoint{503, 500}, {500, 497}}) {
+    reads = 0;
+    reports({away});
+    EXPECT_EQ(move({500, 500}), away);
+    EXPECT_GE(took, 0.6);
+    EXPECT_LE(took, 0.6 + 0.02 + 1e-9);
+  }
+}
+
+TEST_F(TargetWindowMove, WithoutVerificationNothingIsRead) {
+  reports({{0, 0}});
+  EXPECT_EQ(move({500, 500}, Verify::no), (QuartzPoint{500, 500}));
+  EXPECT_EQ(reads, 0u);
+}
+
+TEST_F(TargetWindowMove, FailsWithTheErrorOfTheWriteOrOfNoAnswer) {
+  expectError(AXError::cannotComplete);  // no position
+  window->answer("AXPosition", "nowhere");
+  expectError(AXError::cannotComplete);
+  window->writeAnswer = std::unexpected(AXError::invalidUIElement);
+  expectError(AXError::invalidUIElement);
+}
+
+// The runner, on a desktop whose threads take turns by virtual time.
+class AXQueueTest : public testing::Test {
+ protected:
+  SimulatedPlatform platform;
+  AXQueue queue{platform.queues()};
+  std::vector<std::string> story;
+  TaskScope tasks{[this](std::exception_ptr error) {
+    try {
+      std::rethrow_exception(error);
+    } catch (const PellowError& thrown) {
+      story.push_back(thrown.errorDescription());
+    }
+  }};
+
+  Task<> tell(std::string name, Seconds duration) {
+    co_await queue.ax([&] {
+      story.push_back(name + " begins");
+      platform.clock().sleep(duration);
+      story.push_back(name + " ends");
+    });
+    story.push_back(name + " is back");
+  }
+  Task<> fail() {
+    co_await queue.ax([] { throw PellowError::windowGone(); });
+    story.push_back("not reached");
+  }
+  Task<> carry() {
+    const auto number = co_await queue.ax([] { return std::make_unique<int>(7); });
+    const std::string word =
+        co_await queue.ax([owned = std::make_unique<std::string>("lucky")] { return *owned; });
+    story.push_back(word + " " + std::to_string(*number));
+  }
+  // Runs for so long and ends all tasks then.
+  void cancelAfter(Seconds delay) {
+    cancelled = platform.queues().main().after(delay, [this] {
+      tasks.cancel();
+      story.push_back("cancelled");
+    });
+    platform.desktop().runUntilQuiet();
+  }
+
+ private:
+  Subscription cancelled;
+};
+
+TEST_F(AXQueueTest, RunsOneAtATimeInOrderAndComesBackWithTheResult) {
+  tasks.start(tell("one", 0.3));
+  tasks.start(tell("two", 0.1));
+  tasks.start(fail());
+  tasks.start(carry());
+  EXPECT_TRUE(story.empty()) << "nothing has happened before the main thread lets go";
+  platform.desktop().runUntilQuiet();
+
+  std::erase_if(story, [](const auto& line) { return line.ends_with("begins"); });
+  const auto at = [&](std::string_view line) { return std::ranges::find(story, line); };
+  EXPECT_LT(at("one ends"), at("two ends"));
+  EXPECT_LT(at("one is back"), at("two is back"));
+  EXPECT_LT(at("two is back"), at("That window no longer exists."));
+  EXPECT_EQ(story.back(), "lucky 7");
+  EXPECT_EQ(story.size(), 6u);
+  EXPECT_TRUE(tasks.isIdle());
+}
+
+TEST_F(AXQueueTest, ADestroyedCoroutineWaitsForItsRunningWorkAndDropsTheRest) {
+  tasks.start(tell("one", 0.3));
+  tasks.start(tell("two", 0.1));
+  cancelAfter(0.2);
+  EXPECT_EQ(story, (std::vector<std::string>{"one begins", "one ends", "cancelled"}));
+}
+
+TEST_F(AXQueueTest, ADestroyedCoroutineIsNotResumedWhenItsWorkIsDone) {
+  // The main thread is busy while the work ends, so the way back stands in line behind the cancel.
+  tasks.start(tell("one", 0.1));
+  const auto busy = platform.queues().main().after(0.05, [this] {
+    platform.clock().sleep(0.2);
+    tasks.cancel();
+  });
+  platform.desktop().runUntilQuiet();
+  EXPECT_EQ(story, (std::vector<std::string>{"one begins", "one ends"}));
+}
+
+}  // namespace
+}  // namespace pellow

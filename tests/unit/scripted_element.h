@@ -1,0 +1,69 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/accessibility.h"
+
+namespace pellow {
+
+// An Accessibility element that answers to the letter what a test tells it, be it nonsense.
+class ScriptedElement final : public AXElement::Object {
+ public:
+  using Answer = std::expected<AXValue, AXError>;
+
+  int thing = 0;  // what it stands for; elements of one thing are equal
+  std::expected<ProcessID, AXError> owner = 1;
+  std::map<std::string, std::function<Answer()>, std::less<>> attributes;
+  std::expected<void, AXError> writeAnswer;
+  std::vector<std::pair<std::string, AXValue>> writes;
+  Seconds messagingTimeout = 0;
+
+  void answer(std::string attribute, Answer answer) {
+    attributes[std::move(attribute)] = [answer] { return answer; };
+  }
+
+  bool equals(const Object& other) const override {
+    return thing == dynamic_cast<const ScriptedElement&>(other).thing;
+  }
+  std::expected<ProcessID, AXError> pid() const override { return owner; }
+  void setMessagingTimeout(Seconds timeout) override { messagingTimeout = timeout; }
+  std::expected<AXValue, AXError> copyAttribute(std::string_view attribute) const override {
+    const auto found = attributes.find(attribute);
+    if (found == attributes.end()) return std::unexpected(AXError::attributeUnsupported);
+    return found->second();
+  }
+  std::expected<void, AXError> setAttribute(std::string_view attribute,
+                                            const AXValue& value) override {
+    writes.emplace_back(attribute, value);
+    return writeAnswer;
+  }
+  std::expected<void, AXError> performAction(std::string_view) override { return {}; }
+};
+
+inline std::shared_ptr<ScriptedElement> scriptedElement(int thing) {
+  auto element = std::make_shared<ScriptedElement>();
+  element->thing = thing;
+  return element;
+}
+
+// One application, whatever process is asked for.
+class ScriptedAccessibility final : public Accessibility {
+ public:
+  std::shared_ptr<ScriptedElement> system = scriptedElement(-1);
+  std::shared_ptr<ScriptedElement> onlyApplication = scriptedElement(-2);
+
+  bool isProcessTrusted() const override { return true; }
+  AXElement systemWide() override { return AXElement(system); }
+  AXElement application(ProcessID) override { return AXElement(onlyApplication); }
+  std::expected<Subscription, AXError> observe(const AXElement&, std::string_view,
+                                               std::function<void()>) override {
+    return std::unexpected(AXError::notificationUnsupported);
+  }
+};
+
+}  // namespace pellow
