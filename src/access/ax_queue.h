@@ -87,8 +87,7 @@ class [[nodiscard]] AXQueue::Awaiter {
   Body body_;
   std::optional<std::expected<Value, std::exception_ptr>> result_;
 
-  // Ends after `work_`, the other way round from here: once the work is over, it writes `hopBack_`
-  // no more.
+  // They end in reverse order: first the work, which then writes `hopBack_` no more.
   Subscription hopBack_;
   Subscription work_;
 };

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include <nlohmann/json.hpp>
+#include "base/json.h"
 
 namespace pellow {
 namespace {
@@ -12,43 +12,35 @@ constexpr auto key = "parkedWindows";
 
 nlohmann::json encode(QuartzPoint point) { return {point.x, point.y}; }
 
-QuartzPoint decodePoint(const nlohmann::json& json) {
-  return {json.at(0).get<double>(), json.at(1).get<double>()};
+QuartzPoint readPoint(const nlohmann::json& json, const char* member) {
+  const auto& point = json.at(member);
+  return {readJSON<double>(point.at(0)), readJSON<double>(point.at(1))};
 }
 
-nlohmann::json encode(const ParkingRecord& record) {
-  return {{"bundleID", record.bundleID},
+}  // namespace
+
+void to_json(nlohmann::json& json, const ParkingRecord& record) {
+  json = {{"bundleID", record.bundleID},
           {"title", record.title},
           {"originalOrigin", encode(record.originalOrigin)},
           {"parkedOrigin", encode(record.parkedOrigin)}};
 }
 
-ParkingRecord decodeRecord(const nlohmann::json& json) {
-  return {json.at("bundleID").get<std::string>(), json.at("title").get<std::string>(),
-          decodePoint(json.at("originalOrigin")), decodePoint(json.at("parkedOrigin"))};
+void from_json(const nlohmann::json& json, ParkingRecord& record) {
+  record = {readMember<std::string>(json, "bundleID"), readMember<std::string>(json, "title"),
+            readPoint(json, "originalOrigin"), readPoint(json, "parkedOrigin")};
 }
 
-std::vector<ParkingRecord> decode(const std::string& text) {
-  try {
-    std::vector<ParkingRecord> records;
-    for (const auto& json : nlohmann::json::parse(text)) records.push_back(decodeRecord(json));
-    return records;
-  } catch (const nlohmann::json::exception&) {
-    return {};
-  }
+ParkingJournal::ParkingJournal(UserDefaults& defaults) : defaults_(defaults) {
+  const auto stored = data(defaults_, key).value_or("");
+  records_ = decodeJSON<std::vector<ParkingRecord>>(stored).value_or(std::vector<ParkingRecord>{});
 }
-
-}  // namespace
-
-ParkingJournal::ParkingJournal(UserDefaults& defaults)
-    : defaults_(defaults), records_(decode(data(defaults, key).value_or("[]"))) {}
 
 std::expected<void, SystemError> ParkingJournal::write(std::vector<ParkingRecord> records) {
   records_ = std::move(records);
-  auto json = nlohmann::json::array();
-  for (const auto& record : records_) json.push_back(encode(record));
   // A title is whatever bytes another application made of it.
-  auto text = json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  auto text =
+      nlohmann::json(records_).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   return defaults_.set(key, DefaultsData{std::move(text)}, Durability::immediate);
 }
 

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "base/geometry.h"
 #include "platform/system_error.h"
 #include "platform/user_defaults.h"
@@ -19,6 +21,10 @@ struct ParkingRecord {
 
   bool operator==(const ParkingRecord&) const = default;
 };
+
+// The stored form; reading throws when the value is no record.
+void to_json(nlohmann::json& json, const ParkingRecord& record);
+void from_json(const nlohmann::json& json, ParkingRecord& record);
 
 // The windows that are parked off-screen, kept where a crash cannot take them: every write is on
 // disk before it returns. Main thread.

@@ -41,10 +41,7 @@ void TabStore::add(TabItem tab) {
   post();
 }
 
-void TabStore::remove(const TabItem& tab) {
-  const auto id = tab.id;  // `tab` may be one of ours
-  remove({&id, 1});
-}
+void TabStore::remove(const TabItem& tab) { remove({&tab.id, 1}); }
 
 void TabStore::remove(std::span<const UUID> ids) {
   std::erase_if(tabs_, listedIn(ids));

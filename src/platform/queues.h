@@ -12,7 +12,7 @@ namespace pellow {
 using Work = std::move_only_function<void()>;
 
 // The queue of the main thread. Its members may be called on any thread; the subscriptions that
-// they return are dropped on the main thread.
+// they return are dropped on the main thread, if need be by their own work while it runs.
 class MainQueue {
  public:
   virtual ~MainQueue() = default;

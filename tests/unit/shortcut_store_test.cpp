@@ -98,6 +98,7 @@ TEST_F(ShortcutStoreTest, WhatCannotBeReadIsNoBinding) {
 TEST_F(ShortcutStoreTest, TakesOverTheBindingsOfTheSettingsFile) {
   auto store = stored();
   store.set(ShortcutAction::focusMode, {5, "g", controlOptionCommand});
+  EXPECT_EQ(store.shortcut(ShortcutAction::focusMode).display(), "⌃⌥⌘G");
   noticed();
   store.replaceOverrides({{"restoreAll", {14, "e", 0x100000}}});
   EXPECT_EQ(noticed(), 1);

@@ -4,7 +4,9 @@
 #include <QElapsedTimer>
 #include <QWidget>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/view.h"
 #include "platforms/linux/qt/material.h"
@@ -13,26 +15,26 @@
 
 namespace pellow {
 
-// The window of a panel: draws its views and tells them of the pointer. Callbacks of views may
-// replace the views and give up the panel.
+// The window of a panel: draws its views and tells them of the pointer. Main thread.
 class PanelCanvas final : public QWidget {
  public:
   PanelCanvas(const std::string& name, PictureSource& pictures);
-  ~PanelCanvas() override;
 
   void setContent(const View& root);
 
   // Whether the windows below may shine through.
   void setTranslucent(bool translucent);
 
-  // Ends all callbacks; the canvas is about to be deleted.
-  void giveUp();
-
   // Compares the pointer with the views once the current work is done, as one may have moved away
   // under the other.
   void lookForPointerSoon();
 
+  // Hides and deletes the canvas, as soon as none of its callbacks runs any more; no other comes.
+  void giveUp();
+
   const ViewTree& tree() const { return tree_; }
+
+  // What a press and release of the pointer inside the node does.
   void click(const ViewNode& node);
 
  protected:
@@ -48,22 +50,24 @@ class PanelCanvas final : public QWidget {
   void timerEvent(QTimerEvent* event) override;
 
  private:
+  void lookForPointer();
   void pointerIsAt(std::optional<QPointF> point);
+  void tellHover(const std::vector<std::weak_ptr<ViewNode>>& nodes, bool inside);
+  void press(std::shared_ptr<ViewNode> node);
+  void call(const std::function<void()>& callback);
   void showTooltip(QPoint point, QPoint onScreen);
   void advanceHighlights();
   void chooseMaterial();
   void shape();
-  void redraw(const QRectF& part);
-  std::shared_ptr<ViewNode> clickableAt(QPointF point) const;
 
   PictureSource& pictures_;
   ViewTree tree_;
   Material material_;
   bool translucent_ = false;
   bool givenUp_ = false;
-  bool lookPending_ = false;
+  int runningCallbacks_ = 0;
+  bool willLookForPointer_ = false;
   std::shared_ptr<ViewNode> pressed_;
-  bool pressedInside_ = false;
   QBasicTimer highlightTimer_;
   QElapsedTimer highlightClock_;
 };

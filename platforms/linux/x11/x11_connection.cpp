@@ -1,6 +1,7 @@
 #include "platforms/linux/x11/x11_connection.h"
 
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <xcb/xcbext.h>
 
 #include <algorithm>
@@ -127,7 +128,10 @@ bool X11Connection::read(Deadline deadline) {
     if (ready <= 0) return false;
     break;
   }
-  if (auto* event = xcb_poll_for_event(connection_)) events_.emplace_back(event);
+  if (auto* event = xcb_poll_for_event(connection_)) {
+    events_.emplace_back(event);
+    if (eventSignal_ >= 0) eventfd_write(eventSignal_, 1);
+  }
   return !isLost();
 }
 

@@ -113,6 +113,10 @@ class X11Connection {
   void sendToWindowManager(xcb_window_t window, xcb_atom_t type,
                            const std::array<std::uint32_t, 5>& data);
 
+  // Counts up this eventfd when events arrive while a reply is waited for: they have left the
+  // socket, and a main loop that waits for it would not hear of them.
+  void setEventSignal(int eventDescriptor) { eventSignal_ = eventDescriptor; }
+
   // The next event, in order of arrival; nothing when none comes before the deadline.
   XEvent waitForEvent(Deadline deadline);
   // The next event that has arrived already.
@@ -133,6 +137,7 @@ class X11Connection {
   xcb_connection_t* connection_;
   int screenNumber_;
   xcb_screen_t screen_{};
+  int eventSignal_ = -1;
   std::deque<XEvent> events_;  // arrived while a reply was waited for
 };
 

@@ -1,6 +1,7 @@
 #include "platforms/linux/x11/x11_desktop.h"
 
 #include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <xcb/randr.h>
 
 #include <fmt/format.h>
@@ -20,15 +21,18 @@ namespace {
 
 constexpr Seconds serverPatience = 2;
 
-FileDescriptor pollSetWith(int descriptor) {
+FileDescriptor pollSetOf(std::initializer_list<int> descriptors) {
   FileDescriptor pollSet(epoll_create1(EPOLL_CLOEXEC));
-  epoll_event interest{.events = EPOLLIN, .data = {.fd = descriptor}};
-  epoll_ctl(pollSet.number(), EPOLL_CTL_ADD, descriptor, &interest);
+  for (const int descriptor : descriptors) {
+    epoll_event interest{.events = EPOLLIN, .data = {.fd = descriptor}};
+    epoll_ctl(pollSet.number(), EPOLL_CTL_ADD, descriptor, &interest);
+  }
   return pollSet;
 }
 
-// The first event number of RandR, where it exists.
-std::optional<std::uint8_t> selectScreenEvents(X11Connection& connection) {
+// Answers the first event number of RandR, where it exists.
+std::optional<std::uint8_t> listenToScreen(X11Connection& connection, int eventSignal) {
+  connection.setEventSignal(eventSignal);
   const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
   xcb_change_window_attributes(connection.raw(), connection.root(), XCB_CW_EVENT_MASK, &mask);
   const auto* extension = xcb_get_extension_data(connection.raw(), &xcb_randr_id);
@@ -50,34 +54,39 @@ SystemError noWindowManager(const std::string& displayName) {
 
 }  // namespace
 
-// The events come over a connection of their own on which nobody waits for replies, so that an
-// event that has arrived always makes the descriptor readable.
+// The events come over a connection of their own, so that the calls of the main thread neither meet
+// nor delay them.
 struct X11Desktop::Parts {
   Parts(std::unique_ptr<X11Server> x11Server, std::unique_ptr<X11Connection> eventConnection,
         double scale, Hooks hooks, const Log& desktopLog)
       : log(desktopLog),
         server(std::move(x11Server)),
         events(std::move(eventConnection)),
-        pollSet(pollSetWith(xcb_get_file_descriptor(events->raw()))),
-        randrEvent(selectScreenEvents(*events)),
+        eventSignal(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+        pollSet(pollSetOf({xcb_get_file_descriptor(events->raw()), eventSignal.number()})),
+        randrEvent(listenToScreen(*events, eventSignal.number())),
         instanceLock(*events),
         windowManager(*server),
-        accessibility(*server, windowManager),
+        windowEvents(*server, *events),
+        accessibility(*server, windowManager, windowEvents),
         screens(*server, scale),
-        workspace(*server, windowManager, *events, pollSet.number(), std::move(hooks.loadIcon)),
+        workspace(*server, windowManager, windowEvents, pollSet.number(),
+                  std::move(hooks.loadIcon)),
         eventMonitors(*server, *events, std::move(hooks.ownWindowHasKeyboard)) {}
 
   void handle(const xcb_generic_event_t& event);
-  void handleProperty(const xcb_property_notify_event_t& event);
+  void handleRootProperty(xcb_atom_t property);
   void actOnChanges();
 
   const Log& log;
   std::unique_ptr<X11Server> server;
   std::unique_ptr<X11Connection> events;
+  FileDescriptor eventSignal;
   FileDescriptor pollSet;
   std::optional<std::uint8_t> randrEvent;
   InstanceLock instanceLock;
   WindowManager windowManager;
+  WindowEvents windowEvents;
   X11Accessibility accessibility;
   X11Screens screens;
   X11Workspace workspace;
@@ -87,7 +96,6 @@ struct X11Desktop::Parts {
   bool windowsChanged = false;
   bool screensChanged = false;
   bool windowManagerChanged = false;
-  std::vector<xcb_window_t> windowStatesChanged;
 };
 
 std::expected<std::unique_ptr<X11Desktop>, SystemError> X11Desktop::open(
@@ -113,6 +121,8 @@ EventMonitors& X11Desktop::eventMonitors() { return parts_->eventMonitors; }
 int X11Desktop::fileDescriptor() const { return parts_->pollSet.number(); }
 
 bool X11Desktop::processEvents() {
+  eventfd_t signals = 0;
+  eventfd_read(parts_->eventSignal.number(), &signals);
   while (const auto event = parts_->events->pollForEvent()) parts_->handle(*event);
   parts_->actOnChanges();
   parts_->workspace.processEnded();
@@ -128,28 +138,27 @@ void X11Desktop::Parts::handle(const xcb_generic_event_t& event) {
     if (error.error_code != XCB_WINDOW)
       log.warning("The X server refused request {}.{} with error {}", error.major_code,
                   error.minor_code, error.error_code);
-  } else if (type == XCB_PROPERTY_NOTIFY) {
-    handleProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
-  } else if (type == XCB_CONFIGURE_NOTIFY ||
-             (randrEvent && (type == *randrEvent + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
-                             type == *randrEvent + XCB_RANDR_NOTIFY))) {
+    return;
+  }
+  if (eventMonitors.handle(event)) return;
+  windowEvents.handle(event);
+  if (type == XCB_PROPERTY_NOTIFY) {
+    const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+    if (property.window == events->root()) handleRootProperty(property.atom);
+  } else if (type == XCB_CONFIGURE_NOTIFY) {
+    const auto& configure = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+    if (configure.window == events->root()) screensChanged = true;
+  } else if (randrEvent && (type == *randrEvent + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
+                            type == *randrEvent + XCB_RANDR_NOTIFY)) {
     screensChanged = true;
-  } else {
-    eventMonitors.handle(event);
   }
 }
 
-void X11Desktop::Parts::handleProperty(const xcb_property_notify_event_t& event) {
+void X11Desktop::Parts::handleRootProperty(xcb_atom_t property) {
   const auto& atoms = server->atoms();
-  if (event.window != events->root()) {
-    if (event.atom == atoms.netWMState || event.atom == atoms.wmState)
-      windowStatesChanged.push_back(event.window);
-    return;
-  }
-  if (event.atom == atoms.netClientList) windowsChanged = screensChanged = true;
-  if (event.atom == atoms.netWorkarea || event.atom == atoms.netCurrentDesktop)
-    screensChanged = true;
-  if (event.atom == atoms.netSupported || event.atom == atoms.netSupportingWMCheck)
+  if (property == atoms.netClientList) windowsChanged = screensChanged = true;
+  if (property == atoms.netWorkarea || property == atoms.netCurrentDesktop) screensChanged = true;
+  if (property == atoms.netSupported || property == atoms.netSupportingWMCheck)
     windowManagerChanged = true;
 }
 
@@ -158,8 +167,7 @@ void X11Desktop::Parts::actOnChanges() {
   if (std::exchange(windowManagerChanged, false)) server->readWindowManager();
   if (std::exchange(screensChanged, false)) screens.refresh();
   if (std::exchange(windowsChanged, false)) workspace.windowsChanged();
-  for (const auto window : std::exchange(windowStatesChanged, {}))
-    workspace.windowStateChanged(window);
+  windowEvents.dispatch();
 }
 
 SystemError X11Desktop::connectionError() const {
@@ -168,7 +176,13 @@ SystemError X11Desktop::connectionError() const {
 
 bool X11Desktop::claimInstance() { return parts_->instanceLock.claim(); }
 
-bool X11Desktop::waitForInstance(Seconds timeout) { return parts_->instanceLock.wait(timeout); }
+bool X11Desktop::waitForInstance(Seconds timeout) {
+  const bool isOurs = parts_->instanceLock.wait(timeout);
+  // The wait has taken in events that it had no use for.
+  parts_->windowManagerChanged = parts_->screensChanged = parts_->windowsChanged = true;
+  parts_->actOnChanges();
+  return isOurs;
+}
 
 bool X11Desktop::deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state) {
   return parts_->eventMonitors.deliverLocalKeyDown(keycode, state);

@@ -56,6 +56,12 @@ class WindowElement : public X11Element {
   Outcome setAttribute(std::string_view attribute, const AXValue& value) override;
   Outcome performAction(std::string_view action) override;
 
+  xcb_window_t xid() const { return window_.window; }
+  bool isGone() const {
+    const auto found = facts(Facet::state);
+    return !found && found.error() == AXError::invalidUIElement;
+  }
+
  private:
   // A withdrawn window is no window to anybody, even if its application keeps it for later.
   std::expected<WindowFacts, AXError> facts(Facet facets) const {
@@ -242,6 +248,22 @@ AXElement X11Accessibility::systemWide() {
 
 AXElement X11Accessibility::application(ProcessID pid) {
   return applicationElement({server_, windowManager_}, pid);
+}
+
+std::expected<Subscription, AXError> X11Accessibility::observe(const AXElement& element,
+                                                               std::string_view notification,
+                                                               std::function<void()> handler) {
+  const auto* window = dynamic_cast<const WindowElement*>(&element.object());
+  if (!window || notification != "AXUIElementDestroyed")
+    return std::unexpected(AXError::notificationUnsupported);
+  auto subscription = windowEvents_.observe(
+      window->xid(), [element, window, handler = std::move(handler), isTold = false]() mutable {
+        if (isTold || !window->isGone()) return;
+        isTold = true;
+        handler();
+      });
+  if (window->isGone()) return std::unexpected(AXError::invalidUIElement);
+  return subscription;
 }
 
 }  // namespace pellow

@@ -52,11 +52,11 @@ std::optional<std::string> nonEmpty(const Name& name) {
 
 }  // namespace
 
-X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager, X11Connection& events,
-                           int pollSet, LoadIcon loadIcon)
+X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager,
+                           WindowEvents& windowEvents, int pollSet, LoadIcon loadIcon)
     : server_(server),
       windowManager_(windowManager),
-      events_(events),
+      windowEvents_(windowEvents),
       pollSet_(pollSet),
       loadIcon_(std::move(loadIcon)) {
   windowsChanged();
@@ -64,7 +64,7 @@ X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager, X11C
   const Deadline deadline = deadlineIn(serverPatience);
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
   for (const auto& window : lookAtAll(server_, windows, Facet::state, deadline))
-    if (window.state.belongsToHiddenApplication) watchState(window.window, true);
+    if (window.state.belongsToHiddenApplication) watchHidden(window.window);
 }
 
 X11Workspace::~X11Workspace() = default;
@@ -194,14 +194,8 @@ void X11Workspace::markHidden(xcb_window_t window, bool isHidden) {
     xcb_delete_property(connection.raw(), window, server_.atoms().pellowHidden);
 }
 
-void X11Workspace::watchState(xcb_window_t window, bool watch) {
-  if (watch)
-    watched_.insert(window);
-  else
-    watched_.erase(window);
-  const std::uint32_t mask = watch ? XCB_EVENT_MASK_PROPERTY_CHANGE : XCB_EVENT_MASK_NO_EVENT;
-  xcb_change_window_attributes(events_.raw(), window, XCB_CW_EVENT_MASK, &mask);
-  events_.flush();
+void X11Workspace::watchHidden(xcb_window_t window) {
+  hidden_[window] = windowEvents_.observe(window, [this, window] { hiddenWindowChanged(window); });
 }
 
 bool X11Workspace::hide(ProcessID pid) {
@@ -223,7 +217,7 @@ bool X11Workspace::hide(ProcessID pid) {
     showAgain(shown);
     return false;
   }
-  for (const auto& window : shown) watchState(window.window, true);
+  for (const auto& window : shown) watchHidden(window.window);
   return true;
 }
 
@@ -240,13 +234,12 @@ bool X11Workspace::unhide(ProcessID pid) {
   giveIdentities(server_, own, deadlineIn(serverPatience));
   for (const auto& window : own)
     if (window.state.belongsToHiddenApplication) hidden.push_back(window.key());
-  for (const auto& window : hidden) watchState(window.window, false);
+  for (const auto& window : hidden) hidden_.erase(window.window);
   showAgain(hidden);
   return !hidden.empty() || isAlive(pid);
 }
 
-void X11Workspace::windowStateChanged(xcb_window_t window) {
-  if (!watched_.contains(window)) return;
+void X11Workspace::hiddenWindowChanged(xcb_window_t window) {
   const Deadline deadline = deadlineIn(serverPatience);
   const auto facts =
       WindowLook(server_, server_.connection(), window, Facet::state).collect(deadline);
@@ -271,8 +264,8 @@ std::set<ProcessID> X11Workspace::processesWithWindows(
 void X11Workspace::windowsChanged() {
   const auto windows =
       clientList(server_, server_.atoms().netClientList, deadlineIn(serverPatience));
-  std::erase_if(watched_, [&](xcb_window_t window) {
-    return std::ranges::find(windows, window) == windows.end();
+  std::erase_if(hidden_, [&](const auto& entry) {
+    return std::ranges::find(windows, entry.first) == windows.end();
   });
   auto now = processesWithWindows(windows);
   std::vector<ProcessID> gone;

@@ -9,6 +9,7 @@
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/desktop_entries.h"
 #include "platforms/linux/x11/handler_list.h"
+#include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/window_manager.h"
 
 namespace pellow {
@@ -19,10 +20,10 @@ class X11Workspace : public Workspace {
  public:
   using LoadIcon = std::function<std::optional<Image>(const std::string& iconName)>;
 
-  // `events` is the connection whose events the desktop hands on; `pollSet` an epoll descriptor
-  // that the desktop waits on, for processes that are about to end.
-  X11Workspace(X11Server& server, WindowManager& windowManager, X11Connection& events, int pollSet,
-               LoadIcon loadIcon);
+  // `pollSet` is an epoll descriptor that the desktop waits on, for processes that are about to
+  // end.
+  X11Workspace(X11Server& server, WindowManager& windowManager, WindowEvents& windowEvents,
+               int pollSet, LoadIcon loadIcon);
   ~X11Workspace() override;
 
   std::vector<RunningApplication> runningApplications() override;
@@ -35,8 +36,6 @@ class X11Workspace : public Workspace {
 
   // The list of clients has changed.
   void windowsChanged();
-  // The state of a window of a hidden application has changed.
-  void windowStateChanged(xcb_window_t window);
   // A descriptor in the poll set is ready.
   void processEnded();
 
@@ -51,13 +50,15 @@ class X11Workspace : public Workspace {
   std::set<ProcessID> processesWithWindows(const std::vector<xcb_window_t>& windows) const;
   void showAgain(const std::vector<WindowKey>& windows);
   void markHidden(xcb_window_t window, bool isHidden);
-  void watchState(xcb_window_t window, bool watch);
+  void watchHidden(xcb_window_t window);
+  // Mapping one window of a hidden application, by a taskbar for example, unhides all of it.
+  void hiddenWindowChanged(xcb_window_t window);
   void watchForEnd(ProcessID pid);
   void end(ProcessID pid);
 
   X11Server& server_;
   WindowManager& windowManager_;
-  X11Connection& events_;
+  WindowEvents& windowEvents_;
   const int pollSet_;
   LoadIcon loadIcon_;
   DesktopEntries entries_ = DesktopEntries::ofEnvironment();
@@ -65,7 +66,7 @@ class X11Workspace : public Workspace {
   std::map<ProcessID, Image> windowIcons_;  // of applications that the theme does not know
   std::set<ProcessID> withWindows_;
   std::map<ProcessID, FileDescriptor> leaving_;  // without windows, still alive
-  std::set<xcb_window_t> watched_;               // windows of hidden applications
+  std::map<xcb_window_t, Subscription> hidden_;  // windows of hidden applications
   HandlerList<void(ProcessID)> terminationObservers_;
 };
 

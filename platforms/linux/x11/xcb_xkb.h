@@ -1,8 +1,12 @@
 #pragma once
 
-// <xcb/xkb.h> is C: it has members named `explicit`. Everything that it includes comes first, so
-// that the name means something else to nobody but it.
+// <xcb/xkb.h> is C and has members named `explicit`. What it includes comes first, so that the name
+// means something else to nobody but it.
 #include <xcb/xcb.h>
+
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wkeyword-macro"
 #define explicit explicit_
 #include <xcb/xkb.h>
 #undef explicit
+#pragma clang diagnostic pop

@@ -1,0 +1,267 @@
+#include "platforms/linux/qt/panel_canvas.h"
+
+#include <QBitmap>
+#include <QCursor>
+#include <QEnterEvent>
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QTimerEvent>
+#include <QToolTip>
+#include <algorithm>
+#include <utility>
+
+#include "platforms/linux/qt/view_painter.h"
+
+namespace pellow {
+namespace {
+
+constexpr double fadeIn = 0.06;   // seconds
+constexpr double fadeOut = 0.15;  // seconds
+constexpr int frameInterval = 16;  // milliseconds
+
+// Backdrops stand at the bottom of a panel: its content, or right inside it.
+QRegion backdropShape(const ViewTree& tree, QSize size) {
+  QBitmap shape(size);
+  shape.clear();
+  QPainter painter(&shape);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(Qt::color1);
+  bool found = false;
+  const auto add = [&](const ViewNode& node, QPointF offset) {
+    if (!std::holds_alternative<Backdrop>(node.look.content)) return;
+    const auto radius = node.look.cornerRadius;
+    painter.drawRoundedRect(node.bounds().translated(offset), radius, radius);
+    found = true;
+  };
+  const auto& root = *tree.root();
+  add(root, {});
+  for (const auto& child : root.children)
+    add(*child, {child->frame.minX(), root.frame.height() - child->frame.maxY()});
+  painter.end();
+  return found ? QRegion(shape) : QRegion();
+}
+
+bool contains(const std::vector<std::shared_ptr<ViewNode>>& nodes,
+              const std::shared_ptr<ViewNode>& node) {
+  return std::ranges::find(nodes, node) != nodes.end();
+}
+
+// Every text is plain, whatever a window's title looks like.
+QString plain(const std::string& text) {
+  const auto string = QString::fromStdString(text);
+  if (!Qt::mightBeRichText(string)) return string;
+  return string.toHtmlEscaped().replace('\n', "<br>");
+}
+
+}  // namespace
+
+PanelCanvas::PanelCanvas(const std::string& name, PictureSource& pictures)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus),
+      pictures_(pictures) {
+  setAttribute(Qt::WA_TranslucentBackground);
+  setAttribute(Qt::WA_ShowWithoutActivating);
+  setAttribute(Qt::WA_X11NetWmWindowTypeDock);
+  setAttribute(Qt::WA_AlwaysShowToolTips);
+  setAttribute(Qt::WA_QuitOnClose, false);
+  setFocusPolicy(Qt::NoFocus);
+  setMouseTracking(true);
+  setWindowTitle(QString::fromStdString(name));
+  chooseMaterial();
+}
+
+void PanelCanvas::setContent(const View& root) {
+  constexpr std::size_t manyParts = 64;
+  const auto parts = tree_.update(root);
+  if (parts.size() > manyParts) {
+    update();
+  } else {
+    for (const auto& part : parts) update(part.toAlignedRect().adjusted(-1, -1, 1, 1));
+  }
+  if (!parts.empty()) shape();
+  if (underMouse()) lookForPointerSoon();
+}
+
+void PanelCanvas::setTranslucent(bool translucent) {
+  if (translucent_ == translucent) return;
+  translucent_ = translucent;
+  chooseMaterial();
+  shape();
+}
+
+void PanelCanvas::giveUp() {
+  givenUp_ = true;
+  hide();
+  if (runningCallbacks_ > 0) return deleteLater();
+  delete this;
+}
+
+// Without a compositor the corners are cut off; what is cut in the middle of a pixel is drawn over
+// the colour of the rim.
+void PanelCanvas::shape() {
+  const auto region =
+      translucent_ || !tree_.root() ? QRegion() : backdropShape(tree_, size());
+  if (region == mask()) return;
+  if (region.isEmpty()) {
+    clearMask();
+  } else {
+    setMask(region);
+  }
+}
+
+void PanelCanvas::chooseMaterial() {
+  material_ = Material::of(palette(), translucent_);
+  tree_.visit([](const auto& node, const auto&) { node->drawing.pixmap = {}; });
+  update();
+}
+
+bool PanelCanvas::event(QEvent* event) {
+  if (event->type() == QEvent::ToolTip) {
+    const auto* const help = static_cast<QHelpEvent*>(event);
+    showTooltip(help->pos(), help->globalPos());
+    return true;
+  }
+  return QWidget::event(event);
+}
+
+void PanelCanvas::showTooltip(QPoint point, QPoint onScreen) {
+  const auto nodes = tree_.at(point);
+  const auto found = std::ranges::find_if(nodes.rbegin(), nodes.rend(), [](const auto& node) {
+    return !node->look.tooltip.empty();
+  });
+  if (found == nodes.rend()) return QToolTip::hideText();
+  QRect area;
+  tree_.visit([&](const auto& node, const QTransform& toPanel) {
+    if (node == *found) area = toPanel.mapRect(node->bounds()).toAlignedRect();
+  });
+  QToolTip::showText(onScreen, plain((*found)->look.tooltip), this, area);
+}
+
+void PanelCanvas::paintEvent(QPaintEvent* event) {
+  QPainter painter(this);
+  painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+  if (!translucent_) {
+    painter.fillRect(event->rect(), material_.backdrop);
+    painter.fillRect(event->rect(), material_.rim);
+  }
+  const auto damaged = QRectF(event->rect());
+  const bool presses = pressed_ && pressed_->isHovered;
+  ViewPainter views(painter, material_, pictures_, devicePixelRatioF());
+  tree_.visit([&](const std::shared_ptr<ViewNode>& node, const QTransform& toPanel) {
+    if (!toPanel.mapRect(node->extent()).intersects(damaged)) return;
+    views.draw(*node, toPanel, presses && node == pressed_);
+  });
+}
+
+void PanelCanvas::resizeEvent(QResizeEvent*) {
+  shape();
+  lookForPointerSoon();
+}
+
+void PanelCanvas::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange)
+    chooseMaterial();
+  QWidget::changeEvent(event);
+}
+
+void PanelCanvas::mousePressEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return;
+  const auto nodes = tree_.at(event->position());
+  const auto found = std::ranges::find_if(nodes.rbegin(), nodes.rend(), [](const auto& node) {
+    return node->actions.onClick != nullptr;
+  });
+  if (found != nodes.rend()) press(*found);
+}
+
+void PanelCanvas::mouseMoveEvent(QMouseEvent* event) { pointerIsAt(event->position()); }
+
+void PanelCanvas::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return;
+  const auto node = pressed_;
+  press(nullptr);
+  if (node && contains(tree_.at(event->position()), node)) click(*node);
+}
+
+void PanelCanvas::press(std::shared_ptr<ViewNode> node) {
+  pressed_ = std::move(node);
+  update();
+}
+
+void PanelCanvas::click(const ViewNode& node) {
+  if (node.actions.onClick) call(node.actions.onClick);
+}
+
+void PanelCanvas::call(const std::function<void()>& callback) {
+  if (givenUp_) return;
+  const auto kept = callback;  // it may replace its own view
+  ++runningCallbacks_;
+  kept();
+  --runningCallbacks_;
+}
+
+void PanelCanvas::enterEvent(QEnterEvent* event) { pointerIsAt(event->position()); }
+
+void PanelCanvas::leaveEvent(QEvent*) { pointerIsAt(std::nullopt); }
+
+void PanelCanvas::lookForPointerSoon() {
+  if (std::exchange(willLookForPointer_, true)) return;
+  QMetaObject::invokeMethod(this, [this] { lookForPointer(); }, Qt::QueuedConnection);
+}
+
+void PanelCanvas::lookForPointer() {
+  willLookForPointer_ = false;
+  const auto point = mapFromGlobal(QPointF(QCursor::pos()));
+  const bool inside = isVisible() && QRectF(rect()).contains(point) && underMouse();
+  pointerIsAt(inside ? std::optional(point) : std::nullopt);
+}
+
+void PanelCanvas::pointerIsAt(std::optional<QPointF> point) {
+  const auto now = point ? tree_.at(*point) : std::vector<std::shared_ptr<ViewNode>>();
+  std::vector<std::weak_ptr<ViewNode>> left;
+  std::vector<std::weak_ptr<ViewNode>> entered;
+  tree_.visit([&](const std::shared_ptr<ViewNode>& node, const QTransform&) {
+    const bool inside = contains(now, node);
+    if (inside != node->isHovered) (inside ? entered : left).push_back(node);
+  });
+  if (left.empty() && entered.empty()) return;
+  std::ranges::reverse(left);  // from the inside out
+  for (const auto& node : left) node.lock()->isHovered = false;
+  for (const auto& node : entered) node.lock()->isHovered = true;
+  if (!highlightTimer_.isActive()) {
+    highlightClock_.start();
+    highlightTimer_.start(frameInterval, Qt::PreciseTimer, this);
+  }
+  ++runningCallbacks_;
+  tellHover(left, false);
+  tellHover(entered, true);
+  --runningCallbacks_;
+}
+
+void PanelCanvas::tellHover(const std::vector<std::weak_ptr<ViewNode>>& nodes, bool inside) {
+  for (const auto& weak : nodes) {
+    const auto node = weak.lock();
+    if (!node || !node->actions.onHoverChanged) continue;
+    call([callback = node->actions.onHoverChanged, inside] { callback(inside); });
+  }
+}
+
+void PanelCanvas::timerEvent(QTimerEvent* event) {
+  if (event->timerId() == highlightTimer_.timerId()) advanceHighlights();
+}
+
+void PanelCanvas::advanceHighlights() {
+  const double elapsed = static_cast<double>(highlightClock_.restart()) / 1000;
+  bool goesOn = false;
+  tree_.visit([&](const std::shared_ptr<ViewNode>& node, const QTransform& toPanel) {
+    const double goal = node->isHovered ? 1 : 0;
+    if (!node->look.highlightsOnHover || node->highlight == goal) return;
+    const double step = node->isHovered ? elapsed / fadeIn : -elapsed / fadeOut;
+    node->highlight = std::clamp(node->highlight + step, 0.0, 1.0);
+    goesOn = goesOn || node->highlight != goal;
+    update(toPanel.mapRect(node->bounds()).toAlignedRect());
+  });
+  if (!goesOn) highlightTimer_.stop();
+}
+
+}  // namespace pellow

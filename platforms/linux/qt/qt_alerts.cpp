@@ -1,0 +1,107 @@
+#include "platforms/linux/qt/qt_alerts.h"
+
+#include <QDialog>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QScreen>
+#include <QStyle>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace pellow {
+namespace {
+
+constexpr int textWidth = 380;  // points
+
+QLabel* makeText(const std::string& text, QWidget* parent) {
+  auto* const label = new QLabel(QString::fromStdString(text), parent);
+  label->setTextFormat(Qt::PlainText);
+  label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  label->setWordWrap(true);
+  label->setMinimumWidth(textWidth);
+  label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+  return label;
+}
+
+QLabel* makeIcon(AlertStyle style, QWidget* parent) {
+  const auto kind = style == AlertStyle::warning ? QStyle::SP_MessageBoxWarning
+                                                 : QStyle::SP_MessageBoxInformation;
+  const int side = parent->style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
+  auto* const label = new QLabel(parent);
+  label->setPixmap(parent->style()
+                       ->standardIcon(kind, nullptr, parent)
+                       .pixmap(QSize(side, side), parent->devicePixelRatio()));
+  return label;
+}
+
+// The button by which the dialog ends is its result; -1 when its window was closed.
+std::unique_ptr<QDialog> makeDialog(const Alert& alert) {
+  auto dialog = std::make_unique<QDialog>();
+  dialog->setWindowTitle("Pellow");
+  dialog->setAttribute(Qt::WA_QuitOnClose, false);
+  auto* const rows = new QGridLayout(dialog.get());
+  rows->setContentsMargins(20, 20, 20, 16);
+  rows->setHorizontalSpacing(16);
+  rows->setVerticalSpacing(8);
+  rows->setSizeConstraint(QLayout::SetFixedSize);
+  rows->addWidget(makeIcon(alert.style, dialog.get()), 0, 0, 2, 1, Qt::AlignTop);
+  auto* const message = makeText(alert.messageText, dialog.get());
+  auto font = message->font();
+  font.setBold(true);
+  message->setFont(font);
+  rows->addWidget(message, 0, 1);
+  if (!alert.informativeText.empty())
+    rows->addWidget(makeText(alert.informativeText, dialog.get()), 1, 1);
+
+  auto* const buttons = new QHBoxLayout;
+  buttons->setContentsMargins(0, 10, 0, 0);
+  buttons->addStretch();
+  for (std::size_t index = 0; index < alert.buttons.size(); ++index) {
+    auto title = QString::fromStdString(alert.buttons[index]).replace('&', "&&");
+    auto* const button = new QPushButton(title, dialog.get());
+    button->setAutoDefault(index == 0);
+    button->setDefault(index == 0);
+    QObject::connect(button, &QPushButton::clicked, dialog.get(), [box = dialog.get(), index] {
+      box->done(static_cast<int>(index) + 1);
+    });
+    buttons->addWidget(button);
+  }
+  rows->addLayout(buttons, 2, 0, 1, 2);
+  return dialog;
+}
+
+}  // namespace
+
+Subscription QtAlerts::show(Alert alert, std::function<void(std::size_t)> onChosen) {
+  // What goes on until the alert is answered or taken away.
+  struct Showing {
+    std::unique_ptr<QDialog> dialog;
+    Subscription answer;
+
+    ~Showing() {
+      // The alert may be taken away by a callback of its own window.
+      if (dialog) dialog.release()->deleteLater();
+    }
+  };
+  const auto showing = std::make_shared<Showing>(makeDialog(alert));
+  auto* const dialog = showing->dialog.get();
+  const auto last = alert.buttons.size() - 1;
+  const auto finish = [this, weak = std::weak_ptr(showing), last, onChosen](int result) {
+    const auto still = weak.lock();
+    if (!still) return;
+    const auto button = result > 0 ? static_cast<std::size_t>(result) - 1 : last;
+    still->answer = queue_.async([onChosen, button] { onChosen(button); });
+  };
+  QObject::connect(dialog, &QDialog::finished, dialog, finish);
+  hints_.setName(static_cast<xcb_window_t>(dialog->winId()), "pellow-alert");
+  dialog->show();
+  dialog->raise();
+  dialog->activateWindow();
+  return Subscription([showing]() mutable { showing.reset(); });
+}
+
+}  // namespace pellow

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <set>
+
+#include "platform/panels.h"
+#include "platforms/linux/qt/compositor.h"
+#include "platforms/linux/qt/panel_canvas.h"
+#include "platforms/linux/qt/picture_source.h"
+#include "platforms/linux/qt/window_hints.h"
+#include "platforms/linux/x11/pixel_rect.h"
+
+namespace pellow {
+
+// Panels as windows of docks, which window managers neither place nor focus. Outlives its panels.
+class QtPanels final : public Panels {
+ public:
+  using ToPixels = std::function<PixelRect(const AppKitRect&)>;
+
+  // `toPixels` says where a rectangle lies on the X screen.
+  explicit QtPanels(ToPixels toPixels);
+  ~QtPanels() override;
+
+  std::unique_ptr<Panel> makePanel(std::string name) override;
+
+ private:
+  class QtPanel;
+
+  ToPixels toPixels_;
+  PictureSource pictures_;
+  WindowHints hints_;
+  Compositor compositor_;
+  std::set<QtPanel*> panels_;
+};
+
+}  // namespace pellow

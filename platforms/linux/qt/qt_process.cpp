@@ -1,0 +1,43 @@
+#include "platforms/linux/qt/qt_process.h"
+
+#include <unistd.h>
+
+#include <QApplication>
+#include <QWidget>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace pellow {
+
+QtProcess::QtProcess(std::vector<std::string> arguments, TerminationSignals& signals,
+                     std::function<void()> beforeExit)
+    : arguments_(std::move(arguments)), signals_(signals), beforeExit_(std::move(beforeExit)) {}
+
+ProcessID QtProcess::pid() const { return getpid(); }
+
+// An application without an ordinary window is in no dock and no taskbar.
+void QtProcess::becomeAccessory() {}
+
+void QtProcess::activate() {
+  for (auto* const window : QApplication::topLevelWidgets()) {
+    if (!window->isVisible() || window->windowFlags() & Qt::WindowDoesNotAcceptFocus) continue;
+    window->raise();
+    window->activateWindow();
+  }
+}
+
+Subscription QtProcess::onSignal(TerminationSignal signal, std::function<void()> handler) {
+  return signals_.on(signal, std::move(handler));
+}
+
+// Without destructors: other threads may be in the middle of something.
+void QtProcess::exit(int status) {
+  beforeExit_();
+  std::fflush(nullptr);
+  std::_Exit(status);
+}
+
+void QtProcess::terminate() { QCoreApplication::quit(); }
+
+}  // namespace pellow

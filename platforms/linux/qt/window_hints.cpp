@@ -1,0 +1,62 @@
+#include "platforms/linux/qt/window_hints.h"
+
+#include <array>
+#include <cstdint>
+
+#include "platforms/linux/qt/qt_display.h"
+
+namespace pellow {
+namespace {
+
+constexpr std::uint32_t allDesktops = 0xFFFFFFFF;
+
+}  // namespace
+
+WindowHints::WindowHints()
+    : connection_(qtConnection()),
+      state_(internAtom(connection_, "_NET_WM_STATE")),
+      above_(internAtom(connection_, "_NET_WM_STATE_ABOVE")),
+      below_(internAtom(connection_, "_NET_WM_STATE_BELOW")),
+      sticky_(internAtom(connection_, "_NET_WM_STATE_STICKY")),
+      skipTaskbar_(internAtom(connection_, "_NET_WM_STATE_SKIP_TASKBAR")),
+      skipPager_(internAtom(connection_, "_NET_WM_STATE_SKIP_PAGER")),
+      desktop_(internAtom(connection_, "_NET_WM_DESKTOP")) {}
+
+void WindowHints::setName(xcb_window_t window, const std::string& name) const {
+  using namespace std::string_literals;
+  const auto value = name + "\0pellow\0"s;
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS,
+                      XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(value.size()), value.data());
+}
+
+void WindowHints::prepareForMapping(xcb_window_t window, PanelLevel level) const {
+  const std::array states = {level == PanelLevel::statusWindow ? above_ : below_, sticky_,
+                             skipTaskbar_, skipPager_};
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, state_, XCB_ATOM_ATOM, 32,
+                      states.size(), states.data());
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, desktop_, XCB_ATOM_CARDINAL, 32,
+                      1, &allDesktops);
+}
+
+void WindowHints::changeLevel(xcb_window_t window, PanelLevel level) const {
+  const bool above = level == PanelLevel::statusWindow;
+  askForState(window, false, above ? below_ : above_);
+  askForState(window, true, above ? above_ : below_);
+  xcb_flush(connection_);
+}
+
+void WindowHints::askForState(xcb_window_t window, bool add, xcb_atom_t state) const {
+  xcb_client_message_event_t event{};
+  event.response_type = XCB_CLIENT_MESSAGE;
+  event.format = 32;
+  event.window = window;
+  event.type = state_;
+  event.data.data32[0] = add ? 1 : 0;
+  event.data.data32[1] = state;
+  event.data.data32[3] = 1;  // an ordinary application asks
+  xcb_send_event(connection_, 0, rootWindow(connection_),
+                 XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                 reinterpret_cast<const char*>(&event));
+}
+
+}  // namespace pellow

@@ -1,0 +1,66 @@
+#include "platforms/linux/x11/window_events.h"
+
+#include <utility>
+
+namespace pellow {
+
+namespace {
+
+constexpr Seconds serverPatience = 2;
+
+}  // namespace
+
+Subscription WindowEvents::observe(xcb_window_t window, std::function<void()> changed) {
+  const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+  const auto cookie =
+      xcb_change_window_attributes_checked(events_.raw(), window, XCB_CW_EVENT_MASK, &mask);
+  // Waits, for a look at the window over another connection must not overtake the selection. The
+  // window may be gone; that is for the look to find.
+  (void)events_.check(cookie, deadlineIn(serverPatience));
+  return observers_[window].add(std::move(changed));
+}
+
+void WindowEvents::handle(const xcb_generic_event_t& event) {
+  switch (event.response_type & 0x7f) {
+    case XCB_DESTROY_NOTIFY:
+      changed_.insert(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+      break;
+    case XCB_UNMAP_NOTIFY:
+      changed_.insert(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window);
+      break;
+    case XCB_MAP_NOTIFY:
+      changed_.insert(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
+      break;
+    case XCB_PROPERTY_NOTIFY: {
+      const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+      if (property.atom == server_.atoms().wmState || property.atom == server_.atoms().netWMState)
+        changed_.insert(property.window);
+      break;
+    }
+    default:
+      break;
+  }
+}
+
+void WindowEvents::dispatch() {
+  for (const auto window : std::exchange(changed_, {})) {
+    const auto found = observers_.find(window);
+    if (found == observers_.end()) continue;
+    // A copy shares the handlers, and stays when they make the map change.
+    const auto observers = found->second;
+    observers.forEach([](const auto& changed) { changed(); });
+  }
+  forgetUnobserved();
+}
+
+void WindowEvents::forgetUnobserved() {
+  std::erase_if(observers_, [this](const auto& entry) {
+    const auto& [window, observers] = entry;
+    if (!observers.isEmpty()) return false;
+    const std::uint32_t mask = XCB_EVENT_MASK_NO_EVENT;
+    xcb_change_window_attributes(events_.raw(), window, XCB_CW_EVENT_MASK, &mask);
+    return true;
+  });
+}
+
+}  // namespace pellow

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <set>
+
+#include "base/subscription.h"
+#include "platforms/linux/x11/handler_list.h"
+#include "platforms/linux/x11/x11_server.h"
+
+namespace pellow {
+
+// Hears of what becomes of single windows: mapped, unmapped, iconified, destroyed. Main thread.
+class WindowEvents {
+ public:
+  // `events` is the connection whose events the desktop hands on.
+  WindowEvents(X11Server& server, X11Connection& events) : server_(server), events_(events) {}
+
+  // Calls `changed` after every such change, from this call on. What has changed is for a look at
+  // the window to tell.
+  Subscription observe(xcb_window_t window, std::function<void()> changed);
+
+  // Notes an event; the observers hear of it with the next `dispatch`.
+  void handle(const xcb_generic_event_t& event);
+  void dispatch();
+
+ private:
+  void forgetUnobserved();
+
+  X11Server& server_;
+  X11Connection& events_;
+  std::map<xcb_window_t, HandlerList<void()>> observers_;
+  std::set<xcb_window_t> changed_;
+};
+
+}  // namespace pellow
