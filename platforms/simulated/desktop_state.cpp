@@ -136,6 +136,33 @@ void DesktopState::raise(WindowID id) {
   bringToFront(id);
 }
 
+std::expected<void, AXError> DesktopState::write(WindowID id, std::string_view attribute,
+                                                 const AXValue& value) {
+  if (attribute == "AXPosition") {
+    const auto* origin = std::get_if<QuartzPoint>(&value);
+    if (!origin) return std::unexpected(AXError::illegalArgument);
+    move(id, *origin);
+  } else if (attribute == "AXSize") {
+    const auto* size = std::get_if<Size>(&value);
+    if (!size) return std::unexpected(AXError::illegalArgument);
+    window(id)->frame.size = *size;
+  } else if (attribute == "AXMinimized") {
+    const auto* minimized = std::get_if<bool>(&value);
+    if (!minimized) return std::unexpected(AXError::illegalArgument);
+    *minimized ? minimize(id) : unminimize(id);
+  } else {
+    return std::unexpected(AXError::attributeUnsupported);
+  }
+  return {};
+}
+
+void DesktopState::carryOutLateWrites(Seconds now) {
+  const auto isDue = [now](const LateWrite& late) { return late.moment <= now; };
+  for (const auto& late : lateWrites)
+    if (isDue(late) && window(late.window)) (void)write(late.window, late.attribute, late.value);
+  std::erase_if(lateWrites, isDue);
+}
+
 void DesktopState::move(WindowID id, QuartzPoint asked) {
   auto& moved = *window(id);
   moved.frame.origin = placeTaken(moved, asked);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <expected>
 #include <functional>
 #include <map>
 #include <optional>
@@ -10,7 +11,7 @@
 
 #include "base/geometry.h"
 #include "base/log.h"
-#include "platform/ax_error.h"
+#include "platform/ax_element.h"
 #include "platform/screens.h"
 #include "platform/symbolic_hot_keys.h"
 #include "platform/workspace.h"
@@ -33,6 +34,7 @@ struct AXFault {
 // How a window behaves when others ask something of it.
 struct WindowManners {
   Seconds answersAfter = 0;
+  bool actsLate = false;       // carries out what it answered too late
   bool refusesToMove = false;  // answers success and stays
   bool clampsToDisplay = false;
   double gridStep = 0;  // points
@@ -60,6 +62,14 @@ struct ApplicationState {
   std::optional<WindowID> focusedWindow;
 };
 
+// A change that an application carries out after its caller has given up.
+struct LateWrite {
+  Seconds moment = 0;
+  WindowID window = 0;
+  std::string attribute;
+  AXValue value;
+};
+
 struct LogLine {
   Seconds time = 0;
   LogLevel level = LogLevel::info;
@@ -85,6 +95,7 @@ struct DesktopState {
   bool allowsMonitors = true;
   Seconds longestExtraDelay = 0;  // of every Accessibility call, by seed
   std::vector<AXFault> faults;
+  std::vector<LateWrite> lateWrites;
   ProcessID lastPid = 100;
   WindowID lastWindow = 0;
   std::uint64_t uuidsMade = 0;
@@ -118,8 +129,9 @@ struct DesktopState {
   void unminimize(WindowID id);
   // In front of the other windows of its application, and of all if that is the frontmost one.
   void raise(WindowID id);
-  // Moves it as its manners have it.
-  void move(WindowID id, QuartzPoint asked);
+  // Changes an attribute as the window's manners have it.
+  std::expected<void, AXError> write(WindowID id, std::string_view attribute, const AXValue& value);
+  void carryOutLateWrites(Seconds now);
 
   // Between Quartz and AppKit space, about the primary display.
   Flip flip() const;
@@ -134,6 +146,7 @@ struct DesktopState {
   void unplug(DisplayID display);
 
  private:
+  void move(WindowID id, QuartzPoint asked);
   QuartzPoint placeTaken(const WindowState& window, QuartzPoint asked) const;
   QuartzPoint clamped(const QuartzRect& frame) const;
   void bringToFront(WindowID id);

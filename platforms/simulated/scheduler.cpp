@@ -62,7 +62,7 @@ void Scheduler::mayWait() {
 
 void Scheduler::sleep(Seconds duration) {
   const auto end = now_ + std::max(duration, 0.0);
-  wait({.what = fmt::format("the clock to reach {}", end), .moment = [end] { return end; }});
+  wait({.what = "the clock", .moment = [end] { return end; }});
 }
 
 void Scheduler::waitUntil(std::string what, std::function<bool()> isDone) {
@@ -120,19 +120,18 @@ Scheduler::Thread& Scheduler::next() {
 
 // The thread whose turn it is and the clock set to its moment; none when a happening comes first.
 Scheduler::Thread* Scheduler::pick() {
-  Seconds earliest = happenings_.empty() ? never : std::max(happenings_.front().moment, now_);
-  const bool anyHappening = !happenings_.empty();
-  std::vector<Thread*> candidates;
-  bool happeningCompetes = anyHappening;
+  bool happeningCompetes = !happenings_.empty();
+  auto earliest = happeningCompetes ? std::max(happenings_.front().moment, now_) : never;
+  candidates_.clear();
   for (const auto& thread : threads_) {
     const auto moment = std::max(thread->moment(), now_);
     if (moment == never || moment > earliest) continue;
     if (moment < earliest) {
       earliest = moment;
-      candidates.clear();
+      candidates_.clear();
       happeningCompetes = false;
     }
-    candidates.push_back(thread.get());
+    candidates_.push_back(thread.get());
   }
 
   for (const auto& thread : threads_) {
@@ -146,9 +145,9 @@ Scheduler::Thread* Scheduler::pick() {
   if (earliest == never) giveUp("Nothing can ever run again.");
   now_ = earliest;
   noteProgress();
-  const auto choices = candidates.size() + (happeningCompetes ? 1 : 0);
+  const auto choices = candidates_.size() + (happeningCompetes ? 1 : 0);
   const auto choice = choices > 1 ? random(choices) : 0;
-  return choice < candidates.size() ? candidates[choice] : nullptr;
+  return choice < candidates_.size() ? candidates_[choice] : nullptr;
 }
 
 void Scheduler::happen() {

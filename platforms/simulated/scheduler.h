@@ -100,6 +100,7 @@ class Scheduler {
   Threads threads_;  // the main thread first
   Thread* running_;
   std::vector<Happening> happenings_;  // by moment, then by age
+  std::vector<Thread*> candidates_;    // of the choice that is being made
   bool isHappening_ = false;
   Seconds lastProgress_ = 0;
   std::uint64_t choicesSinceProgress_ = 0;

@@ -49,7 +49,11 @@ class Element : public AXElement::Object {
   }
   std::expected<void, AXError> setAttribute(std::string_view attribute,
                                             const AXValue& value) override {
-    if (const auto error = arrive(AXCall::write, attribute)) return std::unexpected(*error);
+    Seconds tooLateBy = 0;
+    if (const auto error = arrive(AXCall::write, attribute, &tooLateBy)) {
+      if (tooLateBy > 0 && isAlive()) writeLate(tooLateBy, attribute, value);
+      return std::unexpected(*error);
+    }
     return write(attribute, value);
   }
   std::expected<void, AXError> performAction(std::string_view action) override {
@@ -79,18 +83,23 @@ class Element : public AXElement::Object {
   virtual std::expected<void, AXError> write(std::string_view, const AXValue&) {
     return std::unexpected(AXError::attributeUnsupported);
   }
+  // The caller has given up.
+  virtual void writeLate(Seconds, std::string_view, const AXValue&) {}
   virtual std::expected<void, AXError> perform(std::string_view) {
     return std::unexpected(AXError::actionUnsupported);
   }
 
  private:
   // The error that ends the call on its way; none when the application now answers it.
-  std::optional<AXError> arrive(AXCall call, std::string_view name) const {
+  std::optional<AXError> arrive(AXCall call, std::string_view name,
+                                Seconds* tooLateBy = nullptr) const {
     if (!system_.portCall("{} {} of {}", verb(call), name, describe()))
       return AXError::cannotComplete;
     if (!desktop().trustsProcess) return AXError::apiDisabled;
     if (!isAlive()) return AXError::invalidUIElement;
-    if (!travel() || !system_.processRuns()) return AXError::cannotComplete;
+    const auto late = travel();
+    if (tooLateBy) *tooLateBy = late;
+    if (late > 0 || !system_.processRuns()) return AXError::cannotComplete;
     if (isAlive()) countCall();
     if (!isAlive()) return AXError::invalidUIElement;
     if (auto* own = faults())
@@ -98,13 +107,13 @@ class Element : public AXElement::Object {
     return takeFault(desktop().faults, call, name);
   }
 
-  // Waits for the application; false when the messaging timeout passes first.
-  bool travel() const {
+  // Waits for the application; by how long it misses the messaging timeout.
+  Seconds travel() const {
     auto duration = delay();
     if (desktop().longestExtraDelay > 0)
       duration += desktop().longestExtraDelay * system_.scheduler.randomFraction();
     if (duration > 0) system_.scheduler.sleep(std::min(duration, timeout_));
-    return duration <= timeout_;
+    return std::max(duration - timeout_, 0.0);
   }
 
   SimulatedSystem& system_;
@@ -151,22 +160,10 @@ class WindowElement final : public Element {
   }
 
   std::expected<void, AXError> write(std::string_view attribute, const AXValue& value) override {
-    if (attribute == "AXPosition") {
-      const auto* origin = std::get_if<QuartzPoint>(&value);
-      if (!origin) return std::unexpected(AXError::illegalArgument);
-      desktop().move(id_, *origin);
-    } else if (attribute == "AXSize") {
-      const auto* size = std::get_if<Size>(&value);
-      if (!size) return std::unexpected(AXError::illegalArgument);
-      state().frame.size = *size;
-    } else if (attribute == "AXMinimized") {
-      const auto* minimized = std::get_if<bool>(&value);
-      if (!minimized) return std::unexpected(AXError::illegalArgument);
-      *minimized ? desktop().minimize(id_) : desktop().unminimize(id_);
-    } else {
-      return std::unexpected(AXError::attributeUnsupported);
-    }
-    return {};
+    return desktop().write(id_, attribute, value);
+  }
+  void writeLate(Seconds after, std::string_view attribute, const AXValue& value) override {
+    if (state().manners.actsLate) system().writeLate(after, id_, attribute, value);
   }
 
   std::expected<void, AXError> perform(std::string_view action) override {

@@ -7,6 +7,7 @@ SimulatedSystem::SimulatedSystem(DesktopState desktop, std::uint64_t seed)
   ownPid_ = state.launch({.bundleID = "com.velloway.pellow",
                           .localizedName = "Pellow",
                           .activationPolicy = ActivationPolicy::prohibited});
+  for (const auto& late : state.lateWrites) scheduleLateWrite(late);
 }
 
 bool SimulatedSystem::beginPortCall(std::string what) {
@@ -46,6 +47,16 @@ void SimulatedSystem::endProcess() {
   processRuns_ = false;
   mainLoop.stop();
   state.endApplication(ownPid_);
+}
+
+void SimulatedSystem::writeLate(Seconds after, WindowID window, std::string_view attribute,
+                                const AXValue& value) {
+  state.lateWrites.push_back({scheduler.now() + after, window, std::string(attribute), value});
+  scheduleLateWrite(state.lateWrites.back());
+}
+
+void SimulatedSystem::scheduleLateWrite(const LateWrite& late) {
+  scheduler.happenAt(late.moment, [this] { state.carryOutLateWrites(scheduler.now()); });
 }
 
 void SimulatedSystem::closeWindow(WindowID window) {

@@ -61,6 +61,9 @@ class SimulatedSystem {
   // The process is cut off.
   void kill();
 
+  // The application acts although nobody waits for it any more, nor perhaps lives.
+  void writeLate(Seconds after, WindowID window, std::string_view attribute, const AXValue& value);
+
   // What happens to others, announced on the main queue.
   void closeWindow(WindowID window);
   void endApplication(ProcessID pid);
@@ -69,6 +72,7 @@ class SimulatedSystem {
  private:
   bool beginPortCall(std::string what);
   void endProcess();
+  void scheduleLateWrite(const LateWrite& late);
   void announceDestroyed(WindowID window);
 
   ProcessID ownPid_ = 0;

@@ -45,6 +45,11 @@ SimulatedWindow SimulatedWindow::answersAfter(Seconds delay) const {
   return *this;
 }
 
+SimulatedWindow SimulatedWindow::actsLate() const {
+  state().manners.actsLate = true;
+  return *this;
+}
+
 SimulatedWindow SimulatedWindow::refusesToMove(bool refuses) const {
   state().manners.refusesToMove = refuses;
   return *this;

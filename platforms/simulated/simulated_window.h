@@ -49,6 +49,8 @@ class SimulatedWindow {
   // Answers every call after this time. A caller whose messaging timeout is shorter gets
   // `cannotComplete` when that has passed, and nothing is done.
   SimulatedWindow answersAfter(Seconds delay) const;
+  // Changes what it was asked to change all the same when its caller has given up.
+  SimulatedWindow actsLate() const;
   // Says yes to a move and stays where it is.
   SimulatedWindow refusesToMove(bool refuses = true) const;
   // Comes to rest inside the visible frame of a display.

@@ -129,6 +129,7 @@ TEST_F(SimulatedDesktopTest, VirtualTimeJumpsFromOneMomentToTheNext) {
   desktop.run(6);
   EXPECT_EQ(done, (Lines{"tick 31.0", "tick 34.5", "work 34.5", "tick 35.0", "tick 36.0"}));
 
+  timer.cancel();
   std::function<void()> again;
   Subscription next;
   again = [&] { next = mainQueue.after(59, again); };
@@ -287,7 +288,18 @@ TEST_F(SimulatedDesktopTest, WindowsHaveManners) {
   list.answersAfter(3);
   EXPECT_EQ(element.setAttribute("AXMinimized", false).error(), AXError::cannotComplete);
   EXPECT_DOUBLE_EQ(desktop.now(), start + 0.45);
+  desktop.run(5);
   EXPECT_TRUE(list.isMinimized());
+  // An application that acts late does so whether or not its caller has survived.
+  list.actsLate();
+  EXPECT_EQ(element.setAttribute("AXMinimized", false).error(), AXError::cannotComplete);
+  SimulatedPlatform afterCrash(desktop.snapshot());
+  for (auto* each : {&desktop, &afterCrash.desktop()}) {
+    each->run(2.74);
+    EXPECT_TRUE(each->counterpart(list).isMinimized());
+    each->run(0.02);
+    EXPECT_FALSE(each->counterpart(list).isMinimized());
+  }
   // The main thread waits for the window, the window's user does not wait for the main thread.
   list.answersAfter(0.2);
   desktop.after(0.1, [&] { list.rename("Errands"); });

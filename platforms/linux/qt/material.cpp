@@ -38,9 +38,12 @@ Material Material::of(const QPalette& palette, bool translucent) {
 
 QColor Material::text(TextColour colour) const {
   switch (colour) {
-    case TextColour::label: return label;
-    case TextColour::secondaryLabel: return secondaryLabel;
-    case TextColour::white: return Qt::white;
+    case TextColour::label:
+      return label;
+    case TextColour::secondaryLabel:
+      return secondaryLabel;
+    case TextColour::white:
+      return Qt::white;
   }
   return label;
 }

@@ -10,10 +10,10 @@ namespace pellow {
 // The colours that panels are made of, after the light or dark colours of the desktop.
 struct Material {
   QColor backdrop;
-  QColor rim;       // the hairline around a backdrop
-  QColor gleam;     // the hairline of light inside its upper rim
-  QColor hover;     // over a view under the pointer
-  QColor pressed;   // over a view that is being clicked
+  QColor rim;      // the hairline around a backdrop
+  QColor gleam;    // the hairline of light inside its upper rim
+  QColor hover;    // over a view under the pointer
+  QColor pressed;  // over a view that is being clicked
   QColor label;
   QColor secondaryLabel;
   QColor accent;

@@ -7,6 +7,7 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QTextDocument>
 #include <QTimerEvent>
 #include <QToolTip>
 #include <algorithm>
@@ -17,8 +18,8 @@
 namespace pellow {
 namespace {
 
-constexpr double fadeIn = 0.06;   // seconds
-constexpr double fadeOut = 0.15;  // seconds
+constexpr double fadeIn = 0.06;    // seconds
+constexpr double fadeOut = 0.15;   // seconds
 constexpr int frameInterval = 16;  // milliseconds
 
 // Backdrops stand at the bottom of a panel: its content, or right inside it.
@@ -100,8 +101,7 @@ void PanelCanvas::giveUp() {
 // Without a compositor the corners are cut off; what is cut in the middle of a pixel is drawn over
 // the colour of the rim.
 void PanelCanvas::shape() {
-  const auto region =
-      translucent_ || !tree_.root() ? QRegion() : backdropShape(tree_, size());
+  const auto region = translucent_ || !tree_.root() ? QRegion() : backdropShape(tree_, size());
   if (region == mask()) return;
   if (region.isEmpty()) {
     clearMask();
@@ -127,9 +127,8 @@ bool PanelCanvas::event(QEvent* event) {
 
 void PanelCanvas::showTooltip(QPoint point, QPoint onScreen) {
   const auto nodes = tree_.at(point);
-  const auto found = std::ranges::find_if(nodes.rbegin(), nodes.rend(), [](const auto& node) {
-    return !node->look.tooltip.empty();
-  });
+  const auto found = std::ranges::find_if(
+      nodes.rbegin(), nodes.rend(), [](const auto& node) { return !node->look.tooltip.empty(); });
   if (found == nodes.rend()) return QToolTip::hideText();
   QRect area;
   tree_.visit([&](const auto& node, const QTransform& toPanel) {

@@ -65,9 +65,8 @@ std::unique_ptr<QDialog> makeDialog(const Alert& alert) {
     auto* const button = new QPushButton(title, dialog.get());
     button->setAutoDefault(index == 0);
     button->setDefault(index == 0);
-    QObject::connect(button, &QPushButton::clicked, dialog.get(), [box = dialog.get(), index] {
-      box->done(static_cast<int>(index) + 1);
-    });
+    QObject::connect(button, &QPushButton::clicked, dialog.get(),
+                     [box = dialog.get(), index] { box->done(static_cast<int>(index) + 1); });
     buttons->addWidget(button);
   }
   rows->addLayout(buttons, 2, 0, 1, 2);
@@ -82,9 +81,10 @@ Subscription QtAlerts::show(Alert alert, std::function<void(std::size_t)> onChos
     std::unique_ptr<QDialog> dialog;
     Subscription answer;
 
+    // The alert may be taken away by work that its own window does.
     ~Showing() {
-      // The alert may be taken away by a callback of its own window.
-      if (dialog) dialog.release()->deleteLater();
+      dialog->hide();
+      dialog.release()->deleteLater();
     }
   };
   const auto showing = std::make_shared<Showing>(makeDialog(alert));
@@ -101,7 +101,7 @@ Subscription QtAlerts::show(Alert alert, std::function<void(std::size_t)> onChos
   dialog->show();
   dialog->raise();
   dialog->activateWindow();
-  return Subscription([showing]() mutable { showing.reset(); });
+  return Subscription([held = showing]() mutable { held.reset(); });
 }
 
 }  // namespace pellow

@@ -38,6 +38,7 @@ void QtProcess::exit(int status) {
   std::_Exit(status);
 }
 
-void QtProcess::terminate() { QCoreApplication::quit(); }
+// Not `quit`, which would first ask every window to close.
+void QtProcess::terminate() { QCoreApplication::exit(); }
 
 }  // namespace pellow

@@ -74,8 +74,7 @@ QImage transparentImage(QSize size) {
 }  // namespace
 
 void ViewPainter::draw(ViewNode& node, const QTransform& toPanel, bool isPressed) {
-  const bool needsPixmap =
-      node.look.shadow || std::holds_alternative<Symbol>(node.look.content);
+  const bool needsPixmap = node.look.shadow || std::holds_alternative<Symbol>(node.look.content);
   if (needsPixmap) {
     drawAsPixmap(node, toPanel);
   } else {

@@ -66,7 +66,8 @@ class Reconciliation {
         // It now stands above others than before.
         damage(known, node.frame.height(), toPanel, true);
       }
-      node.children.push_back(take(std::move(known), child, child.frame, node.frame.height(), toPanel));
+      node.children.push_back(
+          take(std::move(known), child, child.frame, node.frame.height(), toPanel));
     }
     for (const auto& gone : before)
       if (gone) damage(gone, node.frame.height(), toPanel, true);
@@ -91,8 +92,7 @@ void collectAt(const NodePointer& node, double parentHeight, QPointF point,
   const auto inside = placement(*node, parentHeight).inverted().map(point);
   if (!node->bounds().contains(inside)) return;
   found.push_back(node);
-  for (const auto& child : node->children)
-    collectAt(child, node->frame.height(), inside, found);
+  for (const auto& child : node->children) collectAt(child, node->frame.height(), inside, found);
 }
 
 }  // namespace

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace pellow {
+
+// What the command line asks for.
+struct RunProgram {
+  std::vector<std::string> arguments;
+};
+struct PrintAndExit {
+  std::string text;
+  bool isError = false;  // on standard error, with status 2
+};
+using CommandLine = std::variant<RunProgram, PrintAndExit>;
+
+// `arguments` are those after the program's name.
+CommandLine parseCommandLine(std::span<const char* const> arguments);
+
+}  // namespace pellow

@@ -1,0 +1,172 @@
+#include "platforms/linux/linux_platform.h"
+
+#include <fmt/format.h>
+#include <xcb/xcb.h>
+
+#include <QGuiApplication>
+#include <QSocketNotifier>
+#include <cstdlib>
+#include <functional>
+#include <string_view>
+#include <utility>
+
+#include "platforms/linux/qt/local_key_filter.h"
+#include "platforms/linux/qt/picture_source.h"
+#include "platforms/linux/qt/qt_alerts.h"
+#include "platforms/linux/qt/qt_display.h"
+#include "platforms/linux/qt/qt_panels.h"
+#include "platforms/linux/qt/qt_process.h"
+#include "platforms/linux/system/file_user_defaults.h"
+#include "platforms/linux/system/monotonic_clock.h"
+#include "platforms/linux/system/pollable_main_queue.h"
+#include "platforms/linux/system/random_uuid_source.h"
+#include "platforms/linux/system/thread_serial_queue.h"
+#include "platforms/linux/x11/x11_desktop.h"
+
+namespace pellow {
+namespace {
+
+// A predecessor brings all its windows back before it ends, and every application may take its
+// messaging timeout for that.
+constexpr Seconds predecessorPatience = 60;
+
+class LinuxQueues final : public Queues {
+ public:
+  PollableMainQueue& main() override { return main_; }
+  std::unique_ptr<SerialQueue> makeSerialQueue(std::string label) override {
+    return std::make_unique<ThreadSerialQueue>(label);
+  }
+
+ private:
+  PollableMainQueue main_;
+};
+
+// The shortcuts of a Linux desktop are grabbed before other programs see them: they never clash.
+class NoSymbolicHotKeys final : public SymbolicHotKeys {
+ public:
+  std::vector<SymbolicHotKey> all() const override { return {}; }
+};
+
+// X11 asks nobody: whoever is on the display may take pictures, where the server can make them.
+class X11ScreenCapture final : public ScreenCapture {
+ public:
+  bool preflightAccess() const override {
+    constexpr std::string_view name = "Composite";
+    auto* const connection = qtConnection();
+    const Reply<xcb_query_extension_reply_t> extension(xcb_query_extension_reply(
+        connection, xcb_query_extension(connection, name.size(), name.data()), nullptr));
+    return extension && extension->present;
+  }
+};
+
+std::string environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value ? value : "";
+}
+
+std::unique_ptr<QSocketNotifier> watch(int fileDescriptor, std::function<void()> onReadable) {
+  auto notifier = std::make_unique<QSocketNotifier>(fileDescriptor, QSocketNotifier::Read);
+  QObject::connect(notifier.get(), &QSocketNotifier::activated, std::move(onReadable));
+  return notifier;
+}
+
+X11Desktop::Hooks desktopHooks() {
+  return {.loadIcon = [](const std::string& name) { return ThemeIcon::load(name); },
+          .ownWindowHasKeyboard = [] { return QGuiApplication::focusWindow() != nullptr; }};
+}
+
+}  // namespace
+
+struct LinuxPlatform::Parts {
+  const Log& log;
+  MonotonicClock clock;
+  RandomUUIDSource uuidSource;
+  NoSymbolicHotKeys symbolicHotKeys;
+  X11ScreenCapture screenCapture;
+  LinuxQueues queues;
+  std::unique_ptr<X11Desktop> desktop;
+  FileUserDefaults userDefaults;
+  QtProcess process;
+  QtAlerts alerts;
+  QtPanels panels;
+  LocalKeyFilter localKeys;
+  std::unique_ptr<QSocketNotifier> workHasCome;
+  std::unique_ptr<QSocketNotifier> signalHasCome;
+  std::unique_ptr<QSocketNotifier> displayHasEvents;
+
+  Parts(std::unique_ptr<X11Desktop> openDesktop, std::vector<std::string> arguments,
+        const Log& systemLog, TerminationSignals& signals)
+      : log(systemLog),
+        desktop(std::move(openDesktop)),
+        userDefaults(FileUserDefaults::standardFile(), queues.main(), log),
+        process(std::move(arguments), signals, [this] { userDefaults.flush(); }),
+        alerts(queues.main()),
+        panels([this](const AppKitRect& rect) { return desktop->toPixels(rect); }),
+        localKeys([this](std::uint8_t keycode, std::uint16_t state) {
+          return desktop->deliverLocalKeyDown(keycode, state);
+        }),
+        workHasCome(watch(queues.main().fileDescriptor(), [this] { queues.main().runPending(); })),
+        signalHasCome(watch(signals.fileDescriptor(), [&signals] { signals.processPending(); })),
+        displayHasEvents(watch(desktop->fileDescriptor(), [this] { processDisplayEvents(); })) {}
+
+  void processDisplayEvents() {
+    if (desktop->processEvents()) return;
+    log.error("{}", desktop->connectionError().sentence);
+    process.exit(1);
+  }
+};
+
+std::optional<SystemError> LinuxPlatform::whyNoDisplay() {
+  const auto name = environment("DISPLAY");
+  if (name.empty() && !environment("WAYLAND_DISPLAY").empty())
+    return SystemError{
+        "This is a Wayland session without an X display, and Pellow can only reach windows on X: "
+        "enable Xwayland, or log in to an X11 session."};
+  if (name.empty())
+    return SystemError{
+        "There is no display: start Pellow inside a desktop session, or set DISPLAY."};
+  auto* const connection = xcb_connect(nullptr, nullptr);
+  const bool failed = xcb_connection_has_error(connection) != 0;
+  xcb_disconnect(connection);
+  if (!failed) return std::nullopt;
+  return SystemError{fmt::format(
+      "The display \"{}\" cannot be opened: check that it runs and that DISPLAY and XAUTHORITY are "
+      "those of the desktop session.",
+      name)};
+}
+
+std::expected<std::unique_ptr<LinuxPlatform>, SystemError> LinuxPlatform::open(
+    double scale, std::vector<std::string> arguments, Claim claim, const Log& log,
+    TerminationSignals& signals) {
+  auto desktop = X11Desktop::open("", scale, desktopHooks(), log);
+  if (!desktop) return std::unexpected(desktop.error());
+  // Before the user defaults are read: a predecessor writes them until its end.
+  if (claim == Claim::now && !(*desktop)->claimInstance())
+    return std::unexpected(
+        SystemError{"Another Pellow runs on this display already: quit it first."});
+  if (claim == Claim::afterPredecessorEnds && !(*desktop)->waitForInstance(predecessorPatience))
+    return std::unexpected(SystemError{
+        "The Pellow that started this one has not ended: quit it and start Pellow again."});
+  return std::unique_ptr<LinuxPlatform>(new LinuxPlatform(
+      std::make_unique<Parts>(std::move(*desktop), std::move(arguments), log, signals)));
+}
+
+LinuxPlatform::LinuxPlatform(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
+LinuxPlatform::~LinuxPlatform() = default;
+
+Accessibility& LinuxPlatform::accessibility() { return parts_->desktop->accessibility(); }
+Alerts& LinuxPlatform::alerts() { return parts_->alerts; }
+Clock& LinuxPlatform::clock() { return parts_->clock; }
+EventMonitors& LinuxPlatform::eventMonitors() { return parts_->desktop->eventMonitors(); }
+const Log& LinuxPlatform::log() { return parts_->log; }
+Panels& LinuxPlatform::panels() { return parts_->panels; }
+Process& LinuxPlatform::process() { return parts_->process; }
+Queues& LinuxPlatform::queues() { return parts_->queues; }
+ScreenCapture& LinuxPlatform::screenCapture() { return parts_->screenCapture; }
+Screens& LinuxPlatform::screens() { return parts_->desktop->screens(); }
+SymbolicHotKeys& LinuxPlatform::symbolicHotKeys() { return parts_->symbolicHotKeys; }
+UserDefaults& LinuxPlatform::userDefaults() { return parts_->userDefaults; }
+UUIDSource& LinuxPlatform::uuidSource() { return parts_->uuidSource; }
+Workspace& LinuxPlatform::workspace() { return parts_->desktop->workspace(); }
+
+}  // namespace pellow

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <expected>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/platform.h"
+#include "platform/system_error.h"
+#include "platforms/linux/system/termination_signals.h"
+
+namespace pellow {
+
+// The program's operating system: an X11 desktop, Qt's windows, and files. Main thread, while there
+// is a QtApplication.
+class LinuxPlatform final : public Platform {
+ public:
+  // How to become the one Pellow of the display.
+  enum class Claim {
+    now,                   // refuse to start beside another one
+    afterPredecessorEnds,  // the other one has started this process to take its place
+  };
+
+  // Why no Qt application can be made here, as a sentence with the way out; nothing when it can.
+  static std::optional<SystemError> whyNoDisplay();
+
+  // `scale` is pixels per point. The error is a sentence with the way out. The log and the signals
+  // outlive the platform.
+  static std::expected<std::unique_ptr<LinuxPlatform>, SystemError> open(
+      double scale, std::vector<std::string> arguments, Claim claim, const Log& log,
+      TerminationSignals& signals);
+
+  ~LinuxPlatform() override;
+
+  Accessibility& accessibility() override;
+  Alerts& alerts() override;
+  Clock& clock() override;
+  EventMonitors& eventMonitors() override;
+  const Log& log() override;
+  Panels& panels() override;
+  Process& process() override;
+  Queues& queues() override;
+  ScreenCapture& screenCapture() override;
+  Screens& screens() override;
+  SymbolicHotKeys& symbolicHotKeys() override;
+  UserDefaults& userDefaults() override;
+  UUIDSource& uuidSource() override;
+  Workspace& workspace() override;
+
+ private:
+  struct Parts;
+  explicit LinuxPlatform(std::unique_ptr<Parts> parts);
+
+  std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,63 @@
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <span>
+
+#include "app/app_delegate.h"
+#include "base/log.h"
+#include "platforms/linux/command_line.h"
+#include "platforms/linux/linux_platform.h"
+#include "platforms/linux/qt/qt_application.h"
+#include "platforms/linux/system/log_sink.h"
+#include "platforms/linux/system/termination_signals.h"
+
+namespace {
+
+using namespace pellow;
+
+int print(const PrintAndExit& what) {
+  std::fputs(what.text.c_str(), what.isError ? stderr : stdout);
+  return what.isError ? 2 : EXIT_SUCCESS;
+}
+
+// Set for a process that the program starts to take its own place, and not for others.
+LinuxPlatform::Claim readClaim() {
+  const bool relaunched = std::getenv("PELLOW_RELAUNCHED") != nullptr;
+  unsetenv("PELLOW_RELAUNCHED");
+  return relaunched ? LinuxPlatform::Claim::afterPredecessorEnds : LinuxPlatform::Claim::now;
+}
+
+int run(const RunProgram& program) {
+  const auto claim = readClaim();
+  std::signal(SIGPIPE, SIG_IGN);  // a reader of the log that goes away must not take us along
+  TerminationSignals signals;
+  const Log log(makeLogSink());
+  if (const auto problem = LinuxPlatform::whyNoDisplay()) {
+    log.error("{}", problem->sentence);
+    return EXIT_FAILURE;
+  }
+
+  QtApplication application;
+  const auto platform =
+      LinuxPlatform::open(application.scale(), program.arguments, claim, log, signals);
+  if (!platform) {
+    log.error("{}", platform.error().sentence);
+    return EXIT_FAILURE;
+  }
+  AppDelegate delegate(**platform);
+  (*platform)->process().becomeAccessory();
+  const auto launch =
+      (*platform)->queues().main().async([&delegate] { delegate.applicationDidFinishLaunching(); });
+  const int status = application.run();
+  delegate.applicationWillTerminate();
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const auto commandLine = parseCommandLine(
+      std::span<const char* const>(argv, static_cast<std::size_t>(argc)).subspan(1));
+  if (const auto* what = std::get_if<PrintAndExit>(&commandLine)) return print(*what);
+  return run(std::get<RunProgram>(commandLine));
+}

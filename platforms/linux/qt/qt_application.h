@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QApplication>
+#include <array>
+
+namespace pellow {
+
+// Qt on an X display, with what it should leave alone left alone: it neither ends with its last
+// window nor takes part in the session's own saving and restoring of programs. The display can be
+// opened, or Qt ends the process.
+class QtApplication {
+ public:
+  QtApplication();
+
+  // Runs the main loop until the program is told to terminate.
+  int run() { return QApplication::exec(); }
+
+  // Pixels per point.
+  double scale() const;
+
+ private:
+  // Qt keeps references to both. The option wins over the environment, whose other sessions the
+  // programs started from here shall find unchanged.
+  std::array<char, 7> name_{"pellow"};
+  std::array<char, 10> option_{"-platform"};
+  std::array<char, 4> platform_{"xcb"};
+  std::array<char*, 4> arguments_{name_.data(), option_.data(), platform_.data(), nullptr};
+  int count_ = 3;
+  QApplication application_;
+};
+
+}  // namespace pellow
