@@ -102,8 +102,8 @@ void DesktopSession::connect() {
   if (xcb_connection_has_error(connection_.get()))
     throw std::runtime_error("cannot connect to " + display_);
   root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_.get())).data->root;
-  // The answers to pings come to the root window.
-  const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+  // The answers to pings come to the root window, under a mask that varies with the toolkit.
+  const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
   xcb_change_window_attributes(connection_.get(), root_, XCB_CW_EVENT_MASK, &mask);
   sync();
 }

@@ -234,14 +234,37 @@ TEST_F(FileUserDefaultsTest, AWriteThatFailsSaysSoAndTheNextOneTakesItsValueAlon
   EXPECT_EQ(parsed(file_), (nlohmann::json{{"journal", 1}, {"size", 3}}));
 }
 
+// An environment variable for the length of a test.
+class Variable {
+ public:
+  explicit Variable(const char* name) : name_(name) {
+    if (const char* const value = getenv(name)) before_ = value;
+  }
+  ~Variable() { set(before_ ? before_->c_str() : nullptr); }
+
+  void set(const char* value) const {
+    if (value) {
+      setenv(name_, value, 1);
+    } else {
+      unsetenv(name_);
+    }
+  }
+
+ private:
+  const char* name_;
+  std::optional<std::string> before_;
+};
+
 TEST_F(FileUserDefaultsTest, LivesInTheConfigurationFolder) {
-  setenv("XDG_CONFIG_HOME", "/somewhere", 1);
+  const Variable home("HOME");
+  const Variable folder("XDG_CONFIG_HOME");
+  home.set("/home/me");
+  folder.set("/somewhere");
   EXPECT_EQ(FileUserDefaults::standardFile(), "/somewhere/pellow/defaults.json");
-  setenv("XDG_CONFIG_HOME", "relative", 1);
-  setenv("HOME", "/home/me", 1);
-  EXPECT_EQ(FileUserDefaults::standardFile(), "/home/me/.config/pellow/defaults.json");
-  unsetenv("XDG_CONFIG_HOME");
-  EXPECT_EQ(FileUserDefaults::standardFile(), "/home/me/.config/pellow/defaults.json");
+  for (const char* const none : {"relative", "", static_cast<const char*>(nullptr)}) {
+    folder.set(none);
+    EXPECT_EQ(FileUserDefaults::standardFile(), "/home/me/.config/pellow/defaults.json");
+  }
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 #include "platforms/linux/qt/panel_canvas.h"
 
+#include <QAccessible>
 #include <QBitmap>
+#include <QCloseEvent>
 #include <QCursor>
 #include <QEnterEvent>
 #include <QHelpEvent>
@@ -22,26 +24,15 @@ constexpr double fadeIn = 0.06;    // seconds
 constexpr double fadeOut = 0.15;   // seconds
 constexpr int frameInterval = 16;  // milliseconds
 
-// Backdrops stand at the bottom of a panel: its content, or right inside it.
-QRegion backdropShape(const ViewTree& tree, QSize size) {
+QRegion regionOf(const std::vector<PanelCanvas::Corners>& backdrops, QSize size) {
   QBitmap shape(size);
   shape.clear();
   QPainter painter(&shape);
   painter.setPen(Qt::NoPen);
   painter.setBrush(Qt::color1);
-  bool found = false;
-  const auto add = [&](const ViewNode& node, QPointF offset) {
-    if (!std::holds_alternative<Backdrop>(node.look.content)) return;
-    const auto radius = node.look.cornerRadius;
-    painter.drawRoundedRect(node.bounds().translated(offset), radius, radius);
-    found = true;
-  };
-  const auto& root = *tree.root();
-  add(root, {});
-  for (const auto& child : root.children)
-    add(*child, {child->frame.minX(), root.frame.height() - child->frame.maxY()});
+  for (const auto& [area, radius] : backdrops) painter.drawRoundedRect(area, radius, radius);
   painter.end();
-  return found ? QRegion(shape) : QRegion();
+  return QRegion(shape);
 }
 
 bool contains(const std::vector<std::shared_ptr<ViewNode>>& nodes,
@@ -63,7 +54,6 @@ PanelCanvas::PanelCanvas(const std::string& name, PictureSource& pictures)
       pictures_(pictures) {
   setAttribute(Qt::WA_TranslucentBackground);
   setAttribute(Qt::WA_ShowWithoutActivating);
-  setAttribute(Qt::WA_X11NetWmWindowTypeDock);
   setAttribute(Qt::WA_AlwaysShowToolTips);
   setAttribute(Qt::WA_QuitOnClose, false);
   setFocusPolicy(Qt::NoFocus);
@@ -80,8 +70,12 @@ void PanelCanvas::setContent(const View& root) {
   } else {
     for (const auto& part : parts) update(part.toAlignedRect().adjusted(-1, -1, 1, 1));
   }
-  if (!parts.empty()) shape();
+  if (parts.empty()) return;
+  shape();
   if (underMouse()) lookForPointerSoon();
+  if (!QAccessible::isActive()) return;
+  QAccessibleEvent changed(this, QAccessible::ObjectReorder);
+  QAccessible::updateAccessibility(&changed);
 }
 
 void PanelCanvas::setTranslucent(bool translucent) {
@@ -101,13 +95,29 @@ void PanelCanvas::giveUp() {
 // Without a compositor the corners are cut off; what is cut in the middle of a pixel is drawn over
 // the colour of the rim.
 void PanelCanvas::shape() {
-  const auto region = translucent_ || !tree_.root() ? QRegion() : backdropShape(tree_, size());
-  if (region == mask()) return;
-  if (region.isEmpty()) {
+  auto corners = translucent_ ? std::vector<Corners>() : backdrops();
+  if (corners == shapedFor_) return;
+  shapedFor_ = std::move(corners);
+  if (shapedFor_.empty()) {
     clearMask();
   } else {
-    setMask(region);
+    setMask(regionOf(shapedFor_, tree_.root()->bounds().size().toSize()));
   }
+}
+
+// They stand at the bottom of a panel: they are its content, or right inside it.
+std::vector<PanelCanvas::Corners> PanelCanvas::backdrops() const {
+  std::vector<Corners> corners;
+  const auto add = [&](const ViewNode& node, QPointF origin) {
+    if (std::holds_alternative<Backdrop>(node.look.content))
+      corners.push_back({node.bounds().translated(origin), node.look.cornerRadius});
+  };
+  const auto& root = tree_.root();
+  if (!root) return corners;
+  add(*root, {});
+  for (const auto& child : root->children)
+    add(*child, {child->frame.minX(), root->frame.height() - child->frame.maxY()});
+  return corners;
 }
 
 void PanelCanvas::chooseMaterial() {
@@ -130,11 +140,7 @@ void PanelCanvas::showTooltip(QPoint point, QPoint onScreen) {
   const auto found = std::ranges::find_if(
       nodes.rbegin(), nodes.rend(), [](const auto& node) { return !node->look.tooltip.empty(); });
   if (found == nodes.rend()) return QToolTip::hideText();
-  QRect area;
-  tree_.visit([&](const auto& node, const QTransform& toPanel) {
-    if (node == *found) area = toPanel.mapRect(node->bounds()).toAlignedRect();
-  });
-  QToolTip::showText(onScreen, plain((*found)->look.tooltip), this, area);
+  QToolTip::showText(onScreen, plain((*found)->look.tooltip), this, areaOf(*found));
 }
 
 void PanelCanvas::paintEvent(QPaintEvent* event) {
@@ -153,16 +159,16 @@ void PanelCanvas::paintEvent(QPaintEvent* event) {
   });
 }
 
-void PanelCanvas::resizeEvent(QResizeEvent*) {
-  shape();
-  lookForPointerSoon();
-}
+void PanelCanvas::resizeEvent(QResizeEvent*) { lookForPointerSoon(); }
 
 void PanelCanvas::changeEvent(QEvent* event) {
   if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange)
     chooseMaterial();
   QWidget::changeEvent(event);
 }
+
+// Only its owner takes a panel away.
+void PanelCanvas::closeEvent(QCloseEvent* event) { event->ignore(); }
 
 void PanelCanvas::mousePressEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
@@ -183,8 +189,16 @@ void PanelCanvas::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void PanelCanvas::press(std::shared_ptr<ViewNode> node) {
-  pressed_ = std::move(node);
-  update();
+  const auto before = std::exchange(pressed_, std::move(node));
+  for (const auto& changed : {before, pressed_}) update(areaOf(changed));
+}
+
+QRect PanelCanvas::areaOf(const std::shared_ptr<ViewNode>& node) const {
+  QRect area;
+  tree_.visit([&](const auto& other, const QTransform& toPanel) {
+    if (other == node) area = toPanel.mapRect(other->bounds()).toAlignedRect();
+  });
+  return area;
 }
 
 void PanelCanvas::click(const ViewNode& node) {

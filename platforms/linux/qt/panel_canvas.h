@@ -3,6 +3,7 @@
 #include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QWidget>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,14 @@ namespace pellow {
 // The window of a panel: draws its views and tells them of the pointer. Main thread.
 class PanelCanvas final : public QWidget {
  public:
+  // A rounded rectangle, in points.
+  struct Corners {
+    QRectF area;
+    double radius = 0;
+
+    bool operator==(const Corners&) const = default;
+  };
+
   PanelCanvas(const std::string& name, PictureSource& pictures);
 
   void setContent(const View& root);
@@ -34,6 +43,9 @@ class PanelCanvas final : public QWidget {
 
   const ViewTree& tree() const { return tree_; }
 
+  // Where the node stands; empty when it is none of the tree's.
+  QRect areaOf(const std::shared_ptr<ViewNode>& node) const;
+
   // What a press and release of the pointer inside the node does.
   void click(const ViewNode& node);
 
@@ -41,6 +53,7 @@ class PanelCanvas final : public QWidget {
   bool event(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
@@ -59,11 +72,13 @@ class PanelCanvas final : public QWidget {
   void advanceHighlights();
   void chooseMaterial();
   void shape();
+  std::vector<Corners> backdrops() const;
 
   PictureSource& pictures_;
   ViewTree tree_;
   Material material_;
   bool translucent_ = false;
+  std::vector<Corners> shapedFor_;
   bool givenUp_ = false;
   int runningCallbacks_ = 0;
   bool willLookForPointer_ = false;

@@ -13,9 +13,16 @@ namespace {
 
 constexpr double nominalIconSide = 32;  // points, of icons that have any size
 
+// Shrinking keeps an icon sharp, growing does not.
+QPixmap atLeast(const QIcon& icon, QSize side) {
+  const auto pixmap = icon.pixmap(side, 1.0);
+  if (pixmap.width() >= side.width() || pixmap.height() >= side.height()) return pixmap;
+  return icon.pixmap(side * 2, 1.0);
+}
+
 QImage pixelsOf(const Image::Object& object, QSize side) {
   if (const auto* theme = dynamic_cast<const ThemeIcon*>(&object))
-    return theme->icon().pixmap(side, 1.0).toImage();
+    return atLeast(theme->icon(), side).toImage();
   if (const auto* pixels = dynamic_cast<const PixelImage*>(&object))
     return QImage(reinterpret_cast<const uchar*>(pixels->pixels().data()), pixels->width(),
                   pixels->height(), QImage::Format_ARGB32);

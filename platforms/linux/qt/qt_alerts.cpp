@@ -15,7 +15,8 @@
 namespace pellow {
 namespace {
 
-constexpr int textWidth = 380;  // points
+constexpr int textWidth = 380;   // points
+constexpr int buttonWidth = 88;  // points, at least
 
 QLabel* makeText(const std::string& text, QWidget* parent) {
   auto* const label = new QLabel(QString::fromStdString(text), parent);
@@ -59,10 +60,12 @@ std::unique_ptr<QDialog> makeDialog(const Alert& alert) {
 
   auto* const buttons = new QHBoxLayout;
   buttons->setContentsMargins(0, 10, 0, 0);
+  buttons->setSpacing(8);
   buttons->addStretch();
   for (std::size_t index = 0; index < alert.buttons.size(); ++index) {
     auto title = QString::fromStdString(alert.buttons[index]).replace('&', "&&");
     auto* const button = new QPushButton(title, dialog.get());
+    button->setMinimumWidth(buttonWidth);
     button->setAutoDefault(index == 0);
     button->setDefault(index == 0);
     QObject::connect(button, &QPushButton::clicked, dialog.get(),

@@ -19,6 +19,7 @@ QRect toQt(const PixelRect& rect) {
                      candidate->geometry().size() * candidate->devicePixelRatio());
     if (area.contains(centre)) screen = candidate;
   }
+  if (!screen) return {rect.x, rect.y, rect.width, rect.height};
   const double scale = screen->devicePixelRatio();
   const auto corner = screen->geometry().topLeft();
   const auto points = [&](int pixels) { return static_cast<int>(std::lround(pixels / scale)); };
@@ -34,6 +35,7 @@ class QtPanels::QtPanel final : public Panel {
       : panels_(panels), canvas_(new PanelCanvas(name, panels.pictures_)) {
     canvas_->setTranslucent(panels_.compositor_.isRunning());
     panels_.hints_.setName(window(), name);
+    panels_.hints_.makePanel(window());
     panels_.panels_.insert(this);
   }
 

@@ -41,11 +41,11 @@ void average(std::uint8_t* values, int count, int stride, int radius) {
   }
 }
 
-// Three averages come close to a Gaussian blur of that radius.
+// Two averages come close to a Gaussian blur of that deviation.
 void blur(QImage& alpha, int radius) {
   if (radius < 1) return;
   const int stride = static_cast<int>(alpha.bytesPerLine());
-  for (int pass = 0; pass < 3; ++pass) {
+  for (int pass = 0; pass < 2; ++pass) {
     for (int y = 0; y < alpha.height(); ++y) average(alpha.scanLine(y), alpha.width(), 1, radius);
     for (int x = 0; x < alpha.width(); ++x)
       average(alpha.bits() + x, alpha.height(), stride, radius);

@@ -29,11 +29,26 @@ void WindowHints::setName(xcb_window_t window, const std::string& name) const {
                       XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(value.size()), value.data());
 }
 
+// Qt offers the protocol WM_TAKE_FOCUS for every window, and some window managers then give the
+// focus to a window that does not want it.
+void WindowHints::makePanel(xcb_window_t window) const {
+  setAtoms(window, atom("_NET_WM_WINDOW_TYPE"), std::array{atom("_NET_WM_WINDOW_TYPE_DOCK")});
+  setAtoms(window, atom("WM_PROTOCOLS"),
+           std::array{atom("_NET_WM_PING"), atom("_NET_WM_SYNC_REQUEST")});
+}
+
+xcb_atom_t WindowHints::atom(std::string_view name) const { return internAtom(connection_, name); }
+
+void WindowHints::setAtoms(xcb_window_t window, xcb_atom_t property,
+                           std::span<const xcb_atom_t> atoms) const {
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, property, XCB_ATOM_ATOM, 32,
+                      static_cast<std::uint32_t>(atoms.size()), atoms.data());
+}
+
 void WindowHints::prepareForMapping(xcb_window_t window, PanelLevel level) const {
-  const std::array states = {level == PanelLevel::statusWindow ? above_ : below_, sticky_,
-                             skipTaskbar_, skipPager_};
-  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, state_, XCB_ATOM_ATOM, 32,
-                      states.size(), states.data());
+  setAtoms(window, state_,
+           std::array{level == PanelLevel::statusWindow ? above_ : below_, sticky_, skipTaskbar_,
+                      skipPager_});
   xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, desktop_, XCB_ATOM_CARDINAL, 32,
                       1, &allDesktops);
 }

@@ -5,16 +5,45 @@
 
 namespace pellow {
 
+// What _PELLOW_STATE holds: which states the window has left, and, once it is known, where the
+// frame of the window stood without them.
+struct WindowManager::LeftState {
+  static constexpr std::uint32_t horizontal = 1;
+  static constexpr std::uint32_t vertical = 2;
+  static constexpr std::uint32_t fullScreen = 4;
+
+  std::uint32_t states = 0;
+  std::optional<PixelPoint> origin;
+
+  bool operator==(const LeftState&) const = default;
+
+  static LeftState of(const WindowFacts::State& state) {
+    return {(state.maximizedHorizontally ? horizontal : 0) |
+            (state.maximizedVertically ? vertical : 0) | (state.fullScreen ? fullScreen : 0)};
+  }
+  static LeftState remembered(const std::vector<std::uint32_t>& words) {
+    LeftState left;
+    if (!words.empty()) left.states = words[0];
+    if (words.size() >= 3) left.origin = {static_cast<int>(words[1]), static_cast<int>(words[2])};
+    return left;
+  }
+  std::vector<std::uint32_t> words() const {
+    if (!origin) return {states};
+    return {states, static_cast<std::uint32_t>(origin->x), static_cast<std::uint32_t>(origin->y)};
+  }
+};
+
 namespace {
 
 // How long a window manager may take for one step.
 constexpr Seconds movePatience = 0.25;
-constexpr Seconds settlePatience = 0.1;
 constexpr Seconds mapPatience = 0.25;
 constexpr Seconds iconifyPatience = 1;
 
 constexpr std::uint32_t sourcePager = 2;  // "the user wants this", as EWMH has it
 constexpr std::uint32_t iconicState = 3;
+
+constexpr Facet placeFacets = Facet::state | Facet::frame;
 
 // Hears of everything that happens to a window, for as long as somebody waits for it: a connection
 // that listened all the time would have to be read all the time.
@@ -51,41 +80,35 @@ class Watch {
   xcb_window_t window_;
 };
 
-// What _PELLOW_STATE holds: which states the window has left, and, once it is known, where the
-// frame of the window stood without them.
-struct LeftState {
-  static constexpr std::uint32_t horizontal = 1;
-  static constexpr std::uint32_t vertical = 2;
-  static constexpr std::uint32_t fullScreen = 4;
+// A question that the window manager answers in turn, after all that it was asked before: how large
+// the frame of a window would be that is never shown.
+class Question {
+ public:
+  Question(X11Connection& connection, const X11Atoms& atoms)
+      : connection_(connection), window_(xcb_generate_id(connection.raw())) {
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(connection.raw(), XCB_COPY_FROM_PARENT, window_, connection.root(), 0, 0, 1,
+                      1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
+                      &mask);
+    connection.sendToWindowManager(window_, atoms.netRequestFrameExtents, {});
+  }
+  Question(const Question&) = delete;
+  Question& operator=(const Question&) = delete;
+  ~Question() { xcb_destroy_window(connection_.raw(), window_); }
 
-  std::uint32_t states = 0;
-  std::optional<PixelPoint> origin;
+  bool waitForAnswer(Deadline deadline) {
+    while (const auto event = connection_.waitForEvent(deadline)) {
+      const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
+      const bool isProperty = (event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY;
+      if (isProperty && property.window == window_) return true;
+    }
+    return false;
+  }
 
-  static LeftState of(const WindowFacts::State& state) {
-    return {(state.maximizedHorizontally ? horizontal : 0) |
-            (state.maximizedVertically ? vertical : 0) | (state.fullScreen ? fullScreen : 0)};
-  }
-  static LeftState remembered(const std::vector<std::uint32_t>& words) {
-    LeftState left;
-    if (!words.empty()) left.states = words[0];
-    if (words.size() >= 3) left.origin = {static_cast<int>(words[1]), static_cast<int>(words[2])};
-    return left;
-  }
-  std::vector<std::uint32_t> words() const {
-    if (!origin) return {states};
-    return {states, static_cast<std::uint32_t>(origin->x), static_cast<std::uint32_t>(origin->y)};
-  }
-  bool isTakenUp(const WindowFacts::State& state) const {
-    return (LeftState::of(state).states & states) == states;
-  }
+ private:
+  X11Connection& connection_;
+  xcb_window_t window_;
 };
-
-void remember(X11Server& server, xcb_window_t window, const LeftState& left) {
-  const auto words = left.words();
-  xcb_change_property(server.connection().raw(), XCB_PROP_MODE_REPLACE, window,
-                      server.atoms().pellowState, XCB_ATOM_INTEGER, 32,
-                      static_cast<std::uint32_t>(words.size()), words.data());
-}
 
 }  // namespace
 
@@ -105,7 +128,7 @@ std::expected<WindowFacts, AXError> WindowManager::waitUntil(const WindowKey& wi
 
 std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, QuartzPoint origin,
                                                       Deadline deadline) {
-  auto facts = look(server_, window, Facet::state | Facet::frame, deadline);
+  auto facts = look(server_, window, placeFacets, deadline);
   if (!facts) return std::unexpected(facts.error());
   const auto layout = server_.layout();
   const PixelPoint target = layout.toPixels(origin);
@@ -125,55 +148,139 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
 
 std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& window,
                                                           PixelPoint target, Deadline deadline) {
-  constexpr std::uint32_t staticGravity = XCB_GRAVITY_STATIC;  // the place is the content's
+  // The place of the outer corner; window managers agree on this gravity best.
+  constexpr std::uint32_t gravity = XCB_GRAVITY_NORTH_WEST;
   constexpr std::uint32_t hasX = 1u << 8;
   constexpr std::uint32_t hasY = 1u << 9;
-  const int x = window.content.x + target.x - window.frame.x;
-  const int y = window.content.y + target.y - window.frame.y;
+  const int x = window.outerCorner.x + target.x - window.frame.x;
+  const int y = window.outerCorner.y + target.y - window.frame.y;
   server_.connection().sendToWindowManager(
       window.window, server_.atoms().netMoveResizeWindow,
-      {staticGravity | hasX | hasY | sourcePager << 12, static_cast<std::uint32_t>(x),
+      {gravity | hasX | hasY | sourcePager << 12, static_cast<std::uint32_t>(x),
        static_cast<std::uint32_t>(y), 0, 0});
-  return waitUntil(window.key(), Facet::state | Facet::frame, movePatience, deadline,
-                   [&](const WindowFacts& now) { return now.frame.origin() == target; });
+  auto facts = lookAfterItActed(window, deadline);
+  if (!facts || facts->frame.origin() == target) return facts;
+
+  const auto layout = server_.layout();
+  const bool leaves = !layout.showsMostOf(facts->frame.at(target));
+  const bool isAway = !layout.showsMostOf(facts->frame);
+  if (!leaves && !isAway) return facts;
+  if (const auto pushed = pushFrame(*facts, target, deadline); !pushed)
+    return std::unexpected(pushed.error());
+  return look(server_, window.key(), placeFacets, deadline);
 }
 
-void WindowManager::changeState(xcb_window_t window, bool add, xcb_atom_t first,
-                                xcb_atom_t second) {
-  server_.connection().sendToWindowManager(window, server_.atoms().netWMState,
-                                           {add ? 1u : 0u, first, second, sourcePager, 0});
+std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(const WindowFacts& before,
+                                                                    Deadline deadline) {
+  if (server_.windowManagerSupports(server_.atoms().netRequestFrameExtents)) {
+    Question question(server_.connection(), server_.atoms());
+    if (question.waitForAnswer(std::min(deadlineIn(movePatience), deadline)))
+      return look(server_, before.key(), placeFacets, deadline);
+  }
+  return waitUntil(before.key(), placeFacets, movePatience, deadline,
+                   [&](const WindowFacts& now) { return now.frame != before.frame; });
+}
+
+// Window managers keep a part of a window on the screen, some of them a large one. So the window
+// that frames the client is moved past them: the server redirects to the window manager only what
+// is done to windows without this flag. The window manager believes the window to be at the place
+// that it has allowed, and brings it back from there like any other.
+std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window, PixelPoint target,
+                                                      Deadline deadline) {
+  const auto frameWindow = outermostWindow(window.window, deadline);
+  if (!frameWindow) return std::unexpected(frameWindow.error());
+  if (*frameWindow == window.window) return {};  // without a frame there is nothing to push
+  auto& connection = server_.connection();
+  auto pending = connection.pending<xcb_get_geometry_reply_t>(
+      xcb_get_geometry(connection.raw(), *frameWindow));
+  const auto geometry = pending.collect(deadline);
+  if (!geometry) return std::unexpected(geometry.error());
+
+  const std::array<std::int32_t, 2> place{(*geometry)->x + target.x - window.frame.x,
+                                          (*geometry)->y + target.y - window.frame.y};
+  const auto setBypass = [&](std::uint32_t bypass) {
+    xcb_change_window_attributes(connection.raw(), *frameWindow, XCB_CW_OVERRIDE_REDIRECT, &bypass);
+  };
+  setBypass(1);
+  xcb_configure_window(connection.raw(), *frameWindow, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y,
+                       place.data());
+  setBypass(0);
+  return {};
+}
+
+std::expected<xcb_window_t, AXError> WindowManager::outermostWindow(xcb_window_t window,
+                                                                    Deadline deadline) {
+  auto& connection = server_.connection();
+  for (;;) {
+    auto pending =
+        connection.pending<xcb_query_tree_reply_t>(xcb_query_tree(connection.raw(), window));
+    const auto tree = pending.collect(deadline);
+    if (!tree) return std::unexpected(tree.error());
+    const auto parent = (*tree)->parent;
+    if (parent == connection.root() || parent == XCB_WINDOW_NONE) return window;
+    window = parent;
+  }
+}
+
+// To leave, full screen goes first; to take up, it comes last: what it covers is kept below it.
+void WindowManager::changeExpandedState(const WindowFacts& window, const LeftState& states,
+                                        bool add) {
+  const auto& atoms = server_.atoms();
+  const auto change = [&](xcb_atom_t first, xcb_atom_t second) {
+    server_.connection().sendToWindowManager(window.window, atoms.netWMState,
+                                             {add ? 1u : 0u, first, second, sourcePager, 0});
+  };
+  const bool horizontal = states.states & LeftState::horizontal;
+  const bool vertical = states.states & LeftState::vertical;
+  const bool fullScreen = states.states & LeftState::fullScreen;
+  if (fullScreen && !add) change(atoms.netWMStateFullscreen, 0);
+  if (horizontal || vertical)
+    change(horizontal ? atoms.netWMStateMaximizedHorz : atoms.netWMStateMaximizedVert,
+           horizontal && vertical ? atoms.netWMStateMaximizedVert : 0);
+  if (fullScreen && add) change(atoms.netWMStateFullscreen, 0);
 }
 
 std::expected<WindowFacts, AXError> WindowManager::leaveExpandedState(const WindowFacts& window,
                                                                       Deadline deadline) {
-  const auto& atoms = server_.atoms();
-  LeftState left = LeftState::of(window.state);
-  // First the memory, then the deed: a crash in between leaves nothing to repair.
-  remember(server_, window.window, left);
-  if (window.state.fullScreen) changeState(window.window, false, atoms.netWMStateFullscreen);
-  if (window.state.maximizedHorizontally || window.state.maximizedVertically)
-    changeState(window.window, false, atoms.netWMStateMaximizedHorz, atoms.netWMStateMaximizedVert);
+  LeftState left;
+  WindowFacts now = window;
+  // A window that was maximized before it became full screen may be so again after it.
+  for (int step = 0; step < 2 && now.state.isExpanded(); ++step) {
+    left.states |= LeftState::of(now.state).states;
+    // First the memory, then the deed: a crash in between leaves nothing to repair.
+    remember(window, left);
+    changeExpandedState(now, LeftState::of(now.state), false);
+    auto facts = lookAfterStateChange(now, deadline);
+    if (!facts) return facts;
+    now = std::move(*facts);
+  }
+  if (now.state.isExpanded()) return std::unexpected(AXError::cannotComplete);
+  left.origin = now.frame.origin();
+  remember(window, left);
+  now.state.leftState = left.words();
+  return now;
+}
 
-  constexpr auto facets = Facet::state | Facet::frame;
-  const auto isOut = [](const WindowFacts& now) { return !now.state.isExpanded(); };
-  auto facts = waitUntil(window.key(), facets, movePatience, deadline, isOut);
-  if (!facts) return facts;
-  if (!isOut(*facts)) return std::unexpected(AXError::cannotComplete);
+void WindowManager::remember(const WindowFacts& window, const LeftState& left) {
+  const auto words = left.words();
+  xcb_change_property(server_.connection().raw(), XCB_PROP_MODE_REPLACE, window.window,
+                      server_.atoms().pellowState, XCB_ATOM_INTEGER, 32,
+                      static_cast<std::uint32_t>(words.size()), words.data());
+}
 
-  // The state changes before the frame does.
-  facts = waitUntil(window.key(), facets, settlePatience, deadline,
-                    [&](const WindowFacts& now) { return now.frame != window.frame; });
-  if (!facts) return facts;
-  left.origin = facts->frame.origin();
-  remember(server_, window.window, left);
-  facts->state.leftState = left.words();
-  return facts;
+// The state changes before the frame does, so that two waits are needed.
+std::expected<WindowFacts, AXError> WindowManager::lookAfterStateChange(const WindowFacts& before,
+                                                                        Deadline deadline) {
+  const auto hasChanged = [&](const WindowFacts& now) {
+    return LeftState::of(now.state) != LeftState::of(before.state);
+  };
+  const auto facts = waitUntil(before.key(), placeFacets, movePatience, deadline, hasChanged);
+  return facts ? lookAfterItActed(before, deadline) : facts;
 }
 
 std::expected<void, AXError> WindowManager::takeUpExpandedState(const WindowFacts& window,
                                                                 PixelPoint target,
                                                                 Deadline deadline) {
-  const auto& atoms = server_.atoms();
   const auto left = LeftState::remembered(window.state.leftState);
   const auto layout = server_.layout();
   // Back to where it stood before it was maximized, if that is on the monitor that it comes to.
@@ -183,18 +290,9 @@ std::expected<void, AXError> WindowManager::takeUpExpandedState(const WindowFact
   const auto moved = moveTo(window, sameMonitor ? *left.origin : target, deadline);
   if (!moved) return std::unexpected(moved.error());
 
-  if (left.states & (LeftState::horizontal | LeftState::vertical))
-    changeState(window.window, true,
-                left.states & LeftState::horizontal ? atoms.netWMStateMaximizedHorz
-                                                    : atoms.netWMStateMaximizedVert,
-                left.states & LeftState::vertical ? atoms.netWMStateMaximizedVert : 0);
-  if (left.states & LeftState::fullScreen)
-    changeState(window.window, true, atoms.netWMStateFullscreen);
-  xcb_delete_property(server_.connection().raw(), window.window, atoms.pellowState);
-  const auto back = waitUntil(window.key(), Facet::state | Facet::frame, movePatience, deadline,
-                              [&](const WindowFacts& now) {
-                                return left.isTakenUp(now.state) && now.frame.origin() == target;
-                              });
+  changeExpandedState(*moved, left, true);
+  xcb_delete_property(server_.connection().raw(), window.window, server_.atoms().pellowState);
+  const auto back = lookAfterStateChange(*moved, deadline);
   if (!back) return std::unexpected(back.error());
   return {};
 }

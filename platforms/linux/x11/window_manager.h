@@ -38,6 +38,7 @@ class WindowManager {
   void activate(xcb_window_t window);
 
  private:
+  struct LeftState;
   using Condition = std::function<bool(const WindowFacts&)>;
 
   // Waits for changes of a window until one look at it fulfils the condition, `patience` at most;
@@ -46,15 +47,26 @@ class WindowManager {
                                                 Seconds patience, Deadline deadline,
                                                 const Condition& condition);
 
+  // A look at a window once the window manager has done what it was asked before, or has had the
+  // time to.
+  std::expected<WindowFacts, AXError> lookAfterItActed(const WindowFacts& before,
+                                                       Deadline deadline);
   std::expected<WindowFacts, AXError> leaveExpandedState(const WindowFacts& window,
                                                          Deadline deadline);
   std::expected<void, AXError> takeUpExpandedState(const WindowFacts& window, PixelPoint target,
                                                    Deadline deadline);
   std::expected<WindowFacts, AXError> moveTo(const WindowFacts& window, PixelPoint target,
                                              Deadline deadline);
+  std::expected<void, AXError> pushFrame(const WindowFacts& window, PixelPoint target,
+                                         Deadline deadline);
+  // The window itself or the one around it that is a child of the root.
+  std::expected<xcb_window_t, AXError> outermostWindow(xcb_window_t window, Deadline deadline);
   bool waitForIconified(const WindowKey& window, bool iconified, Seconds patience,
                         Deadline deadline);
-  void changeState(xcb_window_t window, bool add, xcb_atom_t first, xcb_atom_t second = 0);
+  void changeExpandedState(const WindowFacts& window, const LeftState& states, bool add);
+  void remember(const WindowFacts& window, const LeftState& left);
+  std::expected<WindowFacts, AXError> lookAfterStateChange(const WindowFacts& before,
+                                                           Deadline deadline);
   void bringToCurrentDesktop(const WindowFacts& window, Deadline deadline);
 
   X11Server& server_;

@@ -21,6 +21,7 @@ constexpr std::array names{
     Name{&X11Atoms::netCurrentDesktop, "_NET_CURRENT_DESKTOP"},
     Name{&X11Atoms::netFrameExtents, "_NET_FRAME_EXTENTS"},
     Name{&X11Atoms::netMoveResizeWindow, "_NET_MOVERESIZE_WINDOW"},
+    Name{&X11Atoms::netRequestFrameExtents, "_NET_REQUEST_FRAME_EXTENTS"},
     Name{&X11Atoms::netRestackWindow, "_NET_RESTACK_WINDOW"},
     Name{&X11Atoms::netSupported, "_NET_SUPPORTED"},
     Name{&X11Atoms::netSupportingWMCheck, "_NET_SUPPORTING_WM_CHECK"},

@@ -15,6 +15,7 @@ struct X11Atoms {
   xcb_atom_t netCurrentDesktop = 0;
   xcb_atom_t netFrameExtents = 0;
   xcb_atom_t netMoveResizeWindow = 0;
+  xcb_atom_t netRequestFrameExtents = 0;
   xcb_atom_t netRestackWindow = 0;
   xcb_atom_t netSupported = 0;
   xcb_atom_t netSupportingWMCheck = 0;

@@ -21,7 +21,7 @@ Deadline deadlineIn(Seconds seconds) {
 
 std::vector<std::uint32_t> XProperty::words() const {
   std::vector<std::uint32_t> words(bytes.size() / sizeof(std::uint32_t));
-  std::memcpy(words.data(), bytes.data(), words.size() * sizeof(std::uint32_t));
+  if (!words.empty()) std::memcpy(words.data(), bytes.data(), words.size() * sizeof(std::uint32_t));
   return words;
 }
 

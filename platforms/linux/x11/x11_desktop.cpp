@@ -166,8 +166,8 @@ void X11Desktop::Parts::actOnChanges() {
   if (events->isLost()) return;
   if (std::exchange(windowManagerChanged, false)) server->readWindowManager();
   if (std::exchange(screensChanged, false)) screens.refresh();
-  if (std::exchange(windowsChanged, false)) workspace.windowsChanged();
   windowEvents.dispatch();
+  if (std::exchange(windowsChanged, false)) workspace.windowsChanged();
 }
 
 SystemError X11Desktop::connectionError() const {

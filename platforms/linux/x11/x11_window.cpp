@@ -135,9 +135,10 @@ void WindowLook::readFrame(WindowFacts& facts) {
   const auto decoration = next();
   const auto shadow = next();
   if (!geometry || !position) return;
-  facts.content = {position->dst_x, position->dst_y};
-  const PixelRect content{facts.content.x, facts.content.y, geometry->width, geometry->height};
-  facts.frame = shrunk(grown(content, extents(decoration)), extents(shadow));
+  const PixelRect content{position->dst_x, position->dst_y, geometry->width, geometry->height};
+  const PixelRect outer = grown(content, extents(decoration));
+  facts.outerCorner = outer.origin();
+  facts.frame = shrunk(outer, extents(shadow));
 }
 
 WindowKind WindowLook::readKind() {

@@ -51,8 +51,8 @@ struct WindowFacts {
   xcb_window_t window = XCB_WINDOW_NONE;
   std::uint64_t id = 0;  // 0 for a window that was never given one
   State state;
-  PixelRect frame;     // with the decoration, without client-side shadows
-  PixelPoint content;  // top left of the client window
+  PixelRect frame;         // with the decoration, without client-side shadows
+  PixelPoint outerCorner;  // top left with the decoration and with client-side shadows
   WindowKind kind = WindowKind::standard;
   std::string instanceName;  // the two halves of WM_CLASS
   std::string className;

@@ -116,6 +116,9 @@ RunningApplication X11Workspace::thisProcess() const {
 }
 
 RunningApplication X11Workspace::describe(ProcessID pid, const Windows& own) {
+  // Whoever has been told of an application hears of its end, even if the event of its first window
+  // and that of its last one are handled together.
+  withWindows_.insert(pid);
   const auto ordinary =
       std::ranges::find_if(own, [](const WindowFacts& window) { return isInTaskbar(window); });
   const auto& face = ordinary != own.end() ? *ordinary : own.front();
