@@ -45,7 +45,6 @@ int run(const RunProgram& program) {
     return EXIT_FAILURE;
   }
   AppDelegate delegate(**platform);
-  (*platform)->process().becomeAccessory();
   const auto launch =
       (*platform)->queues().main().async([&delegate] { delegate.applicationDidFinishLaunching(); });
   const int status = application.run();

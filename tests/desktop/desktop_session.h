@@ -86,8 +86,8 @@ class DesktopSession {
   std::vector<WindowID> stacking() const { return rootWindows("_NET_CLIENT_LIST_STACKING"); }
   WindowID activeWindow() const;
 
-  // Every window of the server with this class and title, mapped ones only.
-  std::vector<WindowID> shownWindows(std::string_view windowClass, std::string_view title) const;
+  // The windows on the screen whose WM_CLASS holds this class and instance name.
+  std::vector<WindowID> shownWindows(std::string_view windowClass, std::string_view name) const;
 
   bool exists(WindowID window) const;
 
@@ -125,7 +125,7 @@ class DesktopSession {
 
   xcb_atom_t atom(std::string_view name) const;
   std::vector<WindowID> rootWindows(std::string_view property) const;
-  void collectShown(WindowID parent, std::string_view windowClass, std::string_view title,
+  void collectShown(WindowID parent, const std::string& nameAndClass,
                     std::vector<WindowID>& found) const;
   void sendMessage(WindowID destination, std::uint32_t mask, WindowID window, std::string_view type,
                    std::initializer_list<std::uint32_t> data) const;

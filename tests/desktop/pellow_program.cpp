@@ -1,6 +1,7 @@
 #include "tests/desktop/pellow_program.h"
 
 #include <fstream>
+#include <sstream>
 
 #include "tests/desktop/eventually.h"
 
@@ -67,8 +68,11 @@ nlohmann::json PellowProgram::journal() const {
   return nlohmann::json::parse(journal->at("data").get<std::string>());
 }
 
-bool PellowProgram::hasLogged(std::string_view line) const {
-  return ("\n" + process_->standardError()).contains("\n" + std::string(line) + "\n");
+int PellowProgram::timesLogged(std::string_view line) const {
+  std::istringstream log(process_->standardError());
+  int times = 0;
+  for (std::string logged; std::getline(log, logged);) times += logged == line ? 1 : 0;
+  return times;
 }
 
 }  // namespace pellow::desktop

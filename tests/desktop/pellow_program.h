@@ -39,7 +39,9 @@ class PellowProgram {
   // The records of the parked-window journal on disk.
   nlohmann::json journal() const;
 
-  bool hasLogged(std::string_view line) const;
+  // How many lines of its log, level and message, read like this.
+  int timesLogged(std::string_view line) const;
+  bool hasLogged(std::string_view line) const { return timesLogged(line) > 0; }
 
  private:
   DesktopSession& desktop_;

@@ -12,6 +12,13 @@ struct PixelPoint {
   bool operator==(const PixelPoint&) const = default;
 };
 
+struct PixelSize {
+  int width = 0;
+  int height = 0;
+
+  bool operator==(const PixelSize&) const = default;
+};
+
 // A rectangle of the X screen: pixels of the root window, y down.
 struct PixelRect {
   int x = 0;

@@ -60,14 +60,32 @@ class Watch {
   ~Watch() {
     select(window_, XCB_EVENT_MASK_NO_EVENT);
     select(connection_.root(), XCB_EVENT_MASK_NO_EVENT);
+    if (question_) xcb_destroy_window(connection_.raw(), question_);
     connection_.flush();
     connection_.dropEvents();
   }
 
-  // Waits for the next change; false when none comes.
+  // Asks the window manager something that it answers in turn, after all that it was asked before:
+  // how large the frame of a window would be that is never shown.
+  void ask(const X11Atoms& atoms) {
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    question_ = xcb_generate_id(connection_.raw());
+    xcb_create_window(connection_.raw(), XCB_COPY_FROM_PARENT, question_, connection_.root(), 0, 0,
+                      1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                      XCB_CW_EVENT_MASK, &mask);
+    connection_.sendToWindowManager(question_, atoms.netRequestFrameExtents, {});
+  }
+  bool isAnswered() const { return isAnswered_; }
+
+  // Waits for the next changes; false when none come.
   bool wait(Deadline deadline) {
-    if (!connection_.waitForEvent(deadline)) return false;
-    connection_.dropEvents();
+    auto event = connection_.waitForEvent(deadline);
+    if (!event) return false;
+    for (; event; event = connection_.pollForEvent()) {
+      const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
+      if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY && property.window == question_)
+        isAnswered_ = true;
+    }
     return true;
   }
 
@@ -78,36 +96,8 @@ class Watch {
 
   X11Connection& connection_;
   xcb_window_t window_;
-};
-
-// A question that the window manager answers in turn, after all that it was asked before: how large
-// the frame of a window would be that is never shown.
-class Question {
- public:
-  Question(X11Connection& connection, const X11Atoms& atoms)
-      : connection_(connection), window_(xcb_generate_id(connection.raw())) {
-    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection.raw(), XCB_COPY_FROM_PARENT, window_, connection.root(), 0, 0, 1,
-                      1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
-                      &mask);
-    connection.sendToWindowManager(window_, atoms.netRequestFrameExtents, {});
-  }
-  Question(const Question&) = delete;
-  Question& operator=(const Question&) = delete;
-  ~Question() { xcb_destroy_window(connection_.raw(), window_); }
-
-  bool waitForAnswer(Deadline deadline) {
-    while (const auto event = connection_.waitForEvent(deadline)) {
-      const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
-      const bool isProperty = (event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY;
-      if (isProperty && property.window == window_) return true;
-    }
-    return false;
-  }
-
- private:
-  X11Connection& connection_;
-  xcb_window_t window_;
+  xcb_window_t question_ = XCB_WINDOW_NONE;
+  bool isAnswered_ = false;
 };
 
 }  // namespace
@@ -148,17 +138,19 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
 
 std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& window,
                                                           PixelPoint target, Deadline deadline) {
-  // The place of the outer corner; window managers agree on this gravity best.
+  // The place of the outer corner: window managers agree on this gravity best. The size is there
+  // because fluxbox makes a window of which it is not told grow by its title bar.
   constexpr std::uint32_t gravity = XCB_GRAVITY_NORTH_WEST;
-  constexpr std::uint32_t hasX = 1u << 8;
-  constexpr std::uint32_t hasY = 1u << 9;
+  constexpr std::uint32_t hasPlaceAndSize = 0xfu << 8;
   const int x = window.outerCorner.x + target.x - window.frame.x;
   const int y = window.outerCorner.y + target.y - window.frame.y;
   server_.connection().sendToWindowManager(
       window.window, server_.atoms().netMoveResizeWindow,
-      {gravity | hasX | hasY | sourcePager << 12, static_cast<std::uint32_t>(x),
-       static_cast<std::uint32_t>(y), 0, 0});
-  auto facts = lookAfterItActed(window, deadline);
+      {gravity | hasPlaceAndSize | sourcePager << 12, static_cast<std::uint32_t>(x),
+       static_cast<std::uint32_t>(y), static_cast<std::uint32_t>(window.contentSize.width),
+       static_cast<std::uint32_t>(window.contentSize.height)});
+  auto facts = lookAfterItActed(
+      window.key(), deadline, [&](const WindowFacts& now) { return now.frame.origin() == target; });
   if (!facts || facts->frame.origin() == target) return facts;
 
   const auto layout = server_.layout();
@@ -170,15 +162,19 @@ std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& win
   return look(server_, window.key(), placeFacets, deadline);
 }
 
-std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(const WindowFacts& before,
-                                                                    Deadline deadline) {
-  if (server_.windowManagerSupports(server_.atoms().netRequestFrameExtents)) {
-    Question question(server_.connection(), server_.atoms());
-    if (question.waitForAnswer(std::min(deadlineIn(movePatience), deadline)))
-      return look(server_, before.key(), placeFacets, deadline);
+std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(const WindowKey& window,
+                                                                    Deadline deadline,
+                                                                    const Condition& isDone) {
+  const Deadline end = std::min(deadlineIn(movePatience), deadline);
+  Watch watch(server_.connection(), window.window);
+  if (server_.windowManagerSupports(server_.atoms().netRequestFrameExtents))
+    watch.ask(server_.atoms());
+  for (;;) {
+    const bool isAnswered = watch.isAnswered();
+    auto facts = look(server_, window, placeFacets, deadline);
+    if (!facts || isAnswered || isDone(*facts)) return facts;
+    if (!watch.wait(end)) return facts;
   }
-  return waitUntil(before.key(), placeFacets, movePatience, deadline,
-                   [&](const WindowFacts& now) { return now.frame != before.frame; });
 }
 
 // Window managers keep a part of a window on the screen, some of them a large one. So the window
@@ -275,7 +271,8 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterStateChange(const Wi
     return LeftState::of(now.state) != LeftState::of(before.state);
   };
   const auto facts = waitUntil(before.key(), placeFacets, movePatience, deadline, hasChanged);
-  return facts ? lookAfterItActed(before, deadline) : facts;
+  if (!facts) return facts;
+  return lookAfterItActed(before.key(), deadline, [](const WindowFacts&) { return false; });
 }
 
 std::expected<void, AXError> WindowManager::takeUpExpandedState(const WindowFacts& window,

@@ -47,10 +47,10 @@ class WindowManager {
                                                 Seconds patience, Deadline deadline,
                                                 const Condition& condition);
 
-  // A look at a window once the window manager has done what it was asked before, or has had the
-  // time to.
-  std::expected<WindowFacts, AXError> lookAfterItActed(const WindowFacts& before,
-                                                       Deadline deadline);
+  // A look at a window that fulfils the condition, or else one after the window manager has done
+  // what it was asked before, or has had the time to.
+  std::expected<WindowFacts, AXError> lookAfterItActed(const WindowKey& window, Deadline deadline,
+                                                       const Condition& isDone);
   std::expected<WindowFacts, AXError> leaveExpandedState(const WindowFacts& window,
                                                          Deadline deadline);
   std::expected<void, AXError> takeUpExpandedState(const WindowFacts& window, PixelPoint target,

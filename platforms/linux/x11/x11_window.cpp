@@ -137,6 +137,7 @@ void WindowLook::readFrame(WindowFacts& facts) {
   if (!geometry || !position) return;
   const PixelRect content{position->dst_x, position->dst_y, geometry->width, geometry->height};
   const PixelRect outer = grown(content, extents(decoration));
+  facts.contentSize = {content.width, content.height};
   facts.outerCorner = outer.origin();
   facts.frame = shrunk(outer, extents(shadow));
 }

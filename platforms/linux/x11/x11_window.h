@@ -52,6 +52,7 @@ struct WindowFacts {
   std::uint64_t id = 0;  // 0 for a window that was never given one
   State state;
   PixelRect frame;         // with the decoration, without client-side shadows
+  PixelSize contentSize;   // of the client window itself
   PixelPoint outerCorner;  // top left with the decoration and with client-side shadows
   WindowKind kind = WindowKind::standard;
   std::string instanceName;  // the two halves of WM_CLASS
