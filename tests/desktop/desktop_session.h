@@ -22,6 +22,7 @@ using WindowID = std::uint32_t;  // an X window; 0 is none
 using KeySym = std::uint32_t;    // for a letter its lower-case ASCII code
 
 namespace key {
+inline constexpr KeySym returnKey = 0xff0d;
 inline constexpr KeySym shift = 0xffe1;
 inline constexpr KeySym control = 0xffe3;
 inline constexpr KeySym alt = 0xffe9;

@@ -55,11 +55,12 @@ WindowID TestClient::open(const std::string& command) {
     if (!answer) throw std::runtime_error("the test client does not answer");
   } while (!answer->starts_with(prefix));
   const auto window = static_cast<WindowID>(std::stoul(answer->substr(prefix.size())));
-  const bool active = eventually([&] {
+  const bool managed = eventually([&] {
     const auto clients = desktop_.clients();
-    return std::ranges::find(clients, window) != clients.end() && desktop_.activeWindow() == window;
+    return std::ranges::find(clients, window) != clients.end();
   });
-  if (!active) throw std::runtime_error("the window manager does not show a new window");
+  if (!managed || !desktop_.activate(window))
+    throw std::runtime_error("the window manager does not show a new window");
   return window;
 }
 

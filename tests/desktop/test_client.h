@@ -17,8 +17,7 @@ class TestClient {
 
   explicit TestClient(DesktopSession& desktop, std::string windowClass = "Testclient");
 
-  // Opens a window with this place of its frame and size of its content, and waits until the
-  // window manager manages it and it is active.
+  // Opens a window with this place of its frame and size of its content, and makes it active.
   WindowID open(std::string_view title, PixelRect place);
   // The same for a dialog that belongs to `owner`.
   WindowID openDialog(std::string_view title, PixelRect place, WindowID owner);

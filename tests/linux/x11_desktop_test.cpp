@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <signal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -35,6 +35,8 @@ AXError errorOf(const std::expected<Value, AXError>& answer) {
 
 class X11DesktopTest : public testing::Test {
  protected:
+  explicit X11DesktopTest(DesktopOptions options = {}) : desktop(std::move(options)) {}
+
   using Opened = std::expected<std::unique_ptr<X11Desktop>, SystemError>;
 
   Opened open(const std::string& display, double scale = 1) {
@@ -159,6 +161,55 @@ TEST_F(X11DesktopTest, WindowsLeaveTheScreenAndComeBackToThePixel) {
     EXPECT_TRUE(desktop.values(window, "_PELLOW_STATE").empty());
   }
 }
+
+// Those of the window managers that are installed; openbox, which every other test needs, is.
+std::vector<std::string> installedWindowManagers() {
+  std::vector<std::string> found;
+  for (const auto* name : {"openbox", "fluxbox", "icewm", "metacity"})
+    if (std::filesystem::exists(std::filesystem::path("/usr/bin") / name)) found.emplace_back(name);
+  return found;
+}
+
+class EveryWindowManager : public X11DesktopTest, public testing::WithParamInterface<std::string> {
+ protected:
+  EveryWindowManager() : X11DesktopTest(DesktopOptions{.windowManager = {GetParam()}}) {}
+};
+
+TEST_P(EveryWindowManager, LetsWindowsGoAndTakesThemBack) {
+  const auto window = client.open("Guest", {150, 80, 500, 350});
+  const auto home = desktop.frame(window);
+  const auto element = windowNamed(*x11, pid, "Guest");
+  for (const double x : {1279.0, 1.0 - home.width}) {
+    move(element, x, 772);
+    EXPECT_EQ(desktop.frame(window), (PixelRect{int(x), 772, home.width, home.height}));
+    move(element, home.x, home.y);
+    EXPECT_EQ(desktop.frame(window), home);
+  }
+
+  const auto isMaximized = [&] {
+    return desktop.hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ") &&
+           desktop.frame(window).width >= desktop.screen().width;
+  };
+  client.maximize(window);
+  ASSERT_TRUE(eventually(isMaximized));
+  move(element, 1279, 772);
+  EXPECT_EQ(desktop.frame(window), (PixelRect{1279, 772, home.width, home.height}));
+  ASSERT_TRUE(element.setAttribute("AXPosition", QuartzPoint{0, 0}));
+  EXPECT_TRUE(isMaximized());
+
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  EXPECT_TRUE(desktop.hasState(window, "_NET_WM_STATE_HIDDEN"));
+  ASSERT_TRUE(element.setAttribute("AXMinimized", false));
+  EXPECT_FALSE(desktop.hasState(window, "_NET_WM_STATE_HIDDEN"));
+  ASSERT_TRUE(x11->workspace().hide(pid));
+  EXPECT_EQ(read<bool>(element, "AXMinimized"), false);
+  ASSERT_TRUE(x11->workspace().unhide(pid));
+  EXPECT_FALSE(desktop.hasState(window, "_NET_WM_STATE_HIDDEN"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Installed, EveryWindowManager,
+                         testing::ValuesIn(installedWindowManagers()),
+                         [](const auto& test) { return test.param; });
 
 TEST_F(X11DesktopTest, ScaledScreensMeasureInPoints) {
   const auto window = client.open("Scaled", {200, 100, 400, 300});
@@ -318,8 +369,7 @@ TEST_F(X11DesktopTest, OneProgramForADisplay) {
 
 TEST(DesktopEntriesTest, FindTheApplicationOfAWindowClass) {
   namespace fs = std::filesystem;
-  const fs::path folder = fs::path(testing::TempDir()) / "pellow-desktop-entries";
-  fs::remove_all(folder);
+  const fs::path folder = fs::path(testing::TempDir()) / fmt::format("pellow-entries-{}", getpid());
   const auto write = [&](const std::string& name, const std::string& keys) {
     fs::create_directories((folder / name).parent_path());
     std::ofstream(folder / name) << "# made here\n[Desktop Entry]\nType=Application\n"
@@ -350,6 +400,7 @@ TEST(DesktopEntriesTest, FindTheApplicationOfAWindowClass) {
   write("own/late.desktop", "Name=Late");
   fs::last_write_time(folder / "own", fs::file_time_type::clock::now() + std::chrono::hours(1));
   EXPECT_EQ(find("late", "Late"), "late/Late");
+  fs::remove_all(folder);
 }
 
 TEST(X11DesktopFailures, AreSentencesAndValues) {

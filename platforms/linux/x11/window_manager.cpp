@@ -37,7 +37,8 @@ namespace {
 
 // How long a window manager may take for one step.
 constexpr Seconds movePatience = 0.25;
-constexpr Seconds mapPatience = 0.25;
+constexpr Seconds settlePatience = 0.1;
+constexpr Seconds mapPatience = 0.1;
 constexpr Seconds iconifyPatience = 1;
 
 constexpr std::uint32_t sourcePager = 2;  // "the user wants this", as EWMH has it
@@ -264,15 +265,18 @@ void WindowManager::remember(const WindowFacts& window, const LeftState& left) {
                       static_cast<std::uint32_t>(words.size()), words.data());
 }
 
-// The state changes before the frame does, so that two waits are needed.
+// The state changes before the frame does, and some window managers answer in between.
 std::expected<WindowFacts, AXError> WindowManager::lookAfterStateChange(const WindowFacts& before,
                                                                         Deadline deadline) {
-  const auto hasChanged = [&](const WindowFacts& now) {
+  const auto hasNewState = [&](const WindowFacts& now) {
     return LeftState::of(now.state) != LeftState::of(before.state);
   };
-  const auto facts = waitUntil(before.key(), placeFacets, movePatience, deadline, hasChanged);
+  auto facts = waitUntil(before.key(), placeFacets, movePatience, deadline, hasNewState);
+  if (!facts || !hasNewState(*facts)) return facts;
+  facts = lookAfterItActed(before.key(), deadline, [](const WindowFacts&) { return false; });
   if (!facts) return facts;
-  return lookAfterItActed(before.key(), deadline, [](const WindowFacts&) { return false; });
+  return waitUntil(before.key(), placeFacets, settlePatience, deadline,
+                   [&](const WindowFacts& now) { return now.frame != before.frame; });
 }
 
 std::expected<void, AXError> WindowManager::takeUpExpandedState(const WindowFacts& window,
