@@ -56,8 +56,10 @@ struct BasicRect {
   Size size;
 
   constexpr BasicRect() = default;
-  constexpr BasicRect(BasicPoint<Space> rectOrigin, Size rectSize) : origin(rectOrigin), size(rectSize) {}
-  constexpr BasicRect(double x, double y, double width, double height) : origin{x, y}, size{width, height} {}
+  constexpr BasicRect(BasicPoint<Space> rectOrigin, Size rectSize)
+      : origin(rectOrigin), size(rectSize) {}
+  constexpr BasicRect(double x, double y, double width, double height)
+      : origin{x, y}, size{width, height} {}
 
   bool operator==(const BasicRect&) const = default;
 

@@ -251,7 +251,10 @@ std::expected<WindowFacts, AXError> WindowManager::leaveExpandedState(const Wind
     if (!facts) return facts;
     now = std::move(*facts);
   }
-  if (now.state.isExpanded()) return std::unexpected(AXError::cannotComplete);
+  if (now.state.isExpanded()) {
+    forgetLeftState(window);
+    return std::unexpected(AXError::cannotComplete);
+  }
   left.origin = now.frame.origin();
   remember(window, left);
   now.state.leftState = left.words();
@@ -263,6 +266,11 @@ void WindowManager::remember(const WindowFacts& window, const LeftState& left) {
   xcb_change_property(server_.connection().raw(), XCB_PROP_MODE_REPLACE, window.window,
                       server_.atoms().pellowState, XCB_ATOM_INTEGER, 32,
                       static_cast<std::uint32_t>(words.size()), words.data());
+}
+
+void WindowManager::forgetLeftState(const WindowFacts& window) {
+  xcb_delete_property(server_.connection().raw(), window.window, server_.atoms().pellowState);
+  server_.connection().flush();
 }
 
 // The state changes before the frame does, and some window managers answer in between.
@@ -292,7 +300,7 @@ std::expected<void, AXError> WindowManager::takeUpExpandedState(const WindowFact
   if (!moved) return std::unexpected(moved.error());
 
   changeExpandedState(*moved, left, true);
-  xcb_delete_property(server_.connection().raw(), window.window, server_.atoms().pellowState);
+  forgetLeftState(window);
   const auto back = lookAfterStateChange(*moved, deadline);
   if (!back) return std::unexpected(back.error());
   return {};

@@ -65,6 +65,7 @@ class WindowManager {
                         Deadline deadline);
   void changeExpandedState(const WindowFacts& window, const LeftState& states, bool add);
   void remember(const WindowFacts& window, const LeftState& left);
+  void forgetLeftState(const WindowFacts& window);
   std::expected<WindowFacts, AXError> lookAfterStateChange(const WindowFacts& before,
                                                            Deadline deadline);
   void bringToCurrentDesktop(const WindowFacts& window, Deadline deadline);

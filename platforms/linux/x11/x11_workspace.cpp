@@ -67,8 +67,6 @@ X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager,
     if (window.state.belongsToHiddenApplication) watchHidden(window.window);
 }
 
-X11Workspace::~X11Workspace() = default;
-
 X11Workspace::Windows X11Workspace::windowsOf(ProcessID pid, Facet facets) const {
   const Deadline deadline = deadlineIn(serverPatience);
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
@@ -280,7 +278,11 @@ void X11Workspace::windowsChanged() {
 
 void X11Workspace::watchForEnd(ProcessID pid) {
   auto process = pid > 0 ? openProcess(pid) : FileDescriptor();
-  if (!process || isReadable(process)) return end(pid);
+  if (process ? isReadable(process) : !isAlive(pid)) return end(pid);
+  if (!process) {  // out of descriptors: the next change of the windows asks again
+    withWindows_.insert(pid);
+    return;
+  }
   epoll_event interest{.events = EPOLLIN, .data = {.fd = process.number()}};
   epoll_ctl(pollSet_, EPOLL_CTL_ADD, process.number(), &interest);
   leaving_.insert_or_assign(pid, std::move(process));

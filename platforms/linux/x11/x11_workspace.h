@@ -24,7 +24,6 @@ class X11Workspace : public Workspace {
   // end.
   X11Workspace(X11Server& server, WindowManager& windowManager, WindowEvents& windowEvents,
                int pollSet, LoadIcon loadIcon);
-  ~X11Workspace() override;
 
   std::vector<RunningApplication> runningApplications() override;
   std::optional<RunningApplication> application(ProcessID pid) override;
