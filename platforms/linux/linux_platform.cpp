@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <xcb/xcb.h>
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QSocketNotifier>
 #include <cstdlib>
 #include <functional>
@@ -72,7 +72,8 @@ std::unique_ptr<QSocketNotifier> watch(int fileDescriptor, std::function<void()>
 
 X11Desktop::Hooks desktopHooks() {
   return {.loadIcon = [](const std::string& name) { return ThemeIcon::load(name); },
-          .ownWindowHasKeyboard = [] { return QGuiApplication::focusWindow() != nullptr; }};
+          .ownWindowHasKeyboard =
+              [] { return QGuiApplication::focusWindow() || QApplication::activePopupWidget(); }};
 }
 
 }  // namespace
@@ -101,7 +102,7 @@ struct LinuxPlatform::Parts {
         userDefaults(FileUserDefaults::standardFile(), queues.main(), log),
         process(std::move(arguments), signals, [this] { userDefaults.flush(); }),
         alerts(queues.main()),
-        panels([this](const AppKitRect& rect) { return desktop->toPixels(rect); }),
+        panels(queues.main(), [this](const AppKitRect& rect) { return desktop->toPixels(rect); }),
         localKeys([this](std::uint8_t keycode, std::uint16_t state) {
           return desktop->deliverLocalKeyDown(keycode, state);
         }),

@@ -4,11 +4,14 @@
 #include <cmath>
 #include <utility>
 
+#include "platforms/simulated/scheduler.h"
+
 namespace pellow::simulated {
 namespace {
 
 constexpr double menuBarHeight = 25;
-constexpr double dockHeight = 70;
+constexpr double dockThickness = 70;
+constexpr double titleBarHeight = 28;
 
 template <class Applications>
 auto* findApplication(Applications& applications, ProcessID pid) {
@@ -46,10 +49,17 @@ bool DesktopState::isVisible(const WindowState& window) const {
   return !window.minimized && !application(window.pid)->hidden;
 }
 
-std::optional<WindowID> DesktopState::windowAt(AppKitPoint point) const {
+std::optional<WindowID> DesktopState::windowAt(QuartzPoint point) const {
   for (const auto& each : windows)
-    if (isVisible(each) && flip().toAppKit(each.frame).contains(point)) return each.id;
+    if (isVisible(each) && each.frame.contains(point)) return each.id;
   return std::nullopt;
+}
+
+WindowPart DesktopState::partAt(const WindowState& window, QuartzPoint point) const {
+  if (window.hasMinimizeButton && frameOf(WindowPart::minimizeButton, window.frame).contains(point))
+    return WindowPart::minimizeButton;
+  const auto content = frameOf(WindowPart::content, window.frame);
+  return content.contains(point) ? WindowPart::content : WindowPart::window;
 }
 
 std::optional<WindowID> DesktopState::focusedWindow() const {
@@ -163,6 +173,14 @@ void DesktopState::carryOutLateWrites(Seconds now) {
   std::erase_if(lateWrites, isDue);
 }
 
+void DesktopState::wake(ProcessID pid, Seconds now) {
+  application(pid)->hangs = false;
+  for (auto& late : lateWrites)
+    if (late.moment == never && window(late.window) && window(late.window)->pid == pid)
+      late.moment = now;
+  carryOutLateWrites(now);
+}
+
 void DesktopState::move(WindowID id, QuartzPoint asked) {
   auto& moved = *window(id);
   moved.frame.origin = placeTaken(moved, asked);
@@ -212,6 +230,13 @@ void DesktopState::focusNext(ProcessID pid) {
 
 Flip DesktopState::flip() const { return {screens.empty() ? 0 : screens.front().frame.height()}; }
 
+QuartzPoint DesktopState::toQuartz(AppKitPoint point) const {
+  return {point.x, flip().primaryHeight - point.y};
+}
+AppKitPoint DesktopState::toAppKit(QuartzPoint point) const {
+  return {point.x, flip().primaryHeight - point.y};
+}
+
 const Screen* DesktopState::screenOf(const QuartzRect& rect) const {
   if (screens.empty()) return nullptr;
   const auto frame = flip().toAppKit(rect);
@@ -227,15 +252,19 @@ const Screen* DesktopState::mainScreen() const {
 
 void DesktopState::plug(Screen screen) {
   screens.push_back(std::move(screen));
-  if (screens.size() == 1) beginAtPrimary();
+  if (screens.size() > 1) return;
+  beginAtPrimary();
+  moveDock(dock);
 }
 
 void DesktopState::unplug(DisplayID display) {
   const auto before = flip();
+  const bool wasPrimary = !screens.empty() && screens.front().displayID == display;
   std::erase_if(screens, [&](const Screen& screen) { return screen.displayID == display; });
   if (screens.empty()) return;
   const auto corner = before.toQuartz(screens.front().frame).origin;
   beginAtPrimary();
+  if (wasPrimary) moveDock(dock);
   for (auto& each : windows) {
     each.frame.origin = each.frame.origin + (QuartzPoint{} - corner);
     if (shareOnDisplays(each.frame) == 0) each.frame.origin = clamped(each.frame);
@@ -258,11 +287,36 @@ void DesktopState::beginAtPrimary() {
   pointer = pointer + toOrigin;
 }
 
-Screen makeScreen(DisplayID display, AppKitRect frame, bool hasDock) {
-  const double below = hasDock ? dockHeight : 0;
+void DesktopState::moveDock(DockSide side) {
+  dock = side;
+  if (screens.empty()) return;
+  auto& primary = screens.front();
+  primary.visibleFrame = makeScreen(0, primary.frame).visibleFrame;
+  auto& room = primary.visibleFrame;
+  if (side == DockSide::left) room.origin.x += dockThickness;
+  if (side == DockSide::left || side == DockSide::right) room.size.width -= dockThickness;
+  if (side == DockSide::bottom) {
+    room.origin.y += dockThickness;
+    room.size.height -= dockThickness;
+  }
+}
+
+QuartzRect frameOf(WindowPart part, const QuartzRect& window) {
+  switch (part) {
+    case WindowPart::window:
+      return window;
+    case WindowPart::minimizeButton:
+      return {window.minX() + 26, window.minY() + 4, 14, 14};
+    case WindowPart::content:
+      return {window.minX(), window.minY() + titleBarHeight, window.width(),
+              std::max(window.height() - titleBarHeight, 0.0)};
+  }
+  return window;
+}
+
+Screen makeScreen(DisplayID display, AppKitRect frame) {
   return {display, frame,
-          AppKitRect(frame.minX(), frame.minY() + below, frame.width(),
-                     frame.height() - menuBarHeight - below)};
+          AppKitRect(frame.minX(), frame.minY(), frame.width(), frame.height() - menuBarHeight)};
 }
 
 }  // namespace pellow::simulated

@@ -21,11 +21,12 @@ namespace pellow::simulated {
 
 using WindowID = int;
 
-enum class AXCall { read, write, perform };
+enum class AXCall { read, write, perform, pid, observe, hitTest };
 
-// An attribute or action that answers with an error.
+// A call that answers with an error.
 struct AXFault {
-  std::string name;            // "AXPosition"; empty for every name
+  // Of an attribute, action or notification; "pid", "elementAtPosition"; empty for every name.
+  std::string name;
   std::optional<AXCall> call;  // absent for every kind
   AXError error = AXError::failure;
   bool once = true;
@@ -50,21 +51,37 @@ struct WindowState {
   std::string title;
   QuartzRect frame;
   std::string subrole = "AXStandardWindow";
+  bool hasMinimizeButton = true;
   bool minimized = false;
   WindowManners manners;
 };
+
+// A window and what lies in it:
+//
+//   ┌──────────────────────────────┐
+//   │ (26, 4) ▢ 14 × 14: button    │  title bar, 28 points high: the window itself
+//   ├──────────────────────────────┤
+//   │ content                      │
+//   └──────────────────────────────┘
+enum class WindowPart { window, minimizeButton, content };
 
 struct ApplicationState {
   RunningApplication identity;
   bool hidden = false;
   bool refusesToHide = false;
+  bool refusesObservers = false;
+  bool hangs = false;
   Seconds answersAfter = 0;
+  std::optional<int> callsUntilQuit;
   std::optional<WindowID> focusedWindow;
 };
 
+// Where the Dock stands, and how much of the primary display it takes from windows.
+enum class DockSide { bottom, left, right, autoHidden };
+
 // A change that an application carries out after its caller has given up.
 struct LateWrite {
-  Seconds moment = 0;
+  Seconds moment = 0;  // `never` while the application hangs
   WindowID window = 0;
   std::string attribute;
   AXValue value;
@@ -83,6 +100,7 @@ struct LogLine {
 struct DesktopState {
   Seconds time = 0;                            // of the copy
   std::vector<Screen> screens;                 // the first is the primary one
+  DockSide dock = DockSide::bottom;            // of the primary one
   std::vector<ApplicationState> applications;  // in the order of their launch
   std::vector<WindowState> windows;            // front to back, over all applications
   std::optional<ProcessID> frontmost;
@@ -93,7 +111,10 @@ struct DesktopState {
   bool trustsProcess = true;
   bool allowsCapture = true;
   bool allowsMonitors = true;
-  Seconds longestExtraDelay = 0;  // of every Accessibility call, by seed
+  Seconds longestExtraDelay = 0;    // of every Accessibility call, by seed
+  Seconds longestAnnouncement = 0;  // of every notification on its way, by seed
+  double faultProbability = 0;      // of every Accessibility call, by seed
+  std::vector<AXError> possibleFaults;
   std::vector<AXFault> faults;
   std::vector<LateWrite> lateWrites;
   ProcessID lastPid = 100;
@@ -108,7 +129,9 @@ struct DesktopState {
   // Front to back, minimized ones last.
   std::vector<WindowID> windowsOf(ProcessID pid) const;
   bool isVisible(const WindowState& window) const;
-  std::optional<WindowID> windowAt(AppKitPoint point) const;
+  std::optional<WindowID> windowAt(QuartzPoint point) const;
+  // What of the window lies at a point inside its frame.
+  WindowPart partAt(const WindowState& window, QuartzPoint point) const;
   // Of the window that has the keyboard.
   std::optional<WindowID> focusedWindow() const;
 
@@ -132,9 +155,13 @@ struct DesktopState {
   // Changes an attribute as the window's manners have it.
   std::expected<void, AXError> write(WindowID id, std::string_view attribute, const AXValue& value);
   void carryOutLateWrites(Seconds now);
+  // It hung; what it was asked meanwhile is due now.
+  void wake(ProcessID pid, Seconds now);
 
   // Between Quartz and AppKit space, about the primary display.
   Flip flip() const;
+  QuartzPoint toQuartz(AppKitPoint point) const;
+  AppKitPoint toAppKit(QuartzPoint point) const;
   // The screen that holds most of the rectangle, else the primary one.
   const Screen* screenOf(const QuartzRect& rect) const;
   const Screen* mainScreen() const;
@@ -144,6 +171,7 @@ struct DesktopState {
   // As on a Mac the next display becomes the primary one if need be, and windows that touch no
   // display any more come to the primary one.
   void unplug(DisplayID display);
+  void moveDock(DockSide side);
 
  private:
   void move(WindowID id, QuartzPoint asked);
@@ -154,8 +182,10 @@ struct DesktopState {
   void beginAtPrimary();
 };
 
-// A display with a menu bar of 25 points at the top and, where it is asked for, a Dock of 70 points
-// at the bottom.
-Screen makeScreen(DisplayID display, AppKitRect frame, bool hasDock);
+// What the button and the content of a window cover.
+QuartzRect frameOf(WindowPart part, const QuartzRect& window);
+
+// A display with a menu bar of 25 points at the top and no Dock.
+Screen makeScreen(DisplayID display, AppKitRect frame);
 
 }  // namespace pellow::simulated

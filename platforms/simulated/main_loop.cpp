@@ -58,11 +58,12 @@ Subscription MainLoop::add(Seconds due, Work work, std::function<void()> tick, S
   });
 }
 
-void MainLoop::post(Work event) {
+void MainLoop::post(Work event, Seconds moment) {
   if (isStopped_) return;
   const auto age = items_->next++;
-  items_->byDue.emplace(scheduler_.now(), age);
-  items_->byAge.emplace(age, Items::Item{scheduler_.now(), std::move(event), {}, 0});
+  const auto due = std::max(moment, scheduler_.now());
+  items_->byDue.emplace(due, age);
+  items_->byAge.emplace(age, Items::Item{due, std::move(event), {}, 0});
 }
 
 void MainLoop::runUntilQuiet(Seconds horizon) {

@@ -18,8 +18,8 @@ class MainLoop {
   Subscription after(Seconds delay, Work work);
   Subscription every(Seconds interval, std::function<void()> tick);
 
-  // An event of the desktop: nobody takes it back.
-  void post(Work event);
+  // An event of the desktop, now or at a moment to come: nobody takes it back.
+  void post(Work event, Seconds moment = 0);
 
   // Runs until nothing is pending on any thread but repeating timers and work due later than
   // `horizon` after now. Throws when that takes more than a virtual day.

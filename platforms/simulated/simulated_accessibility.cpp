@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "platforms/simulated/simulated_panels.h"
 #include "platforms/simulated/simulated_system.h"
 
 namespace pellow::simulated {
@@ -22,6 +23,12 @@ std::string_view verb(AXCall call) {
       return "writes";
     case AXCall::perform:
       return "performs";
+    case AXCall::pid:
+      return "asks for";
+    case AXCall::observe:
+      return "observes";
+    case AXCall::hitTest:
+      return "asks for";
   }
   return "";
 }
@@ -34,6 +41,13 @@ std::optional<AXError> takeFault(std::vector<AXFault>& faults, AXCall call, std:
   const auto error = found->error;
   if (found->once) faults.erase(found);
   return error;
+}
+
+// A call arrives, which the application may take as a reason to go.
+void countCallOf(SimulatedSystem& system, ProcessID pid) {
+  auto& left = system.state.application(pid)->callsUntilQuit;
+  if (left && --*left <= 0)
+    system.change([pid](DesktopState& desktop) { desktop.endApplication(pid); });
 }
 
 // What all elements have in common: the road of a call to the other application.
@@ -64,8 +78,19 @@ class Element : public AXElement::Object {
     if (!system_.portCall("asks for the process of {}", describe()))
       return std::unexpected(AXError::cannotComplete);
     if (!isAlive()) return std::unexpected(AXError::invalidUIElement);
+    if (const auto error = orderedFault(AXCall::pid, "pid")) return std::unexpected(*error);
     return owner();
   }
+
+  // Asks the application like any other call; the error that the call ends with, or none.
+  std::optional<AXError> ask(AXCall call, std::string_view name) const {
+    return arrive(call, name);
+  }
+  virtual std::expected<Subscription, AXError> observe(
+      std::string_view, std::function<void(const AXElement&)>) const {
+    return std::unexpected(AXError::notificationUnsupported);
+  }
+  Seconds messagingTimeout() const { return timeout_; }
 
  protected:
   DesktopState& desktop() const { return system_.state; }
@@ -75,6 +100,7 @@ class Element : public AXElement::Object {
   virtual ProcessID owner() const = 0;
   virtual bool isAlive() const = 0;
   virtual Seconds delay() const { return 0; }
+  virtual bool hangs() const { return false; }
   // A call arrives, which the element may take as a reason to go.
   virtual void countCall() const {}
   virtual std::vector<AXFault>* faults() const { return nullptr; }
@@ -97,85 +123,173 @@ class Element : public AXElement::Object {
       return AXError::cannotComplete;
     if (!desktop().trustsProcess) return AXError::apiDisabled;
     if (!isAlive()) return AXError::invalidUIElement;
-    const auto late = travel();
+    const auto late = travel(call);
     if (tooLateBy) *tooLateBy = late;
     if (late > 0 || !system_.processRuns()) return AXError::cannotComplete;
+    if (!desktop().trustsProcess) return AXError::apiDisabled;
     if (isAlive()) countCall();
     if (!isAlive()) return AXError::invalidUIElement;
+    if (const auto error = orderedFault(call, name)) return error;
+    return randomFault();
+  }
+
+  // Waits for the application; by how long it misses the messaging timeout.
+  Seconds travel(AXCall call) const {
+    auto& scheduler = system_.scheduler;
+    const bool takesTime = call != AXCall::observe;
+    auto duration = takesTime && isAlive() ? delay() : 0;
+    if (takesTime && desktop().longestExtraDelay > 0)
+      duration += desktop().longestExtraDelay * scheduler.randomFraction();
+    if (duration == 0 && !hangs()) return 0;
+    const auto answer = scheduler.now() + duration;
+    const auto giveUp = scheduler.now() + timeout_;
+    const auto isStuck = [this] { return isAlive() && hangs(); };
+    scheduler.wait({.what = "an answer of " + describe(),
+                    .moment = [&] { return isStuck() ? giveUp : std::min(answer, giveUp); }});
+    if (isStuck()) return never;
+    return std::max(answer - giveUp, 0.0);
+  }
+
+  std::optional<AXError> orderedFault(AXCall call, std::string_view name) const {
     if (auto* own = faults())
       if (const auto error = takeFault(*own, call, name)) return error;
     return takeFault(desktop().faults, call, name);
   }
 
-  // Waits for the application; by how long it misses the messaging timeout.
-  Seconds travel() const {
-    auto duration = delay();
-    if (desktop().longestExtraDelay > 0)
-      duration += desktop().longestExtraDelay * system_.scheduler.randomFraction();
-    if (duration > 0) system_.scheduler.sleep(std::min(duration, timeout_));
-    return std::max(duration - timeout_, 0.0);
+  std::optional<AXError> randomFault() const {
+    const auto& errors = desktop().possibleFaults;
+    if (errors.empty() || desktop().faultProbability <= 0) return std::nullopt;
+    if (system_.scheduler.randomFraction() >= desktop().faultProbability) return std::nullopt;
+    return errors[system_.scheduler.random(errors.size())];
   }
 
   SimulatedSystem& system_;
   Seconds timeout_ = defaultMessagingTimeout;
 };
 
+// The elements of a window: itself, its minimize button, its content.
 class WindowElement final : public Element {
  public:
-  WindowElement(SimulatedSystem& system, WindowID window) : Element(system), id_(window) {
+  WindowElement(SimulatedSystem& system, WindowID window, WindowPart part = WindowPart::window)
+      : Element(system), id_(window), part_(part) {
     const auto* state = desktop().window(window);
     pid_ = state ? state->pid : 0;
   }
 
-  WindowID window() const { return id_; }
-
   bool equals(const AXElement::Object& other) const override {
     const auto* element = dynamic_cast<const WindowElement*>(&other);
-    return element && element->id_ == id_;
+    return element && element->id_ == id_ && element->part_ == part_;
+  }
+
+  std::expected<Subscription, AXError> observe(
+      std::string_view notification, std::function<void(const AXElement&)> handler) const override {
+    if (part_ != WindowPart::window || notification != "AXUIElementDestroyed")
+      return std::unexpected(AXError::notificationUnsupported);
+    return system().observeElement(pid_, id_, notification, std::move(handler));
   }
 
  protected:
-  std::string describe() const override { return fmt::format("window {}", id_); }
+  std::string describe() const override {
+    switch (part_) {
+      case WindowPart::window:
+        return fmt::format("window {}", id_);
+      case WindowPart::minimizeButton:
+        return fmt::format("the minimize button of window {}", id_);
+      case WindowPart::content:
+        return fmt::format("the content of window {}", id_);
+    }
+    return {};
+  }
   ProcessID owner() const override { return pid_; }
-  bool isAlive() const override { return desktop().window(id_) != nullptr; }
+  bool isAlive() const override {
+    const auto* window = desktop().window(id_);
+    return window && (part_ != WindowPart::minimizeButton || window->hasMinimizeButton);
+  }
   Seconds delay() const override {
     return state().manners.answersAfter + desktop().application(pid_)->answersAfter;
   }
+  bool hangs() const override { return desktop().application(pid_)->hangs; }
   void countCall() const override {
     auto& left = state().manners.callsUntilClosed;
-    if (left && --*left <= 0) system().closeWindow(id_);
+    if (left && --*left <= 0) system().change([this](DesktopState& desk) { desk.close(id_); });
+    countCallOf(system(), pid_);
   }
   std::vector<AXFault>* faults() const override { return &state().manners.faults; }
 
   Answer read(std::string_view attribute) const override {
-    const auto& window = state();
-    if (attribute == "AXRole") return "AXWindow";
-    if (attribute == "AXSubrole") return window.subrole;
-    if (attribute == "AXTitle") return window.title;
-    if (attribute == "AXPosition") return window.frame.origin;
-    if (attribute == "AXSize") return window.frame.size;
-    if (attribute == "AXMinimized") return window.minimized;
-    if (attribute == "AXParent") return applicationElement(system(), pid_);
+    const auto frame = frameOf(part_, state().frame);
+    if (attribute == "AXPosition") return frame.origin;
+    if (attribute == "AXSize") return frame.size;
+    switch (part_) {
+      case WindowPart::window:
+        return readWindow(attribute);
+      case WindowPart::minimizeButton:
+        if (attribute == "AXRole") return "AXButton";
+        if (attribute == "AXSubrole") return "AXMinimizeButton";
+        break;
+      case WindowPart::content:
+        if (attribute == "AXRole") return "AXGroup";
+        break;
+    }
+    if (attribute == "AXParent") return windowElement(system(), id_);
     return std::unexpected(AXError::attributeUnsupported);
   }
 
   std::expected<void, AXError> write(std::string_view attribute, const AXValue& value) override {
-    return desktop().write(id_, attribute, value);
+    if (part_ != WindowPart::window) return std::unexpected(AXError::attributeUnsupported);
+    std::expected<void, AXError> answer;
+    system().change([&](DesktopState& desk) { answer = desk.write(id_, attribute, value); });
+    return answer;
   }
   void writeLate(Seconds after, std::string_view attribute, const AXValue& value) override {
-    if (state().manners.actsLate) system().writeLate(after, id_, attribute, value);
+    if (part_ == WindowPart::window && state().manners.actsLate)
+      system().writeLate(after, id_, attribute, value);
   }
 
   std::expected<void, AXError> perform(std::string_view action) override {
-    if (action != "AXRaise") return std::unexpected(AXError::actionUnsupported);
-    desktop().raise(id_);
+    const auto id = id_;
+    if (part_ == WindowPart::window && action == "AXRaise")
+      system().change([id](DesktopState& desk) { desk.raise(id); });
+    else if (part_ == WindowPart::minimizeButton && action == "AXPress")
+      system().change([id](DesktopState& desk) { desk.minimize(id); });
+    else
+      return std::unexpected(AXError::actionUnsupported);
     return {};
   }
 
  private:
   WindowState& state() const { return *desktop().window(id_); }
 
+  AXElement part(WindowPart part) const {
+    return AXElement(std::make_shared<WindowElement>(system(), id_, part));
+  }
+
+  Answer readWindow(std::string_view attribute) const {
+    const auto& window = state();
+    if (attribute == "AXRole") return "AXWindow";
+    if (attribute == "AXSubrole") return orNoValue(window.subrole);
+    if (attribute == "AXTitle") return window.title;
+    if (attribute == "AXMinimized") return window.minimized;
+    if (attribute == "AXParent") return applicationElement(system(), pid_);
+    if (attribute == "AXMinimizeButton") {
+      if (!window.hasMinimizeButton) return std::unexpected(AXError::noValue);
+      return part(WindowPart::minimizeButton);
+    }
+    if (attribute == "AXChildren") {
+      std::vector<AXElement> children{part(WindowPart::content)};
+      if (window.hasMinimizeButton) children.push_back(part(WindowPart::minimizeButton));
+      return children;
+    }
+    return std::unexpected(AXError::attributeUnsupported);
+  }
+
+  static Answer orNoValue(const std::string& text) {
+    if (text.empty()) return std::unexpected(AXError::noValue);
+    return text;
+  }
+
   WindowID id_;
+  WindowPart part_;
   ProcessID pid_ = 0;
 };
 
@@ -188,11 +302,22 @@ class ApplicationElement final : public Element {
     return element && element->pid_ == pid_;
   }
 
+  std::expected<Subscription, AXError> observe(
+      std::string_view notification, std::function<void(const AXElement&)> handler) const override {
+    if (notification != "AXWindowMiniaturized" && notification != "AXFocusedWindowChanged")
+      return std::unexpected(AXError::notificationUnsupported);
+    if (desktop().application(pid_)->refusesObservers)
+      return std::unexpected(AXError::cannotComplete);
+    return system().observeElement(pid_, 0, notification, std::move(handler));
+  }
+
  protected:
   std::string describe() const override { return fmt::format("application {}", pid_); }
   ProcessID owner() const override { return pid_; }
   bool isAlive() const override { return desktop().application(pid_) != nullptr; }
   Seconds delay() const override { return desktop().application(pid_)->answersAfter; }
+  bool hangs() const override { return desktop().application(pid_)->hangs; }
+  void countCall() const override { countCallOf(system(), pid_); }
 
   Answer read(std::string_view attribute) const override {
     if (attribute == "AXRole") return "AXApplication";
@@ -213,6 +338,37 @@ class ApplicationElement final : public Element {
 
  private:
   ProcessID pid_;
+};
+
+// A panel of the program as others see it.
+class PanelElement final : public Element {
+ public:
+  PanelElement(SimulatedSystem& system, const SimulatedPanels& panels, PanelID panel)
+      : Element(system), panels_(panels), id_(panel) {}
+
+  bool equals(const AXElement::Object& other) const override {
+    const auto* element = dynamic_cast<const PanelElement*>(&other);
+    return element && element->id_ == id_;
+  }
+
+ protected:
+  std::string describe() const override { return fmt::format("panel {}", id_); }
+  ProcessID owner() const override { return system().ownPid(); }
+  bool isAlive() const override { return panels_.withID(id_) != nullptr; }
+
+  Answer read(std::string_view attribute) const override {
+    const auto frame = desktop().flip().toQuartz(panels_.withID(id_)->frameNow());
+    if (attribute == "AXRole") return "AXWindow";
+    if (attribute == "AXSubrole") return "AXUnknown";
+    if (attribute == "AXPosition") return frame.origin;
+    if (attribute == "AXSize") return frame.size;
+    if (attribute == "AXParent") return applicationElement(system(), owner());
+    return std::unexpected(AXError::attributeUnsupported);
+  }
+
+ private:
+  const SimulatedPanels& panels_;
+  PanelID id_;
 };
 
 class SystemWideElement final : public Element {
@@ -248,15 +404,39 @@ AXElement SimulatedAccessibility::application(ProcessID pid) {
   return applicationElement(system_, pid);
 }
 
+std::expected<AXElement, AXError> SimulatedAccessibility::elementAtPosition(
+    const AXElement& systemWide, QuartzPoint point) {
+  const auto* system = dynamic_cast<const SystemWideElement*>(&systemWide.object());
+  if (!system) return std::unexpected(AXError::illegalArgument);
+  const auto& desktop = system_.state;
+  const auto panelThere = [&] { return panels_.panelAt(desktop.toAppKit(point)); };
+  const auto id = panelThere() ? std::nullopt : desktop.windowAt(point);
+  if (!id) {
+    if (const auto error = system->ask(AXCall::hitTest, "elementAtPosition"))
+      return std::unexpected(*error);
+    const auto* panel = panelThere();
+    if (!panel) return std::unexpected(AXError::noValue);
+    return AXElement(std::make_shared<PanelElement>(system_, panels_, panel->id()));
+  }
+
+  // The application whose window lies there is asked, and answers by what is there then.
+  WindowElement window(system_, *id);
+  window.setMessagingTimeout(system->messagingTimeout());
+  if (const auto error = window.ask(AXCall::hitTest, "elementAtPosition"))
+    return std::unexpected(*error);
+  const auto& found = *desktop.window(*id);
+  if (!desktop.isVisible(found) || !found.frame.contains(point))
+    return std::unexpected(AXError::noValue);
+  return AXElement(std::make_shared<WindowElement>(system_, *id, desktop.partAt(found, point)));
+}
+
 std::expected<Subscription, AXError> SimulatedAccessibility::observe(
-    const AXElement& element, std::string_view notification, std::function<void()> handler) {
-  const auto* window = dynamic_cast<const WindowElement*>(&element.object());
-  if (!system_.portCall("observes {}", notification))
-    return std::unexpected(AXError::cannotComplete);
-  if (!window || notification != "AXUIElementDestroyed")
-    return std::unexpected(AXError::notificationUnsupported);
-  if (!system_.state.window(window->window())) return std::unexpected(AXError::invalidUIElement);
-  return system_.windowDestroyed[window->window()].add(std::move(handler));
+    const AXElement& element, std::string_view notification,
+    std::function<void(const AXElement&)> handler) {
+  const auto& observed = dynamic_cast<const Element&>(element.object());
+  if (const auto error = observed.ask(AXCall::observe, notification))
+    return std::unexpected(*error);
+  return observed.observe(notification, std::move(handler));
 }
 
 AXElement windowElement(SimulatedSystem& system, WindowID window) {

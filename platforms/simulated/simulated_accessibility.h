@@ -5,23 +5,33 @@
 
 namespace pellow::simulated {
 
+class SimulatedPanels;
 class SimulatedSystem;
 
 // Elements of simulated windows and applications, which answer as their manners have it.
+//
+// A window has two children, its minimize button and its content (`WindowPart`); its manners are
+// theirs. What the program's own panels cover cannot be hit: the panel is found first, as a window
+// of this process.
 class SimulatedAccessibility final : public Accessibility {
  public:
-  explicit SimulatedAccessibility(SimulatedSystem& system) : system_(system) {}
+  SimulatedAccessibility(SimulatedSystem& system, SimulatedPanels& panels)
+      : system_(system), panels_(panels) {}
 
   bool isProcessTrusted() const override;
   AXElement systemWide() override;
   AXElement application(ProcessID pid) override;
-  // Windows post "AXUIElementDestroyed".
-  std::expected<Subscription, AXError> observe(const AXElement& element,
-                                               std::string_view notification,
-                                               std::function<void()> handler) override;
+  std::expected<AXElement, AXError> elementAtPosition(const AXElement& systemWide,
+                                                      QuartzPoint point) override;
+  // `Announcement` has the rules of what is posted when. A slow application adds an observer at
+  // once; one that hangs holds the caller up as in any other call.
+  std::expected<Subscription, AXError> observe(
+      const AXElement& element, std::string_view notification,
+      std::function<void(const AXElement&)> handler) override;
 
  private:
   SimulatedSystem& system_;
+  SimulatedPanels& panels_;
 };
 
 AXElement windowElement(SimulatedSystem& system, WindowID window);

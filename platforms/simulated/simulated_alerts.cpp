@@ -42,7 +42,8 @@ void SimulatedAlerts::choose(std::string_view button) {
 
 // The program gives way to others with its last alert.
 void SimulatedAlerts::takeAway(const std::shared_ptr<Shown>& shown) {
-  if (std::erase(shown_, shown) > 0 && shown_.empty()) system_.state.resign(system_.ownPid());
+  if (std::erase(shown_, shown) == 0 || !shown_.empty()) return;
+  system_.change([this](DesktopState& desktop) { desktop.resign(system_.ownPid()); });
 }
 
 }  // namespace pellow::simulated

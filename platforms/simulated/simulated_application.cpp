@@ -32,16 +32,25 @@ std::optional<SimulatedWindow> SimulatedApplication::focusedWindow() const {
 
 SimulatedWindow SimulatedApplication::openWindow(std::string title, QuartzRect frame,
                                                  std::string subrole) const {
-  return {*system_, system_->state.open({.pid = state().identity.pid,
-                                         .title = std::move(title),
-                                         .frame = frame,
-                                         .subrole = std::move(subrole)})};
+  WindowState window{.pid = state().identity.pid,
+                     .title = std::move(title),
+                     .frame = frame,
+                     .subrole = std::move(subrole)};
+  WindowID id = 0;
+  system_->change([&](DesktopState& desktop) { id = desktop.open(std::move(window)); });
+  return {*system_, id};
 }
 
-void SimulatedApplication::activate() const { system_->state.activate(state().identity.pid); }
-void SimulatedApplication::hide() const { system_->state.hide(state().identity.pid); }
-void SimulatedApplication::unhide() const { system_->state.unhide(state().identity.pid); }
-void SimulatedApplication::quit() const { system_->endApplication(state().identity.pid); }
+void SimulatedApplication::does(void (DesktopState::*verb)(ProcessID)) const {
+  const auto pid = state().identity.pid;
+  system_->change([&](DesktopState& desktop) { (desktop.*verb)(pid); });
+}
+
+void SimulatedApplication::activate() const { does(&DesktopState::activate); }
+void SimulatedApplication::hide() const { does(&DesktopState::hide); }
+void SimulatedApplication::unhide() const { does(&DesktopState::unhide); }
+void SimulatedApplication::quit() const { does(&DesktopState::endApplication); }
+void SimulatedApplication::kill() const { system_->killApplication(state().identity.pid); }
 
 SimulatedApplication SimulatedApplication::answersAfter(Seconds delay) const {
   state().answersAfter = delay;
@@ -50,6 +59,27 @@ SimulatedApplication SimulatedApplication::answersAfter(Seconds delay) const {
 
 SimulatedApplication SimulatedApplication::refusesToHide(bool refuses) const {
   state().refusesToHide = refuses;
+  return *this;
+}
+
+SimulatedApplication SimulatedApplication::refusesObservers(bool refuses) const {
+  state().refusesObservers = refuses;
+  return *this;
+}
+
+SimulatedApplication SimulatedApplication::hangs() const {
+  state().hangs = true;
+  return *this;
+}
+
+void SimulatedApplication::wakes() const {
+  const auto pid = state().identity.pid;
+  const auto now = system_->scheduler.now();
+  system_->change([&](DesktopState& desktop) { desktop.wake(pid, now); });
+}
+
+SimulatedApplication SimulatedApplication::quitsDuring(int call) const {
+  state().callsUntilQuit = call;
   return *this;
 }
 

@@ -25,7 +25,8 @@ class SimulatedApplication {
   std::vector<SimulatedWindow> windows() const;
   std::optional<SimulatedWindow> focusedWindow() const;
 
-  // A new window in front; it has the focus. The application becomes active if it is regular.
+  // A new window in front; it has the focus. The application becomes active if it is regular. An
+  // empty subrole is one that the application does not tell.
   SimulatedWindow openWindow(std::string title, QuartzRect frame,
                              std::string subrole = "AXStandardWindow") const;
   void activate() const;
@@ -33,14 +34,25 @@ class SimulatedApplication {
   void unhide() const;
   // Its windows go, then the application; the workspace announces it.
   void quit() const;
+  // The same without a chance to say that its windows go.
+  void kill() const;
 
   // All its elements answer after this time, on top of the delay of a window.
   SimulatedApplication answersAfter(Seconds delay) const;
   // The workspace's `hide` fails.
   SimulatedApplication refusesToHide(bool refuses = true) const;
+  // No observer can be added to it.
+  SimulatedApplication refusesObservers(bool refuses = true) const;
+  // Answers nothing, so that callers lose their messaging timeout, until it wakes. Then it answers
+  // who still waits, and those of its windows that act late do what they were asked meanwhile.
+  SimulatedApplication hangs() const;
+  void wakes() const;
+  // Quits during the nth call from now to any of its elements, counted from 1.
+  SimulatedApplication quitsDuring(int call) const;
 
  private:
   ApplicationState& state() const;  // throws when it does not run
+  void does(void (DesktopState::*verb)(ProcessID)) const;
 
   SimulatedSystem* system_;
   ProcessID pid_;

@@ -26,11 +26,15 @@ void SimulatedDesktop::after(Seconds delay, std::function<void()> happening) {
 SimulatedApplication SimulatedDesktop::launch(std::string name, std::optional<std::string> bundleID,
                                               ActivationPolicy policy) {
   const Image icon(std::make_shared<SimulatedImage>(name, Size{32, 32}));
-  const auto pid = system_.state.launch({.bundleID = std::move(bundleID),
-                                         .localizedName = std::move(name),
-                                         .icon = icon,
-                                         .activationPolicy = policy});
-  if (policy == ActivationPolicy::regular) system_.state.activate(pid);
+  RunningApplication identity{.bundleID = std::move(bundleID),
+                              .localizedName = std::move(name),
+                              .icon = icon,
+                              .activationPolicy = policy};
+  ProcessID pid = 0;
+  system_.change([&](DesktopState& state) {
+    pid = state.launch(std::move(identity));
+    if (policy == ActivationPolicy::regular) state.activate(pid);
+  });
   return {system_, pid};
 }
 
@@ -67,12 +71,15 @@ std::optional<SimulatedApplication> SimulatedDesktop::frontmostApplication() {
 const std::vector<Screen>& SimulatedDesktop::screens() const { return system_.state.screens; }
 
 void SimulatedDesktop::plug(DisplayID display, AppKitRect frame) {
-  system_.changeScreens(
-      [&](DesktopState& state) { state.plug(makeScreen(display, frame, false)); });
+  system_.changeScreens([&](DesktopState& state) { state.plug(makeScreen(display, frame)); });
 }
 
 void SimulatedDesktop::unplug(DisplayID display) {
   system_.changeScreens([&](DesktopState& state) { state.unplug(display); });
+}
+
+void SimulatedDesktop::moveDock(DockSide side) {
+  system_.changeScreens([&](DesktopState& state) { state.moveDock(side); });
 }
 
 void SimulatedDesktop::setVisibleFrame(DisplayID display, AppKitRect visibleFrame) {
@@ -93,23 +100,31 @@ void SimulatedDesktop::setProgramHasKeyboard(bool has) {
   platform_.eventMonitors_.setProgramHasKeyboard(has);
 }
 
-void SimulatedDesktop::movePointer(AppKitPoint to) {
-  system_.mainLoop.post([this, to] {
-    system_.state.pointer = to;
-    platform_.panels_.updateHover();
-  });
+void SimulatedDesktop::movePointer(AppKitPoint to) { platform_.pointer_.move(to); }
+
+void SimulatedDesktop::pressPointer(AppKitPoint at) {
+  movePointer(at);
+  platform_.pointer_.press();
 }
 
+void SimulatedDesktop::releasePointer() { platform_.pointer_.release(); }
+
 void SimulatedDesktop::click(AppKitPoint at) {
+  pressPointer(at);
+  releasePointer();
+}
+
+void SimulatedDesktop::drag(AppKitPoint from, AppKitPoint to, int steps) {
+  pressPointer(from);
+  const auto way = to - from;
+  for (int step = 1; step <= steps; ++step)
+    movePointer(from + AppKitVector{way.dx * step / steps, way.dy * step / steps});
+  releasePointer();
+}
+
+void SimulatedDesktop::secondaryClick(AppKitPoint at) {
   movePointer(at);
-  system_.mainLoop.post([this, at] {
-    if (platform_.panels_.click(at)) return;
-    auto& state = system_.state;
-    const auto window = state.windowAt(at);
-    if (!window) return;
-    state.raise(*window);
-    state.activate(state.window(*window)->pid);
-  });
+  platform_.pointer_.secondaryClick();
 }
 
 void SimulatedDesktop::clickView(const std::string& panelName, const std::string& path) {
@@ -132,6 +147,10 @@ const SimulatedPanel& SimulatedDesktop::panel(std::string_view name) const {
     throw std::out_of_range(fmt::format("{} panels {} show", found.size(), name));
   return *found.front();
 }
+
+bool SimulatedDesktop::menuIsOpen() const { return openMenu().isOpen(); }
+void SimulatedDesktop::closeMenu() { openMenu().close(); }
+SimulatedMenu& SimulatedDesktop::openMenu() const { return platform_.menu_; }
 
 std::vector<Alert> SimulatedDesktop::alerts() const { return platform_.alerts_.showing(); }
 void SimulatedDesktop::choose(std::string_view button) { platform_.alerts_.choose(button); }
@@ -171,6 +190,13 @@ void SimulatedDesktop::failNextDefaultsWrite(SystemError error, std::optional<st
 }
 
 void SimulatedDesktop::delayAnswers(Seconds longest) { system_.state.longestExtraDelay = longest; }
+void SimulatedDesktop::delayAnnouncements(Seconds longest) {
+  system_.state.longestAnnouncement = longest;
+}
+void SimulatedDesktop::injectFaults(double probability, std::vector<AXError> errors) {
+  system_.state.faultProbability = probability;
+  system_.state.possibleFaults = std::move(errors);
+}
 void SimulatedDesktop::setTrusted(bool trusted) { system_.state.trustsProcess = trusted; }
 void SimulatedDesktop::allowCapture(bool allowed) { system_.state.allowsCapture = allowed; }
 void SimulatedDesktop::allowMonitors(bool allowed) { system_.state.allowsMonitors = allowed; }

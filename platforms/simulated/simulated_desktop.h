@@ -12,6 +12,7 @@
 #include "platform/process.h"
 #include "platforms/simulated/desktop_state.h"
 #include "platforms/simulated/simulated_application.h"
+#include "platforms/simulated/simulated_menu.h"
 #include "platforms/simulated/simulated_window.h"
 
 namespace pellow::simulated {
@@ -69,7 +70,9 @@ class SimulatedDesktop {
   // A further display with a menu bar and no Dock.
   void plug(DisplayID display, AppKitRect frame);
   void unplug(DisplayID display);
-  // Menu bar or Dock change.
+  // On the primary display, which has it at the bottom at first.
+  void moveDock(DockSide side);
+  // Menu bar or Dock change in some other way.
   void setVisibleFrame(DisplayID display, AppKitRect visibleFrame);
 
   // --- The user
@@ -77,10 +80,18 @@ class SimulatedDesktop {
   // A key press; it goes to the program when one of its windows has the keyboard.
   void press(std::uint16_t keyCode, std::uint64_t modifierFlags = 0, std::string characters = "");
   void setProgramHasKeyboard(bool has);
+  // `SimulatedPointer` has the rules of who gets what the pointer does. A movement between a press
+  // and a release is a drag.
   void movePointer(AppKitPoint to);
+  void pressPointer(AppKitPoint at);
+  void releasePointer();
   // Moves the pointer there and clicks: on a view of a panel, else on a window, which comes to the
-  // front.
+  // front, or its minimize button.
   void click(AppKitPoint at);
+  // Press, so many movements in a straight line, release.
+  void drag(AppKitPoint from, AppKitPoint to, int steps = 10);
+  // Opens the context menu of the view there.
+  void secondaryClick(AppKitPoint at);
   // Clicks the view at a path of keys, in the front panel of the name; throws when there is none.
   void clickView(const std::string& panel, const std::string& path);
 
@@ -88,6 +99,27 @@ class SimulatedDesktop {
   std::vector<const SimulatedPanel*> panels(std::string_view name) const;
   // The only one; throws when there is none, or more.
   const SimulatedPanel& panel(std::string_view name) const;
+
+  // The menu that is open, read and chosen from by titles: `chooseFromMenu("Size", "40 pt")`. They
+  // throw when no menu is open or it has no such item; choosing throws also when the item is
+  // disabled or is nothing to choose. A press of the pointer outside of the menu closes it.
+  bool menuIsOpen() const;
+  // Of the menu, or of a submenu: "✓ 40 pt", "Size ▸", "Gather (disabled)", "—".
+  template <class... Titles>
+  std::vector<std::string> menuLines(const Titles&... path) const {
+    return linesOf(openMenu().menu(std::vector<std::string_view>{path...}));
+  }
+  template <class... Titles>
+    requires(sizeof...(Titles) > 0)
+  const MenuItem& menuItem(const Titles&... path) const {
+    return openMenu().item(std::vector<std::string_view>{path...});
+  }
+  template <class... Titles>
+    requires(sizeof...(Titles) > 0)
+  void chooseFromMenu(const Titles&... path) {
+    openMenu().choose(std::vector<std::string_view>{path...});
+  }
+  void closeMenu();
 
   // Alerts that show, the oldest first.
   std::vector<Alert> alerts() const;
@@ -108,12 +140,21 @@ class SimulatedDesktop {
 
   // --- Faults
 
-  // The next call of this name, on any element, answers with the error.
+  // The next call of this name, on any element, answers with the error. Names are those of
+  // attributes, actions and notifications, "pid", "elementAtPosition", or empty for every name.
   void failNext(std::string name, AXError error, std::optional<AXCall> call = std::nullopt);
   // The next immediate write, of this key or of any, answers with the error and is lost in a crash.
   void failNextDefaultsWrite(SystemError error, std::optional<std::string> key = std::nullopt);
   // Every Accessibility call takes up to so long, by seed.
   void delayAnswers(Seconds longest);
+  // Every notification about applications and windows is on its way up to so long, by seed; those
+  // of one sender arrive in their order.
+  void delayAnnouncements(Seconds longest);
+  // Every Accessibility call fails with this probability and one of the errors, by seed, besides
+  // what else was ordered. 0 ends it.
+  void injectFaults(double probability, std::vector<AXError> errors = {AXError::cannotComplete});
+  // The permission; without it every Accessibility call answers `apiDisabled` and nothing is heard
+  // of elements.
   void setTrusted(bool trusted);
   void allowCapture(bool allowed);
   // Whether event monitors can be added.
@@ -150,6 +191,8 @@ class SimulatedDesktop {
   const std::vector<std::string>& history() const;
 
  private:
+  SimulatedMenu& openMenu() const;
+
   SimulatedPlatform& platform_;
   SimulatedSystem& system_;
 };

@@ -24,6 +24,22 @@ std::optional<Subscription> SimulatedEventMonitors::addLocalKeyDown(
   });
 }
 
+std::optional<Subscription> SimulatedEventMonitors::addGlobalPointerMoved(
+    std::function<void()> handler) {
+  if (!system_.state.allowsMonitors) return std::nullopt;
+  return globalPointer_.add(std::move(handler));
+}
+
+std::optional<Subscription> SimulatedEventMonitors::addLocalPointerMoved(
+    std::function<void()> handler) {
+  if (!system_.state.allowsMonitors) return std::nullopt;
+  return localPointer_.add(std::move(handler));
+}
+
+void SimulatedEventMonitors::pointerMoved(bool isOverProgram) const {
+  (isOverProgram ? localPointer_ : globalPointer_).notify();
+}
+
 AppKitPoint SimulatedEventMonitors::pointerLocation() const { return system_.state.pointer; }
 
 void SimulatedEventMonitors::press(std::uint16_t keyCode, std::uint64_t modifierFlags,

@@ -12,7 +12,7 @@ namespace pellow::simulated {
 
 class SimulatedSystem;
 
-// Monitors that see what the user of the simulated desktop types.
+// Monitors that see what the user of the simulated desktop types and where the pointer goes.
 class SimulatedEventMonitors final : public EventMonitors {
  public:
   explicit SimulatedEventMonitors(SimulatedSystem& system) : system_(system) {}
@@ -21,11 +21,14 @@ class SimulatedEventMonitors final : public EventMonitors {
       std::function<void(const KeyEvent&)> handler) override;
   std::optional<Subscription> addLocalKeyDown(
       std::function<bool(const KeyEvent&)> handler) override;
+  std::optional<Subscription> addGlobalPointerMoved(std::function<void()> handler) override;
+  std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) override;
   AppKitPoint pointerLocation() const override;
 
   // Whether a window of the program has the keyboard.
   void setProgramHasKeyboard(bool has) { programHasKeyboard_ = has; }
   void press(std::uint16_t keyCode, std::uint64_t modifierFlags, std::string characters);
+  void pointerMoved(bool isOverProgram) const;
 
  private:
   using LocalHandler = std::function<bool(const KeyEvent&)>;
@@ -35,6 +38,8 @@ class SimulatedEventMonitors final : public EventMonitors {
 
   SimulatedSystem& system_;
   Observers<const KeyEvent&> global_;
+  Observers<> globalPointer_;
+  Observers<> localPointer_;
   std::shared_ptr<LocalHandlers> local_ = std::make_shared<LocalHandlers>();  // newest first
   bool programHasKeyboard_ = false;
 };

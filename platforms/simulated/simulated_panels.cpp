@@ -1,11 +1,16 @@
 #include "platforms/simulated/simulated_panels.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ranges>
+#include <stdexcept>
 #include <utility>
 
 namespace pellow::simulated {
 namespace {
+
+// So far from where it was pressed the pointer has to go to drag.
+constexpr double dragThreshold = 3;
 
 std::string below(const std::string& path, const std::string& key) {
   return path.empty() ? key : path + "/" + key;
@@ -41,25 +46,48 @@ void collectAt(const View& view, const std::string& path, ViewPoint point,
   }
 }
 
-// The topmost view with something to click, at a point in the view's own space.
-const View* clickableAt(const View& view, ViewPoint point) {
+// The path of the topmost view with the action, at a point in the view's own space.
+template <class Action>
+std::optional<std::string> pathAt(const View& view, const std::string& path, ViewPoint point,
+                                  Action ViewActions::* action) {
   for (const auto& child : std::views::reverse(view.children)) {
     if (!child.frame.contains(point)) continue;
-    if (const auto* found = clickableAt(child, inside(child, point))) return found;
+    if (auto found = pathAt(child, below(path, child.key), inside(child, point), action))
+      return found;
   }
-  return view.actions.onClick ? &view : nullptr;
+  return view.actions.*action ? std::optional(path) : std::nullopt;
 }
 
 ViewPoint inside(const SimulatedPanel& panel, AppKitPoint point) {
-  return {point.x - panel.frame().minX(), point.y - panel.frame().minY()};
+  const auto frame = panel.frameNow();
+  return {point.x - frame.minX(), point.y - frame.minY()};
+}
+
+template <class Action>
+std::optional<std::string> pathAt(const SimulatedPanel& panel, AppKitPoint point,
+                                  Action ViewActions::* action) {
+  return pathAt(panel.content(), "", inside(panel, point), action);
+}
+
+double eased(double progress, AnimationTiming timing) {
+  const auto left = 1 - progress;
+  switch (timing) {
+    case AnimationTiming::linear:
+      return progress;
+    case AnimationTiming::easeOut:
+      return 1 - left * left;
+    case AnimationTiming::easeInOut:
+      return progress < 0.5 ? 2 * progress * progress : 1 - 2 * left * left;
+  }
+  return progress;
 }
 
 }  // namespace
 
 // The panel
 
-SimulatedPanel::SimulatedPanel(SimulatedPanels& panels, std::string name)
-    : panels_(panels), name_(std::move(name)) {
+SimulatedPanel::SimulatedPanel(SimulatedPanels& panels, PanelID id, std::string name)
+    : panels_(panels), id_(id), name_(std::move(name)) {
   panels_.toFront(*this);
 }
 
@@ -71,8 +99,53 @@ void SimulatedPanel::setContent(const View& root) {
 }
 
 void SimulatedPanel::setFrame(const AppKitRect& frame) {
+  animation_ = std::nullopt;
   frame_ = frame;
   panels_.changed();
+}
+
+void SimulatedPanel::animate(const AppKitRect& frame, double opacity, Seconds duration,
+                             AnimationTiming timing, std::function<void()> onDone) {
+  Animation next{.from = frameNow(),
+                 .fromOpacity = opacityNow(),
+                 .start = panels_.system_.scheduler.now(),
+                 .duration = std::max(duration, 0.0),
+                 .timing = timing,
+                 .onDone = std::move(onDone)};
+  next.end = panels_.system_.mainLoop.after(next.duration, [this] { arrive(); });
+  animation_ = std::move(next);
+  frame_ = frame;
+  opacity_ = opacity;
+  panels_.changed();
+}
+
+void SimulatedPanel::arrive() {
+  const auto arrived = std::exchange(animation_, std::nullopt);
+  panels_.changed();
+  if (arrived->onDone) arrived->onDone();
+}
+
+// From 0 to 1, as the timing has it.
+double SimulatedPanel::progress() const {
+  if (!animation_) return 1;
+  const auto passed = panels_.system_.scheduler.now() - animation_->start;
+  if (passed >= animation_->duration) return 1;
+  return eased(passed / animation_->duration, animation_->timing);
+}
+
+AppKitRect SimulatedPanel::frameNow() const {
+  const auto share = progress();
+  if (share == 1) return frame_;
+  const auto& from = animation_->from;
+  return {std::lerp(from.minX(), frame_.minX(), share),
+          std::lerp(from.minY(), frame_.minY(), share),
+          std::lerp(from.width(), frame_.width(), share),
+          std::lerp(from.height(), frame_.height(), share)};
+}
+
+double SimulatedPanel::opacityNow() const {
+  const auto share = progress();
+  return share == 1 ? opacity_ : std::lerp(animation_->fromOpacity, opacity_, share);
 }
 
 void SimulatedPanel::setLevel(PanelLevel level) {
@@ -89,6 +162,7 @@ void SimulatedPanel::orderFront() {
 void SimulatedPanel::orderOut() {
   isVisible_ = false;
   panels_.changed();
+  panels_.hidden(id_);
 }
 
 const View* SimulatedPanel::view(std::string_view path) const { return findView(content_, path); }
@@ -96,10 +170,24 @@ const View* SimulatedPanel::viewNamed(std::string_view accessibleName) const {
   return findNamed(content_, accessibleName);
 }
 
+AppKitPoint SimulatedPanel::centre(std::string_view path) const {
+  AppKitPoint origin = frameNow().origin;
+  const auto* view = &content_;
+  for (const auto key : std::views::split(path, '/')) {
+    if (path.empty()) break;
+    const auto found = std::ranges::find(view->children, std::string_view(key), &View::key);
+    if (found == view->children.end())
+      throw std::out_of_range(fmt::format("no view \"{}\" in {}", path, name_));
+    view = &*found;
+    origin = origin + AppKitVector{view->frame.minX(), view->frame.minY()};
+  }
+  return origin + AppKitVector{view->frame.width() / 2, view->frame.height() / 2};
+}
+
 // All panels
 
 std::unique_ptr<Panel> SimulatedPanels::makePanel(std::string name) {
-  return std::make_unique<SimulatedPanel>(*this, std::move(name));
+  return std::make_unique<SimulatedPanel>(*this, ++lastID_, std::move(name));
 }
 
 std::vector<const SimulatedPanel*> SimulatedPanels::visible(std::string_view name) const {
@@ -135,13 +223,24 @@ void SimulatedPanels::changed() {
 const SimulatedPanel* SimulatedPanels::panelAt(AppKitPoint point) const {
   const auto topmost = [&](PanelLevel level) -> const SimulatedPanel* {
     for (const auto* panel : frontToBack_)
-      if (panel->isVisible() && panel->level() == level && panel->frame().contains(point))
+      if (panel->isVisible() && panel->level() == level && panel->frameNow().contains(point))
         return panel;
     return nullptr;
   };
+  if (!system_.processRuns()) return nullptr;
   if (const auto* above = topmost(PanelLevel::statusWindow)) return above;
-  if (system_.state.windowAt(point)) return nullptr;
+  if (system_.state.windowAt(system_.state.toQuartz(point))) return nullptr;
   return topmost(PanelLevel::desktopIcons);
+}
+
+const SimulatedPanel* SimulatedPanels::withID(PanelID id) const {
+  for (const auto* panel : frontToBack_)
+    if (panel->id() == id && panel->isVisible()) return panel;
+  return nullptr;
+}
+
+bool SimulatedPanels::exists(PanelID id) const {
+  return std::ranges::find(frontToBack_, id, &SimulatedPanel::id) != frontToBack_.end();
 }
 
 std::vector<SimulatedPanels::Hovered> SimulatedPanels::viewsAt(AppKitPoint point) const {
@@ -154,7 +253,10 @@ std::vector<SimulatedPanels::Hovered> SimulatedPanels::viewsAt(AppKitPoint point
   return views;
 }
 
+void SimulatedPanels::pointerMoved() { press_ ? drag() : updateHover(); }
+
 void SimulatedPanels::updateHover() {
+  if (press_) return;
   const auto before = std::exchange(hovered_, viewsAt(system_.state.pointer));
   const auto after = hovered_;
   for (const auto& view : before)
@@ -171,14 +273,59 @@ void SimulatedPanels::hoverChanged(const Hovered& hovered, bool inside) const {
   if (const auto onHoverChanged = view->actions.onHoverChanged) onHoverChanged(inside);
 }
 
-bool SimulatedPanels::click(AppKitPoint point) {
+bool SimulatedPanels::press() {
+  const auto point = system_.state.pointer;
   const auto* panel = panelAt(point);
   if (!panel) return false;
-  if (const auto* view = clickableAt(panel->content(), inside(*panel, point))) {
-    const auto onClick = view->actions.onClick;
-    onClick();
-  }
+  press_ = Press{panel->id(), point, pathAt(*panel, point, &ViewActions::onClick)};
+  if (const auto dragged = pathAt(*panel, point, &ViewActions::drag))
+    press_->drag = panel->view(*dragged)->actions.drag;
   return true;
+}
+
+// Every callback may hide the panel or be its last act.
+void SimulatedPanels::drag() {
+  const auto actions = press_->drag;
+  const auto movedBy = system_.state.pointer - press_->at;
+  const auto goesOn = [&] { return press_ && exists(press_->panel); };
+  if (!actions || !goesOn()) return;
+  if (!press_->isDragging) {
+    if (std::hypot(movedBy.dx, movedBy.dy) < dragThreshold) return;
+    press_->isDragging = true;
+    if (actions.onBegan) actions.onBegan();
+  }
+  if (goesOn() && actions.onDragged) actions.onDragged(movedBy);
+}
+
+void SimulatedPanels::release() {
+  const auto press = std::exchange(press_, std::nullopt);
+  changed();
+  if (!press || !exists(press->panel)) return;
+  if (press->isDragging) {
+    if (press->drag.onEnded) press->drag.onEnded();
+    return;
+  }
+  const auto* panel = panelAt(system_.state.pointer);
+  if (!press->clickPath || !panel || panel->id() != press->panel) return;
+  if (pathAt(*panel, system_.state.pointer, &ViewActions::onClick) != press->clickPath) return;
+  const auto onClick = panel->view(*press->clickPath)->actions.onClick;
+  onClick();
+}
+
+// A press on it is over. `onEnded` may be its last act.
+void SimulatedPanels::hidden(PanelID id) {
+  if (!press_ || press_->panel != id) return;
+  const auto press = std::exchange(press_, std::nullopt);
+  if (press->isDragging && press->drag.onEnded) press->drag.onEnded();
+}
+
+std::optional<Menu> SimulatedPanels::contextMenuAt(AppKitPoint point) const {
+  const auto* panel = panelAt(point);
+  if (!panel) return std::nullopt;
+  const auto path = pathAt(*panel, point, &ViewActions::contextMenu);
+  if (!path) return std::nullopt;
+  const auto contextMenu = panel->view(*path)->actions.contextMenu;
+  return contextMenu();
 }
 
 void SimulatedPanels::clickView(const std::string& panelName, const std::string& path) {

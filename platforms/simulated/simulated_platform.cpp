@@ -7,7 +7,7 @@ namespace {
 
 DesktopState freshDesktop() {
   DesktopState desktop;
-  desktop.plug(makeScreen(1, {0, 0, 1440, 900}, true));
+  desktop.plug(makeScreen(1, {0, 0, 1440, 900}));
   desktop.pointer = {720, 450};
   return desktop;
 }
@@ -19,7 +19,7 @@ SimulatedPlatform::SimulatedPlatform(SimulatedOptions options)
 
 SimulatedPlatform::SimulatedPlatform(DesktopState left, SimulatedOptions options)
     : system_(std::move(left), options.seed),
-      accessibility_(system_),
+      accessibility_(system_, panels_),
       alerts_(system_),
       clock_(system_),
       eventMonitors_(system_),
@@ -27,7 +27,9 @@ SimulatedPlatform::SimulatedPlatform(DesktopState left, SimulatedOptions options
         if (system_.processRuns())
           system_.state.log.push_back({system_.scheduler.now(), level, std::string(message)});
       }),
+      menu_(system_),
       panels_(system_),
+      pointer_(system_, eventMonitors_, panels_, menu_),
       process_(system_, std::move(options.arguments)),
       queues_(system_),
       screenCapture_(system_),

@@ -11,7 +11,9 @@
 #include "platforms/simulated/simulated_clock.h"
 #include "platforms/simulated/simulated_desktop.h"
 #include "platforms/simulated/simulated_event_monitors.h"
+#include "platforms/simulated/simulated_menu.h"
 #include "platforms/simulated/simulated_panels.h"
+#include "platforms/simulated/simulated_pointer.h"
 #include "platforms/simulated/simulated_process.h"
 #include "platforms/simulated/simulated_queues.h"
 #include "platforms/simulated/simulated_screen_capture.h"
@@ -63,7 +65,9 @@ class SimulatedPlatform final : public Platform {
   SimulatedClock clock_;
   SimulatedEventMonitors eventMonitors_;
   Log log_;
+  SimulatedMenu menu_;
   SimulatedPanels panels_;
+  SimulatedPointer pointer_;
   SimulatedProcess process_;
   SimulatedQueues queues_;
   SimulatedScreenCapture screenCapture_;

@@ -14,7 +14,8 @@ void SimulatedProcess::becomeAccessory() {
 }
 
 void SimulatedProcess::activate() {
-  if (system_.portCall("activates itself")) system_.state.activate(pid());
+  if (!system_.portCall("activates itself")) return;
+  system_.change([this](DesktopState& desktop) { desktop.activate(pid()); });
 }
 
 Subscription SimulatedProcess::onSignal(TerminationSignal signal, std::function<void()> handler) {

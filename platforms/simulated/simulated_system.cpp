@@ -1,5 +1,9 @@
 #include "platforms/simulated/simulated_system.h"
 
+#include <algorithm>
+
+#include "platforms/simulated/simulated_accessibility.h"
+
 namespace pellow::simulated {
 
 SimulatedSystem::SimulatedSystem(DesktopState desktop, std::uint64_t seed)
@@ -56,28 +60,75 @@ void SimulatedSystem::writeLate(Seconds after, WindowID window, std::string_view
 }
 
 void SimulatedSystem::scheduleLateWrite(const LateWrite& late) {
-  scheduler.happenAt(late.moment, [this] { state.carryOutLateWrites(scheduler.now()); });
+  if (late.moment == never) return;
+  scheduler.happenAt(late.moment, [this] {
+    change([now = scheduler.now()](DesktopState& desktop) { desktop.carryOutLateWrites(now); });
+  });
 }
 
-void SimulatedSystem::closeWindow(WindowID window) {
-  state.close(window);
-  announceDestroyed(window);
+void SimulatedSystem::change(const std::function<void(DesktopState&)>& act) {
+  const Glance before(state);
+  act(state);
+  for (const auto& news : Glance(state).announcementsSince(before)) announce(news);
 }
 
-void SimulatedSystem::endApplication(ProcessID pid) {
-  const auto windows = state.windowsOf(pid);
-  state.endApplication(pid);
-  for (const auto window : windows) announceDestroyed(window);
-  mainLoop.post([this, pid] { applicationTerminated.notify(pid); });
+void SimulatedSystem::killApplication(ProcessID pid) {
+  std::erase_if(elementObservers_, [&](const auto& entry) {
+    return entry.first.pid == pid && entry.first.window != 0;
+  });
+  change([pid](DesktopState& desktop) { desktop.endApplication(pid); });
 }
 
-void SimulatedSystem::announceDestroyed(WindowID window) {
-  if (!windowDestroyed.contains(window)) return;
-  mainLoop.post([this, window] { windowDestroyed.at(window).notify(); });
+void SimulatedSystem::announce(const Announcement& news) {
+  using enum Announcement::Kind;
+  switch (news.kind) {
+    case didLaunch:
+      return announceOf(applicationLaunched, news.pid);
+    case didActivate:
+      return announceOf(applicationActivated, news.pid);
+    case didTerminate:
+      return announceOf(applicationTerminated, news.pid);
+    case windowMiniaturized:
+      return announceElement({news.pid, 0, "AXWindowMiniaturized"}, news.window);
+    case focusedWindowChanged:
+      return announceElement({news.pid, 0, "AXFocusedWindowChanged"}, news.window);
+    case elementDestroyed:
+      return announceElement({news.pid, news.window, "AXUIElementDestroyed"}, news.window);
+  }
 }
 
-void SimulatedSystem::changeScreens(const std::function<void(DesktopState&)>& change) {
-  change(state);
+void SimulatedSystem::announceOf(const Observers<ProcessID>& observers, ProcessID pid) {
+  send(0, [&observers, pid] { observers.notify(pid); });
+}
+
+void SimulatedSystem::announceElement(const ElementNotification& notification, WindowID window) {
+  if (!state.trustsProcess || !elementObservers_.contains(notification)) return;
+  send(notification.pid, [this, notification, window] {
+    const auto found = elementObservers_.find(notification);
+    if (found == elementObservers_.end()) return;
+    const auto observers = found->second;
+    if (notification.window != 0) elementObservers_.erase(found);
+    observers.notify(windowElement(*this, window));
+  });
+}
+
+void SimulatedSystem::send(ProcessID sender, Work delivery) {
+  auto arrival = scheduler.now();
+  if (state.longestAnnouncement > 0)
+    arrival += state.longestAnnouncement * scheduler.randomFraction();
+  auto& last = lastArrival_[sender];
+  last = std::max(last, arrival);
+  mainLoop.post(std::move(delivery), last);
+}
+
+Subscription SimulatedSystem::observeElement(ProcessID pid, WindowID window,
+                                             std::string_view notification,
+                                             std::function<void(const AXElement&)> handler) {
+  return elementObservers_[{pid, window, std::string(notification)}].add(std::move(handler));
+}
+
+void SimulatedSystem::changeScreens(const std::function<void(DesktopState&)>& act) {
+  act(state);
   mainLoop.post([this] { screensChanged.notify(); });
 }
 

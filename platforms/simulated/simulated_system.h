@@ -5,12 +5,14 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
 #include "base/subscription.h"
+#include "platforms/simulated/announcements.h"
 #include "platforms/simulated/desktop_state.h"
 #include "platforms/simulated/main_loop.h"
 #include "platforms/simulated/observers.h"
@@ -31,7 +33,8 @@ class SimulatedSystem {
   DesktopState state;
   Scheduler scheduler;
   MainLoop mainLoop;
-  std::map<WindowID, Observers<>> windowDestroyed;
+  Observers<ProcessID> applicationActivated;
+  Observers<ProcessID> applicationLaunched;
   Observers<ProcessID> applicationTerminated;
   Observers<> screensChanged;
 
@@ -64,17 +67,38 @@ class SimulatedSystem {
   // The application acts although nobody waits for it any more, nor perhaps lives.
   void writeLate(Seconds after, WindowID window, std::string_view attribute, const AXValue& value);
 
-  // What happens to others, announced on the main queue.
-  void closeWindow(WindowID window);
-  void endApplication(ProcessID pid);
-  void changeScreens(const std::function<void(DesktopState&)>& change);
+  // One thing that somebody does to applications and windows, announced on the main queue.
+  void change(const std::function<void(DesktopState&)>& act);
+  // Its windows cannot say any more that they go.
+  void killApplication(ProcessID pid);
+  void changeScreens(const std::function<void(DesktopState&)>& act);
+
+  // The handler hears the element that posts the notification: of a window, or of any window of an
+  // application (`window` is 0).
+  Subscription observeElement(ProcessID pid, WindowID window, std::string_view notification,
+                              std::function<void(const AXElement&)> handler);
 
  private:
+  using ElementObservers = Observers<const AXElement&>;
+  struct ElementNotification {
+    ProcessID pid;
+    WindowID window;  // 0: of the application
+    std::string name;
+
+    auto operator<=>(const ElementNotification&) const = default;
+  };
+
   bool beginPortCall(std::string what);
   void endProcess();
   void scheduleLateWrite(const LateWrite& late);
-  void announceDestroyed(WindowID window);
+  void announce(const Announcement& news);
+  void announceOf(const Observers<ProcessID>& observers, ProcessID pid);
+  void announceElement(const ElementNotification& notification, WindowID window);
+  // On its way as long as the seed says, behind all that its sender has sent before.
+  void send(ProcessID sender, Work delivery);
 
+  std::map<ElementNotification, ElementObservers> elementObservers_;
+  std::map<ProcessID, Seconds> lastArrival_;  // by sender
   ProcessID ownPid_ = 0;
   bool processRuns_ = true;
   std::optional<int> exitStatus_;

@@ -29,16 +29,26 @@ bool SimulatedWindow::isInFront() const {
   return false;
 }
 QuartzRect SimulatedWindow::frame() const { return state().frame; }
+AppKitPoint SimulatedWindow::minimizeButton() const {
+  const auto button =
+      system_->state.flip().toAppKit(frameOf(WindowPart::minimizeButton, state().frame));
+  return {button.midX(), button.midY()};
+}
 std::string SimulatedWindow::title() const { return state().title; }
 ProcessID SimulatedWindow::pid() const { return state().pid; }
 
 void SimulatedWindow::moveTo(QuartzPoint origin) const { state().frame.origin = origin; }
 void SimulatedWindow::resize(Size size) const { state().frame.size = size; }
 void SimulatedWindow::rename(std::string title) const { state().title = std::move(title); }
-void SimulatedWindow::minimize() const { system_->state.minimize(state().id); }
-void SimulatedWindow::unminimize() const { system_->state.unminimize(state().id); }
-void SimulatedWindow::raise() const { system_->state.raise(state().id); }
-void SimulatedWindow::close() const { system_->closeWindow(state().id); }
+void SimulatedWindow::does(void (DesktopState::*verb)(WindowID)) const {
+  const auto id = state().id;
+  system_->change([&](DesktopState& desktop) { (desktop.*verb)(id); });
+}
+
+void SimulatedWindow::minimize() const { does(&DesktopState::minimize); }
+void SimulatedWindow::unminimize() const { does(&DesktopState::unminimize); }
+void SimulatedWindow::raise() const { does(&DesktopState::raise); }
+void SimulatedWindow::close() const { does(&DesktopState::close); }
 
 SimulatedWindow SimulatedWindow::answersAfter(Seconds delay) const {
   state().manners.answersAfter = delay;
@@ -84,6 +94,11 @@ SimulatedWindow SimulatedWindow::failsNext(std::string name, AXError error,
 
 SimulatedWindow SimulatedWindow::closesDuring(int call) const {
   state().manners.callsUntilClosed = call;
+  return *this;
+}
+
+SimulatedWindow SimulatedWindow::withoutMinimizeButton() const {
+  state().hasMinimizeButton = false;
   return *this;
 }
 

@@ -32,6 +32,7 @@ class SimulatedWindow {
   bool hasFocus() const;  // of the frontmost application
   bool isInFront() const;
   QuartzRect frame() const;
+  AppKitPoint minimizeButton() const;  // its middle, where a click minimizes the window
   std::string title() const;
   ProcessID pid() const;
 
@@ -65,11 +66,14 @@ class SimulatedWindow {
                             std::optional<AXCall> call = std::nullopt) const;
   // Closes during the nth call from now, counted from 1.
   SimulatedWindow closesDuring(int call) const;
+  // Has no minimize button.
+  SimulatedWindow withoutMinimizeButton() const;
   // Forgets all manners.
   SimulatedWindow behaves() const;
 
  private:
   WindowState& state() const;  // throws when the window is gone
+  void does(void (DesktopState::*verb)(WindowID)) const;
 
   SimulatedSystem* system_;
   WindowID id_;

@@ -26,22 +26,30 @@ bool SimulatedWorkspace::hide(ProcessID pid) {
   if (!system_.portCall("hides application {}", pid)) return false;
   const auto* found = system_.state.application(pid);
   if (!found || found->refusesToHide) return false;
-  system_.state.hide(pid);
+  system_.change([pid](DesktopState& desktop) { desktop.hide(pid); });
   return true;
 }
 
 bool SimulatedWorkspace::unhide(ProcessID pid) {
   if (!system_.portCall("unhides application {}", pid)) return false;
   if (!system_.state.application(pid)) return false;
-  system_.state.unhide(pid);
+  system_.change([pid](DesktopState& desktop) { desktop.unhide(pid); });
   return true;
 }
 
 bool SimulatedWorkspace::activate(ProcessID pid) {
   if (!system_.portCall("activates application {}", pid)) return false;
   if (!system_.state.application(pid)) return false;
-  system_.state.activate(pid);
+  system_.change([pid](DesktopState& desktop) { desktop.activate(pid); });
   return true;
+}
+
+Subscription SimulatedWorkspace::onDidActivateApplication(std::function<void(ProcessID)> observer) {
+  return system_.applicationActivated.add(std::move(observer));
+}
+
+Subscription SimulatedWorkspace::onDidLaunchApplication(std::function<void(ProcessID)> observer) {
+  return system_.applicationLaunched.add(std::move(observer));
 }
 
 Subscription SimulatedWorkspace::onDidTerminateApplication(

@@ -18,7 +18,7 @@ void DestroyedWindowWatcher::watch(const std::vector<TabItem>& tabs) {
 
 Subscription DestroyedWindowWatcher::observe(const TabItem& tab) {
   auto observer = accessibility_.observe(tab.window.element, "AXUIElementDestroyed",
-                                         [this] { onDestroyed_(); });
+                                         [this](const AXElement&) { onDestroyed_(); });
   if (observer) return std::move(*observer);
   // The window may be gone already; a platform that posts no such notification leaves the tab to
   // the next restore, which finds out.

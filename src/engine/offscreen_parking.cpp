@@ -116,9 +116,9 @@ std::optional<QuartzPoint> OffscreenParking::onScreenOrigin(const QuartzRect& fr
 int OffscreenParking::recoverStrandedWindows() {
   std::vector<Pending> pending;
   std::set<std::string> bundleIDs;
-  for (auto& record : journal_.records()) {
+  for (const auto& record : journal_.records()) {
     bundleIDs.insert(record.bundleID);
-    pending.push_back({std::move(record)});
+    pending.push_back({record});
   }
   if (pending.empty()) return 0;
 

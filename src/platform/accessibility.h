@@ -23,13 +23,21 @@ class Accessibility {
   // The element of an application, alive or not: calls on it tell. Any thread.
   virtual AXElement application(ProcessID pid) = 0;
 
-  // Calls `handler` on the main queue each time the element posts the notification, until the
-  // subscription ends; the handler may end it. A window's element posts "AXUIElementDestroyed" once
-  // it is gone. Answers `invalidUIElement` for an element that is gone already and
-  // `notificationUnsupported` for a name that the platform does not post. Main thread.
-  virtual std::expected<Subscription, AXError> observe(const AXElement& element,
-                                                       std::string_view notification,
-                                                       std::function<void()> handler) = 0;
+  // The deepest element at a point of the screen, in Quartz space; `noValue` where there is none.
+  // Takes the messaging timeout of `systemWide`. Any thread.
+  virtual std::expected<AXElement, AXError> elementAtPosition(const AXElement& systemWide,
+                                                              QuartzPoint point) = 0;
+
+  // Calls `handler` on the main queue with the element that posts the notification, until the
+  // subscription ends; the handler may end it. Answers `invalidUIElement` for an element that is
+  // gone already and `notificationUnsupported` for a name that it does not post. Main thread.
+  //
+  //   of a window        "AXUIElementDestroyed"     it is gone; once
+  //   of an application  "AXWindowMiniaturized"     the window that was minimized, by anybody
+  //                      "AXFocusedWindowChanged"   the window that has the focus now
+  virtual std::expected<Subscription, AXError> observe(
+      const AXElement& element, std::string_view notification,
+      std::function<void(const AXElement&)> handler) = 0;
 };
 
 }  // namespace pellow

@@ -41,6 +41,12 @@ class EventMonitors {
   virtual std::optional<Subscription> addLocalKeyDown(
       std::function<bool(const KeyEvent&)> handler) = 0;
 
+  // Movements of the pointer over other applications, with or without the left button held down;
+  // the second sees those over panels and windows of this process. Where the pointer is by then,
+  // `pointerLocation` tells; several movements may come as one.
+  virtual std::optional<Subscription> addGlobalPointerMoved(std::function<void()> handler) = 0;
+  virtual std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) = 0;
+
   // Where the pointer is now.
   virtual AppKitPoint pointerLocation() const = 0;
 };

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "base/geometry.h"
+#include "platform/clock.h"
 #include "platform/view.h"
 
 namespace pellow {
@@ -13,6 +15,8 @@ enum class PanelLevel {
   statusWindow,  // level 25: above the windows of applications
   desktopIcons,  // one above the desktop icons: below the windows of applications
 };
+
+enum class AnimationTiming { linear, easeOut, easeInOut };
 
 // A borderless window that never takes the focus, stands on every desktop and beside full-screen
 // windows, and stays while other applications are active. Closes when it is destroyed.
@@ -25,6 +29,12 @@ class Panel {
 
   virtual void setFrame(const AppKitRect& frame) = 0;
   virtual AppKitRect frame() const = 0;
+
+  // Moves, resizes and fades from where it is now to this frame and opacity (0 to 1), and calls
+  // `onDone` on the main queue when it has arrived. A newer animation, `setFrame` and the panel's
+  // end cut it short; then `onDone` is not called. `frame` answers the target from the start.
+  virtual void animate(const AppKitRect& frame, double opacity, Seconds duration,
+                       AnimationTiming timing, std::function<void()> onDone) = 0;
 
   virtual void setLevel(PanelLevel level) = 0;
 

@@ -9,6 +9,7 @@
 #include "base/colour.h"
 #include "base/geometry.h"
 #include "platform/image.h"
+#include "platform/menu.h"
 
 // The insides of a panel as data. A platform compares a new tree with the one it shows, by key, and
 // changes only what differs, so that hover, drag and focus survive.
@@ -82,10 +83,25 @@ struct ViewLook {
   bool operator==(const ViewLook&) const = default;
 };
 
-// What a view does. Main thread; a callback may replace the content of its own panel.
+// A drag of the pointer that began with a press of the primary button inside a view. It goes on
+// wherever the pointer goes, with the callbacks that the view had at the press, and whatever
+// becomes of the view and the content meanwhile. Hiding the panel ends it at once; the end of the
+// panel ends it too, but then `onEnded` is not called.
+struct DragActions {
+  std::function<void()> onBegan;                        // 3 points away from the press
+  std::function<void(AppKitVector movedBy)> onDragged;  // since the press, on the screen
+  std::function<void()> onEnded;                        // the button was released
+
+  explicit operator bool() const { return onBegan || onDragged || onEnded; }
+};
+
+// What a view does. Main thread; a callback may replace the content of its own panel. A view
+// without an action of a kind leaves it to the one that it stands on.
 struct ViewActions {
-  std::function<void()> onClick;  // pressed and released inside
+  std::function<void()> onClick;  // pressed and released inside, without a drag
   std::function<void(bool inside)> onHoverChanged;
+  DragActions drag;
+  std::function<Menu()> contextMenu;  // asked for at every secondary click
 };
 
 struct View {

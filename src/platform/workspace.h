@@ -48,6 +48,12 @@ class Workspace {
   // Makes the application active, its front window in front; false when it does not run.
   virtual bool activate(ProcessID pid) = 0;
 
+  // Hears of every application that becomes active, after it has; also of this process.
+  virtual Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) = 0;
+
+  // Hears of every application that was started, before its first window shows.
+  virtual Subscription onDidLaunchApplication(std::function<void(ProcessID)> observer) = 0;
+
   // Hears of every application that has ended, after its windows are gone.
   virtual Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) = 0;
 };

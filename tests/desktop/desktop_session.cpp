@@ -250,9 +250,31 @@ void DesktopSession::click(int x, int y) {
 
 bool DesktopSession::activate(WindowID window) {
   constexpr std::uint32_t fromPager = 2;
-  sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-              window, "_NET_ACTIVE_WINDOW", {fromPager, XCB_CURRENT_TIME, 0});
+  askWindowManager(window, "_NET_ACTIVE_WINDOW", {fromPager, XCB_CURRENT_TIME, 0});
   return eventually([&] { return activeWindow() == window; });
+}
+
+void DesktopSession::iconify(WindowID window) {
+  constexpr std::uint32_t iconicState = 3;
+  askWindowManager(window, "WM_CHANGE_STATE", {iconicState});
+}
+
+void DesktopSession::changeState(WindowID window, std::string_view state, bool add) {
+  constexpr std::uint32_t fromPager = 2;
+  askWindowManager(window, "_NET_WM_STATE", {add ? 1U : 0U, atom(state), 0, fromPager});
+}
+
+bool DesktopSession::switchTo(std::uint32_t desktop) {
+  askWindowManager(root_, "_NET_CURRENT_DESKTOP", {desktop, XCB_CURRENT_TIME});
+  return eventually(
+      [&] { return values(root_, "_NET_CURRENT_DESKTOP") == std::vector<std::uint32_t>{desktop}; });
+}
+
+bool DesktopSession::showBareDesktop(bool shows) {
+  const std::uint32_t value = shows ? 1 : 0;
+  askWindowManager(root_, "_NET_SHOWING_DESKTOP", {value});
+  return eventually(
+      [&] { return values(root_, "_NET_SHOWING_DESKTOP") == std::vector<std::uint32_t>{value}; });
 }
 
 bool DesktopSession::answersPing(WindowID window) {
@@ -311,6 +333,12 @@ void DesktopSession::sendMessage(WindowID destination, std::uint32_t mask, Windo
   std::ranges::copy(data, message.data.data32);
   xcb_send_event(connection_.get(), 0, destination, mask, reinterpret_cast<const char*>(&message));
   sync();
+}
+
+void DesktopSession::askWindowManager(WindowID window, std::string_view type,
+                                      std::initializer_list<std::uint32_t> data) const {
+  sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+              window, type, data);
 }
 
 void DesktopSession::fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) const {

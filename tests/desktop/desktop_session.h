@@ -114,6 +114,15 @@ class DesktopSession {
   // Asks the window manager, as a pager does, to activate the window, and waits until it is.
   bool activate(WindowID window);
 
+  // Asks the window manager, as a pager does, to iconify the window; to add a state, for example
+  // "_NET_WM_STATE_SHADED", or to take it away. Waits for nothing.
+  void iconify(WindowID window);
+  void changeState(WindowID window, std::string_view state, bool add);
+  // Asks for the desktop with this number, or for a look at the bare desktop, and waits until the
+  // window manager has followed.
+  bool switchTo(std::uint32_t desktop);
+  bool showBareDesktop(bool shows);
+
   // Whether the program behind a window goes through its main loop: sends the window a ping and
   // waits for the answer.
   bool answersPing(WindowID window);
@@ -125,6 +134,8 @@ class DesktopSession {
   void seeItManage();
 
   xcb_atom_t atom(std::string_view name) const;
+  void askWindowManager(WindowID window, std::string_view type,
+                        std::initializer_list<std::uint32_t> data) const;
   std::vector<WindowID> rootWindows(std::string_view property) const;
   void collectShown(WindowID parent, const std::string& nameAndClass,
                     std::vector<WindowID>& found) const;

@@ -31,6 +31,10 @@ WindowID TestClient::openDialog(std::string_view title, PixelRect place, WindowI
   return open("dialog " + std::to_string(owner) + " " + describe(place, title));
 }
 
+WindowID TestClient::openDock(PixelRect place) {
+  return openManaged("dock " + describe(place, "Dock"));
+}
+
 void TestClient::setTitle(WindowID window, std::string_view title) {
   tell("title " + std::to_string(window) + " " + std::string(title));
 }
@@ -47,6 +51,13 @@ void TestClient::makeFullScreen(WindowID window) {
 void TestClient::destroy(WindowID window) { tell("destroy " + std::to_string(window)); }
 
 WindowID TestClient::open(const std::string& command) {
+  const auto window = openManaged(command);
+  if (!desktop_.activate(window))
+    throw std::runtime_error("the window manager does not show a new window");
+  return window;
+}
+
+WindowID TestClient::openManaged(const std::string& command) {
   constexpr std::string_view prefix = "window ";
   tell(command);
   std::optional<std::string> answer;
@@ -59,8 +70,7 @@ WindowID TestClient::open(const std::string& command) {
     const auto clients = desktop_.clients();
     return std::ranges::find(clients, window) != clients.end();
   });
-  if (!managed || !desktop_.activate(window))
-    throw std::runtime_error("the window manager does not show a new window");
+  if (!managed) throw std::runtime_error("the window manager does not manage a new window");
   return window;
 }
 

@@ -22,6 +22,9 @@ class TestClient {
   // The same for a dialog that belongs to `owner`.
   WindowID openDialog(std::string_view title, PixelRect place, WindowID owner);
 
+  // Opens a dock along the top of the X screen that keeps the space below it for itself.
+  WindowID openDock(PixelRect place);
+
   void setTitle(WindowID window, std::string_view title);
   // Asks the window manager for the maximized or the full-screen state.
   void maximize(WindowID window);
@@ -34,6 +37,7 @@ class TestClient {
 
  private:
   WindowID open(const std::string& command);
+  WindowID openManaged(const std::string& command);
   void tell(const std::string& command);
 
   DesktopSession& desktop_;

@@ -2,15 +2,20 @@
 
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/uio.h>
 #include <unistd.h>
+#include <xcb/randr.h>
+#include <xcb/xcbext.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <thread>
 
 #include "platforms/linux/x11/desktop_entries.h"
 #include "platforms/linux/x11/pixel_image.h"
+#include "platforms/linux/x11/x11_connection.h"
 #include "tests/desktop/eventually.h"
 #include "tests/desktop/test_client.h"
 
@@ -35,8 +40,6 @@ AXError errorOf(const std::expected<Value, AXError>& answer) {
 
 class X11DesktopTest : public testing::Test {
  protected:
-  explicit X11DesktopTest(DesktopOptions options = {}) : desktop(std::move(options)) {}
-
   using Opened = std::expected<std::unique_ptr<X11Desktop>, SystemError>;
 
   Opened open(const std::string& display, double scale = 1) {
@@ -162,55 +165,6 @@ TEST_F(X11DesktopTest, WindowsLeaveTheScreenAndComeBackToThePixel) {
   }
 }
 
-// Those of the window managers that are installed; openbox, which every other test needs, is.
-std::vector<std::string> installedWindowManagers() {
-  std::vector<std::string> found;
-  for (const auto* name : {"openbox", "fluxbox", "icewm", "metacity"})
-    if (std::filesystem::exists(std::filesystem::path("/usr/bin") / name)) found.emplace_back(name);
-  return found;
-}
-
-class EveryWindowManager : public X11DesktopTest, public testing::WithParamInterface<std::string> {
- protected:
-  EveryWindowManager() : X11DesktopTest(DesktopOptions{.windowManager = {GetParam()}}) {}
-};
-
-TEST_P(EveryWindowManager, LetsWindowsGoAndTakesThemBack) {
-  const auto window = client.open("Guest", {150, 80, 500, 350});
-  const auto home = desktop.frame(window);
-  const auto element = windowNamed(*x11, pid, "Guest");
-  for (const double x : {1279.0, 1.0 - home.width}) {
-    move(element, x, 772);
-    EXPECT_EQ(desktop.frame(window), (PixelRect{int(x), 772, home.width, home.height}));
-    move(element, home.x, home.y);
-    EXPECT_EQ(desktop.frame(window), home);
-  }
-
-  const auto isMaximized = [&] {
-    return desktop.hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ") &&
-           desktop.frame(window).width >= desktop.screen().width;
-  };
-  client.maximize(window);
-  ASSERT_TRUE(eventually(isMaximized));
-  move(element, 1279, 772);
-  EXPECT_EQ(desktop.frame(window), (PixelRect{1279, 772, home.width, home.height}));
-  ASSERT_TRUE(element.setAttribute("AXPosition", QuartzPoint{0, 0}));
-  EXPECT_TRUE(isMaximized());
-
-  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
-  EXPECT_TRUE(desktop.hasState(window, "_NET_WM_STATE_HIDDEN"));
-  ASSERT_TRUE(element.setAttribute("AXMinimized", false));
-  EXPECT_FALSE(desktop.hasState(window, "_NET_WM_STATE_HIDDEN"));
-  ASSERT_TRUE(x11->workspace().hide(pid));
-  EXPECT_EQ(read<bool>(element, "AXMinimized"), false);
-  ASSERT_TRUE(x11->workspace().unhide(pid));
-  EXPECT_FALSE(desktop.hasState(window, "_NET_WM_STATE_HIDDEN"));
-}
-
-INSTANTIATE_TEST_SUITE_P(Installed, EveryWindowManager,
-                         testing::ValuesIn(installedWindowManagers()),
-                         [](const auto& test) { return test.param; });
-
 TEST_F(X11DesktopTest, ScaledScreensMeasureInPoints) {
   const auto window = client.open("Scaled", {200, 100, 400, 300});
   const auto scaled = open(desktop.display(), 2).value();
@@ -271,12 +225,13 @@ TEST_F(X11DesktopTest, WhatIsGoneStaysGone) {
   const auto other = windowNamed(*x11, pid, "Survivor");
 
   std::vector<std::string> heard;
-  const auto destroyed = x11->accessibility().observe(element, "AXUIElementDestroyed",
-                                                      [&] { heard.push_back("old destroyed"); });
+  const auto destroyed = x11->accessibility().observe(
+      element, "AXUIElementDestroyed", [&](const AXElement&) { heard.push_back("old destroyed"); });
   const auto neverDestroyed = x11->accessibility().observe(
-      other, "AXUIElementDestroyed", [&] { heard.push_back("survivor destroyed"); });
+      other, "AXUIElementDestroyed",
+      [&](const AXElement&) { heard.push_back("survivor destroyed"); });
   ASSERT_TRUE(destroyed && neverDestroyed);
-  EXPECT_EQ(x11->accessibility().observe(other, "AXUnheardOf", [] {}).error(),
+  EXPECT_EQ(x11->accessibility().observe(other, "AXUnheardOf", [](const AXElement&) {}).error(),
             AXError::notificationUnsupported);
   const auto ended = x11->workspace().onDidTerminateApplication(
       [&](ProcessID process) { heard.push_back(process == oldPid ? "ended" : "wrong"); });
@@ -295,7 +250,9 @@ TEST_F(X11DesktopTest, WhatIsGoneStaysGone) {
   const auto heirElement = windowNamed(*x11, heir.process().pid(), "Heir");
   EXPECT_FALSE(heirElement == element);
   EXPECT_EQ(read<std::string>(heirElement, "AXRole"), "AXWindow");
-  EXPECT_EQ(x11->accessibility().observe(element, "AXUIElementDestroyed", [] {}).error(),
+  EXPECT_EQ(x11->accessibility()
+                .observe(element, "AXUIElementDestroyed", [](const AXElement&) {})
+                .error(),
             AXError::invalidUIElement);
   EXPECT_EQ(errorOf(x11->accessibility().application(oldPid).copyAttribute("AXWindows")),
             AXError::invalidUIElement);
@@ -352,6 +309,323 @@ TEST_F(X11DesktopTest, KeysGoToOneChainOnly) {
   ASSERT_TRUE(until([&] { return heard.back() == "11 0 b"; }));
   EXPECT_EQ(heard, (std::vector<std::string>{"17 1c0000 t", "40 20000 K", "newer 0", "older 0",
                                              "newer 53", "older 53", "11 0 b"}));
+}
+
+TEST_F(X11DesktopTest, TellsOfWindowsMinimizedByAnybodyAndOfNothingElse) {
+  const auto first = client.open("First", {100, 50, 300, 200});
+  const auto second = client.open("Second", {500, 50, 300, 200});
+  client.openDialog("Question", {500, 350, 200, 100}, second);
+  const auto element = windowNamed(*x11, pid, "First");
+  std::vector<std::string> heard;
+  const auto note = [&](const AXElement& window) {
+    heard.push_back(read<std::string>(window, "AXTitle").value_or("?"));
+    EXPECT_EQ(window.pid(), pid);
+  };
+  const auto application = x11->accessibility().application(pid);
+  auto watch = x11->accessibility().observe(application, "AXWindowMiniaturized", note);
+  ASSERT_TRUE(watch);
+  EXPECT_EQ(x11->accessibility().observe(application, "AXUIElementDestroyed", note).error(),
+            AXError::notificationUnsupported);
+  const auto expectHeard = [&](std::vector<std::string> expected) {
+    ASSERT_TRUE(until([&] { return heard.size() >= expected.size(); }));
+    EXPECT_EQ(heard, expected);
+  };
+  const auto isHidden = [&](WindowID window) {
+    return desktop.hasState(window, "_NET_WM_STATE_HIDDEN");
+  };
+
+  ASSERT_TRUE(desktop.switchTo(1));
+  EXPECT_TRUE(windows(*x11, pid).empty());
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(desktop.switchTo(0));
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(desktop.showBareDesktop(true));
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(desktop.showBareDesktop(false));
+  desktop.changeState(first, "_NET_WM_STATE_SHADED", true);
+  ASSERT_TRUE(eventually([&] { return desktop.hasState(first, "_NET_WM_STATE_SHADED"); }));
+  EXPECT_EQ(read<bool>(element, "AXMinimized"), false);
+  ASSERT_TRUE(x11->processEvents());
+  desktop.changeState(first, "_NET_WM_STATE_SHADED", false);
+  ASSERT_TRUE(eventually([&] { return !desktop.hasState(first, "_NET_WM_STATE_SHADED"); }));
+  ASSERT_TRUE(x11->workspace().hide(pid));
+  ASSERT_TRUE(isHidden(first) && x11->processEvents());
+  ASSERT_TRUE(x11->workspace().unhide(pid));
+  ASSERT_TRUE(!isHidden(first) && x11->processEvents());
+
+  desktop.iconify(second);
+  expectHeard({"Second"});
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  expectHeard({"Second", "First"});
+  // Minimized on a desktop that is left, and seen again from another one.
+  ASSERT_TRUE(desktop.switchTo(1));
+  EXPECT_EQ(windows(*x11, pid).size(), 3u);  // with the dialog, which went with its window
+  ASSERT_TRUE(element.setAttribute("AXMinimized", false));
+  EXPECT_EQ(desktop.values(first, "_NET_WM_DESKTOP"), std::vector<std::uint32_t>{1});
+  client.open("Third", {200, 200, 300, 200});
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(windowNamed(*x11, pid, "Third").setAttribute("AXMinimized", true));
+  expectHeard({"Second", "First", "Third"});
+  watch->cancel();
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  ASSERT_TRUE(x11->processEvents());
+  EXPECT_EQ(heard.size(), 3u);
+
+  client.process().kill();
+  EXPECT_EQ(x11->accessibility().observe(application, "AXWindowMiniaturized", note).error(),
+            AXError::invalidUIElement);
+}
+
+TEST_F(X11DesktopTest, TellsWhoIsStartedAndWhoHasTheKeys) {
+  std::vector<std::string> heard;
+  const auto first = client.open("First", {100, 50, 300, 200});
+  ASSERT_TRUE(x11->processEvents());
+  const auto name = [&](ProcessID process) { return process == pid ? "own" : "other"; };
+  const auto activated = x11->workspace().onDidActivateApplication(
+      [&](ProcessID process) { heard.push_back(name(process) + std::string(" active")); });
+  const auto launched = x11->workspace().onDidLaunchApplication([&](ProcessID process) {
+    heard.push_back(name(process) + std::string(" launched"));
+    EXPECT_EQ(x11->workspace().application(process)->activationPolicy, ActivationPolicy::regular);
+  });
+  const auto focused =
+      x11->accessibility().observe(x11->accessibility().application(pid), "AXFocusedWindowChanged",
+                                   [&](const AXElement& window) {
+                                     heard.push_back(read<std::string>(window, "AXTitle").value());
+                                   });
+  ASSERT_TRUE(focused);
+  const auto expectHeard = [&](std::vector<std::string> expected) {
+    EXPECT_TRUE(until([&] { return heard.size() >= expected.size(); }));
+    std::ranges::sort(heard);
+    std::ranges::sort(expected);
+    EXPECT_EQ(std::exchange(heard, {}), expected);
+  };
+
+  client.open("Second", {500, 50, 300, 200});
+  expectHeard({"Second"});
+  TestClient other(desktop, "Other");
+  other.openDock({0, 0, 200, 20});
+  ASSERT_TRUE(x11->processEvents());
+  other.open("Other", {500, 400, 300, 200});
+  expectHeard({"other launched", "other active"});
+  other.open("Other, too", {600, 450, 300, 200});
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(desktop.activate(first));
+  expectHeard({"own active", "First"});
+  // The last window goes and comes back: its application is chosen anew.
+  other.process().kill();
+  const auto second = windowNamed(*x11, pid, "Second");
+  ASSERT_TRUE(second.setAttribute("AXMinimized", true));
+  desktop.iconify(first);
+  ASSERT_TRUE(eventually([&] {
+    return desktop.activeWindow() == 0 && desktop.hasState(first, "_NET_WM_STATE_HIDDEN");
+  }));
+  ASSERT_TRUE(x11->processEvents());
+  heard.clear();
+  ASSERT_TRUE(desktop.activate(first));
+  expectHeard({"own active", "First"});
+}
+
+TEST_F(X11DesktopTest, PointerMovementsGoToOneChainOnly) {
+  std::vector<std::string> heard;
+  auto global = x11->eventMonitors().addGlobalPointerMoved([&] { heard.push_back("global"); });
+  auto local = x11->eventMonitors().addLocalPointerMoved([&] { heard.push_back("local"); });
+  ASSERT_TRUE(global && local);
+  const auto own = X11Connection::open(desktop.display()).value();
+  const auto window = xcb_generate_id(own->raw());
+  const std::uint32_t unmanaged = 1;
+  xcb_create_window(own->raw(), XCB_COPY_FROM_PARENT, window, own->root(), 300, 300, 100, 100, 0,
+                    XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
+                    &unmanaged);
+  ASSERT_TRUE(own->check(xcb_map_window_checked(own->raw(), window), deadlineIn(10)));
+
+  for (int x = 10; x < 200; x += 10) desktop.movePointer(x, 20);
+  ASSERT_TRUE(until([&] { return !heard.empty(); }));
+  EXPECT_EQ(heard.back(), "global");
+  // Some of them may still be on their way to the first chain.
+  desktop.movePointer(350, 350);
+  ASSERT_TRUE(until([&] { return heard.back() == "local"; }));
+  EXPECT_EQ(x11->eventMonitors().pointerLocation(), (AppKitPoint{350, 450}));
+  const auto before = heard.size();
+  desktop.movePointer(360, 350);
+  ASSERT_TRUE(until([&] { return heard.size() > before; }));
+  EXPECT_EQ(heard.back(), "local");
+
+  global->cancel();
+  local->cancel();
+  desktop.movePointer(20, 20);  // the last one, upon which nothing is listened to any more
+  ASSERT_TRUE(x11->processEvents());
+  heard.clear();
+  desktop.movePointer(30, 20);
+  ASSERT_TRUE(x11->processEvents());
+  EXPECT_TRUE(heard.empty());
+}
+
+TEST(X11HitTest, FindsWindowsAndTheirMinimizeButtons) {
+  const auto configuration =
+      std::filesystem::path(testing::TempDir()) / fmt::format("pellow-openbox-{}.xml", getpid());
+  std::ofstream(configuration) << "<openbox_config xmlns=\"http://openbox.org/3.4/rc\">"
+                                  "<!-- <titleLayout>NLIMC</titleLayout> -->"
+                                  "<theme><titleLayout>CISLM</titleLayout></theme>"
+                                  "</openbox_config>\n";
+  const Log log([](LogLevel, std::string_view message) { ADD_FAILURE() << message; });
+  for (const bool isUsual : {true, false}) {
+    DesktopOptions options;
+    if (!isUsual)
+      options.windowManager = {"openbox", "--sm-disable", "--config-file", configuration};
+    DesktopSession desktop(options);
+    const auto x11 =
+        X11Desktop::open(desktop.display(), 1,
+                         {[](const std::string&) { return std::nullopt; }, [] { return false; }},
+                         log)
+            .value();
+    TestClient client(desktop);
+    const auto window = client.open("Below", {100, 100, 400, 300});
+    const auto system = x11->accessibility().systemWide();
+    const auto at = [&](double x, double y) {
+      return x11->accessibility().elementAtPosition(system, {x, y});
+    };
+    const auto frame = desktop.frame(window);
+    const auto below = at(300, 250).value();
+    EXPECT_EQ(read<std::string>(below, "AXTitle"), "Below");
+    EXPECT_EQ(errorOf(at(1000, 700)), AXError::noValue);
+
+    // One button, of all that the title bar has, and it is the one that minimizes.
+    std::optional<AXElement> button;
+    std::vector<double> left;
+    for (double x = frame.x; x < frame.x + frame.width; ++x) {
+      const auto found = at(x, frame.y + 10);
+      ASSERT_TRUE(found);
+      if (read<std::string>(*found, "AXSubrole") != "AXMinimizeButton") {
+        EXPECT_EQ(*found, below);
+        continue;
+      }
+      if (button) EXPECT_EQ(*button, *found);
+      button = *found;
+      left.push_back(x);
+    }
+    ASSERT_TRUE(button);
+    EXPECT_EQ(read<std::string>(*button, "AXRole"), "AXButton");
+    EXPECT_EQ(read<AXElement>(*button, "AXParent"), below);
+    const auto origin = read<QuartzPoint>(*button, "AXPosition").value();
+    const auto size = read<Size>(*button, "AXSize").value();
+    EXPECT_EQ(origin.x, left.front());
+    EXPECT_EQ(size.width, left.size());
+    desktop.click(int(origin.x + size.width / 2), int(origin.y + size.height / 2));
+    EXPECT_TRUE(eventually([&] { return desktop.hasState(window, "_NET_WM_STATE_HIDDEN"); }));
+    EXPECT_EQ(errorOf(at(300, 250)), AXError::noValue);
+
+    ASSERT_TRUE(below.setAttribute("AXMinimized", false));
+    const auto above = client.open("Above", {frame.x, frame.y, 300, 200});
+    EXPECT_EQ(read<std::string>(at(200, 200).value(), "AXTitle"), "Above");
+    // A dock of another program is no window of anybody's.
+    client.openDock({0, 0, 1280, 24});
+    EXPECT_EQ(read<std::string>(at(640, 10).value(), "AXRole"), "AXApplication");
+    client.destroy(above);
+    client.destroy(window);
+    ASSERT_TRUE(eventually([&] { return !desktop.exists(window); }));
+    EXPECT_EQ(errorOf(button->copyAttribute("AXRole")), AXError::invalidUIElement);
+    EXPECT_EQ(errorOf(button->copyAttribute("AXPosition")), AXError::invalidUIElement);
+  }
+  std::filesystem::remove(configuration);
+}
+
+// The monitors of a virtual server are what its clients say they are.
+class Monitors {
+ public:
+  explicit Monitors(const std::string& display)
+      : connection_(X11Connection::open(display).value()) {
+    auto pending = connection_->pending<xcb_randr_get_screen_resources_reply_t>(
+        xcb_randr_get_screen_resources(connection_->raw(), connection_->root()));
+    const auto resources = pending.collect(deadlineIn(10)).value();
+    output_ = *xcb_randr_get_screen_resources_outputs(resources.get());
+  }
+
+  // The first one takes the place of the one that the server makes by itself.
+  void plug(const std::string& name, PixelRect place, bool isPrimary, bool isFirst = false) {
+    // The request as the protocol has it: the function of the library miscounts its length.
+    struct {
+      xcb_randr_set_monitor_request_t request{};
+      xcb_randr_monitor_info_t info{};
+      xcb_randr_output_t output = 0;
+    } plugged;
+    plugged.request.window = connection_->root();
+    plugged.info.name = internAtom(connection_->raw(), name);
+    plugged.info.primary = isPrimary;
+    plugged.info.nOutput = isFirst ? 1 : 0;
+    plugged.info.x = static_cast<std::int16_t>(place.x);
+    plugged.info.y = static_cast<std::int16_t>(place.y);
+    plugged.info.width = static_cast<std::uint16_t>(place.width);
+    plugged.info.height = static_cast<std::uint16_t>(place.height);
+    plugged.output = output_;
+    const auto length = sizeof plugged - (isFirst ? 0 : sizeof plugged.output);
+    // The library needs room for two parts of its own.
+    std::array<iovec, 3> parts{{{}, {}, {&plugged, length}}};
+    const xcb_protocol_request_t protocol{1, &xcb_randr_id, XCB_RANDR_SET_MONITOR, 1};
+    xcb_send_request(connection_->raw(), 0, &parts[2], &protocol);
+    connection_->flush();
+  }
+  void unplug(const std::string& name) {
+    xcb_randr_delete_monitor(connection_->raw(), connection_->root(),
+                             internAtom(connection_->raw(), name));
+    connection_->flush();
+  }
+
+ private:
+  std::unique_ptr<X11Connection> connection_;
+  xcb_randr_output_t output_ = 0;
+};
+
+TEST_F(X11DesktopTest, MonitorsComeAndGoAroundWindows) {
+  int changes = 0;
+  const auto observer = x11->screens().onDidChangeParameters([&] { ++changes; });
+  const auto frames = [&] {
+    std::vector<AppKitRect> found;
+    for (const auto& screen : x11->screens().all()) found.push_back(screen.frame);
+    return found;
+  };
+  const auto expectFrames = [&](const std::vector<AppKitRect>& expected) {
+    EXPECT_TRUE(until([&] { return frames() == expected; }));
+    EXPECT_EQ(frames(), expected);
+  };
+  // Three of them; the primary one is neither the first nor at the origin of the X screen.
+  Monitors monitors(desktop.display());
+  monitors.plug("left", {0, 0, 480, 800}, false, true);
+  monitors.plug("middle", {480, 100, 480, 600}, true);
+  monitors.plug("right", {960, 0, 320, 800}, false);
+  expectFrames({{0, 0, 480, 600}, {-480, -100, 480, 800}, {480, -100, 320, 800}});
+  const auto leftID = x11->screens().all()[1].displayID;
+
+  const auto window = client.open("Guest", {50, 150, 300, 200});
+  const auto home = desktop.frame(window);
+  const auto element = windowNamed(*x11, pid, "Guest");
+  EXPECT_EQ(read<QuartzPoint>(element, "AXPosition"),
+            (QuartzPoint{home.x - 480.0, home.y - 100.0}));
+  EXPECT_EQ(x11->screens().main()->frame, AppKitRect(-480, -100, 480, 800));
+  move(element, 490, -90);
+  EXPECT_EQ(desktop.frame(window), (PixelRect{970, 10, home.width, home.height}));
+  EXPECT_EQ(x11->screens().main()->frame, AppKitRect(480, -100, 320, 800));
+
+  // Parked beside the left monitor, which goes.
+  move(element, 1 - 480.0 - home.width, home.y - 100.0);
+  for (const auto* name : {"right", "middle", "left"}) monitors.unplug(name);
+  monitors.plug("middle", {0, 0, 960, 800}, true, true);
+  expectFrames({{0, 0, 960, 800}});
+  move(element, 200, 100);
+  EXPECT_EQ(desktop.frame(window), (PixelRect{200, 100, home.width, home.height}));
+  monitors.plug("left", {960, 0, 320, 800}, false);
+  expectFrames({{0, 0, 960, 800}, {960, 0, 320, 800}});
+  EXPECT_EQ(x11->screens().all()[1].displayID, leftID);
+
+  // A dock takes its share of the monitor that it stands on, until it goes.
+  changes = 0;
+  const auto dock = client.openDock({0, 0, 960, 30});
+  const auto visible = [&](std::size_t index) { return x11->screens().all()[index].visibleFrame; };
+  EXPECT_TRUE(until([&] { return visible(0) == AppKitRect(0, 0, 960, 770); }));
+  EXPECT_EQ(visible(1), AppKitRect(960, 0, 320, 800));
+  EXPECT_EQ(changes, 1);
+  client.destroy(dock);
+  EXPECT_TRUE(until([&] { return visible(0) == AppKitRect(0, 0, 960, 800); }));
+  EXPECT_EQ(changes, 2);
 }
 
 TEST_F(X11DesktopTest, OneProgramForADisplay) {

@@ -60,8 +60,11 @@ class ScriptedAccessibility final : public Accessibility {
   bool isProcessTrusted() const override { return true; }
   AXElement systemWide() override { return AXElement(system); }
   AXElement application(ProcessID) override { return AXElement(onlyApplication); }
+  std::expected<AXElement, AXError> elementAtPosition(const AXElement&, QuartzPoint) override {
+    return std::unexpected(AXError::noValue);
+  }
   std::expected<Subscription, AXError> observe(const AXElement&, std::string_view,
-                                               std::function<void()>) override {
+                                               std::function<void(const AXElement&)>) override {
     return std::unexpected(AXError::notificationUnsupported);
   }
 };

@@ -240,9 +240,9 @@ TEST_F(SimulatedDesktopTest, WindowsAnswerLikeThoseOfAMac) {
 
   // What is gone stays gone, and is announced when it is.
   Lines heard;
-  const auto closed = platform.accessibility().observe(element, "AXUIElementDestroyed", [&] {
-    heard.push_back(fmt::format("window {}", list.exists()));
-  });
+  const auto closed = platform.accessibility().observe(
+      element, "AXUIElementDestroyed",
+      [&](const AXElement&) { heard.push_back(fmt::format("window {}", list.exists())); });
   const auto quit = platform.workspace().onDidTerminateApplication([&](ProcessID pid) {
     heard.push_back(fmt::format("application {} {}", pid == notes.pid(), notes.isRunning()));
   });
@@ -254,7 +254,9 @@ TEST_F(SimulatedDesktopTest, WindowsAnswerLikeThoseOfAMac) {
   EXPECT_EQ(element.copyAttribute("AXRole").error(), AXError::invalidUIElement);
   EXPECT_EQ(element.pid().error(), AXError::invalidUIElement);
   EXPECT_EQ(notes.element().copyAttribute("AXWindows").error(), AXError::invalidUIElement);
-  EXPECT_EQ(platform.accessibility().observe(element, "AXUIElementDestroyed", [] {}).error(),
+  EXPECT_EQ(platform.accessibility()
+                .observe(element, "AXUIElementDestroyed", [](const AXElement&) {})
+                .error(),
             AXError::invalidUIElement);
   EXPECT_FALSE(platform.workspace().activate(notes.pid()));
   EXPECT_FALSE(platform.workspace().application(notes.pid()));

@@ -6,6 +6,7 @@
 #include <QCursor>
 #include <QEnterEvent>
 #include <QHelpEvent>
+#include <QHideEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -13,16 +14,20 @@
 #include <QTimerEvent>
 #include <QToolTip>
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
+#include "platforms/linux/qt/panel_menu.h"
+#include "platforms/linux/qt/screen_geometry.h"
 #include "platforms/linux/qt/view_painter.h"
 
 namespace pellow {
 namespace {
 
-constexpr double fadeIn = 0.06;    // seconds
-constexpr double fadeOut = 0.15;   // seconds
-constexpr int frameInterval = 16;  // milliseconds
+constexpr double fadeIn = 0.06;      // seconds
+constexpr double fadeOut = 0.15;     // seconds
+constexpr int frameInterval = 16;    // milliseconds
+constexpr double dragThreshold = 3;  // points
 
 QRegion regionOf(const std::vector<PanelCanvas::Corners>& backdrops, QSize size) {
   QBitmap shape(size);
@@ -40,6 +45,14 @@ bool contains(const std::vector<std::shared_ptr<ViewNode>>& nodes,
   return std::ranges::find(nodes, node) != nodes.end();
 }
 
+// The innermost of the nodes at a point for which `has` holds; empty when there is none.
+template <class Has>
+std::shared_ptr<ViewNode> innermost(const std::vector<std::shared_ptr<ViewNode>>& nodes, Has has) {
+  const auto found = std::ranges::find_if(nodes.rbegin(), nodes.rend(),
+                                          [&](const auto& node) { return has(*node); });
+  return found == nodes.rend() ? nullptr : *found;
+}
+
 // Every text is plain, whatever a window's title looks like.
 QString plain(const std::string& text) {
   const auto string = QString::fromStdString(text);
@@ -49,9 +62,10 @@ QString plain(const std::string& text) {
 
 }  // namespace
 
-PanelCanvas::PanelCanvas(const std::string& name, PictureSource& pictures)
+PanelCanvas::PanelCanvas(const std::string& name, PictureSource& pictures, const WindowHints& hints)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus),
-      pictures_(pictures) {
+      pictures_(pictures),
+      hints_(hints) {
   setAttribute(Qt::WA_TranslucentBackground);
   setAttribute(Qt::WA_ShowWithoutActivating);
   setAttribute(Qt::WA_AlwaysShowToolTips);
@@ -136,11 +150,10 @@ bool PanelCanvas::event(QEvent* event) {
 }
 
 void PanelCanvas::showTooltip(QPoint point, QPoint onScreen) {
-  const auto nodes = tree_.at(point);
-  const auto found = std::ranges::find_if(
-      nodes.rbegin(), nodes.rend(), [](const auto& node) { return !node->look.tooltip.empty(); });
-  if (found == nodes.rend()) return QToolTip::hideText();
-  QToolTip::showText(onScreen, plain((*found)->look.tooltip), this, areaOf(*found));
+  const auto node =
+      innermost(tree_.at(point), [](const auto& each) { return !each.look.tooltip.empty(); });
+  if (!node) return QToolTip::hideText();
+  QToolTip::showText(onScreen, plain(node->look.tooltip), this, areaOf(node));
 }
 
 void PanelCanvas::paintEvent(QPaintEvent* event) {
@@ -170,22 +183,71 @@ void PanelCanvas::changeEvent(QEvent* event) {
 // Only its owner takes a panel away.
 void PanelCanvas::closeEvent(QCloseEvent* event) { event->ignore(); }
 
-void PanelCanvas::mousePressEvent(QMouseEvent* event) {
-  if (event->button() != Qt::LeftButton) return;
-  const auto nodes = tree_.at(event->position());
-  const auto found = std::ranges::find_if(nodes.rbegin(), nodes.rend(), [](const auto& node) {
-    return node->actions.onClick != nullptr;
-  });
-  if (found != nodes.rend()) press(*found);
+// A window that is not shown receives no more of a drag.
+void PanelCanvas::hideEvent(QHideEvent*) {
+  pressed_.reset();
+  endDrag();
 }
 
-void PanelCanvas::mouseMoveEvent(QMouseEvent* event) { pointerIsAt(event->position()); }
+void PanelCanvas::mousePressEvent(QMouseEvent* event) {
+  if (event->button() == Qt::RightButton && !drag_)
+    return showContextMenu(event->position(), event->globalPosition().toPoint());
+  if (event->button() != Qt::LeftButton) return;
+  const auto nodes = tree_.at(event->position());
+  if (auto node = innermost(nodes, [](const auto& each) { return bool(each.actions.onClick); }))
+    press(std::move(node));
+  if (const auto node = innermost(nodes, [](const auto& each) { return bool(each.actions.drag); }))
+    drag_ = Drag{node->actions.drag, toPixels(event->globalPosition())};
+}
+
+void PanelCanvas::mouseMoveEvent(QMouseEvent* event) {
+  if (drag_) dragTo(event->globalPosition());
+  if (!isDragging()) pointerIsAt(event->position());
+}
 
 void PanelCanvas::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
+  if (isDragging()) {
+    endDrag();
+    return lookForPointerSoon();
+  }
+  drag_.reset();
   const auto node = pressed_;
   press(nullptr);
   if (node && contains(tree_.at(event->position()), node)) click(*node);
+}
+
+void PanelCanvas::dragTo(QPointF onScreen) {
+  const auto moved = (toPixels(onScreen) - drag_->from) / devicePixelRatioF();
+  const auto actions = drag_->actions;
+  if (!drag_->hasBegun) {
+    if (std::hypot(moved.x(), moved.y()) < dragThreshold) return;
+    drag_->hasBegun = true;
+    press(nullptr);
+    QToolTip::hideText();
+    call(actions.onBegan);
+  }
+  if (!drag_ || !actions.onDragged) return;
+  call([&] { actions.onDragged({moved.x(), -moved.y()}); });
+}
+
+void PanelCanvas::endDrag() {
+  const auto drag = std::exchange(drag_, std::nullopt);
+  if (drag && drag->hasBegun) call(drag->actions.onEnded);
+}
+
+void PanelCanvas::showContextMenu(QPointF point, QPoint onScreen) {
+  const auto node =
+      innermost(tree_.at(point), [](const auto& each) { return bool(each.actions.contextMenu); });
+  if (!node) return;
+  Menu menu;
+  call([&] { menu = node->actions.contextMenu(); });
+  if (givenUp_ || menu.items.empty()) return;
+  QToolTip::hideText();
+  auto* const shown =
+      makeMenu(menu, *this, hints_, [this](const auto& onChosen) { call(onChosen); });
+  connect(shown, &QMenu::aboutToHide, this, [this] { lookForPointerSoon(); });
+  shown->popup(onScreen);
 }
 
 void PanelCanvas::press(std::shared_ptr<ViewNode> node) {
@@ -201,21 +263,23 @@ QRect PanelCanvas::areaOf(const std::shared_ptr<ViewNode>& node) const {
   return area;
 }
 
-void PanelCanvas::click(const ViewNode& node) {
-  if (node.actions.onClick) call(node.actions.onClick);
-}
+void PanelCanvas::click(const ViewNode& node) { call(node.actions.onClick); }
 
 void PanelCanvas::call(const std::function<void()>& callback) {
-  if (givenUp_) return;
+  if (givenUp_ || !callback) return;
   const auto kept = callback;  // it may replace its own view
   ++runningCallbacks_;
   kept();
   --runningCallbacks_;
 }
 
-void PanelCanvas::enterEvent(QEnterEvent* event) { pointerIsAt(event->position()); }
+void PanelCanvas::enterEvent(QEnterEvent* event) {
+  if (!isDragging()) pointerIsAt(event->position());
+}
 
-void PanelCanvas::leaveEvent(QEvent*) { pointerIsAt(std::nullopt); }
+void PanelCanvas::leaveEvent(QEvent*) {
+  if (!isDragging()) pointerIsAt(std::nullopt);
+}
 
 void PanelCanvas::lookForPointerSoon() {
   if (std::exchange(willLookForPointer_, true)) return;
@@ -224,6 +288,7 @@ void PanelCanvas::lookForPointerSoon() {
 
 void PanelCanvas::lookForPointer() {
   willLookForPointer_ = false;
+  if (isDragging()) return;
   const auto point = mapFromGlobal(QPointF(QCursor::pos()));
   const bool inside = isVisible() && QRectF(rect()).contains(point) && underMouse();
   pointerIsAt(inside ? std::optional(point) : std::nullopt);

@@ -13,6 +13,7 @@
 #include "platforms/linux/qt/material.h"
 #include "platforms/linux/qt/picture_source.h"
 #include "platforms/linux/qt/view_tree.h"
+#include "platforms/linux/qt/window_hints.h"
 
 namespace pellow {
 
@@ -27,7 +28,8 @@ class PanelCanvas final : public QWidget {
     bool operator==(const Corners&) const = default;
   };
 
-  PanelCanvas(const std::string& name, PictureSource& pictures);
+  // The pictures and the hints outlive the canvas.
+  PanelCanvas(const std::string& name, PictureSource& pictures, const WindowHints& hints);
 
   void setContent(const View& root);
 
@@ -54,6 +56,7 @@ class PanelCanvas final : public QWidget {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
@@ -67,6 +70,10 @@ class PanelCanvas final : public QWidget {
   void pointerIsAt(std::optional<QPointF> point);
   void tellHover(const std::vector<std::weak_ptr<ViewNode>>& nodes, bool inside);
   void press(std::shared_ptr<ViewNode> node);
+  void dragTo(QPointF onScreen);
+  void endDrag();
+  bool isDragging() const { return drag_ && drag_->hasBegun; }
+  void showContextMenu(QPointF point, QPoint onScreen);
   void call(const std::function<void()>& callback);
   void showTooltip(QPoint point, QPoint onScreen);
   void advanceHighlights();
@@ -75,6 +82,7 @@ class PanelCanvas final : public QWidget {
   std::vector<Corners> backdrops() const;
 
   PictureSource& pictures_;
+  const WindowHints& hints_;
   ViewTree tree_;
   Material material_;
   bool translucent_ = false;
@@ -83,6 +91,13 @@ class PanelCanvas final : public QWidget {
   int runningCallbacks_ = 0;
   bool willLookForPointer_ = false;
   std::shared_ptr<ViewNode> pressed_;
+  // A press that becomes a drag once the pointer has moved far enough.
+  struct Drag {
+    DragActions actions;  // of the view that was pressed, whatever becomes of it
+    QPointF from;         // pixels of the X screen
+    bool hasBegun = false;
+  };
+  std::optional<Drag> drag_;
   QBasicTimer highlightTimer_;
   QElapsedTimer highlightClock_;
 };

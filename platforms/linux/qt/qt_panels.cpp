@@ -1,30 +1,23 @@
 #include "platforms/linux/qt/qt_panels.h"
 
-#include <QGuiApplication>
-#include <QScreen>
-#include <QWindow>
+#include <QEasingCurve>
+#include <QSignalBlocker>
+#include <QVariantAnimation>
+#include <algorithm>
 #include <cmath>
 #include <utility>
+
+#include "platforms/linux/qt/screen_geometry.h"
 
 namespace pellow {
 namespace {
 
-// Qt keeps the corner of a screen in pixels and measures from there in points.
-QRect toQt(const PixelRect& rect) {
-  const auto screens = QGuiApplication::screens();
-  const QPoint centre(rect.x + rect.width / 2, rect.y + rect.height / 2);
-  const QScreen* screen = QGuiApplication::primaryScreen();
-  for (const auto* candidate : screens) {
-    const QRect area(candidate->geometry().topLeft(),
-                     candidate->geometry().size() * candidate->devicePixelRatio());
-    if (area.contains(centre)) screen = candidate;
-  }
-  if (!screen) return {rect.x, rect.y, rect.width, rect.height};
-  const double scale = screen->devicePixelRatio();
-  const auto corner = screen->geometry().topLeft();
-  const auto points = [&](int pixels) { return static_cast<int>(std::lround(pixels / scale)); };
-  return {corner.x() + points(rect.x - corner.x()), corner.y() + points(rect.y - corner.y()),
-          points(rect.width), points(rect.height)};
+QEasingCurve curveOf(AnimationTiming timing) {
+  if (timing == AnimationTiming::linear) return QEasingCurve::Linear;
+  const QPointF start(timing == AnimationTiming::easeInOut ? 0.42 : 0, 0);
+  QEasingCurve curve(QEasingCurve::BezierSpline);
+  curve.addCubicBezierSegment(start, {0.58, 1}, {1, 1});
+  return curve;
 }
 
 }  // namespace
@@ -32,14 +25,20 @@ QRect toQt(const PixelRect& rect) {
 class QtPanels::QtPanel final : public Panel {
  public:
   QtPanel(QtPanels& panels, std::string name)
-      : panels_(panels), canvas_(new PanelCanvas(name, panels.pictures_)) {
+      : panels_(panels), canvas_(new PanelCanvas(name, panels.pictures_, panels.hints_)) {
     canvas_->setTranslucent(panels_.compositor_.isRunning());
     panels_.hints_.setName(window(), name);
     panels_.hints_.makePanel(window());
     panels_.panels_.insert(this);
+    animation_.setStartValue(0.0);
+    animation_.setEndValue(1.0);
+    QObject::connect(&animation_, &QVariantAnimation::valueChanged, canvas_,
+                     [this](const QVariant& value) { show(between(value.toDouble())); });
+    QObject::connect(&animation_, &QVariantAnimation::finished, canvas_, [this] { arrive(); });
   }
 
   ~QtPanel() override {
+    end();
     panels_.panels_.erase(this);
     canvas_->giveUp();
   }
@@ -47,14 +46,24 @@ class QtPanels::QtPanel final : public Panel {
   void setContent(const View& root) override { canvas_->setContent(root); }
 
   void setFrame(const AppKitRect& frame) override {
-    frame_ = frame;
-    const auto geometry = toQt(panels_.toPixels_(frame));
-    if (geometry == canvas_->geometry()) return;
-    canvas_->setGeometry(geometry);
-    canvas_->lookForPointerSoon();
+    end();
+    target_.frame = frame;
+    show(target_);
   }
 
-  AppKitRect frame() const override { return frame_; }
+  AppKitRect frame() const override { return target_.frame; }
+
+  void animate(const AppKitRect& frame, double opacity, Seconds duration, AnimationTiming timing,
+               std::function<void()> onDone) override {
+    end();
+    target_ = {frame, opacity};
+    onDone_ = std::move(onDone);
+    const auto milliseconds = std::lround(std::max(duration, 0.0) * 1000);
+    if (milliseconds == 0) return arrive();
+    start_ = shown_;
+    prepareAnimation(static_cast<int>(milliseconds), timing);
+    animation_.start();
+  }
 
   void setLevel(PanelLevel level) override {
     if (std::exchange(level_, level) == level) return;
@@ -78,15 +87,64 @@ class QtPanels::QtPanel final : public Panel {
   void compositorChanged() { canvas_->setTranslucent(panels_.compositor_.isRunning()); }
 
  private:
+  // Where the panel is and how much of it is to be seen.
+  struct Look {
+    AppKitRect frame;
+    double opacity = 1;
+  };
+
+  Look between(double progress) const {
+    const auto blend = [&](double from, double to) { return from + (to - from) * progress; };
+    const auto& from = start_.frame;
+    const auto& to = target_.frame;
+    return {{blend(from.minX(), to.minX()), blend(from.minY(), to.minY()),
+             blend(from.width(), to.width()), blend(from.height(), to.height())},
+            blend(start_.opacity, target_.opacity)};
+  }
+
+  void show(const Look& look) {
+    shown_ = look;
+    if (canvas_->windowOpacity() != look.opacity) canvas_->setWindowOpacity(look.opacity);
+    const auto geometry = toQt(panels_.toPixels_(look.frame));
+    if (geometry == canvas_->geometry()) return;
+    canvas_->setGeometry(geometry);
+    canvas_->lookForPointerSoon();
+  }
+
+  // An animation that has run once tells of values while it is changed.
+  void prepareAnimation(int milliseconds, AnimationTiming timing) {
+    const QSignalBlocker silent(animation_);
+    animation_.setDuration(milliseconds);
+    animation_.setEasingCurve(curveOf(timing));
+  }
+
+  void arrive() {
+    show(target_);
+    if (onDone_) done_ = panels_.queue_.async(std::exchange(onDone_, nullptr));
+  }
+
+  // Whatever is under way is cut short.
+  void end() {
+    animation_.stop();
+    onDone_ = nullptr;
+    done_.cancel();
+  }
+
   xcb_window_t window() const { return static_cast<xcb_window_t>(canvas_->winId()); }
 
   QtPanels& panels_;
   PanelCanvas* canvas_;  // deletes itself when it has been given up
-  AppKitRect frame_;
+  Look start_;
+  Look shown_;
+  Look target_;
+  QVariantAnimation animation_;
+  std::function<void()> onDone_;  // of the animation that goes on
+  Subscription done_;             // of the one that has arrived
   PanelLevel level_ = PanelLevel::statusWindow;
 };
 
-QtPanels::QtPanels(ToPixels toPixels) : toPixels_(std::move(toPixels)) {
+QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels)
+    : queue_(queue), toPixels_(std::move(toPixels)) {
   compositor_.onChange([this] {
     for (auto* const panel : panels_) panel->compositorChanged();
   });

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "platform/panels.h"
+#include "platform/queues.h"
 #include "platforms/linux/qt/compositor.h"
 #include "platforms/linux/qt/panel_canvas.h"
 #include "platforms/linux/qt/picture_source.h"
@@ -18,7 +19,7 @@ class QtPanels final : public Panels {
   using ToPixels = std::function<PixelRect(const AppKitRect&)>;
 
   // `toPixels` says where a rectangle lies on the X screen.
-  explicit QtPanels(ToPixels toPixels);
+  QtPanels(MainQueue& queue, ToPixels toPixels);
   ~QtPanels() override;
 
   std::unique_ptr<Panel> makePanel(std::string name) override;
@@ -26,6 +27,7 @@ class QtPanels final : public Panels {
  private:
   class QtPanel;
 
+  MainQueue& queue_;
   ToPixels toPixels_;
   PictureSource pictures_;
   WindowHints hints_;

@@ -17,8 +17,16 @@ struct X11Atoms {
   xcb_atom_t netMoveResizeWindow = 0;
   xcb_atom_t netRequestFrameExtents = 0;
   xcb_atom_t netRestackWindow = 0;
+  xcb_atom_t netShowingDesktop = 0;
   xcb_atom_t netSupported = 0;
   xcb_atom_t netSupportingWMCheck = 0;
+  xcb_atom_t netWMActionChangeDesktop = 0;
+  xcb_atom_t netWMActionClose = 0;
+  xcb_atom_t netWMActionMaximizeHorz = 0;
+  xcb_atom_t netWMActionMaximizeVert = 0;
+  xcb_atom_t netWMActionMinimize = 0;
+  xcb_atom_t netWMActionShade = 0;
+  xcb_atom_t netWMAllowedActions = 0;
   xcb_atom_t netWMDesktop = 0;
   xcb_atom_t netWMIcon = 0;
   xcb_atom_t netWMName = 0;
@@ -37,6 +45,7 @@ struct X11Atoms {
   xcb_atom_t netWMWindowTypeNormal = 0;
   xcb_atom_t netWMWindowTypeUtility = 0;
   xcb_atom_t netWorkarea = 0;
+  xcb_atom_t obConfigFile = 0;
   xcb_atom_t pellowHidden = 0;    // on windows of an application that Pellow has hidden
   xcb_atom_t pellowState = 0;     // the maximized or full-screen state that a window has left
   xcb_atom_t pellowWindowID = 0;  // tells windows apart that had the same XID in turn

@@ -19,8 +19,6 @@ namespace pellow {
 
 namespace {
 
-constexpr Seconds serverPatience = 2;
-
 FileDescriptor pollSetOf(std::initializer_list<int> descriptors) {
   FileDescriptor pollSet(epoll_create1(EPOLL_CLOEXEC));
   for (const int descriptor : descriptors) {
@@ -68,11 +66,12 @@ struct X11Desktop::Parts {
         instanceLock(*events),
         windowManager(*server),
         windowEvents(*server, *events),
-        accessibility(*server, windowManager, windowEvents),
+        activeWindow(*server, windowEvents),
+        accessibility(*server, windowManager, windowEvents, activeWindow),
         screens(*server, scale),
-        workspace(*server, windowManager, windowEvents, pollSet.number(),
+        workspace(*server, windowManager, windowEvents, activeWindow, pollSet.number(),
                   std::move(hooks.loadIcon)),
-        eventMonitors(*server, *events, std::move(hooks.ownWindowHasKeyboard)) {}
+        eventMonitors(*server, *events, pollSet.number(), std::move(hooks.ownWindowHasKeyboard)) {}
 
   void handle(const xcb_generic_event_t& event);
   void handleRootProperty(xcb_atom_t property);
@@ -87,6 +86,7 @@ struct X11Desktop::Parts {
   InstanceLock instanceLock;
   WindowManager windowManager;
   WindowEvents windowEvents;
+  ActiveWindow activeWindow;
   X11Accessibility accessibility;
   X11Screens screens;
   X11Workspace workspace;
@@ -94,6 +94,7 @@ struct X11Desktop::Parts {
 
   // What the events of one round have touched; many events make one reaction.
   bool windowsChanged = false;
+  bool activeWindowChanged = false;
   bool screensChanged = false;
   bool windowManagerChanged = false;
 };
@@ -126,6 +127,7 @@ bool X11Desktop::processEvents() {
   while (const auto event = parts_->events->pollForEvent()) parts_->handle(*event);
   parts_->actOnChanges();
   parts_->workspace.processEnded();
+  parts_->eventMonitors.tellOfMovements();
   parts_->events->flush();
   return !parts_->events->isLost();
 }
@@ -158,6 +160,7 @@ void X11Desktop::Parts::handleRootProperty(xcb_atom_t property) {
   const auto& atoms = server->atoms();
   if (property == atoms.netClientList) windowsChanged = screensChanged = true;
   if (property == atoms.netWorkarea || property == atoms.netCurrentDesktop) screensChanged = true;
+  if (property == atoms.netActiveWindow) activeWindowChanged = true;
   if (property == atoms.netSupported || property == atoms.netSupportingWMCheck)
     windowManagerChanged = true;
 }
@@ -167,7 +170,11 @@ void X11Desktop::Parts::actOnChanges() {
   if (std::exchange(windowManagerChanged, false)) server->readWindowManager();
   if (std::exchange(screensChanged, false)) screens.refresh();
   windowEvents.dispatch();
-  if (std::exchange(windowsChanged, false)) workspace.windowsChanged();
+  if (std::exchange(windowsChanged, false)) {
+    accessibility.windowsChanged();
+    workspace.windowsChanged();
+  }
+  if (std::exchange(activeWindowChanged, false)) activeWindow.refresh();
 }
 
 SystemError X11Desktop::connectionError() const {
@@ -179,7 +186,8 @@ bool X11Desktop::claimInstance() { return parts_->instanceLock.claim(); }
 bool X11Desktop::waitForInstance(Seconds timeout) {
   const bool isOurs = parts_->instanceLock.wait(timeout);
   // The wait has taken in events that it had no use for.
-  parts_->windowManagerChanged = parts_->screensChanged = parts_->windowsChanged = true;
+  parts_->windowManagerChanged = parts_->screensChanged = true;
+  parts_->windowsChanged = parts_->activeWindowChanged = true;
   parts_->actOnChanges();
   return isOurs;
 }
@@ -194,19 +202,6 @@ PixelRect X11Desktop::toPixels(const AppKitRect& rect) const {
 
 AppKitRect X11Desktop::fromPixels(const PixelRect& rect) const {
   return parts_->server->layout().toAppKit(rect);
-}
-
-void X11Desktop::setWindowClass(std::uint32_t window, const std::string& instance) {
-  auto& connection = parts_->server->connection();
-  std::string value = instance;
-  value += '\0';
-  value += "pellow";
-  value += '\0';
-  const auto cookie = xcb_change_property_checked(
-      connection.raw(), XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
-      static_cast<std::uint32_t>(value.size()), value.data());
-  if (!connection.check(cookie, deadlineIn(serverPatience)))
-    parts_->log.warning("The class of window {:#x} could not be set", window);
 }
 
 }  // namespace pellow

@@ -71,10 +71,6 @@ class X11Desktop {
   PixelRect toPixels(const AppKitRect& rect) const;
   AppKitRect fromPixels(const PixelRect& rect) const;
 
-  // Sets WM_CLASS of a window of this process (`instance` is the name that others see, for example
-  // "pellow-strip") and returns when the server has it. Meant for before the window is mapped.
-  void setWindowClass(std::uint32_t window, const std::string& instance);
-
  private:
   struct Parts;
   explicit X11Desktop(std::unique_ptr<Parts> parts);

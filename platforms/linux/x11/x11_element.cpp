@@ -1,9 +1,12 @@
 #include "platforms/linux/x11/x11_element.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
 
 #include "platforms/linux/x11/client_processes.h"
+#include "platforms/linux/x11/hit_test.h"
 
 namespace pellow {
 
@@ -56,7 +59,7 @@ class WindowElement : public X11Element {
   Outcome setAttribute(std::string_view attribute, const AXValue& value) override;
   Outcome performAction(std::string_view action) override;
 
-  xcb_window_t xid() const { return window_.window; }
+  const WindowKey& key() const { return window_; }
   bool isGone() const {
     const auto found = facts(Facet::state);
     return !found && found.error() == AXError::invalidUIElement;
@@ -83,6 +86,40 @@ class WindowElement : public X11Element {
   const WindowKey window_;
   const ProcessID pid_;
 };
+
+// The button that minimizes a window, which is a window of its frame.
+class ButtonElement : public X11Element {
+ public:
+  ButtonElement(Context context, xcb_window_t button, std::shared_ptr<const WindowElement> window)
+      : X11Element(context), button_(button), window_(std::move(window)) {}
+
+  bool equals(const Object& other) const override {
+    const auto* button = dynamic_cast<const ButtonElement*>(&other);
+    return button && button->button_ == button_ && button->window_->equals(*window_);
+  }
+  std::expected<ProcessID, AXError> pid() const override { return window_->pid(); }
+
+  Answer copyAttribute(std::string_view attribute) const override;
+
+ private:
+  const xcb_window_t button_;
+  const std::shared_ptr<const WindowElement> window_;
+};
+
+Answer ButtonElement::copyAttribute(std::string_view attribute) const {
+  if (attribute == "AXParent")
+    return AXValue(
+        AXElement(std::make_shared<WindowElement>(context(), window_->key(), *window_->pid())));
+  const auto place = placeOf(server(), button_, deadline());
+  if (!place) return std::unexpected(place.error());
+  if (window_->isGone()) return std::unexpected(AXError::invalidUIElement);
+  const auto frame = server().layout().toQuartz(*place);
+  if (attribute == "AXPosition") return AXValue(frame.origin);
+  if (attribute == "AXSize") return AXValue(frame.size);
+  if (attribute == "AXRole") return AXValue(std::string("AXButton"));
+  if (attribute == "AXSubrole") return AXValue(std::string("AXMinimizeButton"));
+  return std::unexpected(AXError::attributeUnsupported);
+}
 
 std::string subrole(WindowKind kind) {
   switch (kind) {
@@ -148,6 +185,8 @@ Outcome WindowElement::performAction(std::string_view action) {
 class ApplicationElement : public X11Element {
  public:
   ApplicationElement(Context context, ProcessID pid) : X11Element(context), pid_(pid) {}
+
+  bool isGone() const { return pid_ > 0 && !isAlive(pid_); }
 
   bool equals(const Object& other) const override {
     const auto* application = dynamic_cast<const ApplicationElement*>(&other);
@@ -234,7 +273,21 @@ class SystemElement : public X11Element {
     if (pid == 0) return std::unexpected(AXError::noValue);
     return AXValue(applicationElement(context(), pid));
   }
+
+  std::expected<AXElement, AXError> elementAt(QuartzPoint point) const;
 };
+
+std::expected<AXElement, AXError> SystemElement::elementAt(QuartzPoint point) const {
+  const auto hit = hitTest(server(), server().layout().toPixels(point), deadline());
+  if (!hit) return std::unexpected(AXError::cannotComplete);
+  if (!*hit) return std::unexpected(AXError::noValue);
+  const auto& [window, pid, minimizeButton] = **hit;
+  if (window.kind == WindowKind::furniture && pid != getpid())
+    return applicationElement(context(), pid);
+  auto element = std::make_shared<WindowElement>(context(), window.key(), pid);
+  if (!minimizeButton) return AXElement(std::move(element));
+  return AXElement(std::make_shared<ButtonElement>(context(), *minimizeButton, std::move(element)));
+}
 
 AXElement applicationElement(Context context, ProcessID pid) {
   return AXElement(std::make_shared<ApplicationElement>(context, pid));
@@ -250,20 +303,50 @@ AXElement X11Accessibility::application(ProcessID pid) {
   return applicationElement({server_, windowManager_}, pid);
 }
 
+std::expected<AXElement, AXError> X11Accessibility::elementAtPosition(const AXElement& systemWide,
+                                                                      QuartzPoint point) {
+  const auto* system = dynamic_cast<const SystemElement*>(&systemWide.object());
+  if (!system) return std::unexpected(AXError::illegalArgument);
+  return system->elementAt(point);
+}
+
 std::expected<Subscription, AXError> X11Accessibility::observe(const AXElement& element,
                                                                std::string_view notification,
-                                                               std::function<void()> handler) {
-  const auto* window = dynamic_cast<const WindowElement*>(&element.object());
-  if (!window || notification != "AXUIElementDestroyed")
-    return std::unexpected(AXError::notificationUnsupported);
+                                                               Handler handler) {
+  if (dynamic_cast<const WindowElement*>(&element.object())) {
+    if (notification == "AXUIElementDestroyed") return observeWindow(element, std::move(handler));
+  } else if (const auto* application = dynamic_cast<const ApplicationElement*>(&element.object())) {
+    if (application->isGone()) return std::unexpected(AXError::invalidUIElement);
+    return observeApplication(*application->pid(), notification, std::move(handler));
+  }
+  return std::unexpected(AXError::notificationUnsupported);
+}
+
+std::expected<Subscription, AXError> X11Accessibility::observeWindow(const AXElement& element,
+                                                                     Handler handler) {
+  const auto& window = dynamic_cast<const WindowElement&>(element.object());
   auto subscription = windowEvents_.observe(
-      window->xid(), [element, window, handler = std::move(handler), isTold = false]() mutable {
-        if (isTold || !window->isGone()) return;
+      window.key().window,
+      [element, &window, handler = std::move(handler), isTold = false]() mutable {
+        if (isTold || !window.isGone()) return;
         isTold = true;
-        handler();
+        handler(element);
       });
-  if (window->isGone()) return std::unexpected(AXError::invalidUIElement);
+  if (window.isGone()) return std::unexpected(AXError::invalidUIElement);
   return subscription;
+}
+
+std::expected<Subscription, AXError> X11Accessibility::observeApplication(
+    ProcessID pid, std::string_view notification, Handler handler) {
+  auto tell = [context = Context{server_, windowManager_}, pid,
+               handler = std::move(handler)](const WindowKey& window) {
+    handler(AXElement(std::make_shared<WindowElement>(context, window, pid)));
+  };
+  if (notification == "AXWindowMiniaturized")
+    return applicationEvents_.onMinimized(pid, std::move(tell));
+  if (notification == "AXFocusedWindowChanged")
+    return applicationEvents_.onFocused(pid, std::move(tell));
+  return std::unexpected(AXError::notificationUnsupported);
 }
 
 }  // namespace pellow

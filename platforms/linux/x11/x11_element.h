@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/accessibility.h"
+#include "platforms/linux/x11/application_events.h"
 #include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/window_manager.h"
 
@@ -12,26 +13,46 @@ namespace pellow {
 //   application   AXRole, AXWindows, AXFocusedWindow
 //   window        AXRole, AXSubrole, AXTitle, AXPosition, AXSize, AXMinimized, AXParent; of these
 //                 AXPosition and AXMinimized can be written; the action is AXRaise
+//   button        AXRole, AXSubrole, AXPosition, AXSize, AXParent; of a window, to minimize it
 //
-// and a window posts AXUIElementDestroyed. Every other one answers `attributeUnsupported`,
-// `actionUnsupported` or `notificationUnsupported`.
+// A window posts AXUIElementDestroyed, an application AXWindowMiniaturized and
+// AXFocusedWindowChanged. Every other name answers `attributeUnsupported`, `actionUnsupported` or
+// `notificationUnsupported`. The element at a point is a button, a window, or, on docks and
+// desktops, their application.
 class X11Accessibility : public Accessibility {
  public:
-  X11Accessibility(X11Server& server, WindowManager& windowManager, WindowEvents& windowEvents)
-      : server_(server), windowManager_(windowManager), windowEvents_(windowEvents) {}
+  X11Accessibility(X11Server& server, WindowManager& windowManager, WindowEvents& windowEvents,
+                   ActiveWindow& activeWindow)
+      : server_(server),
+        windowManager_(windowManager),
+        windowEvents_(windowEvents),
+        applicationEvents_(server, windowEvents, activeWindow) {}
 
   // An X display shows its windows to every client.
   bool isProcessTrusted() const override { return true; }
   AXElement systemWide() override;
   AXElement application(ProcessID pid) override;
-  std::expected<Subscription, AXError> observe(const AXElement& element,
-                                               std::string_view notification,
-                                               std::function<void()> handler) override;
+  std::expected<Subscription, AXError> observe(
+      const AXElement& element, std::string_view notification,
+      std::function<void(const AXElement&)> handler) override;
+  std::expected<AXElement, AXError> elementAtPosition(const AXElement& systemWide,
+                                                      QuartzPoint point) override;
+
+  // The list of clients has changed.
+  void windowsChanged() { applicationEvents_.windowsChanged(); }
 
  private:
+  using Handler = std::function<void(const AXElement&)>;
+
+  std::expected<Subscription, AXError> observeWindow(const AXElement& element, Handler handler);
+  std::expected<Subscription, AXError> observeApplication(ProcessID pid,
+                                                          std::string_view notification,
+                                                          Handler handler);
+
   X11Server& server_;
   WindowManager& windowManager_;
   WindowEvents& windowEvents_;
+  ApplicationEvents applicationEvents_;
 };
 
 }  // namespace pellow

@@ -1,7 +1,11 @@
 #include "platforms/linux/x11/x11_event_monitors.h"
 
+#include <sys/epoll.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
 #include <xcb/xinput.h>
 
+#include "platforms/linux/x11/client_processes.h"
 #include "platforms/linux/x11/xcb_xkb.h"
 
 namespace pellow {
@@ -9,6 +13,7 @@ namespace pellow {
 namespace {
 
 constexpr Seconds serverPatience = 2;
+constexpr long gatheringTime = 10'000'000;  // nanoseconds
 constexpr xcb_xkb_device_spec_t coreKeyboard = XCB_XKB_ID_USE_CORE_KBD;
 
 std::optional<std::uint8_t> findInputExtension(X11Connection& connection) {
@@ -49,13 +54,16 @@ void selectKeyboardEvents(X11Connection& connection) {
 
 }  // namespace
 
-X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events,
+X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events, int pollSet,
                                    std::function<bool()> ownWindowHasKeyboard)
     : server_(server),
       events_(events),
       ownWindowHasKeyboard_(std::move(ownWindowHasKeyboard)),
       inputOpcode_(findInputExtension(events)),
-      xkbEvent_(findKeyboardExtension(events)) {
+      xkbEvent_(findKeyboardExtension(events)),
+      movementTimer_(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {
+  epoll_event interest{.events = EPOLLIN, .data = {.fd = movementTimer_.number()}};
+  epoll_ctl(pollSet, EPOLL_CTL_ADD, movementTimer_.number(), &interest);
   // XKB answers the requests of the calling connection only after it has said hello.
   findKeyboardExtension(server_.connection());
   if (xkbEvent_) selectKeyboardEvents(events_);
@@ -64,12 +72,14 @@ X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events,
 std::optional<Subscription> X11EventMonitors::addGlobalKeyDown(
     std::function<void(const KeyEvent&)> handler) {
   if (!inputOpcode_ || !xkbEvent_ || events_.isLost()) return std::nullopt;
-  if (global_.isEmpty()) {
+  const bool isFirst = global_.isEmpty();
+  auto subscription = global_.add(std::move(handler));
+  if (isFirst) {
     map();
     readModifiers();
-    listenToRawKeys(true);
+    listen();
   }
-  return global_.add(std::move(handler));
+  return subscription;
 }
 
 std::optional<Subscription> X11EventMonitors::addLocalKeyDown(
@@ -77,12 +87,29 @@ std::optional<Subscription> X11EventMonitors::addLocalKeyDown(
   return local_.add(std::move(handler));
 }
 
-void X11EventMonitors::listenToRawKeys(bool listen) {
+std::optional<Subscription> X11EventMonitors::addGlobalPointerMoved(std::function<void()> handler) {
+  if (!inputOpcode_ || events_.isLost()) return std::nullopt;
+  auto subscription = globalMoved_.add(std::move(handler));
+  listen();
+  return subscription;
+}
+
+std::optional<Subscription> X11EventMonitors::addLocalPointerMoved(std::function<void()> handler) {
+  if (!inputOpcode_ || events_.isLost()) return std::nullopt;
+  auto subscription = localMoved_.add(std::move(handler));
+  listen();
+  return subscription;
+}
+
+void X11EventMonitors::listen() {
+  const bool keys = !global_.isEmpty();
+  const bool movements = !globalMoved_.isEmpty() || !localMoved_.isEmpty();
   struct {
     xcb_input_event_mask_t head;
     std::uint32_t mask;
   } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
-              listen ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS} : 0};
+              (keys ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS} : 0) |
+                  (movements ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0)};
   xcb_input_xi_select_events(events_.raw(), events_.root(), 1, &selection.head);
   events_.flush();
 }
@@ -105,7 +132,7 @@ std::shared_ptr<const KeyboardMap> X11EventMonitors::map() {
 bool X11EventMonitors::handle(const xcb_generic_event_t& event) {
   const auto type = event.response_type & 0x7f;
   if (type == XCB_GE_GENERIC) {
-    handleRawKey(event);
+    handleRawEvent(event);
     return true;
   }
   if (!xkbEvent_ || type != *xkbEvent_) return false;
@@ -130,13 +157,15 @@ void X11EventMonitors::handleKeyboard(const xcb_generic_event_t& event) {
   }
 }
 
-void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
+void X11EventMonitors::handleRawEvent(const xcb_generic_event_t& event) {
   const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
-  if (generic.extension != inputOpcode_ || generic.event_type != XCB_INPUT_RAW_KEY_PRESS) return;
-  if (global_.isEmpty()) {
-    listenToRawKeys(false);
-    return;
-  }
+  if (generic.extension != inputOpcode_) return;
+  if (generic.event_type == XCB_INPUT_RAW_KEY_PRESS) handleRawKey(event);
+  if (generic.event_type == XCB_INPUT_RAW_MOTION) gatherMovements();
+}
+
+void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
+  if (global_.isEmpty()) return listen();  // for what is left to be heard
   const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
   const bool isRepeat = (raw.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0;
   if (isRepeat || raw.detail > UINT8_MAX || ownWindowHasKeyboard_()) return;
@@ -149,6 +178,37 @@ void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
                        .charactersIgnoringModifiers = keyboard->characters(
                            keycode, group_, (modifiers_ & XCB_MOD_MASK_SHIFT) != 0)};
   global_.forEach([&](const auto& handler) { handler(press); });
+}
+
+void X11EventMonitors::gatherMovements() {
+  if (globalMoved_.isEmpty() && localMoved_.isEmpty()) return listen();
+  if (std::exchange(areMovementsGathered_, true)) return;
+  const itimerspec once{.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = gatheringTime}};
+  timerfd_settime(movementTimer_.number(), 0, &once, nullptr);
+}
+
+void X11EventMonitors::tellOfMovements() {
+  std::uint64_t expirations = 0;
+  if (read(movementTimer_.number(), &expirations, sizeof expirations) < 0) return;
+  areMovementsGathered_ = false;
+  const auto& handlers = isOwnWindowBelowPointer() ? localMoved_ : globalMoved_;
+  handlers.forEach([](const auto& handler) { handler(); });
+}
+
+bool X11EventMonitors::isOwnWindowBelowPointer() const {
+  auto& connection = server_.connection();
+  const Deadline deadline = deadlineIn(serverPatience);
+  auto deepest = connection.root();
+  for (auto child = deepest; child != XCB_WINDOW_NONE;) {
+    deepest = child;
+    auto pending =
+        connection.pending<xcb_query_pointer_reply_t>(xcb_query_pointer(connection.raw(), deepest));
+    const auto pointer = pending.collect(deadline);
+    if (!pointer) return false;
+    child = (*pointer)->child;
+  }
+  return deepest != connection.root() &&
+         owningProcesses(server_, {deepest}, deadline).front() == getpid();
 }
 
 bool X11EventMonitors::deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state) {

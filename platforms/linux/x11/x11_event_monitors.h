@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/event_monitors.h"
+#include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/handler_list.h"
 #include "platforms/linux/x11/keyboard_map.h"
 #include "platforms/linux/x11/x11_server.h"
@@ -12,28 +13,39 @@ namespace pellow {
 
 // Key presses for other applications come from raw events of XInput 2, which every client may hear
 // and none can swallow; those for windows of this process come from whoever receives the events of
-// these windows. A key that is held down is one press.
+// these windows. A key that is held down is one press. Movements of the pointer are raw events,
+// too, gathered for a moment and told apart by whose window is below the pointer then. Nothing is
+// listened to while nobody monitors.
 class X11EventMonitors : public EventMonitors {
  public:
-  // `events` is the connection whose events the desktop hands on.
-  X11EventMonitors(X11Server& server, X11Connection& events,
+  // `events` is the connection whose events the desktop hands on; `pollSet` an epoll descriptor
+  // that the desktop waits on.
+  X11EventMonitors(X11Server& server, X11Connection& events, int pollSet,
                    std::function<bool()> ownWindowHasKeyboard);
 
   std::optional<Subscription> addGlobalKeyDown(
       std::function<void(const KeyEvent&)> handler) override;
   std::optional<Subscription> addLocalKeyDown(
       std::function<bool(const KeyEvent&)> handler) override;
+  std::optional<Subscription> addGlobalPointerMoved(std::function<void()> handler) override;
+  std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) override;
   AppKitPoint pointerLocation() const override;
 
-  // Whether the event was one of the keyboard's.
+  // Whether the event was one of the keyboard's or the pointer's.
   bool handle(const xcb_generic_event_t& event);
 
   // A key press for a window of this process; false when a handler swallowed it.
   bool deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state);
 
+  // The moment for which movements are gathered may be over.
+  void tellOfMovements();
+
  private:
-  void listenToRawKeys(bool listen);
+  void listen();
+  void gatherMovements();
+  bool isOwnWindowBelowPointer() const;
   void readModifiers();
+  void handleRawEvent(const xcb_generic_event_t& event);
   void handleRawKey(const xcb_generic_event_t& event);
   void handleKeyboard(const xcb_generic_event_t& event);
   std::shared_ptr<const KeyboardMap> map();
@@ -48,6 +60,10 @@ class X11EventMonitors : public EventMonitors {
   unsigned group_ = 0;                      // the layout in use
   HandlerList<void(const KeyEvent&)> global_;
   HandlerList<bool(const KeyEvent&)> local_;
+  FileDescriptor movementTimer_;
+  bool areMovementsGathered_ = false;
+  HandlerList<void()> globalMoved_;
+  HandlerList<void()> localMoved_;
 };
 
 }  // namespace pellow

@@ -42,6 +42,11 @@ bool X11Server::windowManagerSupports(xcb_atom_t hint) const {
   return supported_.contains(hint);
 }
 
+std::string X11Server::windowManagerName() const {
+  const std::lock_guard lock(mutex_);
+  return windowManagerName_;
+}
+
 bool X11Server::readWindowManager() {
   auto& own = connection();
   const Deadline deadline = deadlineIn(serverPatience);
@@ -53,12 +58,15 @@ bool X11Server::readWindowManager() {
   if (!manager || !supported) return false;
 
   // A window manager that was killed leaves the property on the root, but not its own window.
+  auto pendingName = own.property(*manager, atoms_.netWMName);
   const auto proof = own.property(*manager, atoms_.netSupportingWMCheck).collect(deadline);
+  const auto name = pendingName.collect(deadline);
   if (!proof || proof->firstWord() != manager) return false;
 
   const auto hints = supported->words();
   const std::lock_guard lock(mutex_);
   supported_ = {hints.begin(), hints.end()};
+  windowManagerName_ = name ? name->bytes : std::string();
   return supported_.contains(atoms_.netMoveResizeWindow) &&
          supported_.contains(atoms_.netActiveWindow) && supported_.contains(atoms_.netClientList);
 }

@@ -40,6 +40,8 @@ class X11Server {
 
   // Whether the running window manager says that it follows a hint.
   bool windowManagerSupports(xcb_atom_t hint) const;
+  // What it calls itself, for example "Openbox"; empty when it has no name.
+  std::string windowManagerName() const;
   // Reads anew what the window manager says of itself: false when none that follows EWMH runs.
   bool readWindowManager();
 
@@ -58,6 +60,7 @@ class X11Server {
   std::map<std::thread::id, std::unique_ptr<X11Connection>> connections_;
   ScreenLayout layout_;
   std::set<xcb_atom_t> supported_;
+  std::string windowManagerName_;
   std::map<ProcessID, WindowKey> frontWindows_;
 };
 

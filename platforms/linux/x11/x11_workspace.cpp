@@ -53,12 +53,17 @@ std::optional<std::string> nonEmpty(const Name& name) {
 }  // namespace
 
 X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager,
-                           WindowEvents& windowEvents, int pollSet, LoadIcon loadIcon)
+                           WindowEvents& windowEvents, ActiveWindow& activeWindow, int pollSet,
+                           LoadIcon loadIcon)
     : server_(server),
       windowManager_(windowManager),
       windowEvents_(windowEvents),
       pollSet_(pollSet),
-      loadIcon_(std::move(loadIcon)) {
+      loadIcon_(std::move(loadIcon)),
+      activeWatch_(activeWindow.onChange([this](const ActiveWindow::Change& change) {
+        if (!change.isOfOtherApplication) return;
+        activationObservers_.forEach([&](const auto& observer) { observer(change.pid); });
+      })) {
   windowsChanged();
   // Applications that a Pellow that crashed has hidden.
   const Deadline deadline = deadlineIn(serverPatience);
@@ -249,17 +254,24 @@ void X11Workspace::hiddenWindowChanged(xcb_window_t window) {
   if (owner != 0) unhide(owner);
 }
 
+Subscription X11Workspace::onDidActivateApplication(std::function<void(ProcessID)> observer) {
+  return activationObservers_.add(std::move(observer));
+}
+
+Subscription X11Workspace::onDidLaunchApplication(std::function<void(ProcessID)> observer) {
+  return launchObservers_.add(std::move(observer));
+}
+
 Subscription X11Workspace::onDidTerminateApplication(std::function<void(ProcessID)> observer) {
   return terminationObservers_.add(std::move(observer));
 }
 
-std::set<ProcessID> X11Workspace::processesWithWindows(
-    const std::vector<xcb_window_t>& windows) const {
-  const auto owners = owningProcesses(server_, windows, deadlineIn(serverPatience));
-  std::set<ProcessID> processes(owners.begin(), owners.end());
-  processes.erase(0);
-  processes.erase(getpid());
-  return processes;
+X11Workspace::Owners X11Workspace::ownersOf(const std::vector<xcb_window_t>& windows) const {
+  const auto processes = owningProcesses(server_, windows, deadlineIn(serverPatience));
+  Owners owners;
+  for (std::size_t i = 0; i < windows.size(); ++i)
+    if (processes[i] != 0 && processes[i] != getpid()) owners[windows[i]] = processes[i];
+  return owners;
 }
 
 void X11Workspace::windowsChanged() {
@@ -268,12 +280,31 @@ void X11Workspace::windowsChanged() {
   std::erase_if(hidden_, [&](const auto& entry) {
     return std::ranges::find(windows, entry.first) == windows.end();
   });
-  auto now = processesWithWindows(windows);
+  const auto owners = ownersOf(windows);
+  std::set<ProcessID> now;
+  for (const auto& [window, pid] : owners) now.insert(pid);
   std::vector<ProcessID> gone;
   std::ranges::set_difference(withWindows_, now, std::back_inserter(gone));
   for (const auto pid : now) leaving_.erase(pid);
   withWindows_ = std::move(now);
   for (const auto pid : gone) watchForEnd(pid);
+  notice(owners);
+}
+
+void X11Workspace::notice(const Owners& now) {
+  std::vector<xcb_window_t> fresh;
+  for (const auto& [window, pid] : now) {
+    const auto before = owners_.find(window);
+    const bool isKnown = before != owners_.end() && before->second == pid;
+    if (!isKnown && !launched_.contains(pid)) fresh.push_back(window);
+  }
+  owners_ = now;
+  std::vector<ProcessID> launches;
+  for (const auto& window : lookAtAll(server_, fresh, faceFacets, deadlineIn(serverPatience)))
+    if (const auto pid = now.at(window.window); isInTaskbar(window) && launched_.insert(pid).second)
+      launches.push_back(pid);
+  for (const auto pid : launches)
+    launchObservers_.forEach([pid](const auto& observer) { observer(pid); });
 }
 
 void X11Workspace::watchForEnd(ProcessID pid) {
@@ -300,6 +331,7 @@ void X11Workspace::processEnded() {
 
 void X11Workspace::end(ProcessID pid) {
   windowIcons_.erase(pid);
+  launched_.erase(pid);
   server_.forgetApplication(pid);
   terminationObservers_.forEach([pid](const auto& observer) { observer(pid); });
 }

@@ -7,6 +7,7 @@
 
 #include "platform/workspace.h"
 #include "platforms/linux/system/file_descriptor.h"
+#include "platforms/linux/x11/active_window.h"
 #include "platforms/linux/x11/desktop_entries.h"
 #include "platforms/linux/x11/handler_list.h"
 #include "platforms/linux/x11/window_events.h"
@@ -15,7 +16,9 @@
 namespace pellow {
 
 // Applications are the processes that own windows in the window manager's list. One that has closed
-// its last window is no application any more, but it has ended only when its process has.
+// its last window is no application any more, but it has ended only when its process has. It counts
+// as launched with its first window for the taskbar, so that a splash screen tells nobody a wrong
+// policy.
 class X11Workspace : public Workspace {
  public:
   using LoadIcon = std::function<std::optional<Image>(const std::string& iconName)>;
@@ -23,7 +26,7 @@ class X11Workspace : public Workspace {
   // `pollSet` is an epoll descriptor that the desktop waits on, for processes that are about to
   // end.
   X11Workspace(X11Server& server, WindowManager& windowManager, WindowEvents& windowEvents,
-               int pollSet, LoadIcon loadIcon);
+               ActiveWindow& activeWindow, int pollSet, LoadIcon loadIcon);
 
   std::vector<RunningApplication> runningApplications() override;
   std::optional<RunningApplication> application(ProcessID pid) override;
@@ -31,6 +34,8 @@ class X11Workspace : public Workspace {
   bool hide(ProcessID pid) override;
   bool unhide(ProcessID pid) override;
   bool activate(ProcessID pid) override;
+  Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
+  Subscription onDidLaunchApplication(std::function<void(ProcessID)> observer) override;
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
 
   // The list of clients has changed.
@@ -46,7 +51,9 @@ class X11Workspace : public Workspace {
   RunningApplication thisProcess() const;
   std::optional<Image> icon(const DesktopEntry* entry, ProcessID pid, xcb_window_t window);
   std::optional<Image> themeIcon(const std::string& name);
-  std::set<ProcessID> processesWithWindows(const std::vector<xcb_window_t>& windows) const;
+  using Owners = std::map<xcb_window_t, ProcessID>;
+  Owners ownersOf(const std::vector<xcb_window_t>& windows) const;
+  void notice(const Owners& now);
   void showAgain(const std::vector<WindowKey>& windows);
   void markHidden(xcb_window_t window, bool isHidden);
   void watchHidden(xcb_window_t window);
@@ -63,9 +70,14 @@ class X11Workspace : public Workspace {
   DesktopEntries entries_ = DesktopEntries::ofEnvironment();
   std::map<std::string, std::optional<Image>> themeIcons_;
   std::map<ProcessID, Image> windowIcons_;  // of applications that the theme does not know
+  Owners owners_;                           // of the windows in the list, without this process
   std::set<ProcessID> withWindows_;
+  std::set<ProcessID> launched_;
   std::map<ProcessID, FileDescriptor> leaving_;  // without windows, still alive
   std::map<xcb_window_t, Subscription> hidden_;  // windows of hidden applications
+  Subscription activeWatch_;
+  HandlerList<void(ProcessID)> activationObservers_;
+  HandlerList<void(ProcessID)> launchObservers_;
   HandlerList<void(ProcessID)> terminationObservers_;
 };
 

@@ -2,6 +2,7 @@
 //
 //   new X Y WIDTH HEIGHT TITLE            answers "window ID"
 //   dialog OWNER X Y WIDTH HEIGHT TITLE   answers "window ID"
+//   dock X Y WIDTH HEIGHT TITLE           answers "window ID"; keeps the top of the screen
 //   title ID TEXT
 //   state ID ATOM [ATOM]                  asks the window manager to set window states
 //   destroy ID                            answers "destroyed ID", as does a close button
@@ -82,11 +83,11 @@ class Client {
     std::string command;
     xcb_window_t window = 0;
     line >> command;
-    if (command == "new" || command == "dialog") {
+    if (command == "new" || command == "dialog" || command == "dock") {
       Place place;
       if (command == "dialog") line >> window;
       line >> place;
-      const auto opened = open(restOfLine(line), place, window);
+      const auto opened = open(restOfLine(line), place, window, command == "dock");
       xcb_flush(connection_);
       std::cout << "window " << opened << std::endl;
     } else if (command == "title") {
@@ -105,7 +106,7 @@ class Client {
     }
   }
 
-  xcb_window_t open(const std::string& title, const Place& place, xcb_window_t owner) {
+  xcb_window_t open(const std::string& title, const Place& place, xcb_window_t owner, bool isDock) {
     const auto window = xcb_generate_id(connection_);
     const std::uint32_t background = screen_->white_pixel;
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root,
@@ -125,6 +126,13 @@ class Client {
     if (owner != 0) {
       setValues(window, "WM_TRANSIENT_FOR", XCB_ATOM_WINDOW, {owner});
       setValues(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom("_NET_WM_WINDOW_TYPE_DIALOG")});
+    }
+    if (isDock) {
+      const auto edge = static_cast<std::uint32_t>(place.y) + place.height;
+      const auto left = static_cast<std::uint32_t>(place.x);
+      setValues(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom("_NET_WM_WINDOW_TYPE_DOCK")});
+      setValues(window, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL,
+                {0, 0, edge, 0, 0, 0, 0, 0, left, left + place.width - 1, 0, 0});
     }
     xcb_map_window(connection_, window);
     return window;

@@ -1,0 +1,77 @@
+#include "platforms/simulated/simulated_pointer.h"
+
+#include <utility>
+
+#include "platforms/simulated/simulated_event_monitors.h"
+#include "platforms/simulated/simulated_menu.h"
+#include "platforms/simulated/simulated_panels.h"
+#include "platforms/simulated/simulated_system.h"
+
+namespace pellow::simulated {
+
+void SimulatedPointer::move(AppKitPoint to) {
+  system_.mainLoop.post([this, to] {
+    system_.state.pointer = to;
+    const bool isOverProgram =
+        holder_ == Holder::program || (holder_ == Holder::nobody && panels_.panelAt(to));
+    monitors_.pointerMoved(isOverProgram);
+    if (holder_ != Holder::others) panels_.pointerMoved();
+  });
+}
+
+void SimulatedPointer::press() {
+  system_.mainLoop.post([this] { pressed(); });
+}
+
+void SimulatedPointer::release() {
+  system_.mainLoop.post([this] { released(); });
+}
+
+void SimulatedPointer::secondaryClick() {
+  system_.mainLoop.post([this] {
+    if (holder_ != Holder::nobody) return;
+    menu_.close();
+    if (auto menu = panels_.contextMenuAt(system_.state.pointer)) menu_.open(std::move(*menu));
+  });
+}
+
+void SimulatedPointer::pressed() {
+  if (holder_ != Holder::nobody) return;
+  if (menu_.isOpen()) return menu_.close();
+  if (panels_.press()) {
+    holder_ = Holder::program;
+    return;
+  }
+  holder_ = Holder::others;
+  pressedButton_ = minimizeButtonBelow();
+  if (!pressedButton_) pressedOnWindow();
+}
+
+void SimulatedPointer::released() {
+  const auto button = std::exchange(pressedButton_, std::nullopt);
+  if (std::exchange(holder_, Holder::nobody) == Holder::program) return panels_.release();
+  panels_.pointerMoved();
+  if (!button || minimizeButtonBelow() != button) return;
+  system_.change([&](DesktopState& desktop) { desktop.minimize(*button); });
+}
+
+void SimulatedPointer::pressedOnWindow() {
+  const auto& state = system_.state;
+  const auto window = state.windowAt(state.toQuartz(state.pointer));
+  if (!window) return;
+  system_.change([&](DesktopState& desktop) {
+    desktop.raise(*window);
+    desktop.activate(desktop.window(*window)->pid);
+  });
+}
+
+std::optional<WindowID> SimulatedPointer::minimizeButtonBelow() const {
+  const auto& state = system_.state;
+  const auto point = state.toQuartz(state.pointer);
+  const auto window = state.windowAt(point);
+  const bool isButton =
+      window && state.partAt(*state.window(*window), point) == WindowPart::minimizeButton;
+  return isButton ? window : std::nullopt;
+}
+
+}  // namespace pellow::simulated

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <optional>
+
+#include "base/geometry.h"
+#include "platforms/simulated/desktop_state.h"
+
+namespace pellow::simulated {
+
+class SimulatedEventMonitors;
+class SimulatedMenu;
+class SimulatedPanels;
+class SimulatedSystem;
+
+// The pointer in the user's hand. Every verb is an event that reaches the program in its main loop.
+//
+// What lies on top gets it: the open menu, a panel of the program, a window of another application.
+// Where the primary button was pressed, there all movements go until it is released, and monitors
+// of that side hear them: the local ones over panels, the global ones over everything else.
+class SimulatedPointer {
+ public:
+  SimulatedPointer(SimulatedSystem& system, SimulatedEventMonitors& monitors,
+                   SimulatedPanels& panels, SimulatedMenu& menu)
+      : system_(system), monitors_(monitors), panels_(panels), menu_(menu) {}
+
+  void move(AppKitPoint to);
+  // A window of another application comes to the front at the press, unless it is on its minimize
+  // button, which does its work at the release.
+  void press();
+  void release();
+  // Opens the context menu of the view there, unless the primary button is held down.
+  void secondaryClick();
+
+ private:
+  enum class Holder { nobody, program, others };
+
+  void pressed();
+  void released();
+  void pressedOnWindow();
+  std::optional<WindowID> minimizeButtonBelow() const;
+
+  SimulatedSystem& system_;
+  SimulatedEventMonitors& monitors_;
+  SimulatedPanels& panels_;
+  SimulatedMenu& menu_;
+  Holder holder_ = Holder::nobody;
+  std::optional<WindowID> pressedButton_;  // the window whose minimize button is held down
+};
+
+}  // namespace pellow::simulated

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "base/colour.h"
+
+namespace pellow {
+
+struct MenuItem;
+
+// A menu as data. A platform shows it as it stands at that moment.
+struct Menu {
+  std::vector<MenuItem> items;
+};
+
+// The key that is shown beside an item.
+struct KeyEquivalent {
+  std::string characters;       // "t"; empty: none
+  std::uint64_t modifiers = 0;  // bits of `modifier::all`
+
+  bool operator==(const KeyEquivalent&) const = default;
+};
+
+// A system symbol in the colour of the menu's text.
+struct MenuSymbol {
+  std::string name;
+
+  bool operator==(const MenuSymbol&) const = default;
+};
+
+// A small picture beside an item: a symbol, or a rounded swatch of a colour.
+using MenuImage = std::variant<std::monostate, MenuSymbol, Colour>;
+
+struct MenuItem {
+  std::string title;
+  bool isSeparator = false;  // a line; everything else is left out
+  bool isEnabled = true;
+  bool isChecked = false;
+  std::string tooltip;
+  MenuImage image;
+  KeyEquivalent key;
+  std::function<void()> onChosen;  // absent: a heading, or the head of a submenu
+  std::optional<Menu> submenu;
+};
+
+}  // namespace pellow

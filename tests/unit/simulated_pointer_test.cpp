@@ -1,0 +1,257 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platforms/simulated/simulated_desktop.h"
+#include "platforms/simulated/simulated_panels.h"
+#include "platforms/simulated/simulated_platform.h"
+
+// What the user does with the pointer, the menus that it opens, and panels that move below it.
+
+namespace pellow::simulated {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// A strip of two tabs on a handle to drag it by, at (200, 300):
+//
+//   handle 0…120 ┌─────────────────┐ 80
+//                │ [tab-1] [tab-2] │
+//                └─────────────────┘ 0
+class SimulatedPointerTest : public testing::Test {
+ protected:
+  SimulatedPointerTest() {
+    panel->setContent(strip());
+    panel->setFrame({200, 300, 120, 80});
+    panel->orderFront();
+  }
+
+  View strip(const std::string& generation = "") {
+    View handle{.key = "handle", .frame = {0, 0, 120, 80}};
+    handle.actions.drag = {
+        [=, this] { done.push_back("began" + generation); },
+        [=, this](AppKitVector by) {
+          done.push_back(fmt::format("by {:.0f} {:.0f}{}", by.dx, by.dy, generation));
+          if (onDragged) onDragged();
+        },
+        [=, this] { done.push_back("ended" + generation); }};
+    handle.actions.contextMenu = [this] { return zoneMenu(); };
+    for (const int number : {1, 2}) {
+      const auto key = fmt::format("tab-{}", number);
+      View tab{.key = key, .frame = {60.0 * number - 50, 20, 40, 40}};
+      tab.actions.onClick = [=, this] { done.push_back("click " + key + generation); };
+      tab.actions.onHoverChanged = [=, this](bool inside) {
+        done.push_back((inside ? "enter " : "leave ") + key);
+      };
+      handle.children.push_back(tab);
+    }
+    return {.key = "root", .frame = {0, 0, 120, 80}, .children = {handle}};
+  }
+
+  Menu zoneMenu() {
+    MenuItem size{.title = "Size"};
+    size.submenu = Menu{
+        {{.title = "30 pt", .isChecked = chosenSize == 30, .onChosen = [this] { chosenSize = 30; }},
+         {.title = "40 pt", .isChecked = chosenSize == 40, .onChosen = [this] {
+            chosenSize = 40;
+          }}}};
+    MenuItem locked{.title = "Locked", .isEnabled = false, .submenu = size.submenu};
+    return {{{.title = "Zone"},
+             {.isSeparator = true},
+             size,
+             locked,
+             {.title = "Gather", .isEnabled = false, .onChosen = [] { FAIL(); }}}};
+  }
+
+  Lines doneAfter(const std::function<void()>& act) {
+    done.clear();
+    act();
+    desktop.runUntilQuiet();
+    return done;
+  }
+
+  SimulatedPlatform platform;
+  SimulatedDesktop& desktop = platform.desktop();
+  std::unique_ptr<Panel> panel = platform.panels().makePanel("pellow-strip");
+  Lines done;
+  std::function<void()> onDragged;
+  int chosenSize = 30;
+};
+
+TEST_F(SimulatedPointerTest, AClickIsNoDragAndADragNoClick) {
+  const auto tab = desktop.panel("pellow-strip").centre("handle/tab-1");
+  EXPECT_EQ(tab, (AppKitPoint{230, 340}));
+  EXPECT_EQ(doneAfter([&] { desktop.drag(tab, {232, 342}); }),
+            (Lines{"enter tab-1", "click tab-1"}));
+  EXPECT_EQ(doneAfter([&] { desktop.drag(tab, {500, 700}, 2); }),
+            (Lines{"began", "by 135 180", "by 270 360", "ended", "leave tab-1"}));
+  EXPECT_EQ(doneAfter([&] { desktop.drag({500, 700}, tab, 2); }), Lines{"enter tab-1"})
+      << "a press elsewhere is nobody's here";
+
+  // Pressed on one tab and released on the other, with nothing below to drag.
+  auto still = strip();
+  still.children[0].actions.drag = {};
+  panel->setContent(still);
+  EXPECT_EQ(doneAfter([&] { desktop.drag(tab, {290, 340}, 3); }),
+            (Lines{"leave tab-1", "enter tab-2"}));
+  // Between press and release the tab is drawn anew, or goes.
+  desktop.pressPointer(tab);
+  desktop.runUntilQuiet();
+  panel->setContent(strip(" anew"));
+  EXPECT_EQ(doneAfter([&] { desktop.releasePointer(); }), Lines{"click tab-1 anew"});
+  desktop.pressPointer(tab);
+  desktop.runUntilQuiet();
+  panel->setContent({.key = "root", .frame = {0, 0, 120, 80}});
+  EXPECT_TRUE(doneAfter([&] { desktop.releasePointer(); }).empty());
+}
+
+TEST_F(SimulatedPointerTest, ADragGoesOnWhateverBecomesOfItsView) {
+  int drawn = 0;
+  onDragged = [&] {
+    panel->setFrame({0, 0, 120, 80});
+    panel->setContent(++drawn == 1 ? strip(" anew") : View{.frame = {0, 0, 120, 80}});
+  };
+  EXPECT_EQ(doneAfter([&] { desktop.drag({205, 305}, {305, 405}, 4); }),
+            (Lines{"began", "by 25 25", "by 50 50", "by 75 75", "by 100 100", "ended"}));
+  panel->setFrame({200, 300, 120, 80});
+  panel->setContent(strip());
+  onDragged = [&] { panel->orderOut(); };
+  EXPECT_EQ(doneAfter([&] { desktop.drag({205, 305}, {225, 305}, 2); }),
+            (Lines{"began", "by 10 0", "ended"}))
+      << "a hidden panel is dragged no more";
+  panel->orderFront();
+  onDragged = [&] { panel = nullptr; };
+  EXPECT_EQ(doneAfter([&] { desktop.drag({205, 305}, {225, 305}, 2); }),
+            (Lines{"began", "by 10 0"}))
+      << "the end of the panel is the end of the drag";
+  EXPECT_TRUE(doneAfter([&] { desktop.drag({205, 305}, {225, 305}, 2); }).empty());
+}
+
+TEST_F(SimulatedPointerTest, MonitorsHearTheMovementsOfTheirSide) {
+  auto& monitors = platform.eventMonitors();
+  const auto global = monitors.addGlobalPointerMoved(
+      [&] { done.push_back(fmt::format("global {:.0f}", monitors.pointerLocation().x)); });
+  const auto local = monitors.addLocalPointerMoved(
+      [&] { done.push_back(fmt::format("local {:.0f}", monitors.pointerLocation().x)); });
+  panel->setContent({.frame = {0, 0, 120, 80}});
+  EXPECT_EQ(doneAfter([&] {
+              desktop.movePointer({100, 310});
+              desktop.movePointer({210, 310});
+              desktop.movePointer({330, 310});
+            }),
+            (Lines{"global 100", "local 210", "global 330"}));
+  // While the button is held down they go where it was pressed.
+  EXPECT_EQ(doneAfter([&] { desktop.drag({210, 310}, {410, 310}, 2); }),
+            (Lines{"local 210", "local 310", "local 410"}));
+  EXPECT_EQ(doneAfter([&] { desktop.drag({410, 310}, {210, 310}, 2); }),
+            (Lines{"global 410", "global 310", "global 210"}));
+  desktop.allowMonitors(false);
+  EXPECT_FALSE(monitors.addGlobalPointerMoved([] {}));
+}
+
+TEST_F(SimulatedPointerTest, OnlyTheUsersOwnClickMinimizes) {
+  const auto list = desktop.launch("Notes").openWindow("Shopping", {100, 120, 800, 600});
+  const auto inbox = desktop.launch("Mail").openWindow("Inbox", {100, 780, 800, 100});
+  const auto button = list.minimizeButton();
+  EXPECT_EQ(button, (AppKitPoint{133, 900 - 131}));
+  // Pressed and dragged off it; released on it after a press elsewhere.
+  desktop.drag(button, {300, 600});
+  desktop.drag({10, 10}, button);
+  desktop.runUntilQuiet();
+  EXPECT_FALSE(list.isMinimized());
+  // A panel shields it.
+  panel->setFrame({100, 700, 120, 80});
+  desktop.click(button);
+  desktop.runUntilQuiet();
+  EXPECT_FALSE(list.isMinimized());
+  panel->orderOut();
+  desktop.click(button);
+  desktop.runUntilQuiet();
+  EXPECT_TRUE(list.isMinimized());
+  EXPECT_TRUE(inbox.hasFocus()) << "the button of a window in the background raises nothing";
+}
+
+TEST_F(SimulatedPointerTest, MenusAreReadAndChosenFromByTitles) {
+  EXPECT_THROW(desktop.menuLines(), std::out_of_range);
+  desktop.secondaryClick({230, 340});  // a tab without a menu stands on the handle
+  EXPECT_FALSE(desktop.menuIsOpen());
+  desktop.runUntilQuiet();
+  EXPECT_EQ(desktop.menuLines(),
+            (Lines{"Zone", "—", "Size ▸", "Locked ▸ (disabled)", "Gather (disabled)"}));
+  EXPECT_EQ(desktop.menuLines("Size"), (Lines{"✓ 30 pt", "40 pt"}));
+  EXPECT_TRUE(desktop.menuItem("Size", "30 pt").isChecked);
+  for (const auto* title : {"Zone", "Size", "Gather", "Colour", "—", ""})
+    EXPECT_THROW(desktop.chooseFromMenu(title), std::out_of_range) << title;
+  EXPECT_THROW(desktop.chooseFromMenu("Locked", "40 pt"), std::out_of_range);
+  EXPECT_THROW(desktop.menuLines("Zone"), std::out_of_range);
+
+  panel = nullptr;
+  desktop.chooseFromMenu("Size", "40 pt");
+  EXPECT_FALSE(desktop.menuIsOpen());
+  EXPECT_EQ(chosenSize, 30) << "nothing reaches the program but in its main loop";
+  desktop.runUntilQuiet();
+  EXPECT_EQ(chosenSize, 40);
+
+  // A press outside closes a menu and does nothing else.
+  panel = platform.panels().makePanel("pellow-strip");
+  panel->setContent(strip());
+  panel->setFrame({200, 300, 120, 80});
+  panel->orderFront();
+  desktop.secondaryClick({230, 340});
+  desktop.runUntilQuiet();
+  EXPECT_EQ(desktop.menuLines("Size"), (Lines{"30 pt", "✓ 40 pt"}));
+  EXPECT_TRUE(doneAfter([&] { desktop.click({230, 340}); }).empty());
+  EXPECT_FALSE(desktop.menuIsOpen());
+  EXPECT_EQ(doneAfter([&] { desktop.click({230, 340}); }), Lines{"click tab-1"});
+  desktop.secondaryClick({10, 10});
+  desktop.runUntilQuiet();
+  EXPECT_FALSE(desktop.menuIsOpen());
+}
+
+TEST_F(SimulatedPointerTest, PanelsFlyInVirtualTime) {
+  const auto& shown = desktop.panel("pellow-strip");
+  const auto arrived = [&](std::string what) {
+    return [&, what = std::move(what)] { done.push_back(what); };
+  };
+  panel->animate({600, 300, 40, 20}, 0.2, 1, AnimationTiming::linear, arrived("there"));
+  EXPECT_EQ(panel->frame(), AppKitRect(600, 300, 40, 20));
+  EXPECT_EQ(shown.frameNow(), AppKitRect(200, 300, 120, 80));
+  desktop.run(0.5);
+  EXPECT_EQ(shown.frameNow(), AppKitRect(400, 300, 80, 50));
+  EXPECT_DOUBLE_EQ(shown.opacityNow(), 0.6);
+  // The pointer meets it where it is.
+  desktop.click({430, 340});
+  desktop.run(0);
+  EXPECT_EQ(done, (Lines{"enter tab-1", "click tab-1"}));
+  EXPECT_EQ(doneAfter([] {}), (Lines{"there", "leave tab-1"})) << "it has flown from below it";
+  EXPECT_DOUBLE_EQ(shown.opacityNow(), 0.2);
+  EXPECT_FALSE(shown.isAnimating());
+
+  // Timings, and what cuts a flight short: a newer one from where it is, a frame, the end.
+  panel->setFrame({0, 0, 100, 100});
+  panel->animate({100, 0, 100, 100}, 1, 1, AnimationTiming::easeOut, arrived("never"));
+  desktop.run(0.5);
+  EXPECT_DOUBLE_EQ(shown.frameNow().minX(), 75);
+  panel->animate({175, 0, 100, 100}, 1, 1, AnimationTiming::easeInOut, arrived("newer"));
+  desktop.run(0.25);
+  EXPECT_DOUBLE_EQ(shown.frameNow().minX(), 87.5);
+  EXPECT_EQ(doneAfter([] {}), Lines{"newer"});
+  panel->animate({0, 0, 1, 1}, 1, 1, AnimationTiming::linear, arrived("never"));
+  desktop.run(0.5);
+  EXPECT_TRUE(doneAfter([&] { panel->setFrame({9, 9, 9, 9}); }).empty());
+  EXPECT_EQ(shown.frameNow(), AppKitRect(9, 9, 9, 9));
+  // At its end the panel may go.
+  panel->animate({0, 0, 1, 1}, 1, 0, AnimationTiming::linear, [&] {
+    panel = nullptr;
+    done.push_back("gone");
+  });
+  EXPECT_EQ(doneAfter([] {}), Lines{"gone"});
+  panel = platform.panels().makePanel("pellow-flight");
+  panel->animate({0, 0, 1, 1}, 1, 1, AnimationTiming::linear, arrived("never"));
+  EXPECT_TRUE(doneAfter([&] { panel = nullptr; }).empty());
+}
+
+}  // namespace
+}  // namespace pellow::simulated
