@@ -5,6 +5,8 @@
 
 #include <QApplication>
 #include <QSocketNotifier>
+#include <QWindow>
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <string_view>
@@ -70,10 +72,22 @@ std::unique_ptr<QSocketNotifier> watch(int fileDescriptor, std::function<void()>
   return notifier;
 }
 
+// Qt learns a little late that one of its windows, an alert for example, has lost the keys; a key
+// pressed in between would go nowhere. So its word is checked against the server's.
+bool ownWindowHasKeyboard() {
+  if (QApplication::activePopupWidget()) return true;
+  if (!QGuiApplication::focusWindow()) return false;
+  auto* const connection = qtConnection();
+  const Reply<xcb_get_input_focus_reply_t> focus(
+      xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+  return !focus || std::ranges::any_of(QGuiApplication::allWindows(), [&](QWindow* window) {
+    return window->handle() && window->winId() == focus->focus;
+  });
+}
+
 X11Desktop::Hooks desktopHooks() {
   return {.loadIcon = [](const std::string& name) { return ThemeIcon::load(name); },
-          .ownWindowHasKeyboard =
-              [] { return QGuiApplication::focusWindow() || QApplication::activePopupWidget(); }};
+          .ownWindowHasKeyboard = ownWindowHasKeyboard};
 }
 
 }  // namespace

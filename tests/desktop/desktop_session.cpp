@@ -110,9 +110,34 @@ void DesktopSession::connect() {
 
 void DesktopSession::startWindowManager() {
   windowManager_ = start(options_.windowManager);
-  const bool manages = eventually([this] {
-    const auto check = values(root_, "_NET_SUPPORTING_WM_CHECK");
-    return !check.empty() && values(check[0], "_NET_SUPPORTING_WM_CHECK") == check;
+  awaitWindowManager(0);
+}
+
+void DesktopSession::replaceWindowManager(std::vector<std::string> command) {
+  const auto predecessor = windowManagerCheck();
+  const auto old = std::move(windowManager_);
+  options_.windowManager = std::move(command);
+  windowManager_ = start(options_.windowManager);
+  awaitWindowManager(predecessor);
+}
+
+void DesktopSession::restartWindowManager() {
+  windowManager_->send(SIGTERM);
+  if (!windowManager_->exitStatus()) throw std::runtime_error("the window manager does not end");
+  startWindowManager();
+}
+
+// The window of the window manager that proves that it runs; 0 when none does.
+WindowID DesktopSession::windowManagerCheck() const {
+  const auto check = values(root_, "_NET_SUPPORTING_WM_CHECK");
+  const bool proves = !check.empty() && values(check[0], "_NET_SUPPORTING_WM_CHECK") == check;
+  return proves ? check[0] : 0;
+}
+
+void DesktopSession::awaitWindowManager(WindowID predecessor) {
+  const bool manages = eventually([&] {
+    const auto check = windowManagerCheck();
+    return check != 0 && check != predecessor;
   });
   if (!manages) {
     throw std::runtime_error(options_.windowManager[0] +
@@ -156,6 +181,31 @@ std::vector<WindowID> DesktopSession::shownWindows(std::string_view windowClass,
   return found;
 }
 
+std::vector<WindowID> DesktopSession::outermostWindows() const {
+  const auto tree =
+      reply(connection_.get(), xcb_query_tree(connection_.get(), root_), xcb_query_tree_reply);
+  if (!tree) throw std::runtime_error("the server is gone");
+  const auto* children = xcb_query_tree_children(tree.get());
+  std::vector<WindowID> windows(children, children + xcb_query_tree_children_length(tree.get()));
+  std::erase_if(windows, [this](WindowID window) { return !isShown(window); });
+  return windows;
+}
+
+bool DesktopSession::isShown(WindowID window) const {
+  const auto attributes =
+      reply(connection_.get(), xcb_get_window_attributes(connection_.get(), window),
+            xcb_get_window_attributes_reply);
+  return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
+         attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
+}
+
+PixelRect DesktopSession::workArea() const {
+  const auto area = values(root_, "_NET_WORKAREA");
+  if (area.size() < 4) return screen();
+  const auto number = [&](std::size_t index) { return static_cast<int>(area[index]); };
+  return {number(0), number(1), number(2), number(3)};
+}
+
 bool DesktopSession::exists(WindowID window) const {
   return reply(connection_.get(), xcb_get_geometry(connection_.get(), window),
                xcb_get_geometry_reply) != nullptr;
@@ -163,13 +213,16 @@ bool DesktopSession::exists(WindowID window) const {
 
 PixelRect DesktopSession::frame(WindowID window) const {
   auto rect = content(window);
-  const auto extents = values(window, "_NET_FRAME_EXTENTS");  // left, right, top, bottom
-  if (extents.size() != 4) return rect;
-  const auto side = [&](std::size_t index) { return static_cast<int>(extents[index]); };
-  rect.x -= side(0);
-  rect.y -= side(2);
-  rect.width += side(0) + side(1);
-  rect.height += side(2) + side(3);
+  const auto grow = [&](const std::vector<std::uint32_t>& extents, int by) {
+    if (extents.size() != 4) return;  // left, right, top, bottom
+    const auto side = [&](std::size_t index) { return by * static_cast<int>(extents[index]); };
+    rect.x -= side(0);
+    rect.y -= side(2);
+    rect.width += side(0) + side(1);
+    rect.height += side(2) + side(3);
+  };
+  grow(values(window, "_NET_FRAME_EXTENTS"), 1);
+  grow(values(window, "_GTK_FRAME_EXTENTS"), -1);
   return rect;
 }
 
@@ -313,10 +366,7 @@ void DesktopSession::collectShown(WindowID parent, const std::string& nameAndCla
   const auto* children = xcb_query_tree_children(tree.get());
   for (int index = 0; index < xcb_query_tree_children_length(tree.get()); ++index) {
     const auto window = children[index];
-    const auto attributes =
-        reply(connection_.get(), xcb_get_window_attributes(connection_.get(), window),
-              xcb_get_window_attributes_reply);
-    if (!attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE) continue;
+    if (!isShown(window)) continue;
     if (bytes(window, "WM_CLASS") == nameAndClass) found.push_back(window);
     collectShown(window, nameAndClass, found);
   }

@@ -72,6 +72,8 @@ class DesktopSession {
   // For example ":12".
   const std::string& display() const { return display_; }
   PixelRect screen() const { return {0, 0, options_.width, options_.height}; }
+  // The screen without the bars of the window manager.
+  PixelRect workArea() const;
 
   // The environment of programs of this desktop: its DISPLAY, and folders of their own for HOME,
   // XDG_CONFIG_HOME and XDG_RUNTIME_DIR.
@@ -82,6 +84,11 @@ class DesktopSession {
   std::unique_ptr<ChildProcess> start(const std::vector<std::string>& command,
                                       const Environment& changes = {}) const;
 
+  // Starts this window manager to take over from the one that runs; returns when it manages.
+  void replaceWindowManager(std::vector<std::string> command);
+  // Ends the window manager and starts it again.
+  void restartWindowManager();
+
   // The windows that the window manager manages, oldest first; the same from bottom to top.
   std::vector<WindowID> clients() const { return rootWindows("_NET_CLIENT_LIST"); }
   std::vector<WindowID> stacking() const { return rootWindows("_NET_CLIENT_LIST_STACKING"); }
@@ -90,9 +97,16 @@ class DesktopSession {
   // The windows on the screen whose WM_CLASS holds this class and instance name.
   std::vector<WindowID> shownWindows(std::string_view windowClass, std::string_view name) const;
 
-  bool exists(WindowID window) const;
+  // All that lies directly on the root window and can be seen or would be, were it not beyond the
+  // edge: frames of windows, and windows without one.
+  std::vector<WindowID> outermostWindows() const;
 
-  // The window with the decoration around it, and without; all 0 when it is gone.
+  bool exists(WindowID window) const;
+  // Neither minimized nor otherwise taken from the screen; it may be beyond the edge of it.
+  bool isShown(WindowID window) const;
+
+  // The window with the decoration around it, but without the shadow that it draws itself, and the
+  // plain window; all 0 when it is gone.
   PixelRect frame(WindowID window) const;
   PixelRect content(WindowID window) const;
 
@@ -131,6 +145,8 @@ class DesktopSession {
   void startServer();
   void connect();
   void startWindowManager();
+  void awaitWindowManager(WindowID predecessor);
+  WindowID windowManagerCheck() const;
   void seeItManage();
 
   xcb_atom_t atom(std::string_view name) const;

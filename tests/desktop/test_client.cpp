@@ -31,6 +31,14 @@ WindowID TestClient::openDialog(std::string_view title, PixelRect place, WindowI
   return open("dialog " + std::to_string(owner) + " " + describe(place, title));
 }
 
+WindowID TestClient::openUndecorated(std::string_view title, PixelRect place) {
+  return open("bare " + describe(place, title));
+}
+
+WindowID TestClient::openWithShadow(std::string_view title, PixelRect place) {
+  return open("shadowed " + describe(place, title));
+}
+
 WindowID TestClient::openDock(PixelRect place) {
   return openManaged("dock " + describe(place, "Dock"));
 }
@@ -42,6 +50,10 @@ void TestClient::setTitle(WindowID window, std::string_view title) {
 void TestClient::maximize(WindowID window) {
   tell("state " + std::to_string(window) +
        " _NET_WM_STATE_MAXIMIZED_HORZ _NET_WM_STATE_MAXIMIZED_VERT");
+}
+
+void TestClient::maximizeVertically(WindowID window) {
+  tell("state " + std::to_string(window) + " _NET_WM_STATE_MAXIMIZED_VERT");
 }
 
 void TestClient::makeFullScreen(WindowID window) {

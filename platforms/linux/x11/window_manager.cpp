@@ -179,14 +179,14 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(const Window
 }
 
 // Window managers keep a part of a window on the screen, some of them a large one. So the window
-// that frames the client is moved past them: the server redirects to the window manager only what
-// is done to windows without this flag. The window manager believes the window to be at the place
-// that it has allowed, and brings it back from there like any other.
+// that frames the client, or the client itself where it has no frame, is moved past them: the
+// server redirects to the window manager only what is done to windows without this flag. The window
+// manager believes the window to be at the place that it has allowed, and brings it back from there
+// like any other.
 std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window, PixelPoint target,
                                                       Deadline deadline) {
   const auto frameWindow = outermostWindow(window.window, deadline);
   if (!frameWindow) return std::unexpected(frameWindow.error());
-  if (*frameWindow == window.window) return {};  // without a frame there is nothing to push
   auto& connection = server_.connection();
   auto pending = connection.pending<xcb_get_geometry_reply_t>(
       xcb_get_geometry(connection.raw(), *frameWindow));

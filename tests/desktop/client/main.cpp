@@ -1,6 +1,8 @@
 // An application for the tests: plain windows that do as the lines on standard input say.
 //
 //   new X Y WIDTH HEIGHT TITLE            answers "window ID"
+//   bare X Y WIDTH HEIGHT TITLE           the same without any decoration
+//   shadowed X Y WIDTH HEIGHT TITLE       the same within a shadow of its own
 //   dialog OWNER X Y WIDTH HEIGHT TITLE   answers "window ID"
 //   dock X Y WIDTH HEIGHT TITLE           answers "window ID"; keeps the top of the screen
 //   title ID TEXT
@@ -83,11 +85,12 @@ class Client {
     std::string command;
     xcb_window_t window = 0;
     line >> command;
-    if (command == "new" || command == "dialog" || command == "dock") {
+    if (command == "new" || command == "bare" || command == "shadowed" || command == "dialog" ||
+        command == "dock") {
       Place place;
       if (command == "dialog") line >> window;
       line >> place;
-      const auto opened = open(restOfLine(line), place, window, command == "dock");
+      const auto opened = open(command, restOfLine(line), place, window);
       xcb_flush(connection_);
       std::cout << "window " << opened << std::endl;
     } else if (command == "title") {
@@ -106,7 +109,15 @@ class Client {
     }
   }
 
-  xcb_window_t open(const std::string& title, const Place& place, xcb_window_t owner, bool isDock) {
+  xcb_window_t open(const std::string& kind, const std::string& title, Place place,
+                    xcb_window_t owner) {
+    constexpr auto shadow = std::uint32_t{pellow::desktop::TestClient::shadow};
+    if (kind == "shadowed") {
+      place.x -= int{shadow};
+      place.y -= int{shadow};
+      place.width += 2 * shadow;
+      place.height += 2 * shadow;
+    }
     const auto window = xcb_generate_id(connection_);
     const std::uint32_t background = screen_->white_pixel;
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root,
@@ -123,11 +134,18 @@ class Client {
     std::vector<std::uint32_t> hints(18);
     hints[0] = 1 | 2;
     setValues(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, hints);
+    if (kind == "bare" || kind == "shadowed") {
+      constexpr std::uint32_t hasDecorations = 2;
+      setValues(window, "_MOTIF_WM_HINTS", atom("_MOTIF_WM_HINTS"), {hasDecorations, 0, 0, 0, 0});
+    }
+    if (kind == "shadowed") {
+      setValues(window, "_GTK_FRAME_EXTENTS", XCB_ATOM_CARDINAL, {shadow, shadow, shadow, shadow});
+    }
     if (owner != 0) {
       setValues(window, "WM_TRANSIENT_FOR", XCB_ATOM_WINDOW, {owner});
       setValues(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom("_NET_WM_WINDOW_TYPE_DIALOG")});
     }
-    if (isDock) {
+    if (kind == "dock") {
       const auto edge = static_cast<std::uint32_t>(place.y) + place.height;
       const auto left = static_cast<std::uint32_t>(place.x);
       setValues(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom("_NET_WM_WINDOW_TYPE_DOCK")});

@@ -1,0 +1,434 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "tests/desktop/eventually.h"
+#include "tests/desktop/pellow_program.h"
+#include "tests/desktop/test_client.h"
+
+// What every window manager must let Pellow do. The one that PELLOW_WINDOW_MANAGER names, openbox
+// by default, takes part; scripts/window-managers goes through all of them, and each story here is
+// a column of its table.
+
+namespace pellow::desktop {
+namespace {
+
+using Command = std::vector<std::string>;
+
+struct Manager {
+  Command command;
+  // Makes it take over from another one; empty where there is no such way.
+  std::string replace = "--replace";
+  bool withdrawsWindows = false;  // for a moment, when it takes over
+};
+
+// Private ones: without a session manager, a compositor or settings of the user.
+Manager managerNamed(const std::string& name) {
+  static const std::map<std::string, Manager> managers{
+      {"openbox", {{"openbox", "--sm-disable"}}},
+      {"xfwm4", {{"dbus-run-session", "--", "xfwm4", "--compositor=off"}}},
+      {"metacity",
+       {{"env", "GSETTINGS_BACKEND=memory", "metacity", "--sm-disable", "--no-composite"}}},
+      {"marco", {{"env", "GSETTINGS_BACKEND=memory", "marco", "--sm-disable", "--no-composite"}}},
+      {"icewm", {{"icewm"}}},
+      {"fluxbox", {{"fluxbox"}, ""}},
+      {"kwin_x11", {{"env", "KWIN_COMPOSE=N", "kwin_x11", "--no-kactivities"}, "--replace", true}},
+  };
+  const auto found = managers.find(name);
+  if (found == managers.end()) throw std::runtime_error("unknown window manager " + name);
+  return found->second;
+}
+
+Manager chosenManager() {
+  const auto* name = std::getenv("PELLOW_WINDOW_MANAGER");
+  return managerNamed(name ? name : "openbox");
+}
+
+class WindowManagers : public testing::Test {
+ protected:
+  void launch() {
+    pellow = std::make_unique<PellowProgram>(desktop);
+    ASSERT_TRUE(pellow->isReady()) << pellow->process().standardError();
+  }
+
+  void launchWith(const std::string& mechanism) {
+    const auto file = PellowProgram::defaultsFile(desktop);
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file) << R"({"mechanism": ")" << mechanism << R"("})";
+    launch();
+  }
+
+  void end() {
+    pellow->process().send(SIGTERM);
+    EXPECT_EQ(pellow->process().exitStatus(), 0) << pellow->process().standardError();
+  }
+
+  void pressRestoreAll() { desktop.type({key::control, key::alt, key::super, 'r'}); }
+
+  // Puts the window away by the key and waits until its tab stands.
+  void putAway(WindowID window) {
+    const int tabs = pellow->tabCount();
+    ASSERT_TRUE(desktop.activate(window));
+    desktop.type({key::control, key::alt, key::super, 't'});
+    ASSERT_TRUE(eventually([&] { return pellow->tabCount() == tabs + 1; }))
+        << desktop.frame(window) << "\n"
+        << pellow->process().standardError();
+  }
+
+  void putOffScreen(WindowID window) {
+    ASSERT_NO_FATAL_FAILURE(putAway(window));
+    ASSERT_TRUE(isAway(window)) << desktop.frame(window);
+  }
+
+  bool isAway(WindowID window) const {
+    return desktop.isShown(window) && desktop.frame(window).x == desktop.screen().width - 1;
+  }
+
+  // Enough of it to take hold of.
+  bool hasCornerInSight(WindowID window) const {
+    constexpr int corner = 100;
+    const auto frame = desktop.frame(window);
+    const auto screen = desktop.screen();
+    return desktop.isShown(window) && frame.x + corner <= screen.width &&
+           frame.y + corner <= screen.height;
+  }
+
+  void expectBack(WindowID window, PixelRect home) {
+    EXPECT_TRUE(eventually([&] {
+      return desktop.isShown(window) && desktop.frame(window) == home;
+    })) << desktop.frame(window)
+        << " is not " << home << "\n"
+        << pellow->process().standardError();
+  }
+
+  void expectAllIsOver() {
+    EXPECT_TRUE(eventually([&] { return pellow->tabCount() == 0 && pellow->journal().empty(); }));
+    EXPECT_TRUE(desktop.answersPing(pellow->strip()));
+  }
+
+  // Off the screen and back, by click and by key.
+  void expectRoundTrips(WindowID window) {
+    const auto home = desktop.frame(window);
+    for (const bool byClick : {true, false}) {
+      ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+      const auto away = desktop.frame(window);
+      EXPECT_EQ(std::pair(away.width, away.height), std::pair(home.width, home.height));
+      byClick ? pellow->clickTab(0) : pressRestoreAll();
+      expectBack(window, home);
+      expectAllIsOver();
+    }
+  }
+
+  // A window in a state in which it does not move: it leaves the state, and takes it up again.
+  void expectRoundTrip(WindowID window, const std::vector<std::string>& states) {
+    const auto hasAll = [&](bool has) {
+      return std::ranges::all_of(
+          states, [&](const auto& state) { return desktop.hasState(window, state) == has; });
+    };
+    const auto expanded = desktop.frame(window);
+    ASSERT_TRUE(hasAll(true));
+    ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+    EXPECT_TRUE(hasAll(false));
+    pellow->clickTab(0);
+    expectBack(window, expanded);
+    EXPECT_TRUE(eventually([&] { return hasAll(true); }));
+    expectAllIsOver();
+  }
+
+  // The state is there, and the frame that comes with it.
+  void awaitState(WindowID window, std::string_view state) {
+    ASSERT_TRUE(eventually([&] { return desktop.hasState(window, state); }));
+    // When it shows another window, it has finished with this one.
+    client.destroy(client.open("Next", {400, 300, 200, 100}));
+    ASSERT_TRUE(desktop.activate(window));
+    EXPECT_GE(desktop.frame(window).height, desktop.workArea().height);
+  }
+
+  // What the table must say of this story besides that it went well.
+  static void note(const std::string& sentence) {
+    const auto& test = *testing::UnitTest::GetInstance()->current_test_info();
+    std::cout << "note: " << test.name() << ": " << sentence << std::endl;
+  }
+
+  Manager manager = chosenManager();
+  DesktopSession desktop{{.windowManager = manager.command}};
+  TestClient client{desktop};
+  std::unique_ptr<PellowProgram> pellow;
+};
+
+bool overlaps(const PixelRect& a, const PixelRect& b) {
+  return a.x < b.x + b.width && b.x < a.x + a.width && a.y < b.y + b.height && b.y < a.y + a.height;
+}
+
+constexpr PixelRect place{150, 120, 500, 300};
+
+TEST_F(WindowManagers, OffScreen) {
+  const auto window = client.open("Guest", place);
+  const auto home = desktop.frame(window);
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_NO_FATAL_FAILURE(putAway(window));
+  const auto parked = pellow->journal().at(0).at("parkedOrigin");
+  const PixelRect expected{parked.at(0), parked.at(1), home.width, home.height};
+  EXPECT_EQ(expected.x, desktop.screen().width - 1);
+  EXPECT_EQ(desktop.frame(window), expected);
+
+  // It stays there whatever happens to it and to others.
+  ASSERT_TRUE(desktop.activate(client.open("Other", {300, 300, 300, 200})));
+  client.setTitle(window, "Guest, renamed");
+  ASSERT_TRUE(desktop.activate(window));
+  EXPECT_EQ(desktop.frame(window), expected);
+}
+
+TEST_F(WindowManagers, SliverOnly) {
+  const auto window = client.open("Guest", place);
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+  // The screen without the bars of the window manager, the strip and the sliver.
+  const auto inSight = [&] {
+    auto part = desktop.workArea();
+    part.width = std::min(part.width, desktop.screen().width - 1 - part.x);
+    auto picture = desktop.picture(part);
+    const auto strip = desktop.content(pellow->strip());
+    for (int y = 0; y < picture.height; ++y) {
+      if (std::abs(part.y + y - strip.y - strip.height / 2) > 60) continue;
+      const auto row = picture.pixels.begin() + std::ptrdiff_t(y) * picture.width;
+      std::fill(row + std::max(0, strip.x - part.x), row + picture.width, 0);
+    }
+    return picture.pixels;
+  };
+  const auto whileParked = inSight();
+  client.destroy(window);
+  ASSERT_TRUE(eventually([&] { return pellow->tabCount() == 0; }));
+  EXPECT_TRUE(eventually([&] { return inSight() == whileParked; }));
+}
+
+TEST_F(WindowManagers, BackInPlace) {
+  const auto area = desktop.workArea();
+  const auto window = client.open("Guest", place);
+  const auto corner = client.open("Corner", {area.x, area.y, 300, 200});
+  const auto small = client.open("Small", {900, 350, 160, 90});
+  ASSERT_NO_FATAL_FAILURE(launch());
+  for (const auto each : {window, corner, small}) {
+    ASSERT_NO_FATAL_FAILURE(expectRoundTrips(each));
+    EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == each; }));
+  }
+}
+
+TEST_F(WindowManagers, Minimize) {
+  const auto window = client.open("Guest", place);
+  client.open("Other", {300, 300, 300, 200});
+  const auto home = desktop.frame(window);
+  ASSERT_NO_FATAL_FAILURE(launchWith("minimize"));
+  for (const bool byClick : {true, false}) {
+    ASSERT_NO_FATAL_FAILURE(putAway(window));
+    EXPECT_FALSE(desktop.isShown(window));
+    byClick ? pellow->clickTab(0) : pressRestoreAll();
+    expectBack(window, home);
+    EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == window; }));
+    expectAllIsOver();
+  }
+}
+
+TEST_F(WindowManagers, Maximized) {
+  const auto window = client.open("Guest", place);
+  client.maximizeVertically(window);
+  ASSERT_NO_FATAL_FAILURE(awaitState(window, "_NET_WM_STATE_MAXIMIZED_VERT"));
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_NO_FATAL_FAILURE(expectRoundTrip(window, {"_NET_WM_STATE_MAXIMIZED_VERT"}));
+  EXPECT_FALSE(desktop.hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ"));
+
+  const auto large = client.open("Large", place);
+  client.maximize(large);
+  ASSERT_NO_FATAL_FAILURE(awaitState(large, "_NET_WM_STATE_MAXIMIZED_HORZ"));
+  ASSERT_NO_FATAL_FAILURE(
+      expectRoundTrip(large, {"_NET_WM_STATE_MAXIMIZED_HORZ", "_NET_WM_STATE_MAXIMIZED_VERT"}));
+}
+
+TEST_F(WindowManagers, FullScreen) {
+  const auto window = client.open("Guest", place);
+  client.makeFullScreen(window);
+  ASSERT_NO_FATAL_FAILURE(awaitState(window, "_NET_WM_STATE_FULLSCREEN"));
+  EXPECT_EQ(desktop.frame(window), desktop.screen());
+  ASSERT_NO_FATAL_FAILURE(launch());
+  expectRoundTrip(window, {"_NET_WM_STATE_FULLSCREEN"});
+}
+
+TEST_F(WindowManagers, Undecorated) {
+  const auto window = client.openUndecorated("Bare", place);
+  EXPECT_EQ(desktop.frame(window), desktop.content(window));
+  ASSERT_NO_FATAL_FAILURE(launch());
+  expectRoundTrips(window);
+}
+
+TEST_F(WindowManagers, OwnShadow) {
+  const auto window = client.openWithShadow("Shadowed", place);
+  EXPECT_EQ(desktop.frame(window).width, place.width);
+  ASSERT_NO_FATAL_FAILURE(launch());
+  expectRoundTrips(window);
+}
+
+TEST_F(WindowManagers, Strip) {
+  const auto area = desktop.workArea();
+  const auto below = client.open("Below", {area.x + area.width - 400, area.y + 40, 380, 600});
+  ASSERT_TRUE(desktop.activate(below));
+  ASSERT_NO_FATAL_FAILURE(launch());
+  const PixelRect expected{area.x + area.width - 50, area.y + area.height / 2 - 30, 44, 60};
+  EXPECT_TRUE(eventually([&] { return desktop.content(pellow->strip()) == expected; }))
+      << desktop.content(pellow->strip());
+  EXPECT_EQ(desktop.activeWindow(), below);
+
+  const auto isAbove = [&] {
+    const auto outermost = desktop.outermostWindows();
+    const auto top = std::ranges::find_if(outermost.rbegin(), outermost.rend(), [&](WindowID each) {
+      return overlaps(desktop.content(each), expected);
+    });
+    return desktop.content(*top) == expected;
+  };
+  EXPECT_TRUE(isAbove());
+  desktop.click(expected.x + expected.width / 2, expected.y + expected.height / 2);
+  ASSERT_TRUE(desktop.answersPing(pellow->strip()));
+  EXPECT_EQ(desktop.activeWindow(), below);
+  client.open("Another", {700, 200, 500, 400});
+  EXPECT_TRUE(isAbove());
+  EXPECT_NE(desktop.activeWindow(), pellow->strip());
+}
+
+TEST_F(WindowManagers, AfterCrash) {
+  const auto large = client.open("Large", {200, 200, 400, 250});
+  client.maximize(large);
+  ASSERT_NO_FATAL_FAILURE(awaitState(large, "_NET_WM_STATE_MAXIMIZED_HORZ"));
+  const auto window = client.open("Guest", place);
+  const auto home = desktop.frame(window);
+  const auto largeHome = desktop.frame(large);
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(large));
+  pellow->process().kill();
+
+  ASSERT_NO_FATAL_FAILURE(launch());
+  expectBack(window, home);
+  expectBack(large, largeHome);
+  EXPECT_TRUE(desktop.hasState(large, "_NET_WM_STATE_MAXIMIZED_HORZ"));
+  expectAllIsOver();
+}
+
+TEST_F(WindowManagers, Replaced) {
+  const auto window = client.open("Guest", place);
+  const auto second = client.open("Second", {300, 250, 400, 250});
+  const auto home = desktop.frame(window);
+  const auto secondHome = desktop.frame(second);
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(second));
+
+  if (manager.replace.empty()) {
+    note("can neither take over nor be replaced; ended and started again instead.");
+    desktop.restartWindowManager();
+  } else {
+    auto successor = manager.command;
+    successor.push_back(manager.replace);
+    desktop.replaceWindowManager(successor);
+  }
+  ASSERT_TRUE(desktop.answersPing(pellow->strip()));
+  if (manager.withdrawsWindows) {
+    note(
+        "withdraws windows for a moment when it takes over, which ends their tabs; it leaves a "
+        "corner of each in sight.");
+    for (const auto each : {window, second})
+      EXPECT_TRUE(eventually([&] { return hasCornerInSight(each); })) << desktop.frame(each);
+    return;
+  }
+  ASSERT_EQ(pellow->tabCount(), 2);
+  pellow->clickTab(0);
+  expectBack(window, home);
+  pressRestoreAll();
+  expectBack(second, secondHome);
+  expectAllIsOver();
+  ASSERT_NO_FATAL_FAILURE(expectRoundTrips(window));
+}
+
+struct Application {
+  std::string name;
+  std::string windowClass;
+  Command command;
+};
+
+void PrintTo(const Application& application, std::ostream* out) { *out << application.name; }
+
+// Real ones, those of them that are installed.
+std::vector<Application> installedApplications() {
+  std::vector<Application> applications{
+      {"xterm", "XTerm", {"/usr/bin/xterm", "-fa", "DejaVu Sans Mono"}},
+      // GTK 3, with a header bar
+      {"hitori", "Hitori", {"/usr/games/hitori"}},
+      {"qterminal", "qterminal", {"/usr/bin/qterminal"}},
+      {"chromium",
+       "Chromium",
+       {"/usr/bin/chromium", "--no-sandbox", "--disable-gpu", "--no-first-run",
+        "--no-default-browser-check", "--disable-background-networking",
+        "--disable-component-update", "--disable-sync", "about:blank"}},
+  };
+  std::erase_if(applications,
+                [](const auto& each) { return !std::filesystem::exists(each.command[0]); });
+  return applications;
+}
+
+class RealApplications : public WindowManagers, public testing::WithParamInterface<Application> {
+ protected:
+  WindowID windowOf(const Application& application) const {
+    for (const auto window : desktop.clients())
+      if (desktop.bytes(window, "WM_CLASS").ends_with('\0' + application.windowClass + '\0'))
+        return window;
+    return 0;
+  }
+
+  // An application arranges its window for a while; it is done when the frame is the same many
+  // times in a row.
+  void awaitCalm(WindowID window) {
+    PixelRect last;
+    int same = 0;
+    ASSERT_TRUE(eventually([&] {
+      const auto now = desktop.frame(window);
+      same = now == last ? same + 1 : 0;
+      last = now;
+      return same >= 200;
+    }));
+  }
+};
+
+TEST_P(RealApplications, AwayAndBack) {
+  const auto application = GetParam();
+  const auto running = desktop.start(application.command, {{"GSETTINGS_BACKEND", "memory"}});
+  WindowID window = 0;
+  ASSERT_TRUE(eventually([&] { return (window = windowOf(application)) != 0; }))
+      << running->standardError();
+  ASSERT_TRUE(desktop.activate(window));
+  ASSERT_NO_FATAL_FAILURE(awaitCalm(window));
+  const auto home = desktop.frame(window);
+  for (const std::string mechanism : {"offscreen", "minimize"}) {
+    SCOPED_TRACE(mechanism);
+    ASSERT_NO_FATAL_FAILURE(launchWith(mechanism));
+    for (int round = 0; round < 2; ++round) {
+      ASSERT_NO_FATAL_FAILURE(putAway(window));
+      EXPECT_TRUE(mechanism == "minimize" ? !desktop.isShown(window) : isAway(window));
+      pellow->clickTab(0);
+      expectBack(window, home);
+      EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == window; }));
+      expectAllIsOver();
+    }
+    end();
+    // The animation of a window manager may still be going on.
+    EXPECT_TRUE(eventually([&] { return desktop.frame(window) == home; }));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Installed, RealApplications, testing::ValuesIn(installedApplications()),
+                         [](const auto& test) { return test.param.name; });
+
+}  // namespace
+}  // namespace pellow::desktop
