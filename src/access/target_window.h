@@ -30,8 +30,8 @@ struct TargetWindow {
 
   // Moves the window's top left corner. With `Verify::yes` it waits until the window stands within
   // 2 points of `point` on both axes, at most 0.6 s, and answers where it stands then, which may be
-  // elsewhere; without, it answers `point`. Throws `PellowError::moveFailed`. Sleeps, so not on the
-  // main thread.
+  // elsewhere; without, it answers `point`. Throws `PellowError::moveFailed`. Sleeps: on
+  // the main thread only where nothing waits for it, as at launch.
   QuartzPoint move(QuartzPoint point, Verify verify, Clock& clock) const;
 };
 
