@@ -15,9 +15,13 @@
 #include "platforms/linux/qt/local_key_filter.h"
 #include "platforms/linux/qt/picture_source.h"
 #include "platforms/linux/qt/qt_alerts.h"
+#include "platforms/linux/qt/qt_colour_panel.h"
 #include "platforms/linux/qt/qt_display.h"
+#include "platforms/linux/qt/qt_form_windows.h"
 #include "platforms/linux/qt/qt_panels.h"
 #include "platforms/linux/qt/qt_process.h"
+#include "platforms/linux/qt/qt_status_bar.h"
+#include "platforms/linux/system/autostart_entry.h"
 #include "platforms/linux/system/file_user_defaults.h"
 #include "platforms/linux/system/monotonic_clock.h"
 #include "platforms/linux/system/pollable_main_queue.h"
@@ -49,16 +53,14 @@ class NoSymbolicHotKeys final : public SymbolicHotKeys {
   std::vector<SymbolicHotKey> all() const override { return {}; }
 };
 
-// X11 asks nobody: whoever is on the display may take pictures, where the server can make them.
-class X11ScreenCapture final : public ScreenCapture {
+class NoUpdates final : public UpdateFramework {
  public:
-  bool preflightAccess() const override {
-    constexpr std::string_view name = "Composite";
-    auto* const connection = qtConnection();
-    const Reply<xcb_query_extension_reply_t> extension(xcb_query_extension_reply(
-        connection, xcb_query_extension(connection, name.size(), name.data()), nullptr));
-    return extension && extension->present;
-  }
+  void start(UpdateDelegate) override {}
+  void checkForUpdates() override {}
+  bool automaticallyChecks() const override { return false; }
+  void setAutomaticallyChecks(bool) override {}
+  std::optional<Seconds> sinceLastCheck() const override { return {}; }
+  std::optional<std::string> currentVersion() const override { return PELLOW_VERSION; }
 };
 
 std::string environment(const char* name) {
@@ -97,9 +99,14 @@ struct LinuxPlatform::Parts {
   MonotonicClock clock;
   RandomUUIDSource uuidSource;
   NoSymbolicHotKeys symbolicHotKeys;
-  X11ScreenCapture screenCapture;
+  QtStatusBar statusBar;
+  QtFormWindows formWindows;
+  QtColourPanel colourPanel;
+  AutostartEntry loginItem = AutostartEntry::ofEnvironment();
+  NoUpdates updates;
   LinuxQueues queues;
   std::unique_ptr<X11Desktop> desktop;
+  std::unique_ptr<ScreenCapture> screenCapture;
   FileUserDefaults userDefaults;
   QtProcess process;
   QtAlerts alerts;
@@ -113,6 +120,7 @@ struct LinuxPlatform::Parts {
         const Log& systemLog, TerminationSignals& signals)
       : log(systemLog),
         desktop(std::move(openDesktop)),
+        screenCapture(desktop->makeScreenCapture(queues)),
         userDefaults(FileUserDefaults::standardFile(), queues.main(), log),
         process(std::move(arguments), signals, [this] { userDefaults.flush(); }),
         alerts(queues.main()),
@@ -172,14 +180,19 @@ LinuxPlatform::~LinuxPlatform() = default;
 Accessibility& LinuxPlatform::accessibility() { return parts_->desktop->accessibility(); }
 Alerts& LinuxPlatform::alerts() { return parts_->alerts; }
 Clock& LinuxPlatform::clock() { return parts_->clock; }
+ColourPanel& LinuxPlatform::colourPanel() { return parts_->colourPanel; }
 EventMonitors& LinuxPlatform::eventMonitors() { return parts_->desktop->eventMonitors(); }
+FormWindows& LinuxPlatform::formWindows() { return parts_->formWindows; }
 const Log& LinuxPlatform::log() { return parts_->log; }
+LoginItem& LinuxPlatform::loginItem() { return parts_->loginItem; }
 Panels& LinuxPlatform::panels() { return parts_->panels; }
 Process& LinuxPlatform::process() { return parts_->process; }
 Queues& LinuxPlatform::queues() { return parts_->queues; }
-ScreenCapture& LinuxPlatform::screenCapture() { return parts_->screenCapture; }
+ScreenCapture& LinuxPlatform::screenCapture() { return *parts_->screenCapture; }
 Screens& LinuxPlatform::screens() { return parts_->desktop->screens(); }
+StatusBar& LinuxPlatform::statusBar() { return parts_->statusBar; }
 SymbolicHotKeys& LinuxPlatform::symbolicHotKeys() { return parts_->symbolicHotKeys; }
+UpdateFramework& LinuxPlatform::updateFramework() { return parts_->updates; }
 UserDefaults& LinuxPlatform::userDefaults() { return parts_->userDefaults; }
 UUIDSource& LinuxPlatform::uuidSource() { return parts_->uuidSource; }
 Workspace& LinuxPlatform::workspace() { return parts_->desktop->workspace(); }

@@ -8,6 +8,7 @@
 #include "platforms/linux/command_line.h"
 #include "platforms/linux/linux_platform.h"
 #include "platforms/linux/qt/qt_application.h"
+#include "platforms/linux/qt/qt_process.h"
 #include "platforms/linux/system/log_sink.h"
 #include "platforms/linux/system/termination_signals.h"
 
@@ -22,8 +23,8 @@ int print(const PrintAndExit& what) {
 
 // Set for a process that the program starts to take its own place, and not for others.
 LinuxPlatform::Claim readClaim() {
-  const bool relaunched = std::getenv("PELLOW_RELAUNCHED") != nullptr;
-  unsetenv("PELLOW_RELAUNCHED");
+  const bool relaunched = std::getenv(QtProcess::relaunchedVariable) != nullptr;
+  unsetenv(QtProcess::relaunchedVariable);
   return relaunched ? LinuxPlatform::Claim::afterPredecessorEnds : LinuxPlatform::Claim::now;
 }
 

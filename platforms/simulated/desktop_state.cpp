@@ -49,6 +49,10 @@ bool DesktopState::isVisible(const WindowState& window) const {
   return !window.minimized && !application(window.pid)->hidden;
 }
 
+bool DesktopState::isOnScreen(const WindowState& window) const {
+  return isVisible(window) && shareOnDisplays(window.frame) > 0;
+}
+
 std::optional<WindowID> DesktopState::windowAt(QuartzPoint point) const {
   for (const auto& each : windows)
     if (isVisible(each) && each.frame.contains(point)) return each.id;
@@ -108,6 +112,15 @@ void DesktopState::resign(ProcessID pid) {
     if (isVisible(each) && takesOver(each.pid)) return activate(each.pid);
   for (const auto& each : applications)
     if (takesOver(each.identity.pid)) return activate(each.identity.pid);
+}
+
+std::optional<SystemError> DesktopState::takeCaptureFault(CaptureCall call) {
+  const auto found = std::ranges::find_if(
+      captureFaults, [&](const CaptureFault& fault) { return !fault.call || fault.call == call; });
+  if (found == captureFaults.end()) return std::nullopt;
+  auto error = std::move(found->error);
+  captureFaults.erase(found);
+  return error;
 }
 
 // Windows

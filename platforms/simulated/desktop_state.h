@@ -32,6 +32,22 @@ struct AXFault {
   bool once = true;
 };
 
+enum class CaptureCall { windows, image };
+
+// A call for a picture, or for the list of windows, that answers with an error; once.
+struct CaptureFault {
+  std::optional<CaptureCall> call;  // absent for both
+  SystemError error;
+};
+
+// What the maker of the program and its framework for updates keep.
+struct Updates {
+  std::optional<std::string> installed = "1.0";  // absent when the bundle does not say
+  std::optional<std::string> published;          // the newest version there is
+  std::optional<Seconds> lastCheck;
+  bool checksAutomatically = true;
+};
+
 // How a window behaves when others ask something of it.
 struct WindowManners {
   Seconds answersAfter = 0;
@@ -53,6 +69,8 @@ struct WindowState {
   std::string subrole = "AXStandardWindow";
   bool hasMinimizeButton = true;
   bool minimized = false;
+  // Its title as pictures have it, if that is another one; perhaps none at all.
+  std::optional<std::optional<std::string>> captureTitle = std::nullopt;
   WindowManners manners;
 };
 
@@ -111,6 +129,15 @@ struct DesktopState {
   bool trustsProcess = true;
   bool allowsCapture = true;
   bool allowsMonitors = true;
+  int trustPrompts = 0;     // so often the system asked the user for the permission
+  int captureRequests = 0;  // so often it was to ask for the other one
+  Seconds captureDelay = 0;
+  std::vector<CaptureFault> captureFaults;
+  bool startsAtLogin = false;
+  std::optional<SystemError> loginItemFault;  // of the next change
+  Updates updates;
+  std::vector<std::string> openedURLs;
+  bool refusesURLs = false;
   Seconds longestExtraDelay = 0;    // of every Accessibility call, by seed
   Seconds longestAnnouncement = 0;  // of every notification on its way, by seed
   double faultProbability = 0;      // of every Accessibility call, by seed
@@ -129,6 +156,8 @@ struct DesktopState {
   // Front to back, minimized ones last.
   std::vector<WindowID> windowsOf(ProcessID pid) const;
   bool isVisible(const WindowState& window) const;
+  // It is visible, and some of it lies on a display.
+  bool isOnScreen(const WindowState& window) const;
   std::optional<WindowID> windowAt(QuartzPoint point) const;
   // What of the window lies at a point inside its frame.
   WindowPart partAt(const WindowState& window, QuartzPoint point) const;
@@ -143,6 +172,9 @@ struct DesktopState {
   void activate(ProcessID pid);
   // If it is the frontmost application, another one takes its place.
   void resign(ProcessID pid);
+
+  // The error ordered for the next call of this kind, if there is one.
+  std::optional<SystemError> takeCaptureFault(CaptureCall call);
 
   // A new window in front; its application becomes active if it is a regular one.
   WindowID open(WindowState window);

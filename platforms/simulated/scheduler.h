@@ -4,7 +4,6 @@
 #include <functional>
 #include <limits>
 #include <memory>
-#include <mutex>
 #include <random>
 #include <string>
 #include <thread>
@@ -104,7 +103,7 @@ class Scheduler {
   bool isHappening_ = false;
   Seconds lastProgress_ = 0;
   std::uint64_t choicesSinceProgress_ = 0;
-  std::mutex mutex_;  // of the flags that hand the baton over, nothing else
+  int glancesBeforeSleep_;
 };
 
 }  // namespace pellow::simulated

@@ -396,6 +396,12 @@ class SystemWideElement final : public Element {
 
 bool SimulatedAccessibility::isProcessTrusted() const { return system_.state.trustsProcess; }
 
+bool SimulatedAccessibility::isProcessTrustedWithPrompt() {
+  if (!system_.portCall("asks for the permission to use elements")) return false;
+  if (!isProcessTrusted()) ++system_.state.trustPrompts;
+  return isProcessTrusted();
+}
+
 AXElement SimulatedAccessibility::systemWide() {
   return AXElement(std::make_shared<SystemWideElement>(system_));
 }

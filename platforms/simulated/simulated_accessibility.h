@@ -19,6 +19,7 @@ class SimulatedAccessibility final : public Accessibility {
       : system_(system), panels_(panels) {}
 
   bool isProcessTrusted() const override;
+  bool isProcessTrustedWithPrompt() override;
   AXElement systemWide() override;
   AXElement application(ProcessID pid) override;
   std::expected<AXElement, AXError> elementAtPosition(const AXElement& systemWide,

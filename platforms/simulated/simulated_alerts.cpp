@@ -11,6 +11,7 @@ namespace pellow::simulated {
 Subscription SimulatedAlerts::show(Alert alert, std::function<void(std::size_t)> onChosen) {
   const auto shown = std::make_shared<Shown>(std::move(alert), std::move(onChosen));
   shown_.push_back(shown);
+  ++system_.alerts;
   return Subscription([this, shown] {
     shown->onChosen = nullptr;
     takeAway(shown);
@@ -42,8 +43,9 @@ void SimulatedAlerts::choose(std::string_view button) {
 
 // The program gives way to others with its last alert.
 void SimulatedAlerts::takeAway(const std::shared_ptr<Shown>& shown) {
-  if (std::erase(shown_, shown) == 0 || !shown_.empty()) return;
-  system_.change([this](DesktopState& desktop) { desktop.resign(system_.ownPid()); });
+  if (std::erase(shown_, shown) == 0) return;
+  --system_.alerts;
+  system_.giveWay();
 }
 
 }  // namespace pellow::simulated

@@ -155,6 +155,43 @@ SimulatedMenu& SimulatedDesktop::openMenu() const { return platform_.menu_; }
 std::vector<Alert> SimulatedDesktop::alerts() const { return platform_.alerts_.showing(); }
 void SimulatedDesktop::choose(std::string_view button) { platform_.alerts_.choose(button); }
 
+SimulatedFormWindow& SimulatedDesktop::formWindow(std::string_view name) const {
+  return platform_.formWindows_.window(name);
+}
+
+const SimulatedStatusItem& SimulatedDesktop::statusItem() const {
+  return platform_.statusBar_.item();
+}
+void SimulatedDesktop::openStatusMenu() { platform_.statusBar_.openMenu(); }
+
+bool SimulatedDesktop::colourPanelIsOpen() const { return platform_.colourPanel_.isVisible(); }
+Colour SimulatedDesktop::shownColour() const { return platform_.colourPanel_.colour(); }
+void SimulatedDesktop::pickColour(Colour colour) { platform_.colourPanel_.pick(colour); }
+void SimulatedDesktop::closeColourPanel() { platform_.colourPanel_.close(); }
+
+// The system around the program
+
+const std::vector<std::string>& SimulatedDesktop::openedURLs() const {
+  return system_.state.openedURLs;
+}
+void SimulatedDesktop::refuseURLs(bool refuses) { system_.state.refusesURLs = refuses; }
+
+bool SimulatedDesktop::startsAtLogin() const { return system_.state.startsAtLogin; }
+void SimulatedDesktop::setStartsAtLogin(bool starts) { system_.state.startsAtLogin = starts; }
+
+void SimulatedDesktop::publishUpdate(std::string version) {
+  system_.state.updates.published = std::move(version);
+}
+void SimulatedDesktop::scheduledUpdateCheck() { platform_.updateFramework_.checkBySchedule(); }
+std::optional<std::string> SimulatedDesktop::updateWindow() const {
+  return platform_.updateFramework_.windowText();
+}
+void SimulatedDesktop::closeUpdateWindow() { platform_.updateFramework_.closeWindow(); }
+void SimulatedDesktop::installUpdate() { platform_.updateFramework_.install(); }
+void SimulatedDesktop::setProgramVersion(std::optional<std::string> version) {
+  system_.state.updates.installed = std::move(version);
+}
+
 // User defaults and the log
 
 void SimulatedDesktop::setDefault(std::string_view key, DefaultsValue value) {
@@ -199,6 +236,15 @@ void SimulatedDesktop::injectFaults(double probability, std::vector<AXError> err
 }
 void SimulatedDesktop::setTrusted(bool trusted) { system_.state.trustsProcess = trusted; }
 void SimulatedDesktop::allowCapture(bool allowed) { system_.state.allowsCapture = allowed; }
+int SimulatedDesktop::trustPrompts() const { return system_.state.trustPrompts; }
+int SimulatedDesktop::captureAccessRequests() const { return system_.state.captureRequests; }
+void SimulatedDesktop::capturesAfter(Seconds delay) { system_.state.captureDelay = delay; }
+void SimulatedDesktop::failNextCapture(SystemError error, std::optional<CaptureCall> call) {
+  system_.state.captureFaults.push_back({call, std::move(error)});
+}
+void SimulatedDesktop::failNextLoginItemChange(SystemError error) {
+  system_.state.loginItemFault = std::move(error);
+}
 void SimulatedDesktop::allowMonitors(bool allowed) { system_.state.allowsMonitors = allowed; }
 
 // The process
@@ -213,6 +259,10 @@ void SimulatedDesktop::onTerminate(std::function<void()> handler) {
 bool SimulatedDesktop::isAccessory() const {
   const auto* self = system_.state.application(system_.ownPid());
   return self && self->identity.activationPolicy == ActivationPolicy::accessory;
+}
+int SimulatedDesktop::launchedInstances() const { return platform_.process_.launchedInstances(); }
+void SimulatedDesktop::failNextLaunch(SystemError error) {
+  platform_.process_.failNextLaunch(std::move(error));
 }
 
 // Crashes

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/colour.h"
 #include "platform/alerts.h"
 #include "platform/event_monitors.h"
 #include "platform/process.h"
@@ -17,8 +18,10 @@
 
 namespace pellow::simulated {
 
+class SimulatedFormWindow;
 class SimulatedPanel;
 class SimulatedPlatform;
+class SimulatedStatusItem;
 
 // The desktop in the hands of a test: it plays the user, the other applications, the displays and
 // the fate of the process.
@@ -79,6 +82,8 @@ class SimulatedDesktop {
 
   // A key press; it goes to the program when one of its windows has the keyboard.
   void press(std::uint16_t keyCode, std::uint64_t modifierFlags = 0, std::string characters = "");
+  // Another application stays active meanwhile; while the program is active it has the keyboard
+  // anyway.
   void setProgramHasKeyboard(bool has);
   // `SimulatedPointer` has the rules of who gets what the pointer does. A movement between a press
   // and a release is a drag.
@@ -126,6 +131,45 @@ class SimulatedDesktop {
   // Presses a button of the oldest alert; throws when there is no alert or no such button.
   void choose(std::string_view button);
 
+  // The form window of this name, shown or hidden, to be read and operated; throws when there is
+  // none: `formWindow("pellow-settings").choose("When pellowing", "Hide whole app")`.
+  SimulatedFormWindow& formWindow(std::string_view name) const;
+
+  // The program's status item; throws when there is none. Its menu opens in the next run, and is
+  // then the menu that is open.
+  const SimulatedStatusItem& statusItem() const;
+  void openStatusMenu();
+
+  // The colour panel. Its colour, and all verbs, throw while it does not show.
+  bool colourPanelIsOpen() const;
+  Colour shownColour() const;
+  void pickColour(Colour colour);
+  void closeColourPanel();
+
+  // --- The system around the program
+
+  // URLs that the program opened, and whether nothing opens them any more.
+  const std::vector<std::string>& openedURLs() const;
+  void refuseURLs(bool refuses = true);
+
+  // Whether the system starts the program when the user logs in; the user changes it elsewhere.
+  bool startsAtLogin() const;
+  void setStartsAtLogin(bool starts);
+
+  // There is a newer version, which the next check finds.
+  void publishUpdate(std::string version);
+  // The check that the program's schedule has a day after the last one comes now; none when the
+  // schedule is switched off.
+  void scheduledUpdateCheck();
+  // What the framework's own window says about an update: "Pellow 2.1 is available."
+  std::optional<std::string> updateWindow() const;
+  void closeUpdateWindow();
+  // The user installs what that window shows: the program ends. The next one on this desktop has
+  // the new version. Throws when it shows no update.
+  void installUpdate();
+  // What the bundle says; nothing when it does not.
+  void setProgramVersion(std::optional<std::string> version);
+
   // --- User defaults and the log
 
   void setDefault(std::string_view key, DefaultsValue value);
@@ -157,6 +201,15 @@ class SimulatedDesktop {
   // of elements.
   void setTrusted(bool trusted);
   void allowCapture(bool allowed);
+  // How often the system was to ask the user for the one and the other.
+  int trustPrompts() const;
+  int captureAccessRequests() const;
+  // Lists and pictures are answered after this time, and are as the desktop is by then; `never`:
+  // not at all.
+  void capturesAfter(Seconds delay);
+  // The next call of this kind, or of any, answers with the error.
+  void failNextCapture(SystemError error, std::optional<CaptureCall> call = std::nullopt);
+  void failNextLoginItemChange(SystemError error);
   // Whether event monitors can be added.
   void allowMonitors(bool allowed);
 
@@ -172,6 +225,9 @@ class SimulatedDesktop {
   // What the program does between the end of its main loop and the end of the process.
   void onTerminate(std::function<void()> handler);
   bool isAccessory() const;
+  // New instances of the program that it has started, and that wait for its end.
+  int launchedInstances() const;
+  void failNextLaunch(SystemError error);
 
   // --- Crashes: a new program starts on a `SimulatedPlatform` made from a copy
 

@@ -49,8 +49,12 @@ void SimulatedEventMonitors::press(std::uint16_t keyCode, std::uint64_t modifier
   });
 }
 
+bool SimulatedEventMonitors::programHasKeyboard() const {
+  return programHasKeyboard_ || system_.state.frontmost == system_.ownPid();
+}
+
 void SimulatedEventMonitors::deliver(const KeyEvent& event) const {
-  if (!programHasKeyboard_) return global_.notify(event);
+  if (!programHasKeyboard()) return global_.notify(event);
   const auto handlers = *local_;
   for (const auto& handler : handlers) {
     // One that has left meanwhile hears no more.

@@ -25,8 +25,10 @@ class SimulatedEventMonitors final : public EventMonitors {
   std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) override;
   AppKitPoint pointerLocation() const override;
 
-  // Whether a window of the program has the keyboard.
+  // A window of the program has the keyboard although another application is the active one, as a
+  // panel can. While the program is active, it has the keyboard anyway.
   void setProgramHasKeyboard(bool has) { programHasKeyboard_ = has; }
+  bool programHasKeyboard() const;
   void press(std::uint16_t keyCode, std::uint64_t modifierFlags, std::string characters);
   void pointerMoved(bool isOverProgram) const;
 

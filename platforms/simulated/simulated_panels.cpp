@@ -153,6 +153,11 @@ void SimulatedPanel::setLevel(PanelLevel level) {
   panels_.changed();
 }
 
+void SimulatedPanel::setIgnoresMouseEvents(bool ignores) {
+  ignoresMouseEvents_ = ignores;
+  panels_.changed();
+}
+
 void SimulatedPanel::orderFront() {
   isVisible_ = true;
   panels_.toFront(*this);
@@ -223,7 +228,8 @@ void SimulatedPanels::changed() {
 const SimulatedPanel* SimulatedPanels::panelAt(AppKitPoint point) const {
   const auto topmost = [&](PanelLevel level) -> const SimulatedPanel* {
     for (const auto* panel : frontToBack_)
-      if (panel->isVisible() && panel->level() == level && panel->frameNow().contains(point))
+      if (panel->isVisible() && !panel->ignoresMouseEvents() && panel->level() == level &&
+          panel->frameNow().contains(point))
         return panel;
     return nullptr;
   };

@@ -28,6 +28,7 @@ class SimulatedPanel final : public Panel {
   void animate(const AppKitRect& frame, double opacity, Seconds duration, AnimationTiming timing,
                std::function<void()> onDone) override;
   void setLevel(PanelLevel level) override;
+  void setIgnoresMouseEvents(bool ignores) override;
   void orderFront() override;
   void orderOut() override;
   bool isVisible() const override { return isVisible_; }
@@ -35,6 +36,7 @@ class SimulatedPanel final : public Panel {
   PanelID id() const { return id_; }
   const std::string& name() const { return name_; }
   PanelLevel level() const { return level_; }
+  bool ignoresMouseEvents() const { return ignoresMouseEvents_; }
   const View& content() const { return content_; }
 
   // While an animation runs: where the panel is and how opaque at this moment. Else `frame`, and
@@ -73,6 +75,7 @@ class SimulatedPanel final : public Panel {
   std::optional<Animation> animation_;
   PanelLevel level_ = PanelLevel::statusWindow;
   bool isVisible_ = false;
+  bool ignoresMouseEvents_ = false;
 };
 
 // The panels of the program, and the pointer over them. What the pointer meets is where it is at
@@ -88,6 +91,7 @@ class SimulatedPanels final : public Panels {
   std::vector<const SimulatedPanel*> visible(std::string_view name) const;
 
   // The panel that a click there would meet; none when there is none in front of every window.
+  // Panels that ignore the pointer are not met.
   const SimulatedPanel* panelAt(AppKitPoint point) const;
   // None once it is gone or hidden.
   const SimulatedPanel* withID(PanelID id) const;

@@ -22,11 +22,14 @@ SimulatedPlatform::SimulatedPlatform(DesktopState left, SimulatedOptions options
       accessibility_(system_, panels_),
       alerts_(system_),
       clock_(system_),
+      colourPanel_(system_),
       eventMonitors_(system_),
+      formWindows_(system_),
       log_([this](LogLevel level, std::string_view message) {
         if (system_.processRuns())
           system_.state.log.push_back({system_.scheduler.now(), level, std::string(message)});
       }),
+      loginItem_(system_),
       menu_(system_),
       panels_(system_),
       pointer_(system_, eventMonitors_, panels_, menu_),
@@ -34,7 +37,9 @@ SimulatedPlatform::SimulatedPlatform(DesktopState left, SimulatedOptions options
       queues_(system_),
       screenCapture_(system_),
       screens_(system_),
+      statusBar_(system_, menu_),
       symbolicHotKeys_(system_),
+      updateFramework_(system_, process_),
       userDefaults_(system_),
       uuidSource_(system_),
       workspace_(system_),

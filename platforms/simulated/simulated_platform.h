@@ -9,8 +9,11 @@
 #include "platforms/simulated/simulated_accessibility.h"
 #include "platforms/simulated/simulated_alerts.h"
 #include "platforms/simulated/simulated_clock.h"
+#include "platforms/simulated/simulated_colour_panel.h"
 #include "platforms/simulated/simulated_desktop.h"
 #include "platforms/simulated/simulated_event_monitors.h"
+#include "platforms/simulated/simulated_form_windows.h"
+#include "platforms/simulated/simulated_login_item.h"
 #include "platforms/simulated/simulated_menu.h"
 #include "platforms/simulated/simulated_panels.h"
 #include "platforms/simulated/simulated_pointer.h"
@@ -18,8 +21,10 @@
 #include "platforms/simulated/simulated_queues.h"
 #include "platforms/simulated/simulated_screen_capture.h"
 #include "platforms/simulated/simulated_screens.h"
+#include "platforms/simulated/simulated_status_bar.h"
 #include "platforms/simulated/simulated_symbolic_hot_keys.h"
 #include "platforms/simulated/simulated_system.h"
+#include "platforms/simulated/simulated_update_framework.h"
 #include "platforms/simulated/simulated_user_defaults.h"
 #include "platforms/simulated/simulated_uuid_source.h"
 #include "platforms/simulated/simulated_workspace.h"
@@ -44,14 +49,19 @@ class SimulatedPlatform final : public Platform {
   SimulatedAccessibility& accessibility() override { return accessibility_; }
   SimulatedAlerts& alerts() override { return alerts_; }
   SimulatedClock& clock() override { return clock_; }
+  SimulatedColourPanel& colourPanel() override { return colourPanel_; }
   SimulatedEventMonitors& eventMonitors() override { return eventMonitors_; }
+  SimulatedFormWindows& formWindows() override { return formWindows_; }
   const Log& log() override { return log_; }
+  SimulatedLoginItem& loginItem() override { return loginItem_; }
   SimulatedPanels& panels() override { return panels_; }
   SimulatedProcess& process() override { return process_; }
   SimulatedQueues& queues() override { return queues_; }
   SimulatedScreenCapture& screenCapture() override { return screenCapture_; }
   SimulatedScreens& screens() override { return screens_; }
+  SimulatedStatusBar& statusBar() override { return statusBar_; }
   SimulatedSymbolicHotKeys& symbolicHotKeys() override { return symbolicHotKeys_; }
+  SimulatedUpdateFramework& updateFramework() override { return updateFramework_; }
   SimulatedUserDefaults& userDefaults() override { return userDefaults_; }
   SimulatedUUIDSource& uuidSource() override { return uuidSource_; }
   SimulatedWorkspace& workspace() override { return workspace_; }
@@ -63,8 +73,11 @@ class SimulatedPlatform final : public Platform {
   SimulatedAccessibility accessibility_;
   SimulatedAlerts alerts_;
   SimulatedClock clock_;
+  SimulatedColourPanel colourPanel_;
   SimulatedEventMonitors eventMonitors_;
+  SimulatedFormWindows formWindows_;
   Log log_;
+  SimulatedLoginItem loginItem_;
   SimulatedMenu menu_;
   SimulatedPanels panels_;
   SimulatedPointer pointer_;
@@ -72,7 +85,9 @@ class SimulatedPlatform final : public Platform {
   SimulatedQueues queues_;
   SimulatedScreenCapture screenCapture_;
   SimulatedScreens screens_;
+  SimulatedStatusBar statusBar_;
   SimulatedSymbolicHotKeys symbolicHotKeys_;
+  SimulatedUpdateFramework updateFramework_;
   SimulatedUserDefaults userDefaults_;
   SimulatedUUIDSource uuidSource_;
   SimulatedWorkspace workspace_;

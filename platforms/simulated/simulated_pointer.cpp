@@ -12,9 +12,8 @@ namespace pellow::simulated {
 void SimulatedPointer::move(AppKitPoint to) {
   system_.mainLoop.post([this, to] {
     system_.state.pointer = to;
-    const bool isOverProgram =
-        holder_ == Holder::program || (holder_ == Holder::nobody && panels_.panelAt(to));
-    monitors_.pointerMoved(isOverProgram);
+    monitors_.pointerMoved(holder_ == Holder::program ||
+                           (holder_ == Holder::nobody && isOverProgram()));
     if (holder_ != Holder::others) panels_.pointerMoved();
   });
 }
@@ -53,6 +52,13 @@ void SimulatedPointer::released() {
   panels_.pointerMoved();
   if (!button || minimizeButtonBelow() != button) return;
   system_.change([&](DesktopState& desktop) { desktop.minimize(*button); });
+}
+
+bool SimulatedPointer::isOverProgram() const {
+  const auto& state = system_.state;
+  if (panels_.panelAt(state.pointer)) return true;
+  const auto window = state.windowAt(state.toQuartz(state.pointer));
+  return window && state.window(*window)->pid == system_.ownPid();
 }
 
 void SimulatedPointer::pressedOnWindow() {

@@ -16,7 +16,8 @@ class SimulatedSystem;
 //
 // What lies on top gets it: the open menu, a panel of the program, a window of another application.
 // Where the primary button was pressed, there all movements go until it is released, and monitors
-// of that side hear them: the local ones over panels, the global ones over everything else.
+// of that side hear them: the local ones over panels and windows of the program, the global ones
+// over everything else.
 class SimulatedPointer {
  public:
   SimulatedPointer(SimulatedSystem& system, SimulatedEventMonitors& monitors,
@@ -37,6 +38,7 @@ class SimulatedPointer {
   void pressed();
   void released();
   void pressedOnWindow();
+  bool isOverProgram() const;
   std::optional<WindowID> minimizeButtonBelow() const;
 
   SimulatedSystem& system_;

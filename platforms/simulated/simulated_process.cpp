@@ -33,6 +33,17 @@ void SimulatedProcess::terminate() {
   });
 }
 
+void SimulatedProcess::launchNewInstance(
+    std::function<void(std::expected<void, SystemError>)> onLaunched) {
+  if (!system_.portCall("launches a new instance")) return;
+  std::expected<void, SystemError> result;
+  if (auto fault = std::exchange(launchFault_, std::nullopt))
+    result = std::unexpected(std::move(*fault));
+  else
+    ++launchedInstances_;
+  system_.mainLoop.post([onLaunched = std::move(onLaunched), result] { onLaunched(result); });
+}
+
 void SimulatedProcess::receive(TerminationSignal signal) {
   const auto handled = handlers_.find(signal);
   if (handled == handlers_.end()) return system_.kill();

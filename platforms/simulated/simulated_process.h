@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,10 +26,14 @@ class SimulatedProcess final : public Process {
   Subscription onSignal(TerminationSignal signal, std::function<void()> handler) override;
   void exit(int status) override;
   void terminate() override;
+  void launchNewInstance(std::function<void(std::expected<void, SystemError>)> onLaunched) override;
 
   // The system sends a signal: handlers hear of it; the first one ever taken replaced the default,
   // which is to end the process.
   void receive(TerminationSignal signal);
+  // New instances that wait for the end of this one.
+  int launchedInstances() const { return launchedInstances_; }
+  void failNextLaunch(SystemError error) { launchFault_ = std::move(error); }
   // What the program does after its main loop and before the process ends with status 0.
   void onTerminate(std::function<void()> handler) { onTerminate_ = std::move(handler); }
 
@@ -37,6 +42,8 @@ class SimulatedProcess final : public Process {
   std::vector<std::string> arguments_;
   std::map<TerminationSignal, Observers<>> handlers_;
   std::function<void()> onTerminate_;
+  int launchedInstances_ = 0;
+  std::optional<SystemError> launchFault_;
 };
 
 }  // namespace pellow::simulated

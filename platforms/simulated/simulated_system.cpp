@@ -79,6 +79,14 @@ void SimulatedSystem::killApplication(ProcessID pid) {
   change([pid](DesktopState& desktop) { desktop.endApplication(pid); });
 }
 
+void SimulatedSystem::giveWay() {
+  const bool showsWindow = std::ranges::any_of(state.windows, [&](const WindowState& each) {
+    return each.pid == ownPid_ && !each.minimized;
+  });
+  if (alerts > 0 || showsWindow) return;
+  change([this](DesktopState& desktop) { desktop.resign(ownPid_); });
+}
+
 void SimulatedSystem::announce(const Announcement& news) {
   using enum Announcement::Kind;
   switch (news.kind) {
@@ -93,6 +101,8 @@ void SimulatedSystem::announce(const Announcement& news) {
     case focusedWindowChanged:
       return announceElement({news.pid, 0, "AXFocusedWindowChanged"}, news.window);
     case elementDestroyed:
+      if (news.pid == ownPid_)
+        mainLoop.post([this, window = news.window] { windowGone.notify(window); });
       return announceElement({news.pid, news.window, "AXUIElementDestroyed"}, news.window);
   }
 }

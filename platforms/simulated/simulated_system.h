@@ -36,6 +36,7 @@ class SimulatedSystem {
   Observers<ProcessID> applicationActivated;
   Observers<ProcessID> applicationLaunched;
   Observers<ProcessID> applicationTerminated;
+  Observers<WindowID> windowGone;
   Observers<> screensChanged;
 
   // Counts the call, takes the copy of a crash ordered for it, and lets others run. False once the
@@ -71,6 +72,9 @@ class SimulatedSystem {
   void change(const std::function<void(DesktopState&)>& act);
   // Its windows cannot say any more that they go.
   void killApplication(ProcessID pid);
+  // A window or an alert of this process has gone: with the last one it gives way to others.
+  void giveWay();
+  int alerts = 0;  // of this process, that show
   void changeScreens(const std::function<void(DesktopState&)>& act);
 
   // The handler hears the element that posts the notification: of a window, or of any window of an

@@ -97,6 +97,11 @@ SimulatedWindow SimulatedWindow::closesDuring(int call) const {
   return *this;
 }
 
+SimulatedWindow SimulatedWindow::isCapturedAs(std::optional<std::string> captureTitle) const {
+  state().captureTitle = std::move(captureTitle);
+  return *this;
+}
+
 SimulatedWindow SimulatedWindow::withoutMinimizeButton() const {
   state().hasMinimizeButton = false;
   return *this;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -66,6 +67,8 @@ class SimulatedWindow {
                             std::optional<AXCall> call = std::nullopt) const;
   // Closes during the nth call from now, counted from 1.
   SimulatedWindow closesDuring(int call) const;
+  // Has another title in pictures and in the list of what can be captured; or none there.
+  SimulatedWindow isCapturedAs(std::optional<std::string> captureTitle) const;
   // Has no minimize button.
   SimulatedWindow withoutMinimizeButton() const;
   // Forgets all manners.

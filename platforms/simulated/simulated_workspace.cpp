@@ -44,6 +44,12 @@ bool SimulatedWorkspace::activate(ProcessID pid) {
   return true;
 }
 
+bool SimulatedWorkspace::open(std::string_view url) {
+  if (!system_.portCall("opens {}", url) || system_.state.refusesURLs) return false;
+  system_.state.openedURLs.emplace_back(url);
+  return true;
+}
+
 Subscription SimulatedWorkspace::onDidActivateApplication(std::function<void(ProcessID)> observer) {
   return system_.applicationActivated.add(std::move(observer));
 }

@@ -17,6 +17,9 @@ class Accessibility {
   // Whether the user allows this process to use the interface. Main thread.
   virtual bool isProcessTrusted() const = 0;
 
+  // The same; when it does not, lets the system ask the user in its own words. Main thread.
+  virtual bool isProcessTrustedWithPrompt() = 0;
+
   // The element of the whole system. Any thread.
   virtual AXElement systemWide() = 0;
 

@@ -38,6 +38,9 @@ class Panel {
 
   virtual void setLevel(PanelLevel level) = 0;
 
+  // Whether the pointer goes through to what lies below; it does not at first.
+  virtual void setIgnoresMouseEvents(bool ignores) = 0;
+
   // Shows it in front of the panels of its level, without activating anything.
   virtual void orderFront() = 0;
   virtual void orderOut() = 0;

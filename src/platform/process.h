@@ -1,11 +1,13 @@
 #pragma once
 
+#include <expected>
 #include <functional>
 #include <span>
 #include <string>
 
 #include "base/subscription.h"
 #include "platform/ax_element.h"
+#include "platform/system_error.h"
 
 namespace pellow {
 
@@ -37,6 +39,11 @@ class Process {
 
   // Ends the main loop; the program then terminates normally.
   virtual void terminate() = 0;
+
+  // Starts the program once more, beside this process, and tells on the main queue whether that
+  // worked. The new process waits until this one has ended.
+  virtual void launchNewInstance(
+      std::function<void(std::expected<void, SystemError>)> onLaunched) = 0;
 };
 
 }  // namespace pellow

@@ -1,14 +1,54 @@
 #pragma once
 
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/geometry.h"
+#include "base/subscription.h"
+#include "platform/ax_element.h"
+#include "platform/image.h"
+#include "platform/system_error.h"
+
 namespace pellow {
 
-// The permission to take pictures of other applications' windows. Main thread.
+// A window as the capture interface knows it, which shares no identifier with Accessibility.
+struct ShareableWindow {
+  std::uint32_t windowID = 0;  // the platform's own number
+  std::optional<ProcessID> owner;
+  std::optional<std::string> title;
+  QuartzRect frame;
+
+  bool operator==(const ShareableWindow&) const = default;
+};
+
+// Pictures of other applications' windows, and the permission to take them. Main thread.
 class ScreenCapture {
  public:
   virtual ~ScreenCapture() = default;
 
   // Whether pictures may be taken now; asks nobody.
   virtual bool preflightAccess() const = 0;
+
+  // Lets the system ask the user, if it has not done so before. Returns at once.
+  virtual void requestAccess() = 0;
+
+  using OnWindows =
+      std::function<void(std::expected<std::vector<ShareableWindow>, SystemError> windows)>;
+  using OnImage = std::function<void(std::expected<Image, SystemError> image)>;
+
+  // The windows on the screen, those of the desktop included, in the system's order. Calls
+  // `onWindows` once, on the main queue, unless the subscription ends before.
+  virtual Subscription shareableWindows(OnWindows onWindows) = 0;
+
+  // A picture of one window alone, without what covers it and without the pointer, so many pixels
+  // wide and high; the image measures the window's size in points. Calls `onImage` once, on the
+  // main queue, unless the subscription ends before.
+  virtual Subscription captureImage(const ShareableWindow& window, int pixelWidth, int pixelHeight,
+                                    OnImage onImage) = 0;
 };
 
 }  // namespace pellow

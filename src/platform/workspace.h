@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/subscription.h"
@@ -47,6 +48,9 @@ class Workspace {
 
   // Makes the application active, its front window in front; false when it does not run.
   virtual bool activate(ProcessID pid) = 0;
+
+  // Opens a URL with whatever the user opens such with; false when nothing does.
+  virtual bool open(std::string_view url) = 0;
 
   // Hears of every application that becomes active, after it has; also of this process.
   virtual Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) = 0;

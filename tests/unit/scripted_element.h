@@ -58,6 +58,7 @@ class ScriptedAccessibility final : public Accessibility {
   std::shared_ptr<ScriptedElement> onlyApplication = scriptedElement(-2);
 
   bool isProcessTrusted() const override { return true; }
+  bool isProcessTrustedWithPrompt() override { return true; }
   AXElement systemWide() override { return AXElement(system); }
   AXElement application(ProcessID) override { return AXElement(onlyApplication); }
   std::expected<AXElement, AXError> elementAtPosition(const AXElement&, QuartzPoint) override {

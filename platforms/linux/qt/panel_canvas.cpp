@@ -10,14 +10,14 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QTextDocument>
 #include <QTimerEvent>
 #include <QToolTip>
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "platforms/linux/qt/panel_menu.h"
+#include "platforms/linux/qt/display_text.h"
+#include "platforms/linux/qt/qt_menu.h"
 #include "platforms/linux/qt/screen_geometry.h"
 #include "platforms/linux/qt/view_painter.h"
 
@@ -51,13 +51,6 @@ std::shared_ptr<ViewNode> innermost(const std::vector<std::shared_ptr<ViewNode>>
   const auto found = std::ranges::find_if(nodes.rbegin(), nodes.rend(),
                                           [&](const auto& node) { return has(*node); });
   return found == nodes.rend() ? nullptr : *found;
-}
-
-// Every text is plain, whatever a window's title looks like.
-QString plain(const std::string& text) {
-  const auto string = QString::fromStdString(text);
-  if (!Qt::mightBeRichText(string)) return string;
-  return string.toHtmlEscaped().replace('\n', "<br>");
 }
 
 }  // namespace
@@ -153,7 +146,7 @@ void PanelCanvas::showTooltip(QPoint point, QPoint onScreen) {
   const auto node =
       innermost(tree_.at(point), [](const auto& each) { return !each.look.tooltip.empty(); });
   if (!node) return QToolTip::hideText();
-  QToolTip::showText(onScreen, plain(node->look.tooltip), this, areaOf(node));
+  QToolTip::showText(onScreen, toolTipText(node->look.tooltip), this, areaOf(node));
 }
 
 void PanelCanvas::paintEvent(QPaintEvent* event) {
@@ -244,8 +237,8 @@ void PanelCanvas::showContextMenu(QPointF point, QPoint onScreen) {
   call([&] { menu = node->actions.contextMenu(); });
   if (givenUp_ || menu.items.empty()) return;
   QToolTip::hideText();
-  auto* const shown =
-      makeMenu(menu, *this, hints_, [this](const auto& onChosen) { call(onChosen); });
+  const auto choose = [this](const auto& onChosen) { call(onChosen); };
+  auto* const shown = makeMenu(menu, {.owner = *this, .hints = hints_, .choose = choose});
   connect(shown, &QMenu::aboutToHide, this, [this] { lookForPointerSoon(); });
   shown->popup(onScreen);
 }

@@ -12,6 +12,8 @@
 #include <optional>
 #include <utility>
 
+#include "platforms/linux/qt/display_text.h"
+
 namespace pellow {
 namespace {
 
@@ -63,8 +65,7 @@ std::unique_ptr<QDialog> makeDialog(const Alert& alert) {
   buttons->setSpacing(8);
   buttons->addStretch();
   for (std::size_t index = 0; index < alert.buttons.size(); ++index) {
-    auto title = QString::fromStdString(alert.buttons[index]).replace('&', "&&");
-    auto* const button = new QPushButton(title, dialog.get());
+    auto* const button = new QPushButton(titleText(alert.buttons[index]), dialog.get());
     button->setMinimumWidth(buttonWidth);
     button->setAutoDefault(index == 0);
     button->setDefault(index == 0);

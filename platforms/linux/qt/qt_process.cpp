@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platforms/linux/system/programs.h"
+
 namespace pellow {
 
 QtProcess::QtProcess(std::vector<std::string> arguments, TerminationSignals& signals,
@@ -40,5 +42,15 @@ void QtProcess::exit(int status) {
 
 // Not `quit`, which would first ask every window to close.
 void QtProcess::terminate() { QCoreApplication::exit(); }
+
+void QtProcess::launchNewInstance(
+    std::function<void(std::expected<void, SystemError>)> onLaunched) {
+  auto outcome = startProgram({ownExecutable()}, ProgramOutput::shared,
+                              {std::string(relaunchedVariable) + "=1"});
+  QMetaObject::invokeMethod(
+      qApp,
+      [onLaunched = std::move(onLaunched), outcome = std::move(outcome)] { onLaunched(outcome); },
+      Qt::QueuedConnection);
+}
 
 }  // namespace pellow

@@ -12,6 +12,9 @@ namespace pellow {
 // This process as a Qt application.
 class QtProcess final : public Process {
  public:
+  // The environment of a process that this one starts to take its place has this variable.
+  static constexpr const char* relaunchedVariable = "PELLOW_RELAUNCHED";
+
   // `beforeExit` is called before the process ends without the normal termination.
   QtProcess(std::vector<std::string> arguments, TerminationSignals& signals,
             std::function<void()> beforeExit);
@@ -23,6 +26,7 @@ class QtProcess final : public Process {
   Subscription onSignal(TerminationSignal signal, std::function<void()> handler) override;
   void exit(int status) override;
   void terminate() override;
+  void launchNewInstance(std::function<void(std::expected<void, SystemError>)> onLaunched) override;
 
  private:
   std::vector<std::string> arguments_;

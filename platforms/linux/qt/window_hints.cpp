@@ -1,7 +1,8 @@
 #include "platforms/linux/qt/window_hints.h"
 
-#include <array>
-#include <cstdint>
+#include <xcb/shape.h>
+
+#include <algorithm>
 
 #include "platforms/linux/qt/qt_display.h"
 
@@ -9,6 +10,10 @@ namespace pellow {
 namespace {
 
 constexpr std::uint32_t allDesktops = 0xFFFFFFFF;
+
+// Who asks the window manager.
+constexpr std::uint32_t ordinaryApplication = 1;
+constexpr std::uint32_t userThroughPager = 2;
 
 }  // namespace
 
@@ -20,7 +25,8 @@ WindowHints::WindowHints()
       sticky_(internAtom(connection_, "_NET_WM_STATE_STICKY")),
       skipTaskbar_(internAtom(connection_, "_NET_WM_STATE_SKIP_TASKBAR")),
       skipPager_(internAtom(connection_, "_NET_WM_STATE_SKIP_PAGER")),
-      desktop_(internAtom(connection_, "_NET_WM_DESKTOP")) {}
+      desktop_(internAtom(connection_, "_NET_WM_DESKTOP")),
+      activeWindow_(internAtom(connection_, "_NET_ACTIVE_WINDOW")) {}
 
 void WindowHints::setName(xcb_window_t window, const std::string& name) const {
   using namespace std::string_literals;
@@ -60,15 +66,36 @@ void WindowHints::changeLevel(xcb_window_t window, PanelLevel level) const {
   xcb_flush(connection_);
 }
 
+void WindowHints::setIgnoresMouseEvents(xcb_window_t window, bool ignores) const {
+  if (ignores) {
+    xcb_shape_rectangles(connection_, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,
+                         XCB_CLIP_ORDERING_UNSORTED, window, 0, 0, 0, nullptr);
+  } else {
+    xcb_shape_mask(connection_, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, window, 0, 0,
+                   XCB_PIXMAP_NONE);
+  }
+  xcb_flush(connection_);
+}
+
+// In the name of the user, who has asked for it: window managers keep applications from taking the
+// focus from each other, and a key or a menu of another program tells Qt no time of the press.
+void WindowHints::activate(xcb_window_t window) const {
+  ask(window, activeWindow_, {userThroughPager, XCB_CURRENT_TIME, 0, 0});
+  xcb_flush(connection_);
+}
+
 void WindowHints::askForState(xcb_window_t window, bool add, xcb_atom_t state) const {
+  ask(window, state_, {add ? 1U : 0U, state, 0, ordinaryApplication});
+}
+
+void WindowHints::ask(xcb_window_t window, xcb_atom_t what,
+                      std::array<std::uint32_t, 4> data) const {
   xcb_client_message_event_t event{};
   event.response_type = XCB_CLIENT_MESSAGE;
   event.format = 32;
   event.window = window;
-  event.type = state_;
-  event.data.data32[0] = add ? 1 : 0;
-  event.data.data32[1] = state;
-  event.data.data32[3] = 1;  // an ordinary application asks
+  event.type = what;
+  std::ranges::copy(data, event.data.data32);
   xcb_send_event(connection_, 0, rootWindow(connection_),
                  XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                  reinterpret_cast<const char*>(&event));

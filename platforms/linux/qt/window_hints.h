@@ -2,6 +2,8 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,6 +28,12 @@ class WindowHints {
   // window that is not mapped; window managers forget it when they take a window away.
   void prepareForMapping(xcb_window_t window, PanelLevel level) const;
 
+  // Whether the pointer goes through the window to what lies below.
+  void setIgnoresMouseEvents(xcb_window_t window, bool ignores) const;
+
+  // Brings an ordinary window to the front with the keyboard, whatever has it now.
+  void activate(xcb_window_t window) const;
+
   // Moves a mapped window to the level.
   void changeLevel(xcb_window_t window, PanelLevel level) const;
 
@@ -33,6 +41,7 @@ class WindowHints {
   xcb_atom_t atom(std::string_view name) const;
   void setAtoms(xcb_window_t window, xcb_atom_t property, std::span<const xcb_atom_t> atoms) const;
   void askForState(xcb_window_t window, bool add, xcb_atom_t state) const;
+  void ask(xcb_window_t window, xcb_atom_t what, std::array<std::uint32_t, 4> data) const;
 
   xcb_connection_t* connection_;
   xcb_atom_t state_;
@@ -42,6 +51,7 @@ class WindowHints {
   xcb_atom_t skipTaskbar_;
   xcb_atom_t skipPager_;
   xcb_atom_t desktop_;
+  xcb_atom_t activeWindow_;
 };
 
 }  // namespace pellow

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <optional>
 #include <sstream>
 
+#include "platforms/linux/system/desktop_file.h"
 #include "platforms/linux/x11/text_encoding.h"
 
 namespace pellow {
@@ -29,39 +29,8 @@ std::string environment(const char* name) {
   return value ? value : "";
 }
 
-using Keys = std::map<std::string, std::string, std::less<>>;
-
-std::string_view trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(" \t\r");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
-Keys readKeys(const fs::path& file) {
-  std::ifstream stream(file);
-  Keys keys;
-  bool isInGroup = false;
-  for (std::string line; std::getline(stream, line);) {
-    const std::string_view text = trimmed(line);
-    if (text.starts_with('[')) {
-      if (isInGroup) break;
-      isInGroup = text == "[Desktop Entry]";
-      continue;
-    }
-    const auto equals = text.find('=');
-    if (!isInGroup || text.starts_with('#') || equals == std::string_view::npos) continue;
-    keys.emplace(trimmed(text.substr(0, equals)), trimmed(text.substr(equals + 1)));
-  }
-  return keys;
-}
-
-std::string value(const Keys& keys, std::string_view key) {
-  const auto found = keys.find(key);
-  return found == keys.end() ? std::string() : found->second;
-}
-
 // "Name[de_DE]", then "Name[de]", then "Name".
-std::string localizedName(const Keys& keys, std::string_view locale) {
+std::string localizedName(const DesktopFileKeys& keys, std::string_view locale) {
   const auto country = locale.substr(0, locale.find_first_of(".@"));
   const auto language = country.substr(0, country.find('_'));
   for (const auto tag : {country, language}) {
@@ -147,7 +116,7 @@ void DesktopEntries::readFolder(const fs::path& folder) {
 
 void DesktopEntries::add(std::string id, const fs::path& file) {
   if (entries_.contains(id)) return;
-  const auto keys = readKeys(file);
+  const auto keys = readDesktopFile(file);
   if (value(keys, "Type") != "Application" || value(keys, "Hidden") == "true") return;
   DesktopEntry entry{.id = validUTF8(id),
                      .name = localizedName(keys, locale_),

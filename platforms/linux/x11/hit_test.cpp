@@ -4,7 +4,6 @@
 #include <set>
 
 #include "platforms/linux/x11/client_processes.h"
-#include "platforms/linux/x11/title_bar.h"
 
 namespace pellow {
 
@@ -61,10 +60,14 @@ std::optional<xcb_window_t> clientIn(X11Server& server, xcb_window_t frame, cons
   return std::nullopt;
 }
 
+bool isWithin(const PixelRect& rect, PixelPoint point) {
+  return point.x >= rect.x && point.x < rect.maxX() && point.y >= rect.y && point.y < rect.maxY();
+}
+
 }  // namespace
 
-std::expected<std::optional<Hit>, AXError> hitTest(X11Server& server, PixelPoint point,
-                                                   Deadline deadline) {
+std::expected<std::optional<Hit>, AXError> hitTest(X11Server& server, TitleBars& titleBars,
+                                                   PixelPoint point, Deadline deadline) {
   const auto list = clientList(server, server.atoms().netClientList, deadline);
   const Clients clients(list.begin(), list.end());
   const auto chain = windowsUnder(server, point, clients, deadline);
@@ -75,30 +78,17 @@ std::expected<std::optional<Hit>, AXError> hitTest(X11Server& server, PixelPoint
       isInside ? chain->back() : clientIn(server, chain->front(), clients, deadline);
   if (!client) return std::nullopt;
 
-  auto found = lookAtAll(server, {*client}, Facet::state | Facet::kind, deadline);
+  auto found = lookAtAll(server, {*client}, Facet::state | Facet::frame | Facet::kind, deadline);
   giveIdentities(server, found, deadline);
   const ProcessID pid = owningProcesses(server, {*client}, deadline).front();
   if (found.empty() || pid == 0) return std::nullopt;
   Hit hit{.window = std::move(found.front()), .pid = pid};
-  const bool isOnTitle = !isInside && chain->size() > 2;
-  if (isOnTitle &&
-      isMinimizeButton(server, chain->back(), (*chain)[chain->size() - 2], *client, deadline))
-    hit.minimizeButton = chain->back();
+  // What a frame is around has no title bar inside.
+  const bool hasFrame = hit.window.outerCorner != hit.window.content.origin();
+  if (isInside && hasFrame) return hit;
+  const auto button = titleBars.minimizeButton(*client, deadline);
+  hit.isMinimizeButton = button && isWithin(*button, point);
   return hit;
-}
-
-std::expected<PixelRect, AXError> placeOf(X11Server& server, xcb_window_t window,
-                                          Deadline deadline) {
-  auto& connection = server.connection();
-  auto pendingGeometry =
-      connection.pending<xcb_get_geometry_reply_t>(xcb_get_geometry(connection.raw(), window));
-  auto pendingOrigin = connection.pending<xcb_translate_coordinates_reply_t>(
-      xcb_translate_coordinates(connection.raw(), window, connection.root(), 0, 0));
-  const auto geometry = pendingGeometry.collect(deadline);
-  if (!geometry) return std::unexpected(geometry.error());
-  const auto origin = pendingOrigin.collect(deadline);
-  if (!origin) return std::unexpected(origin.error());
-  return PixelRect{(*origin)->dst_x, (*origin)->dst_y, (*geometry)->width, (*geometry)->height};
 }
 
 }  // namespace pellow

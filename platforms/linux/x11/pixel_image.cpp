@@ -41,9 +41,10 @@ std::optional<Image> PixelImage::fromIconProperty(const std::vector<std::uint32_
     rest = rest.subspan(count);
   }
   if (best.width == 0) return std::nullopt;
-  return Image(
-      std::make_shared<PixelImage>(static_cast<int>(best.width), static_cast<int>(best.height),
-                                   std::vector(best.pixels.begin(), best.pixels.end()), scale));
+  return Image(std::make_shared<PixelImage>(static_cast<int>(best.width),
+                                            static_cast<int>(best.height),
+                                            std::vector(best.pixels.begin(), best.pixels.end()),
+                                            Size{best.width / scale, best.height / scale}));
 }
 
 }  // namespace pellow

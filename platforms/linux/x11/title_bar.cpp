@@ -1,159 +1,327 @@
 #include "platforms/linux/x11/title_bar.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <sstream>
+#include <array>
+#include <cmath>
+#include <ranges>
 #include <string>
+#include <vector>
 
-#include "platforms/linux/x11/text_encoding.h"
+#include "platforms/linux/x11/desktop_settings.h"
+#include "platforms/linux/x11/x11_window.h"
 
 namespace pellow {
 
 namespace {
 
-namespace fs = std::filesystem;
+// A window with the title bar around it or in it.
+struct Bar {
+  X11Server& server;
+  xcb_window_t client;
+  PixelRect area;  // without the edges of the frame
+  XProperty actions;
+  Deadline deadline;
 
-struct Child {
-  xcb_window_t window = XCB_WINDOW_NONE;
-  int x = 0;
+  // Whether the window has a use for a button, and the title bar therefore shows it.
+  bool shows(TitleButton button) const {
+    const auto& atoms = server.atoms();
+    switch (button) {
+      case TitleButton::minimize:
+        return actions.contains(atoms.netWMActionMinimize);
+      case TitleButton::maximize:
+        return actions.contains(atoms.netWMActionMaximizeHorz) ||
+               actions.contains(atoms.netWMActionMaximizeVert);
+      case TitleButton::close:
+        return actions.contains(atoms.netWMActionClose);
+      case TitleButton::shade:
+        return actions.contains(atoms.netWMActionShade);
+      case TitleButton::stick:
+      case TitleButton::menu:
+        return true;
+    }
+    return true;
+  }
+  std::optional<ButtonPlace> minimizePlace(const ButtonLayout& layout) const {
+    return pellow::minimizePlace(layout, [this](TitleButton button) { return shows(button); });
+  }
 };
 
-// The square windows of a title bar that are shown, from left to right. Labels, grips and edges are
-// not square.
-std::vector<Child> squaresIn(X11Connection& connection, xcb_window_t title, Deadline deadline) {
-  auto pendingTree =
-      connection.pending<xcb_query_tree_reply_t>(xcb_query_tree(connection.raw(), title));
-  const auto tree = pendingTree.collect(deadline);
+// A window of a frame.
+struct Piece {
+  xcb_window_t window;
+  PixelRect place;  // in its parent
+  bool isShown;
+};
+using Pieces = std::vector<Piece>;
+
+std::vector<xcb_window_t> childrenOf(const Bar& bar, xcb_window_t parent) {
+  auto& connection = bar.server.connection();
+  auto pending =
+      connection.pending<xcb_query_tree_reply_t>(xcb_query_tree(connection.raw(), parent));
+  const auto tree = pending.collect(bar.deadline);
   if (!tree) return {};
+  const auto* first = xcb_query_tree_children(tree->get());
+  return {first, first + xcb_query_tree_children_length(tree->get())};
+}
+
+// From the lowest one to the highest.
+Pieces piecesOf(const Bar& bar, xcb_window_t parent) {
   struct Look {
     xcb_window_t window;
     PendingReply<xcb_get_geometry_reply_t> geometry;
     PendingReply<xcb_get_window_attributes_reply_t> attributes;
   };
+  auto& connection = bar.server.connection();
   std::vector<Look> looks;
-  const auto* windows = xcb_query_tree_children(tree->get());
-  const int count = xcb_query_tree_children_length(tree->get());
-  for (int i = 0; i < count; ++i)
-    looks.push_back({windows[i],
-                     connection.pending<xcb_get_geometry_reply_t>(
-                         xcb_get_geometry(connection.raw(), windows[i])),
-                     connection.pending<xcb_get_window_attributes_reply_t>(
-                         xcb_get_window_attributes(connection.raw(), windows[i]))});
-  std::vector<Child> squares;
+  for (const auto window : childrenOf(bar, parent))
+    looks.push_back(
+        {window,
+         connection.pending<xcb_get_geometry_reply_t>(xcb_get_geometry(connection.raw(), window)),
+         connection.pending<xcb_get_window_attributes_reply_t>(
+             xcb_get_window_attributes(connection.raw(), window))});
+  Pieces pieces;
   for (auto& look : looks) {
-    const auto geometry = look.geometry.collect(deadline);
-    const auto attributes = look.attributes.collect(deadline);
-    if (!geometry || !attributes || (*geometry)->width != (*geometry)->height) continue;
-    if ((*attributes)->map_state == XCB_MAP_STATE_VIEWABLE)
-      squares.push_back({look.window, (*geometry)->x});
+    const auto geometry = look.geometry.collect(bar.deadline);
+    const auto attributes = look.attributes.collect(bar.deadline);
+    if (!geometry || !attributes) continue;
+    const auto& [x, y] = std::pair((*geometry)->x, (*geometry)->y);
+    pieces.push_back({look.window,
+                      {x, y, (*geometry)->width, (*geometry)->height},
+                      (*attributes)->map_state == XCB_MAP_STATE_VIEWABLE});
   }
-  std::ranges::sort(squares, {}, &Child::x);
-  return squares;
+  return pieces;
 }
 
-std::string environmentOr(const char* name, const std::string& otherwise) {
-  const char* value = std::getenv(name);
-  return value && *value ? value : otherwise;
+Pieces piecesOfFrame(const Bar& bar) {
+  const auto frame = outermostWindow(bar.server, bar.client, bar.deadline);
+  return frame ? piecesOf(bar, *frame) : Pieces{};
 }
 
-// Where openbox looks for its configuration, in its order; it tells of a file only when it was
-// started with it.
-std::vector<fs::path> openboxConfigurations(const std::string& named) {
-  if (!named.empty()) return {named};
-  const fs::path file = fs::path("openbox") / "rc.xml";
-  std::vector<fs::path> files{
-      fs::path(environmentOr("XDG_CONFIG_HOME", environmentOr("HOME", "") + "/.config")) / file};
-  std::istringstream folders(environmentOr("XDG_CONFIG_DIRS", "/etc/xdg"));
-  for (std::string folder; std::getline(folders, folder, ':');)
-    files.push_back(fs::path(folder) / file);
-  return files;
+// The part of a frame that holds the buttons: about as wide as the client, at the top of the frame.
+Pieces piecesOfTitle(const Bar& bar) {
+  constexpr int thickestEdge = 4;
+  constexpr int thickestPadding = 10;
+  const auto parts = piecesOfFrame(bar);
+  const auto title = std::ranges::find_if(parts, [&](const Piece& part) {
+    const auto& [x, y, width, height] = part.place;
+    return part.isShown && part.window != bar.client && y < bar.area.height / 2 &&
+           height > thickestEdge && height <= bar.area.height &&
+           std::abs(width - bar.area.width) <= 2 * thickestPadding;
+  });
+  return title == parts.end() ? Pieces{} : piecesOf(bar, title->window);
 }
 
-// A letter for each part of the title bar, from left to right: N icon, L label, I iconify,
-// M maximize, C close, S shade, D all desktops.
-std::string openboxLayout(const std::vector<fs::path>& configurations) {
-  const std::string usual = "NLIMC";
-  for (const auto& path : configurations) {
-    std::ifstream file(path);
-    if (!file) continue;
-    std::string text((std::istreambuf_iterator<char>(file)), {});
-    while (text.contains("<!--")) {
-      const auto begin = text.find("<!--");
-      const auto end = text.find("-->", begin);
-      text.erase(begin, end == std::string::npos ? end : end + 3 - begin);
-    }
-    constexpr std::string_view opening = "<titleLayout>";
-    const auto begin = text.find(opening);
-    if (begin == std::string::npos) return usual;
-    const auto first = begin + opening.size();
-    return text.substr(first, text.find('<', first) - first);
+// The buttons of openbox and xfwm4 are made in an order of their own and never restacked, whatever
+// the layout; those that the layout leaves out exist, but are not shown.
+
+std::optional<Piece> openboxButton(const Bar& bar, const ButtonLayout&) {
+  const auto pieces = piecesOfTitle(bar);
+  if (pieces.empty()) return std::nullopt;
+  return pieces.back();
+}
+
+std::optional<Piece> xfwmButton(const Bar& bar, const ButtonLayout&) {
+  auto pieces = piecesOfFrame(bar);
+  std::erase_if(pieces, [&](const Piece& piece) { return piece.window == bar.client; });
+  constexpr std::size_t maximizeAndClose = 2;
+  if (pieces.size() <= maximizeAndClose) return std::nullopt;
+  return pieces[pieces.size() - 1 - maximizeAndClose];
+}
+
+std::optional<Piece> icewmButton(const Bar& bar, const ButtonLayout&) {
+  auto& connection = bar.server.connection();
+  const auto pieces = piecesOfTitle(bar);
+  std::vector<PendingProperty> names;
+  for (const auto& piece : pieces)
+    names.push_back(connection.property(piece.window, XCB_ATOM_WM_NAME));
+  std::optional<Piece> found;
+  for (std::size_t i = 0; i < pieces.size(); ++i) {
+    const auto name = names[i].collect(bar.deadline);
+    if (name && name->bytes == "Minimize") found = pieces[i];
   }
-  return usual;
+  return found;
 }
 
-// The letters of the buttons that a window with these actions gets.
-std::string shownButtons(const std::string& layout, const XProperty& actions,
-                         const X11Atoms& atoms) {
-  const auto isShown = [&](char letter) {
-    switch (letter) {
-      case 'N':
-        return true;
-      case 'I':
-        return actions.contains(atoms.netWMActionMinimize);
-      case 'M':
-        return actions.contains(atoms.netWMActionMaximizeHorz) ||
-               actions.contains(atoms.netWMActionMaximizeVert);
-      case 'C':
-        return actions.contains(atoms.netWMActionClose);
-      case 'S':
-        return actions.contains(atoms.netWMActionShade);
-      case 'D':
-        return actions.contains(atoms.netWMActionChangeDesktop);
-      default:
-        return false;
-    }
+// Among the buttons the label is the one that is not square.
+std::optional<Piece> fluxboxButton(const Bar& bar, const ButtonLayout& layout) {
+  auto buttons = piecesOfTitle(bar);
+  std::erase_if(buttons, [](const Piece& piece) {
+    return !piece.isShown || piece.place.width != piece.place.height;
+  });
+  std::ranges::sort(buttons, {}, [](const Piece& piece) { return piece.place.x; });
+  const auto place = bar.minimizePlace(layout);
+  const int count = static_cast<int>(buttons.size());
+  if (!place || place->number >= count) return std::nullopt;
+  return buttons[static_cast<std::size_t>(place->isLeft ? place->number
+                                                        : count - 1 - place->number)];
+}
+
+ButtonLayout noLayout(X11Server&, Deadline) { return {}; }
+
+ButtonLayout fluxboxLayout(X11Server& server, Deadline) {
+  const auto file = homeFolder() / ".fluxbox" / "init";
+  const auto screen = std::to_string(server.connection().screenNumber());
+  const auto side = [&](const std::string& name, const std::string& otherwise) {
+    return fileSetting(file, "", "session.screen" + screen + ".titlebar." + name, ':')
+        .value_or(otherwise);
   };
-  std::string shown;
-  std::ranges::copy_if(layout, std::back_inserter(shown), isShown);
-  return shown;
+  return ButtonLayout::fromWords(side("left", "Stick"), side("right", "Minimize Maximize Close"));
 }
 
-bool isOpenboxButton(X11Server& server, xcb_window_t button, xcb_window_t title,
-                     xcb_window_t client, Deadline deadline) {
-  auto& connection = server.connection();
-  const auto& atoms = server.atoms();
-  auto pendingFile = connection.property(connection.root(), atoms.obConfigFile);
-  auto pendingActions = connection.property(client, atoms.netWMAllowedActions);
-  const auto squares = squaresIn(connection, title, deadline);
-  const auto file = pendingFile.collect(deadline);
-  const auto actions = pendingActions.collect(deadline);
-  if (!file || !actions) return false;
-  const auto name = file->bytes.substr(0, file->bytes.find('\0'));
-  const auto buttons = shownButtons(openboxLayout(openboxConfigurations(name)), *actions, atoms);
-  // Where there is no room for all of them, some are left out.
-  if (buttons.size() != squares.size()) return false;
-  const auto minimize = buttons.find('I');
-  return minimize != std::string::npos && squares[minimize].window == button;
+ButtonLayout kwinLayout(X11Server&, Deadline) {
+  const auto side = [&](const std::string& name, const std::string& otherwise) {
+    return fileSetting(configurationFolder() / "kwinrc", "org.kde.kdecoration2", "ButtonsOn" + name,
+                       '=')
+        .value_or(otherwise);
+  };
+  return ButtonLayout::fromLetters(side("Left", "MS"), side("Right", "HIAX"));
 }
 
-bool isNamedMinimize(X11Server& server, xcb_window_t button, Deadline deadline) {
-  auto& connection = server.connection();
-  const auto name = connection.property(button, XCB_ATOM_WM_NAME).collect(deadline);
-  return name && name->bytes == "Minimize";
+ButtonLayout metacityLayout(X11Server&, Deadline deadline) {
+  return ButtonLayout::fromNames(
+      gsettingsText("org.gnome.desktop.wm.preferences", "button-layout", deadline)
+          .value_or("appmenu:close"));
+}
+
+ButtonLayout marcoLayout(X11Server&, Deadline deadline) {
+  return ButtonLayout::fromNames(gsettingsText("org.mate.Marco.general", "button-layout", deadline)
+                                     .value_or("menu:minimize,maximize,close"));
+}
+
+ButtonLayout gtkLayout(X11Server& server, Deadline deadline) {
+  constexpr auto name = "gtk-decoration-layout";
+  auto text = announcedText(server, "Gtk/DecorationLayout", deadline);
+  if (!text)
+    text = fileSetting(configurationFolder() / "gtk-3.0" / "settings.ini", "Settings", name, '=');
+  auto layout = ButtonLayout::fromNames(text.value_or("menu:minimize,maximize,close"));
+  // Its menu is that of an application, which next to none has.
+  std::erase(layout.left, TitleButton::menu);
+  std::erase(layout.right, TitleButton::menu);
+  return layout;
+}
+
+ButtonLayout usualLayout(X11Server&, Deadline) {
+  return ButtonLayout::fromNames("menu:minimize,maximize,close");
 }
 
 }  // namespace
 
-bool isMinimizeButton(X11Server& server, xcb_window_t button, xcb_window_t title,
-                      xcb_window_t client, Deadline deadline) {
-  const auto windowManager = server.windowManagerName();
-  if (windowManager.starts_with("Openbox"))
-    return isOpenboxButton(server, button, title, client, deadline);
-  if (windowManager.starts_with("IceWM")) return isNamedMinimize(server, button, deadline);
-  return false;
+// What is known of a window manager.
+struct TitleBarStyle {
+  std::string_view windowManager;  // how the name begins that it gives itself
+  ButtonLayout (*readLayout)(X11Server&, Deadline);
+  // The window of the frame that is the button; null where buttons are painted.
+  std::optional<Piece> (*buttonWindow)(const Bar&, const ButtonLayout&);
+  // From the middle of a painted button to that of the next, in heights of the title bar. The
+  // outermost one is as far from the side as from the top.
+  double pitch = 0;
+};
+
+namespace {
+
+constexpr TitleBarStyle headerBar{"", gtkLayout, nullptr, 0.87};
+constexpr int headerBarHeight = 46;  // points
+constexpr int headerBarEdge = 4;     // points, where it is drawn without a shadow
+
+// The last one stands for all that are not known.
+constexpr std::array styles{
+    TitleBarStyle{"Openbox", noLayout, openboxButton},
+    TitleBarStyle{"Xfwm4", noLayout, xfwmButton},
+    TitleBarStyle{"IceWM", noLayout, icewmButton},
+    TitleBarStyle{"Fluxbox", fluxboxLayout, fluxboxButton},
+    TitleBarStyle{"Metacity (Marco)", marcoLayout, nullptr, 0.95},
+    TitleBarStyle{"Marco", marcoLayout, nullptr, 0.95},
+    TitleBarStyle{"Metacity", metacityLayout, nullptr, 0.92},
+    TitleBarStyle{"KWin", kwinLayout, nullptr, 0.83},
+    TitleBarStyle{"", usualLayout, nullptr, 0.9},
+};
+
+const TitleBarStyle& styleOf(std::string_view windowManager) {
+  return *std::ranges::find_if(styles, [&](const TitleBarStyle& style) {
+    return windowManager.starts_with(style.windowManager);
+  });
+}
+
+// Where a title bar paints a button; nothing where it is too small for that.
+std::optional<PixelRect> paintedAt(const PixelRect& bar, const ButtonPlace& place, double pitch) {
+  const double width = pitch * bar.height;
+  const double fromSide = bar.height / 2.0 + place.number * width;
+  const double middle = place.isLeft ? bar.x + fromSide : bar.maxX() - fromSide;
+  const PixelRect button{static_cast<int>(std::lround(middle - width / 2)), bar.y,
+                         static_cast<int>(std::lround(width)), bar.height};
+  if (button.x < bar.x || button.maxX() > bar.maxX()) return std::nullopt;
+  return button;
+}
+
+// Between the edges of the frame, above the client.
+PixelRect titleArea(const WindowFacts& window) {
+  const auto& content = window.content;
+  const int edge = content.x - window.outerCorner.x;
+  const int top = window.outerCorner.y + edge;
+  return {content.x, top, content.width, content.y - top};
+}
+
+PixelRect headerBarArea(const WindowFacts& window, bool hasShadow, double scale) {
+  const bool hasEdge = !hasShadow && !window.state.isExpanded();
+  const int edge = hasEdge ? static_cast<int>(std::lround(headerBarEdge * scale)) : 0;
+  return {window.frame.x + edge, window.frame.y + edge, window.frame.width - 2 * edge,
+          static_cast<int>(std::lround(headerBarHeight * scale))};
+}
+
+// GTK leaves these marks on windows, and asks for no decoration for those with a header bar.
+bool hasHeaderBar(const XProperty& hints, const XProperty& variant, bool hasShadow) {
+  constexpr std::uint32_t saysDecorations = 2;
+  const auto words = hints.words();
+  const bool wantsNone = words.size() >= 3 && (words[0] & saysDecorations) && words[2] == 0;
+  return wantsNone && (variant.exists() || hasShadow);
+}
+
+}  // namespace
+
+std::optional<PixelRect> TitleBars::minimizeButton(xcb_window_t client, Deadline deadline) {
+  auto& connection = server_.connection();
+  const auto& atoms = server_.atoms();
+  WindowLook pendingLook(server_, connection, client, Facet::frame | Facet::state);
+  auto pendingActions = connection.property(client, atoms.netWMAllowedActions);
+  auto pendingHints = connection.property(client, atoms.motifWMHints);
+  auto pendingVariant = connection.property(client, atoms.gtkThemeVariant);
+  auto pendingShadow = connection.property(client, atoms.gtkFrameExtents);
+  const auto window = pendingLook.collect(deadline);
+  const auto actions = pendingActions.collect(deadline);
+  const auto hints = pendingHints.collect(deadline);
+  const auto variant = pendingVariant.collect(deadline);
+  const auto shadow = pendingShadow.collect(deadline);
+  if (!window || !actions || !hints || !variant || !shadow) return std::nullopt;
+
+  const bool isDecorated = window->outerCorner.y < window->content.y;
+  if (!isDecorated && !hasHeaderBar(*hints, *variant, shadow->exists())) return std::nullopt;
+  const auto area = isDecorated ? titleArea(*window)
+                                : headerBarArea(*window, shadow->exists(), server_.layout().scale);
+  const auto& style = isDecorated ? styleOf(server_.windowManagerName()) : headerBar;
+  const Bar bar{server_, client, area, *actions, deadline};
+  if (!bar.shows(TitleButton::minimize)) return std::nullopt;
+  const auto layout = layoutOf(style, deadline);
+  if (style.buttonWindow) {
+    const auto button = style.buttonWindow(bar, layout);
+    if (!button || !button->isShown) return std::nullopt;
+    const auto place = placeOf(server_, button->window, deadline);
+    return place ? std::optional(*place) : std::nullopt;
+  }
+  const auto place = bar.minimizePlace(layout);
+  return place ? paintedAt(area, *place, style.pitch) : std::nullopt;
+}
+
+ButtonLayout TitleBars::layoutOf(const TitleBarStyle& style, Deadline deadline) {
+  constexpr Seconds lifetime = 5;
+  {
+    const std::lock_guard lock(mutex_);
+    const auto& reading = readings_[&style];
+    if (reading.expiry > std::chrono::steady_clock::now()) return reading.layout;
+  }
+  auto layout = style.readLayout(server_, deadline);
+  const std::lock_guard lock(mutex_);
+  readings_[&style] = {layout, deadlineIn(lifetime)};
+  return layout;
 }
 
 }  // namespace pellow

@@ -11,6 +11,7 @@ struct WindowManager::LeftState {
   static constexpr std::uint32_t horizontal = 1;
   static constexpr std::uint32_t vertical = 2;
   static constexpr std::uint32_t fullScreen = 4;
+  static constexpr std::uint32_t shaded = 8;
 
   std::uint32_t states = 0;
   std::optional<PixelPoint> origin;
@@ -19,7 +20,8 @@ struct WindowManager::LeftState {
 
   static LeftState of(const WindowFacts::State& state) {
     return {(state.maximizedHorizontally ? horizontal : 0) |
-            (state.maximizedVertically ? vertical : 0) | (state.fullScreen ? fullScreen : 0)};
+            (state.maximizedVertically ? vertical : 0) | (state.fullScreen ? fullScreen : 0) |
+            (state.shaded ? shaded : 0)};
   }
   static LeftState remembered(const std::vector<std::uint32_t>& words) {
     LeftState left;
@@ -40,6 +42,7 @@ constexpr Seconds movePatience = 0.25;
 constexpr Seconds settlePatience = 0.1;
 constexpr Seconds mapPatience = 0.1;
 constexpr Seconds iconifyPatience = 1;
+constexpr Seconds activatePatience = 1;
 
 constexpr std::uint32_t sourcePager = 2;  // "the user wants this", as EWMH has it
 constexpr std::uint32_t iconicState = 3;
@@ -125,13 +128,17 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
   const PixelPoint target = layout.toPixels(origin);
   if (facts->frame.origin() == target && facts->state.leftState.empty()) return {};
 
-  if (facts->state.isExpanded()) {
-    facts = leaveExpandedState(*facts, deadline);
+  const bool comes = layout.showsMostOf(facts->frame.at(target));
+  if (LeftState::of(facts->state).states != 0) {
+    facts = leaveStates(*facts, deadline);
     if (!facts) return std::unexpected(facts.error());
+  } else if (!comes && !facts->state.leftState.empty() && layout.showsMostOf(facts->frame)) {
+    // Somebody else has brought it back since.
+    remember(*facts, {});
+    facts->state.leftState.clear();
   }
-  const auto left = LeftState::remembered(facts->state.leftState);
-  const bool comesBack = left.states != 0 && layout.showsMostOf(facts->frame.at(target));
-  if (comesBack) return takeUpExpandedState(*facts, target, deadline);
+  if (comes && LeftState::remembered(facts->state.leftState).states != 0)
+    return takeUpStates(*facts, target, deadline);
   if (const auto moved = moveTo(*facts, target, deadline); !moved)
     return std::unexpected(moved.error());
   return {};
@@ -148,8 +155,8 @@ std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& win
   server_.connection().sendToWindowManager(
       window.window, server_.atoms().netMoveResizeWindow,
       {gravity | hasPlaceAndSize | sourcePager << 12, static_cast<std::uint32_t>(x),
-       static_cast<std::uint32_t>(y), static_cast<std::uint32_t>(window.contentSize.width),
-       static_cast<std::uint32_t>(window.contentSize.height)});
+       static_cast<std::uint32_t>(y), static_cast<std::uint32_t>(window.content.width),
+       static_cast<std::uint32_t>(window.content.height)});
   auto facts = lookAfterItActed(
       window.key(), deadline, [&](const WindowFacts& now) { return now.frame.origin() == target; });
   if (!facts || facts->frame.origin() == target) return facts;
@@ -185,7 +192,7 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(const Window
 // like any other.
 std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window, PixelPoint target,
                                                       Deadline deadline) {
-  const auto frameWindow = outermostWindow(window.window, deadline);
+  const auto frameWindow = outermostWindow(server_, window.window, deadline);
   if (!frameWindow) return std::unexpected(frameWindow.error());
   auto& connection = server_.connection();
   auto pending = connection.pending<xcb_get_geometry_reply_t>(
@@ -205,23 +212,8 @@ std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window,
   return {};
 }
 
-std::expected<xcb_window_t, AXError> WindowManager::outermostWindow(xcb_window_t window,
-                                                                    Deadline deadline) {
-  auto& connection = server_.connection();
-  for (;;) {
-    auto pending =
-        connection.pending<xcb_query_tree_reply_t>(xcb_query_tree(connection.raw(), window));
-    const auto tree = pending.collect(deadline);
-    if (!tree) return std::unexpected(tree.error());
-    const auto parent = (*tree)->parent;
-    if (parent == connection.root() || parent == XCB_WINDOW_NONE) return window;
-    window = parent;
-  }
-}
-
 // To leave, full screen goes first; to take up, it comes last: what it covers is kept below it.
-void WindowManager::changeExpandedState(const WindowFacts& window, const LeftState& states,
-                                        bool add) {
+void WindowManager::changeStates(const WindowFacts& window, const LeftState& states, bool add) {
   const auto& atoms = server_.atoms();
   const auto change = [&](xcb_atom_t first, xcb_atom_t second) {
     server_.connection().sendToWindowManager(window.window, atoms.netWMState,
@@ -230,29 +222,32 @@ void WindowManager::changeExpandedState(const WindowFacts& window, const LeftSta
   const bool horizontal = states.states & LeftState::horizontal;
   const bool vertical = states.states & LeftState::vertical;
   const bool fullScreen = states.states & LeftState::fullScreen;
+  const bool shaded = states.states & LeftState::shaded;
+  if (shaded && !add) change(atoms.netWMStateShaded, 0);
   if (fullScreen && !add) change(atoms.netWMStateFullscreen, 0);
   if (horizontal || vertical)
     change(horizontal ? atoms.netWMStateMaximizedHorz : atoms.netWMStateMaximizedVert,
            horizontal && vertical ? atoms.netWMStateMaximizedVert : 0);
   if (fullScreen && add) change(atoms.netWMStateFullscreen, 0);
+  if (shaded && add) change(atoms.netWMStateShaded, 0);
 }
 
-std::expected<WindowFacts, AXError> WindowManager::leaveExpandedState(const WindowFacts& window,
-                                                                      Deadline deadline) {
+std::expected<WindowFacts, AXError> WindowManager::leaveStates(const WindowFacts& window,
+                                                               Deadline deadline) {
   LeftState left;
   WindowFacts now = window;
   // A window that was maximized before it became full screen may be so again after it.
-  for (int step = 0; step < 2 && now.state.isExpanded(); ++step) {
+  for (int step = 0; step < 2 && LeftState::of(now.state).states != 0; ++step) {
     left.states |= LeftState::of(now.state).states;
     // First the memory, then the deed: a crash in between leaves nothing to repair.
     remember(window, left);
-    changeExpandedState(now, LeftState::of(now.state), false);
+    changeStates(now, LeftState::of(now.state), false);
     auto facts = lookAfterStateChange(now, deadline);
     if (!facts) return facts;
     now = std::move(*facts);
   }
-  if (now.state.isExpanded()) {
-    forgetLeftState(window);
+  if (LeftState::of(now.state).states != 0) {
+    remember(window, {});
     return std::unexpected(AXError::cannotComplete);
   }
   left.origin = now.frame.origin();
@@ -262,15 +257,14 @@ std::expected<WindowFacts, AXError> WindowManager::leaveExpandedState(const Wind
 }
 
 void WindowManager::remember(const WindowFacts& window, const LeftState& left) {
+  auto* raw = server_.connection().raw();
+  const auto property = server_.atoms().pellowState;
   const auto words = left.words();
-  xcb_change_property(server_.connection().raw(), XCB_PROP_MODE_REPLACE, window.window,
-                      server_.atoms().pellowState, XCB_ATOM_INTEGER, 32,
-                      static_cast<std::uint32_t>(words.size()), words.data());
-}
-
-void WindowManager::forgetLeftState(const WindowFacts& window) {
-  xcb_delete_property(server_.connection().raw(), window.window, server_.atoms().pellowState);
-  server_.connection().flush();
+  if (left.states != 0)
+    xcb_change_property(raw, XCB_PROP_MODE_REPLACE, window.window, property, XCB_ATOM_INTEGER, 32,
+                        static_cast<std::uint32_t>(words.size()), words.data());
+  else
+    xcb_delete_property(raw, window.window, property);
 }
 
 // The state changes before the frame does, and some window managers answer in between.
@@ -282,14 +276,13 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterStateChange(const Wi
   auto facts = waitUntil(before.key(), placeFacets, movePatience, deadline, hasNewState);
   if (!facts || !hasNewState(*facts)) return facts;
   facts = lookAfterItActed(before.key(), deadline, [](const WindowFacts&) { return false; });
-  if (!facts) return facts;
+  if (!facts || facts->state.isExpanded() == before.state.isExpanded()) return facts;
   return waitUntil(before.key(), placeFacets, settlePatience, deadline,
                    [&](const WindowFacts& now) { return now.frame != before.frame; });
 }
 
-std::expected<void, AXError> WindowManager::takeUpExpandedState(const WindowFacts& window,
-                                                                PixelPoint target,
-                                                                Deadline deadline) {
+std::expected<void, AXError> WindowManager::takeUpStates(const WindowFacts& window,
+                                                         PixelPoint target, Deadline deadline) {
   const auto left = LeftState::remembered(window.state.leftState);
   const auto layout = server_.layout();
   // Back to where it stood before it was maximized, if that is on the monitor that it comes to.
@@ -299,8 +292,8 @@ std::expected<void, AXError> WindowManager::takeUpExpandedState(const WindowFact
   const auto moved = moveTo(window, sameMonitor ? *left.origin : target, deadline);
   if (!moved) return std::unexpected(moved.error());
 
-  changeExpandedState(*moved, left, true);
-  forgetLeftState(window);
+  changeStates(*moved, left, true);
+  remember(window, {});
   const auto back = lookAfterStateChange(*moved, deadline);
   if (!back) return std::unexpected(back.error());
   return {};
@@ -316,7 +309,35 @@ bool WindowManager::waitForIconified(const WindowKey& window, bool iconified, Se
   return facts ? isDone(*facts) : facts.error() == AXError::invalidUIElement;
 }
 
+// Some window managers do not iconify a shaded window, others forget then that it was shaded.
+void WindowManager::unshade(const WindowKey& window, Deadline deadline) {
+  const auto facts = look(server_, window, placeFacets, deadline);
+  if (!facts) return;
+  auto left = LeftState::remembered(facts->state.leftState);
+  if (facts->state.shaded) {
+    left.states |= LeftState::shaded;
+    remember(*facts, left);
+    changeStates(*facts, {LeftState::shaded}, false);
+    (void)lookAfterStateChange(*facts, deadline);
+  } else if (left.states & LeftState::shaded && server_.layout().showsMostOf(facts->frame)) {
+    left.states &= ~LeftState::shaded;
+    remember(*facts, left);
+  }
+}
+
+void WindowManager::shadeAgain(const WindowKey& window, Deadline deadline) {
+  const auto facts = look(server_, window, placeFacets, deadline);
+  if (!facts || !server_.layout().showsMostOf(facts->frame)) return;
+  auto left = LeftState::remembered(facts->state.leftState);
+  if (!(left.states & LeftState::shaded)) return;
+  changeStates(*facts, {LeftState::shaded}, true);
+  left.states &= ~LeftState::shaded;
+  remember(*facts, left);
+  server_.connection().flush();
+}
+
 bool WindowManager::iconify(const std::vector<WindowKey>& windows, Deadline deadline) {
+  for (const auto& window : windows) unshade(window, deadline);
   for (const auto& window : windows)
     server_.connection().sendToWindowManager(window.window, server_.atoms().wmChangeState,
                                              {iconicState, 0, 0, 0, 0});
@@ -334,6 +355,7 @@ bool WindowManager::deiconify(const std::vector<WindowKey>& windows, Deadline de
     activate(window.window);
     all &= waitForIconified(window, false, iconifyPatience, deadline);
   }
+  for (const auto& window : windows) shadeAgain(window, deadline);
   return all;
 }
 
@@ -383,8 +405,12 @@ std::expected<void, AXError> WindowManager::raise(const WindowKey& window, Deadl
 
 void WindowManager::activate(xcb_window_t window) {
   auto& connection = server_.connection();
+  const auto facts =
+      WindowLook(server_, connection, window, Facet::state).collect(deadlineIn(activatePatience));
   connection.sendToWindowManager(window, server_.atoms().netActiveWindow,
                                  {sourcePager, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0});
+  // Many window managers unshade what they activate.
+  if (facts && facts->state.shaded) changeStates(*facts, {LeftState::shaded}, true);
   connection.flush();
 }
 

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "base/geometry.h"
+#include "platforms/linux/x11/title_bar.h"
 #include "platforms/linux/x11/x11_window.h"
 
 namespace pellow {
@@ -12,16 +13,20 @@ namespace pellow {
 // refuse without a word. Any thread.
 class WindowManager {
  public:
-  explicit WindowManager(X11Server& server) : server_(server) {}
+  explicit WindowManager(X11Server& server) : server_(server), titleBars_(server) {}
 
-  // Moves the frame's top left corner. A maximized or full-screen window leaves that state, since
-  // it would not move, and takes it up again when a move shows it on the monitors. Success means
-  // that the window manager has been asked and given the time to act: only a look at the frame
-  // tells where the window is.
+  // The title bars that it draws.
+  TitleBars& titleBars() { return titleBars_; }
+
+  // Moves the frame's top left corner. A maximized, full-screen or shaded window leaves that state,
+  // since it would not move, and takes it up again when a move shows it on the monitors. Success
+  // means that the window manager has been asked and given the time to act: only a look at the
+  // frame tells where the window is.
   std::expected<void, AXError> moveFrame(const WindowKey& window, QuartzPoint origin,
                                          Deadline deadline);
 
-  // `cannotComplete` when the window manager does not do it.
+  // `cannotComplete` when the window manager does not do it. A shaded window leaves that state, and
+  // takes it up again when it comes back.
   std::expected<void, AXError> minimize(const WindowKey& window, Deadline deadline);
   // Brings the window to the current desktop, too.
   std::expected<void, AXError> unminimize(const WindowKey& window, Deadline deadline);
@@ -34,7 +39,7 @@ class WindowManager {
   // Puts the window in front of the others on the current desktop, without giving it the keys.
   std::expected<void, AXError> raise(const WindowKey& window, Deadline deadline);
 
-  // Gives the window the keys and puts it in front.
+  // Gives the window the keys and puts it in front; a shaded one stays shaded.
   void activate(xcb_window_t window);
 
  private:
@@ -51,26 +56,26 @@ class WindowManager {
   // what it was asked before, or has had the time to.
   std::expected<WindowFacts, AXError> lookAfterItActed(const WindowKey& window, Deadline deadline,
                                                        const Condition& isDone);
-  std::expected<WindowFacts, AXError> leaveExpandedState(const WindowFacts& window,
-                                                         Deadline deadline);
-  std::expected<void, AXError> takeUpExpandedState(const WindowFacts& window, PixelPoint target,
-                                                   Deadline deadline);
+  std::expected<WindowFacts, AXError> leaveStates(const WindowFacts& window, Deadline deadline);
+  std::expected<void, AXError> takeUpStates(const WindowFacts& window, PixelPoint target,
+                                            Deadline deadline);
+  void unshade(const WindowKey& window, Deadline deadline);
+  void shadeAgain(const WindowKey& window, Deadline deadline);
   std::expected<WindowFacts, AXError> moveTo(const WindowFacts& window, PixelPoint target,
                                              Deadline deadline);
   std::expected<void, AXError> pushFrame(const WindowFacts& window, PixelPoint target,
                                          Deadline deadline);
-  // The window itself or the one around it that is a child of the root.
-  std::expected<xcb_window_t, AXError> outermostWindow(xcb_window_t window, Deadline deadline);
   bool waitForIconified(const WindowKey& window, bool iconified, Seconds patience,
                         Deadline deadline);
-  void changeExpandedState(const WindowFacts& window, const LeftState& states, bool add);
+  void changeStates(const WindowFacts& window, const LeftState& states, bool add);
+  // Nothing remembered is forgotten.
   void remember(const WindowFacts& window, const LeftState& left);
-  void forgetLeftState(const WindowFacts& window);
   std::expected<WindowFacts, AXError> lookAfterStateChange(const WindowFacts& before,
                                                            Deadline deadline);
   void bringToCurrentDesktop(const WindowFacts& window, Deadline deadline);
 
   X11Server& server_;
+  TitleBars titleBars_;
 };
 
 }  // namespace pellow

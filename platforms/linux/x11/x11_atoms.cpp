@@ -15,6 +15,8 @@ struct Name {
 
 constexpr std::array names{
     Name{&X11Atoms::gtkFrameExtents, "_GTK_FRAME_EXTENTS"},
+    Name{&X11Atoms::gtkThemeVariant, "_GTK_THEME_VARIANT"},
+    Name{&X11Atoms::motifWMHints, "_MOTIF_WM_HINTS"},
     Name{&X11Atoms::netActiveWindow, "_NET_ACTIVE_WINDOW"},
     Name{&X11Atoms::netClientList, "_NET_CLIENT_LIST"},
     Name{&X11Atoms::netClientListStacking, "_NET_CLIENT_LIST_STACKING"},
@@ -51,13 +53,13 @@ constexpr std::array names{
     Name{&X11Atoms::netWMWindowTypeNormal, "_NET_WM_WINDOW_TYPE_NORMAL"},
     Name{&X11Atoms::netWMWindowTypeUtility, "_NET_WM_WINDOW_TYPE_UTILITY"},
     Name{&X11Atoms::netWorkarea, "_NET_WORKAREA"},
-    Name{&X11Atoms::obConfigFile, "_OB_CONFIG_FILE"},
     Name{&X11Atoms::pellowHidden, "_PELLOW_HIDDEN"},
     Name{&X11Atoms::pellowState, "_PELLOW_STATE"},
     Name{&X11Atoms::pellowWindowID, "_PELLOW_WINDOW_ID"},
     Name{&X11Atoms::utf8String, "UTF8_STRING"},
     Name{&X11Atoms::wmChangeState, "WM_CHANGE_STATE"},
     Name{&X11Atoms::wmState, "WM_STATE"},
+    Name{&X11Atoms::xsettingsSettings, "_XSETTINGS_SETTINGS"},
 };
 
 xcb_intern_atom_cookie_t request(xcb_connection_t* connection, std::string_view name) {

@@ -9,6 +9,8 @@ namespace pellow {
 // The numbers of the X server for the names that the adapter uses; the same on all connections.
 struct X11Atoms {
   xcb_atom_t gtkFrameExtents = 0;
+  xcb_atom_t gtkThemeVariant = 0;
+  xcb_atom_t motifWMHints = 0;
   xcb_atom_t netActiveWindow = 0;
   xcb_atom_t netClientList = 0;
   xcb_atom_t netClientListStacking = 0;
@@ -45,13 +47,13 @@ struct X11Atoms {
   xcb_atom_t netWMWindowTypeNormal = 0;
   xcb_atom_t netWMWindowTypeUtility = 0;
   xcb_atom_t netWorkarea = 0;
-  xcb_atom_t obConfigFile = 0;
   xcb_atom_t pellowHidden = 0;    // on windows of an application that Pellow has hidden
   xcb_atom_t pellowState = 0;     // the maximized or full-screen state that a window has left
   xcb_atom_t pellowWindowID = 0;  // tells windows apart that had the same XID in turn
   xcb_atom_t utf8String = 0;
   xcb_atom_t wmChangeState = 0;
   xcb_atom_t wmState = 0;
+  xcb_atom_t xsettingsSettings = 0;
 
   static X11Atoms intern(xcb_connection_t* connection);
 };

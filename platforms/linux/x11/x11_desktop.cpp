@@ -11,6 +11,7 @@
 #include "platforms/linux/x11/window_manager.h"
 #include "platforms/linux/x11/x11_element.h"
 #include "platforms/linux/x11/x11_event_monitors.h"
+#include "platforms/linux/x11/x11_screen_capture.h"
 #include "platforms/linux/x11/x11_screens.h"
 #include "platforms/linux/x11/x11_server.h"
 #include "platforms/linux/x11/x11_workspace.h"
@@ -118,6 +119,10 @@ Accessibility& X11Desktop::accessibility() { return parts_->accessibility; }
 Workspace& X11Desktop::workspace() { return parts_->workspace; }
 Screens& X11Desktop::screens() { return parts_->screens; }
 EventMonitors& X11Desktop::eventMonitors() { return parts_->eventMonitors; }
+
+std::unique_ptr<ScreenCapture> X11Desktop::makeScreenCapture(Queues& queues) {
+  return std::make_unique<X11ScreenCapture>(*parts_->server, queues);
+}
 
 int X11Desktop::fileDescriptor() const { return parts_->pollSet.number(); }
 

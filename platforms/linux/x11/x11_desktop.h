@@ -11,6 +11,8 @@
 #include "platform/accessibility.h"
 #include "platform/event_monitors.h"
 #include "platform/image.h"
+#include "platform/queues.h"
+#include "platform/screen_capture.h"
 #include "platform/screens.h"
 #include "platform/system_error.h"
 #include "platform/workspace.h"
@@ -45,6 +47,9 @@ class X11Desktop {
   Workspace& workspace();
   Screens& screens();
   EventMonitors& eventMonitors();
+
+  // Takes pictures on a serial queue of its own; ends before this.
+  std::unique_ptr<ScreenCapture> makeScreenCapture(Queues& queues);
 
   // Readable when `processEvents` has something to do.
   int fileDescriptor() const;

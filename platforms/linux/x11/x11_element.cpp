@@ -87,22 +87,21 @@ class WindowElement : public X11Element {
   const ProcessID pid_;
 };
 
-// The button that minimizes a window, which is a window of its frame.
+// The button that minimizes a window.
 class ButtonElement : public X11Element {
  public:
-  ButtonElement(Context context, xcb_window_t button, std::shared_ptr<const WindowElement> window)
-      : X11Element(context), button_(button), window_(std::move(window)) {}
+  ButtonElement(Context context, std::shared_ptr<const WindowElement> window)
+      : X11Element(context), window_(std::move(window)) {}
 
   bool equals(const Object& other) const override {
     const auto* button = dynamic_cast<const ButtonElement*>(&other);
-    return button && button->button_ == button_ && button->window_->equals(*window_);
+    return button && button->window_->equals(*window_);
   }
   std::expected<ProcessID, AXError> pid() const override { return window_->pid(); }
 
   Answer copyAttribute(std::string_view attribute) const override;
 
  private:
-  const xcb_window_t button_;
   const std::shared_ptr<const WindowElement> window_;
 };
 
@@ -110,15 +109,17 @@ Answer ButtonElement::copyAttribute(std::string_view attribute) const {
   if (attribute == "AXParent")
     return AXValue(
         AXElement(std::make_shared<WindowElement>(context(), window_->key(), *window_->pid())));
-  const auto place = placeOf(server(), button_, deadline());
-  if (!place) return std::unexpected(place.error());
   if (window_->isGone()) return std::unexpected(AXError::invalidUIElement);
-  const auto frame = server().layout().toQuartz(*place);
-  if (attribute == "AXPosition") return AXValue(frame.origin);
-  if (attribute == "AXSize") return AXValue(frame.size);
   if (attribute == "AXRole") return AXValue(std::string("AXButton"));
   if (attribute == "AXSubrole") return AXValue(std::string("AXMinimizeButton"));
-  return std::unexpected(AXError::attributeUnsupported);
+  if (attribute != "AXPosition" && attribute != "AXSize")
+    return std::unexpected(AXError::attributeUnsupported);
+  const auto place =
+      context().windowManager.titleBars().minimizeButton(window_->key().window, deadline());
+  if (!place) return std::unexpected(AXError::cannotComplete);
+  const auto frame = server().layout().toQuartz(*place);
+  if (attribute == "AXPosition") return AXValue(frame.origin);
+  return AXValue(frame.size);
 }
 
 std::string subrole(WindowKind kind) {
@@ -278,15 +279,16 @@ class SystemElement : public X11Element {
 };
 
 std::expected<AXElement, AXError> SystemElement::elementAt(QuartzPoint point) const {
-  const auto hit = hitTest(server(), server().layout().toPixels(point), deadline());
+  const auto hit = hitTest(server(), context().windowManager.titleBars(),
+                           server().layout().toPixels(point), deadline());
   if (!hit) return std::unexpected(AXError::cannotComplete);
   if (!*hit) return std::unexpected(AXError::noValue);
-  const auto& [window, pid, minimizeButton] = **hit;
+  const auto& [window, pid, isMinimizeButton] = **hit;
   if (window.kind == WindowKind::furniture && pid != getpid())
     return applicationElement(context(), pid);
   auto element = std::make_shared<WindowElement>(context(), window.key(), pid);
-  if (!minimizeButton) return AXElement(std::move(element));
-  return AXElement(std::make_shared<ButtonElement>(context(), *minimizeButton, std::move(element)));
+  if (!isMinimizeButton) return AXElement(std::move(element));
+  return AXElement(std::make_shared<ButtonElement>(context(), std::move(element)));
 }
 
 AXElement applicationElement(Context context, ProcessID pid) {

@@ -30,6 +30,7 @@ class X11Accessibility : public Accessibility {
 
   // An X display shows its windows to every client.
   bool isProcessTrusted() const override { return true; }
+  bool isProcessTrustedWithPrompt() override { return isProcessTrusted(); }
   AXElement systemWide() override;
   AXElement application(ProcessID pid) override;
   std::expected<Subscription, AXError> observe(

@@ -124,6 +124,7 @@ void WindowLook::readState(WindowFacts::State& state) {
   // While a window manager is replaced, windows have no WM_STATE but stay mapped.
   const bool isUnmapped = attributes && attributes->map_state == XCB_MAP_STATE_UNMAPPED;
   state.withdrawn = wmState.value_or(0) == 0 && isUnmapped;
+  state.viewable = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
   state.belongsToHiddenApplication = next().exists();
   state.desktop = next().firstWord();
   state.leftState = next().words();
@@ -137,7 +138,7 @@ void WindowLook::readFrame(WindowFacts& facts) {
   if (!geometry || !position) return;
   const PixelRect content{position->dst_x, position->dst_y, geometry->width, geometry->height};
   const PixelRect outer = grown(content, extents(decoration));
-  facts.contentSize = {content.width, content.height};
+  facts.content = content;
   facts.outerCorner = outer.origin();
   facts.frame = shrunk(outer, extents(shadow));
 }
@@ -223,6 +224,34 @@ bool isIconified(const X11Server& server, const WindowFacts::State& state,
 bool isMinimized(const X11Server& server, const WindowFacts::State& state,
                  std::uint32_t currentDesktop) {
   return !state.belongsToHiddenApplication && isIconified(server, state, currentDesktop);
+}
+
+std::expected<xcb_window_t, AXError> outermostWindow(X11Server& server, xcb_window_t window,
+                                                     Deadline deadline) {
+  auto& connection = server.connection();
+  for (;;) {
+    auto pending =
+        connection.pending<xcb_query_tree_reply_t>(xcb_query_tree(connection.raw(), window));
+    const auto tree = pending.collect(deadline);
+    if (!tree) return std::unexpected(tree.error());
+    const auto parent = (*tree)->parent;
+    if (parent == connection.root() || parent == XCB_WINDOW_NONE) return window;
+    window = parent;
+  }
+}
+
+std::expected<PixelRect, AXError> placeOf(X11Server& server, xcb_window_t window,
+                                          Deadline deadline) {
+  auto& connection = server.connection();
+  auto pendingGeometry =
+      connection.pending<xcb_get_geometry_reply_t>(xcb_get_geometry(connection.raw(), window));
+  auto pendingOrigin = connection.pending<xcb_translate_coordinates_reply_t>(
+      xcb_translate_coordinates(connection.raw(), window, connection.root(), 0, 0));
+  const auto geometry = pendingGeometry.collect(deadline);
+  if (!geometry) return std::unexpected(geometry.error());
+  const auto origin = pendingOrigin.collect(deadline);
+  if (!origin) return std::unexpected(origin.error());
+  return PixelRect{(*origin)->dst_x, (*origin)->dst_y, (*geometry)->width, (*geometry)->height};
 }
 
 std::vector<xcb_window_t> clientList(X11Server& server, xcb_atom_t list, Deadline deadline) {

@@ -41,6 +41,7 @@ struct WindowFacts {
     bool skipsTaskbar = false;
     bool iconic = false;                      // WM_STATE says so
     bool withdrawn = false;                   // no window manager has it
+    bool viewable = false;                    // mapped, and so is its frame
     bool belongsToHiddenApplication = false;  // Pellow's own mark
     std::optional<std::uint32_t> desktop;     // `allDesktops` for a sticky window
     std::vector<std::uint32_t> leftState;     // what _PELLOW_STATE remembers
@@ -52,7 +53,7 @@ struct WindowFacts {
   std::uint64_t id = 0;  // 0 for a window that was never given one
   State state;
   PixelRect frame;         // with the decoration, without client-side shadows
-  PixelSize contentSize;   // of the client window itself
+  PixelRect content;       // the client window itself
   PixelPoint outerCorner;  // top left with the decoration and with client-side shadows
   WindowKind kind = WindowKind::standard;
   std::string instanceName;  // the two halves of WM_CLASS
@@ -117,6 +118,14 @@ bool isIconified(const X11Server& server, const WindowFacts::State& state,
 // `currentDesktop` as _NET_CURRENT_DESKTOP says.
 bool isMinimized(const X11Server& server, const WindowFacts::State& state,
                  std::uint32_t currentDesktop);
+
+// The window itself or the one around it that is a child of the root.
+std::expected<xcb_window_t, AXError> outermostWindow(X11Server& server, xcb_window_t window,
+                                                     Deadline deadline);
+
+// Where a window without a frame stands on the X screen.
+std::expected<PixelRect, AXError> placeOf(X11Server& server, xcb_window_t window,
+                                          Deadline deadline);
 
 // Properties of the root window.
 std::vector<xcb_window_t> clientList(X11Server& server, xcb_atom_t list, Deadline deadline);

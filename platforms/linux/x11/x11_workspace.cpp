@@ -9,6 +9,7 @@
 #include <array>
 #include <fstream>
 
+#include "platforms/linux/system/url_opener.h"
 #include "platforms/linux/x11/client_processes.h"
 #include "platforms/linux/x11/pixel_image.h"
 #include "platforms/linux/x11/text_encoding.h"
@@ -189,6 +190,8 @@ bool X11Workspace::activate(ProcessID pid) {
   if (top != stacking.rend()) windowManager_.activate(*top);
   return true;
 }
+
+bool X11Workspace::open(std::string_view url) { return openURL(url); }
 
 void X11Workspace::markHidden(xcb_window_t window, bool isHidden) {
   auto& connection = server_.connection();

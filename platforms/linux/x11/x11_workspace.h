@@ -34,6 +34,7 @@ class X11Workspace : public Workspace {
   bool hide(ProcessID pid) override;
   bool unhide(ProcessID pid) override;
   bool activate(ProcessID pid) override;
+  bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
   Subscription onDidLaunchApplication(std::function<void(ProcessID)> observer) override;
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;

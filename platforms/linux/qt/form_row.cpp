@@ -1,0 +1,40 @@
+#include "platforms/linux/qt/form_row.h"
+
+#include <cmath>
+
+namespace pellow {
+
+RowControl::RowControl(QWidget& parent)
+    : QWidget(&parent), layout_(this), elements_(*this, layout_, Qt::AlignVCenter) {
+  layout_.setContentsMargins(0, 0, 0, 0);
+}
+
+void RowControl::showContent(const FormContent& content) {
+  const auto& row = std::get<FormRow>(content);
+  const int spacing = static_cast<int>(std::lround(row.spacing));
+  if (layout_.spacing() != spacing) layout_.setSpacing(spacing);
+  elements_.show(row.elements);
+  nameControls();
+}
+
+TextControl* RowControl::title() const {
+  const auto& controls = elements_.controls();
+  if (controls.size() < 2 || dynamic_cast<TextControl*>(controls[1])) return nullptr;
+  auto* const text = dynamic_cast<TextControl*>(controls[0]);
+  return text && text->style() == FormTextStyle::body ? text : nullptr;
+}
+
+// What has no title of its own goes by the text before it.
+void RowControl::nameControls() {
+  const auto* const text = title();
+  if (!text) return;
+  auto& named = elements_.controls()[1]->widget();
+  if (!dynamic_cast<StatusControl*>(&named) && named.accessibleName() != text->text())
+    named.setAccessibleName(text->text());
+}
+
+void RowControl::finishEditing() {
+  for (auto* const control : elements_.controls()) control->finishEditing();
+}
+
+}  // namespace pellow

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QHBoxLayout>
+#include <QWidget>
+
+#include "platforms/linux/qt/form_elements.h"
+#include "platforms/linux/qt/form_texts.h"
+
+namespace pellow {
+
+// Elements side by side.
+class RowControl final : public QWidget, public FormControl {
+ public:
+  explicit RowControl(QWidget& parent);
+
+  QWidget& widget() override { return *this; }
+  void finishEditing() override;
+
+  // The text that the row begins with, when a control follows it.
+  TextControl* title() const;
+
+ protected:
+  void showContent(const FormContent& content) override;
+  void retireParts() override { elements_.retire(); }
+
+ private:
+  void nameControls();
+
+  QHBoxLayout layout_;
+  FormElements elements_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/system_error.h"
+
+namespace pellow {
+
+// The program that a shell would start by this name; nothing when PATH has none.
+std::optional<std::filesystem::path> findProgram(std::string_view name);
+
+// The file that this process runs, or, after an upgrade, the one that stands in its place.
+std::filesystem::path ownExecutable();
+
+enum class ProgramOutput { shared, discarded };
+
+// Starts a program that lives on by itself, in a session of its own and with nothing of this
+// process but its environment, to which `variables` ("NAME=value") are added. `command` begins with
+// the path of the program. Answers once the program runs. Any thread.
+std::expected<void, SystemError> startProgram(const std::vector<std::string>& command,
+                                              ProgramOutput output,
+                                              const std::vector<std::string>& variables = {});
+
+}  // namespace pellow

@@ -1,0 +1,127 @@
+#include "platforms/linux/x11/x11_screen_capture.h"
+
+#include <algorithm>
+#include <ranges>
+#include <utility>
+
+#include "platforms/linux/x11/client_processes.h"
+#include "platforms/linux/x11/pixel_image.h"
+
+namespace pellow {
+
+namespace {
+
+constexpr Seconds serverPatience = 2;
+constexpr int largestSide = 1 << 14;  // pixels
+
+}  // namespace
+
+// A question on its way to the queue and back. Belongs to the main thread, but for the answer,
+// which is the work's until the work is over.
+struct X11ScreenCapture::Request {
+  std::atomic<bool> isWanted = true;
+
+  // They end in reverse order: first the work, which then writes `wayBack` no more.
+  Subscription wayBack;
+  Subscription work;
+};
+
+template <class Answer>
+struct X11ScreenCapture::RequestFor : Request {
+  std::function<void(Answer)> onAnswer;
+  std::optional<Answer> answer;
+};
+
+X11ScreenCapture::X11ScreenCapture(X11Server& server, Queues& queues)
+    : server_(server),
+      main_(queues.main()),
+      queue_(queues.makeSerialQueue("com.velloway.pellow.capture")) {}
+
+X11ScreenCapture::~X11ScreenCapture() {
+  for (const auto& request : requests_) request->isWanted = false;
+  queue_.reset();  // before what its work uses
+}
+
+bool X11ScreenCapture::preflightAccess() const {
+  return WindowPhotographer::isPossible(server_.connection());
+}
+
+template <class Answer>
+Subscription X11ScreenCapture::ask(std::function<Answer()> question,
+                                   std::function<void(Answer)> onAnswer) {
+  const auto request = std::make_shared<RequestFor<Answer>>();
+  request->onAnswer = std::move(onAnswer);
+  requests_.push_back(request);
+  auto* const raw = request.get();
+  request->work = queue_->async([this, raw, question = std::move(question)] {
+    if (raw->isWanted) raw->answer = question();
+    raw->wayBack = main_.async([this, raw] {
+      raw->work.cancel();
+      const auto found = std::ranges::find(requests_, raw, &std::shared_ptr<Request>::get);
+      const auto held = std::move(*found);
+      requests_.erase(found);
+      if (const auto answer = std::exchange(raw->onAnswer, nullptr); answer && raw->answer)
+        answer(std::move(*raw->answer));
+    });
+  });
+  return Subscription([weak = std::weak_ptr(request)] {
+    const auto held = weak.lock();
+    if (!held) return;
+    held->isWanted = false;
+    held->onAnswer = nullptr;
+  });
+}
+
+Subscription X11ScreenCapture::shareableWindows(OnWindows onWindows) {
+  return ask<std::expected<std::vector<ShareableWindow>, SystemError>>(
+      [this] { return listWindows(); }, std::move(onWindows));
+}
+
+Subscription X11ScreenCapture::captureImage(const ShareableWindow& window, int pixelWidth,
+                                            int pixelHeight, OnImage onImage) {
+  const PixelSize size{std::clamp(pixelWidth, 1, largestSide),
+                       std::clamp(pixelHeight, 1, largestSide)};
+  return ask<std::expected<Image, SystemError>>(
+      [this, window, size] { return takePicture(window, size); }, std::move(onImage));
+}
+
+std::expected<std::vector<ShareableWindow>, SystemError> X11ScreenCapture::listWindows() {
+  const Deadline deadline = deadlineIn(serverPatience);
+  auto stacking = clientList(server_, server_.atoms().netClientListStacking, deadline);
+  std::ranges::reverse(stacking);
+  auto facts = lookAtAll(server_, stacking, Facet::state | Facet::frame | Facet::title, deadline);
+  if (server_.connection().isLost())
+    return std::unexpected(SystemError{"The connection to the X server is lost."});
+  const auto desktop = currentDesktop(server_, deadline);
+  std::erase_if(facts, [&](const WindowFacts& window) {
+    const auto own = window.state.desktop.value_or(desktop);
+    const bool isHere = own == desktop || own == WindowFacts::allDesktops;
+    return !isHere || !window.state.viewable || isIconified(server_, window.state, desktop);
+  });
+
+  std::vector<xcb_window_t> ids;
+  for (const auto& window : facts) ids.push_back(window.window);
+  const auto owners = owningProcesses(server_, ids, deadline);
+  const auto layout = server_.layout();
+  std::vector<ShareableWindow> windows;
+  for (std::size_t i = 0; i < facts.size(); ++i)
+    windows.push_back(
+        {.windowID = facts[i].window,
+         .owner = owners[i] == 0 ? std::nullopt : std::optional(owners[i]),
+         .title = facts[i].title.empty() ? std::nullopt : std::optional(facts[i].title),
+         .frame = layout.toQuartz(facts[i].frame)});
+  return windows;
+}
+
+std::expected<Image, SystemError> X11ScreenCapture::takePicture(const ShareableWindow& window,
+                                                                PixelSize size) {
+  if (!photographer_) photographer_.emplace(server_);
+  const auto picture = photographer_->photograph(window.windowID);
+  if (!picture) return std::unexpected(picture.error());
+  const auto scale = server_.layout().scale;
+  return Image(std::make_shared<PixelImage>(
+      size.width, size.height, withoutPremultiplication(scaled(*picture, size)),
+      Size{picture->size.width / scale, picture->size.height / scale}));
+}
+
+}  // namespace pellow
