@@ -41,6 +41,10 @@ class PellowError : public std::exception {
 
   Code code() const { return code_; }
   std::optional<AXError> axError() const { return axError_; }
+  // The window does not exist any more.
+  bool isWindowGone() const {
+    return code_ == Code::windowGone || axError_ == AXError::invalidUIElement;
+  }
   const std::string& applicationName() const { return applicationName_; }  // empty without one
 
   // The sentence that the user reads.

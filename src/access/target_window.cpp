@@ -51,6 +51,11 @@ std::optional<TargetWindow> TargetWindow::frontmost(Accessibility& accessibility
   return TargetWindow{std::move(*element), *owner};
 }
 
+bool TargetWindow::isGone() const {
+  const auto role = element.copyAttribute(AX::attribute::role);
+  return !role && role.error() == AXError::invalidUIElement;
+}
+
 QuartzPoint TargetWindow::move(QuartzPoint point, Verify verify, Clock& clock) const {
   element.setMessagingTimeout(AX::timeout::windowChange);
   if (const auto written = element.setAttribute(AX::attribute::position, point); !written)

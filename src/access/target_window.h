@@ -28,6 +28,10 @@ struct TargetWindow {
   // The focused window of the frontmost application. Any thread.
   static std::optional<TargetWindow> frontmost(Accessibility& accessibility, Workspace& workspace);
 
+  // Whether the window is surely gone (`invalidUIElement`), not merely slow or failing otherwise.
+  // Any thread.
+  bool isGone() const;
+
   // Moves the window's top left corner. With `Verify::yes` it waits until the window stands within
   // 2 points of `point` on both axes, at most 0.6 s, and answers where it stands then, which may be
   // elsewhere; without, it answers `point`. Throws `PellowError::moveFailed`. Sleeps: on

@@ -1,8 +1,44 @@
 #include "app/app_delegate.h"
 
+#include <string>
+#include <utility>
+
 #include "app/accessibility_permission.h"
 
 namespace pellow {
+namespace {
+
+constexpr std::string_view accessibilitySettings =
+    "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+constexpr std::string_view screenRecordingSettings =
+    "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture";
+
+Alert permissionAlert(std::string messageText, std::string informativeText) {
+  return {.style = AlertStyle::informational,
+          .messageText = std::move(messageText),
+          .informativeText = std::move(informativeText),
+          .buttons = {"Open System Settings", "Later"}};
+}
+
+Alert accessibilityAlert() {
+  return permissionAlert(
+      "Pellow needs Accessibility permission",
+      "Pellow controls windows belonging to other apps, which macOS only allows with the "
+      "Accessibility permission.\n\nOpen System Settings > Privacy & Security > Accessibility and "
+      "enable Pellow. It will start working the moment you do, with no relaunch needed.");
+}
+
+Alert screenRecordingAlert() {
+  return permissionAlert(
+      "Pellow needs Screen Recording permission",
+      "You have real window images switched on, so Pellow photographs each window as you pellow it "
+      "and flies that picture to its tab, the way the Dock does. macOS calls that Screen "
+      "Recording.\n\nThe picture is taken once, while the window is still on screen, and never "
+      "leaves your Mac. Nothing is recorded continuously.\n\nEnable Pellow in System Settings > "
+      "Privacy & Security > Screen Recording, then relaunch Pellow from its menu.");
+}
+
+}  // namespace
 
 AppDelegate::AppDelegate(Platform& platform)
     : platform_(platform),
@@ -18,24 +54,41 @@ AppDelegate::AppDelegate(Platform& platform)
                    .panels = platform.panels(),
                    .preferences = preferences_,
                    .queues = platform.queues(),
+                   .screenCapture = platform.screenCapture(),
                    .screens = platform.screens(),
                    .userDefaults = platform.userDefaults(),
                    .uuids = platform.uuidSource(),
                    .workspace = platform.workspace(),
                    .zones = zones_,
                    .ownProcess = platform.process().pid()}),
-      hotkeys_(platform.eventMonitors(), shortcuts_, platform.log()) {
+      hotkeys_(platform.eventMonitors(), shortcuts_, platform.log()),
+      permissionAlert_([this](std::exception_ptr) {
+        platform_.log().error("The explanation of a permission could not be shown");
+      }) {
   platform_.process().becomeAccessory();
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
   if (platform_.accessibility().isProcessTrusted()) {
     begin();
-    return;
+  } else {
+    promptForPermission();
   }
-  platform_.log().warning("Pellow needs Accessibility permission");
-  grantPoll_ = AccessibilityPermission::waitForGrant(
-      platform_.accessibility(), platform_.queues().main(), 1.0, [this] { begin(); });
+}
+
+// The grant counts the moment it is given, whether or not the alert was answered.
+void AppDelegate::promptForPermission() {
+  platform_.accessibility().isProcessTrustedWithPrompt();
+  grantPoll_ = AccessibilityPermission::waitForGrant(platform_.accessibility(),
+                                                     platform_.queues().main(), 1.0, [this] {
+                                                       permissionAlert_.cancel();
+                                                       begin();
+                                                     });
+  permissionAlert_.start(explainPermission(accessibilityAlert(), accessibilitySettings));
+}
+
+Task<> AppDelegate::explainPermission(Alert alert, std::string_view settings) {
+  if (co_await alerts_.present(std::move(alert)) == 0) platform_.workspace().open(settings);
 }
 
 void AppDelegate::begin() {
@@ -47,6 +100,15 @@ void AppDelegate::begin() {
   controller_.start();
   installHotkeys();
   installTerminationSignalHandlers();
+  checkScreenRecordingIfNeeded();
+}
+
+void AppDelegate::checkScreenRecordingIfNeeded() {
+  auto& screenCapture = platform_.screenCapture();
+  if (!boolean(platform_.userDefaults(), preference::useThumbnails)) return;
+  if (screenCapture.preflightAccess()) return;
+  screenCapture.requestAccess();
+  permissionAlert_.start(explainPermission(screenRecordingAlert(), screenRecordingSettings));
 }
 
 void AppDelegate::logPermissions() {
@@ -86,9 +148,11 @@ void AppDelegate::perform(ShortcutAction action) {
     case ShortcutAction::restoreAll:
       return controller_.restoreAll();
     case ShortcutAction::pellowPinned:
+      return controller_.pellowPinnedApps();
     case ShortcutAction::pellowAll:
+      return controller_.pellowEverything();
     case ShortcutAction::focusMode:
-      platform_.log().warning("{} is not part of this version yet", rawValue(action));
+      return controller_.enterFocusMode();
   }
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "base/notification_center.h"
 #include "base/subscription.h"
+#include "base/task.h"
 #include "engine/pellow_controller.h"
 #include "model/preferences.h"
 #include "model/zone_store.h"
@@ -36,10 +38,14 @@ class AppDelegate {
   void perform(ShortcutAction action);
 
  private:
+  void promptForPermission();
   void begin();
   void logPermissions();
   void installHotkeys();
   void installTerminationSignalHandlers();
+  void checkScreenRecordingIfNeeded();
+  // Shows the alert, whose first button opens these settings of the system.
+  Task<> explainPermission(Alert alert, std::string_view settings);
   void toggleFloatAbove();
 
   Platform& platform_;
@@ -52,6 +58,7 @@ class AppDelegate {
   HotkeyManager hotkeys_;
   std::vector<Subscription> signalSources_;
   Subscription grantPoll_;
+  TaskScope permissionAlert_;
 };
 
 }  // namespace pellow

@@ -2,11 +2,9 @@
 
 #include <utility>
 
-namespace pellow {
+#include "access/ax.h"
 
-DestroyedWindowWatcher::DestroyedWindowWatcher(Accessibility& accessibility, MainQueue& mainQueue,
-                                               std::function<void()> onDestroyed)
-    : accessibility_(accessibility), mainQueue_(mainQueue), onDestroyed_(std::move(onDestroyed)) {}
+namespace pellow {
 
 void DestroyedWindowWatcher::watch(const std::vector<TabItem>& tabs) {
   auto before = std::exchange(observers_, {});
@@ -17,13 +15,16 @@ void DestroyedWindowWatcher::watch(const std::vector<TabItem>& tabs) {
 }
 
 Subscription DestroyedWindowWatcher::observe(const TabItem& tab) {
-  auto observer = accessibility_.observe(tab.window.element, "AXUIElementDestroyed",
-                                         [this](const AXElement&) { onDestroyed_(); });
+  // On the main thread, so an application that hangs may not take its time.
+  tab.window.element.setMessagingTimeout(AX::timeout::application);
+  auto observer =
+      accessibility_.observe(tab.window.element, "AXUIElementDestroyed",
+                             [this, id = tab.id](const AXElement&) { onDestroyed(id); });
   if (observer) return std::move(*observer);
   // The window may be gone already; a platform that posts no such notification leaves the tab to
   // the next restore, which finds out.
   if (observer.error() != AXError::invalidUIElement) return Subscription();
-  return mainQueue_.async([this] { onDestroyed_(); });
+  return mainQueue_.async([this, id = tab.id] { onDestroyed(id); });
 }
 
 }  // namespace pellow

@@ -15,9 +15,11 @@ namespace pellow {
 // Hears when the window of a tab is closed or otherwise gone. Main thread.
 class DestroyedWindowWatcher {
  public:
-  // `onDestroyed` is called on the main queue, never from within `watch`.
-  DestroyedWindowWatcher(Accessibility& accessibility, MainQueue& mainQueue,
-                         std::function<void()> onDestroyed);
+  DestroyedWindowWatcher(Accessibility& accessibility, MainQueue& mainQueue)
+      : accessibility_(accessibility), mainQueue_(mainQueue) {}
+
+  // Called on the main queue, never from within `watch`.
+  std::function<void(UUID tab)> onDestroyed;
 
   // Watches the windows of exactly these tabs from now on.
   void watch(const std::vector<TabItem>& tabs);
@@ -27,7 +29,6 @@ class DestroyedWindowWatcher {
 
   Accessibility& accessibility_;
   MainQueue& mainQueue_;
-  std::function<void()> onDestroyed_;
   std::map<UUID, Subscription> observers_;
 };
 

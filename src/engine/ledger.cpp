@@ -22,11 +22,4 @@ bool Ledger::contains(const TargetWindow& window) const {
   return std::ranges::find(entries_, window, &Entry::window) != entries_.end();
 }
 
-std::vector<TabItem> Ledger::tabs() const {
-  std::vector<TabItem> tabs;
-  for (const auto& entry : entries_)
-    if (entry.tab) tabs.push_back(*entry.tab);
-  return tabs;
-}
-
 }  // namespace pellow

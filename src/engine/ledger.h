@@ -2,7 +2,6 @@
 
 #include <list>
 #include <optional>
-#include <vector>
 
 #include "access/target_window.h"
 #include "model/tab_item.h"
@@ -46,8 +45,8 @@ class Ledger {
 
   bool contains(const TargetWindow& window) const;
 
-  // The tabs that stand in the ledger, in the order in which their windows were claimed.
-  std::vector<TabItem> tabs() const;
+  // In the order in which the windows were claimed.
+  const std::list<Entry>& entries() const { return entries_; }
 
  private:
   std::list<Entry> entries_;

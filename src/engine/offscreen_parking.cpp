@@ -140,13 +140,13 @@ int OffscreenParking::recoverStrandedWindows() {
   std::vector<ParkingRecord> unmatched;
   for (const auto& entry : pending)
     if (!entry.matched) unmatched.push_back(entry.record);
-  writeJournal(unmatched);
+  journal_.write(unmatched);
   if (unmatched.empty()) return recovered;
 
   log_.standard("{} parked window(s) could not be matched; sweeping for hidden windows",
                 unmatched.size());
   recovered += rescueHiddenWindows(false);
-  writeJournal({});
+  journal_.write({});
   return recovered;
 }
 
@@ -171,13 +171,8 @@ int OffscreenParking::rescueHiddenWindows(bool clearJournal) {
       }
     }
   }
-  if (clearJournal) writeJournal({});
+  if (clearJournal) journal_.write({});
   return rescued;
-}
-
-void OffscreenParking::writeJournal(const std::vector<ParkingRecord>& records) {
-  if (const auto written = journal_.write(records); !written)
-    log_.error("Could not write the parked-window journal: {}", written.error().sentence);
 }
 
 }  // namespace pellow

@@ -52,8 +52,6 @@ class OffscreenParking {
   int rescueHiddenWindows(bool clearJournal);
 
  private:
-  void writeJournal(const std::vector<ParkingRecord>& records);
-
   const Displays& displays_;
   ParkingJournal& journal_;
   Accessibility& accessibility_;

@@ -31,28 +31,31 @@ void from_json(const nlohmann::json& json, ParkingRecord& record) {
             readPoint(json, "originalOrigin"), readPoint(json, "parkedOrigin")};
 }
 
-ParkingJournal::ParkingJournal(UserDefaults& defaults) : defaults_(defaults) {
+ParkingJournal::ParkingJournal(UserDefaults& defaults, const Log& log)
+    : defaults_(defaults), log_(log) {
   const auto stored = data(defaults_, key).value_or("");
   records_ = decodeJSON<std::vector<ParkingRecord>>(stored).value_or(std::vector<ParkingRecord>{});
 }
 
-std::expected<void, SystemError> ParkingJournal::write(std::vector<ParkingRecord> records) {
+bool ParkingJournal::write(std::vector<ParkingRecord> records) {
   records_ = std::move(records);
   // A title is whatever bytes another application made of it.
   auto text =
       nlohmann::json(records_).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  return defaults_.set(key, DefaultsData{std::move(text)}, Durability::immediate);
+  const auto written = defaults_.set(key, DefaultsData{std::move(text)}, Durability::immediate);
+  if (!written)
+    log_.error("Could not write the parked-window journal: {}", written.error().sentence);
+  return written.has_value();
 }
 
-std::expected<void, SystemError> ParkingJournal::append(ParkingRecord record) {
+bool ParkingJournal::append(ParkingRecord record) {
   auto all = records_;
   all.push_back(std::move(record));
   return write(std::move(all));
 }
 
-std::expected<void, SystemError> ParkingJournal::forget(const std::string& bundleID,
-                                                        const std::string& title,
-                                                        std::vector<QuartzPoint> stillParked) {
+bool ParkingJournal::forget(const std::string& bundleID, const std::string& title,
+                            std::vector<QuartzPoint> stillParked) {
   auto all = records_;
   const auto removed = std::erase_if(all, [&](const ParkingRecord& record) {
     if (record.bundleID != bundleID || record.title != title) return false;
@@ -61,7 +64,7 @@ std::expected<void, SystemError> ParkingJournal::forget(const std::string& bundl
     stillParked.erase(sibling);
     return false;
   });
-  if (removed == 0) return {};
+  if (removed == 0) return true;
   return write(std::move(all));
 }
 

@@ -1,13 +1,12 @@
 #pragma once
 
-#include <expected>
 #include <string>
 #include <vector>
 
 #include <nlohmann/json_fwd.hpp>
 
 #include "base/geometry.h"
-#include "platform/system_error.h"
+#include "base/log.h"
 #include "platform/user_defaults.h"
 
 namespace pellow {
@@ -26,25 +25,26 @@ struct ParkingRecord {
 void to_json(nlohmann::json& json, const ParkingRecord& record);
 void from_json(const nlohmann::json& json, ParkingRecord& record);
 
-// The windows that are parked off-screen, kept where a crash cannot take them: every write is on
-// disk before it returns. Main thread.
+// The records of the windows that are parked off-screen, kept where a crash cannot take them: every
+// write is on disk before it returns, or answers false and has said why in the log. Main thread.
 class ParkingJournal {
  public:
   // Reads what a previous run left; nothing when the stored data does not decode.
-  explicit ParkingJournal(UserDefaults& defaults);
+  ParkingJournal(UserDefaults& defaults, const Log& log);
 
   const std::vector<ParkingRecord>& records() const { return records_; }
 
-  std::expected<void, SystemError> write(std::vector<ParkingRecord> records);
-  std::expected<void, SystemError> append(ParkingRecord record);
+  bool write(std::vector<ParkingRecord> records);
+  bool append(ParkingRecord record);
 
   // Removes every record of this application and title, but keeps one for each origin in
   // `stillParked`: the windows of the same application and title that stay away.
-  std::expected<void, SystemError> forget(const std::string& bundleID, const std::string& title,
-                                          std::vector<QuartzPoint> stillParked);
+  bool forget(const std::string& bundleID, const std::string& title,
+              std::vector<QuartzPoint> stillParked);
 
  private:
   UserDefaults& defaults_;
+  const Log& log_;
   std::vector<ParkingRecord> records_;  // as stored; nobody else writes them
 };
 

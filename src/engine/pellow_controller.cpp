@@ -8,18 +8,20 @@
 namespace pellow {
 namespace {
 
+constexpr Seconds settleTime = 2;
+constexpr Seconds restoreBatchExtra = 1.5;
+constexpr Seconds restoreBatchEcho = 0.5;
+
 // The side that a zone's windows are slid to: its own, or the nearer one.
 StripEdge parkingSide(const TabZone& zone) {
   if (zone.snap == StripEdge::left || zone.snap == StripEdge::right) return *zone.snap;
   return zone.position.x >= 0.5 ? StripEdge::right : StripEdge::left;
 }
 
-std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minimized) {
-  window.element.setMessagingTimeout(AX::timeout::windowChange);
-  return window.element.setAttribute(AX::attribute::minimized, minimized);
+PellowError unanswered(Mechanism mechanism) {
+  return mechanism == Mechanism::minimize ? PellowError::minimizeFailed(AXError::cannotComplete)
+                                          : PellowError::moveFailed(AXError::cannotComplete);
 }
-
-bool isGone(const PellowError& error) { return error.axError() == AXError::invalidUIElement; }
 
 }  // namespace
 
@@ -27,23 +29,83 @@ PellowController::PellowController(const Surroundings& surroundings)
     : around_(surroundings),
       store_(around_.notifications, around_.workspace),
       displays_(around_.screens),
-      journal_(around_.userDefaults),
+      journal_(around_.userDefaults, around_.log),
       parking_(displays_, journal_, around_.accessibility, around_.workspace, around_.clock,
                around_.log, around_.ownProcess),
-      destroyedWindows_(around_.accessibility, around_.queues.main(),
-                        [this] { store_.pruneDead(); }),
+      parkedWindows_(journal_, store_, ledger_),
+      echoes_(around_.clock),
       axQueue_(around_.queues),
+      mechanisms_({.axQueue = axQueue_,
+                   .clock = around_.clock,
+                   .displays = displays_,
+                   .echoes = echoes_,
+                   .log = around_.log,
+                   .parking = parking_,
+                   .parkedWindows = parkedWindows_,
+                   .workspace = around_.workspace}),
+      snapshots_({.accessibility = around_.accessibility,
+                  .axQueue = axQueue_,
+                  .clock = around_.clock,
+                  .log = around_.log,
+                  .screenCapture = around_.screenCapture,
+                  .userDefaults = around_.userDefaults}),
+      flights_(around_.panels, around_.userDefaults),
+      failures_(around_.alerts, around_.log, tasks_),
+      triggers_({.accessibility = around_.accessibility,
+                 .axQueue = axQueue_,
+                 .displays = displays_,
+                 .echoes = echoes_,
+                 .ledger = ledger_,
+                 .log = around_.log,
+                 .store = store_,
+                 .tasks = tasks_,
+                 .userDefaults = around_.userDefaults}),
+      bulkActions_({.accessibility = around_.accessibility,
+                    .axQueue = axQueue_,
+                    .failures = failures_,
+                    .tasks = tasks_,
+                    .workspace = around_.workspace,
+                    .zones = around_.zones,
+                    .ownProcess = around_.ownProcess}),
+      destroyedWindows_(around_.accessibility, around_.queues.main()),
+      minimizeWatcher_(around_.accessibility, around_.workspace, around_.ownProcess),
       tasks_([this](std::exception_ptr failure) {
         try {
           std::rethrow_exception(failure);
         } catch (const PellowError& error) {
-          report(error, 0);
+          failures_.report(error);
         } catch (const std::exception& error) {
           around_.log.error("An action ended: {}", error.what());
         }
-      }) {}
+      }) {
+  setCallbacks();
+}
 
 PellowController::~PellowController() = default;
+
+void PellowController::setCallbacks() {
+  snapshots_.onScreenRecordingDenied = [this] {
+    failures_.report(PellowError::screenRecordingDenied());
+  };
+  triggers_.onPellow = [this](const TargetWindow& window, std::optional<Mechanism> mechanism) {
+    tasks_.start(pellow(window, std::nullopt, mechanism));
+  };
+  triggers_.onRestore = [this](UUID tab) { restore({tab}); };
+  bulkActions_.pellowApp = [this](TargetWindow window, std::optional<UUID> zoneID,
+                                  std::vector<TargetWindow> excluding) {
+    return pellowApp(std::move(window), zoneID, std::move(excluding));
+  };
+  bulkActions_.minimizeInstead = [this](TargetWindow window) {
+    return pellow(std::move(window), std::nullopt, Mechanism::minimize);
+  };
+  destroyedWindows_.onDestroyed = [this](UUID tab) { store_.remove(std::vector{tab}); };
+  minimizeWatcher_.onMinimized = [this](const TargetWindow& window) {
+    triggers_.windowWasMinimized(window);
+  };
+  minimizeWatcher_.onFocused = [this](const TargetWindow& window) {
+    triggers_.windowWasFocused(window);
+  };
+}
 
 void PellowController::start() {
   displays_.recordMainHeight();
@@ -56,6 +118,12 @@ void PellowController::start() {
       store_, around_.zones, around_.preferences, around_.userDefaults, around_.screens,
       around_.panels, around_.notifications});
   strip_->onActivate = [this](const std::vector<UUID>& ids) { restore(ids); };
+
+  subscriptions_.push_back(around_.workspace.onDidActivateApplication([this](ProcessID pid) {
+    triggers_.appActivated(pid);
+    tasks_.start(snapshots_.cacheSnapshotOfFocusedWindow(pid));
+  }));
+  minimizeWatcher_.start();
 }
 
 // Pellowing
@@ -65,16 +133,17 @@ void PellowController::pellowFrontmost() { tasks_.start(pellowFocusedWindow()); 
 Task<> PellowController::pellowFocusedWindow() {
   const auto window = co_await axQueue_.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, around_.workspace); });
-  if (!window) {
-    report(PellowError::noFocusedWindow(), 0);
-    co_return;
+  if (!window) throw PellowError::noFocusedWindow();
+  if (around_.preferences.mechanism() == Mechanism::hideApp) {
+    co_await pellowApp(*window, std::nullopt, {});
+  } else {
+    co_await pellow(*window, std::nullopt, std::nullopt);
   }
-  co_await pellow(*window, std::nullopt, std::nullopt);
 }
 
 Task<> PellowController::pellow(TargetWindow window, std::optional<UUID> zoneID,
                                 std::optional<Mechanism> mechanism) {
-  if (store_.contains(window) || ledger_.contains(window)) co_return;
+  if (isTaken(window)) co_return;
   const auto zone = chooseZone(window, zoneID);
   const auto chosen = mechanism.value_or(around_.preferences.mechanism());
   try {
@@ -84,8 +153,39 @@ Task<> PellowController::pellow(TargetWindow window, std::optional<UUID> zoneID,
       co_await park(window, chosen, zone);
     }
   } catch (const PellowError& error) {
-    report(error, 0);
+    failures_.report(error);
   }
+}
+
+Task<> PellowController::pellowApp(TargetWindow window, std::optional<UUID> zoneID,
+                                   std::vector<TargetWindow> excluding) {
+  const auto mechanism = around_.preferences.mechanism();
+  const auto zone = chooseZone(window, zoneID);
+  if (mechanism != Mechanism::hideApp)
+    co_return co_await pellowWindows(window, mechanism, zone, std::move(excluding));
+  // Hiding the application would take the windows with it that shall stay.
+  if (std::ranges::find(excluding, window.pid, &TargetWindow::pid) != excluding.end())
+    co_return co_await pellowWindows(window, Mechanism::offscreen, zone, std::move(excluding));
+  if (!hasTabForApp(window.pid)) co_return co_await pellow(window, zone.id, mechanism);
+  // Its tab stayed when somebody else brought it back.
+  if (!around_.workspace.hide(window.pid)) failures_.report(PellowError::hideFailed());
+  echoes_.settle(window.pid, settleTime);
+}
+
+Task<> PellowController::pellowWindows(TargetWindow window, Mechanism mechanism, TabZone zone,
+                                       std::vector<TargetWindow> excluding) {
+  const auto windows = co_await axQueue_.ax(
+      [&] { return TargetWindow::windows(around_.accessibility, window.pid); });
+  std::vector<PellowError> failures;
+  for (const auto& each : windows) {
+    if (std::ranges::find(excluding, each) != excluding.end() || isTaken(each)) continue;
+    try {
+      co_await park(each, mechanism, zone);
+    } catch (const PellowError& error) {
+      failures.push_back(error);
+    }
+  }
+  failures_.report(failures);
 }
 
 Task<> PellowController::hideApp(TargetWindow window, TabZone zone) {
@@ -94,78 +194,56 @@ Task<> PellowController::hideApp(TargetWindow window, TabZone zone) {
   if (!application) throw PellowError::windowGone();
   const auto state = co_await read(window);
 
-  const auto tab = makeTab(window, *application, state, Mechanism::hideApp, zone);
-  claim.setTab(tab);
-  if (!around_.workspace.hide(window.pid)) throw PellowError::hideFailed();
-  store_.add(tab);
+  auto tab = makeTab(window, *application, state, Mechanism::hideApp, zone);
+  if (state.frame)
+    tab.snapshot = co_await snapshots_.snapshotIfEnabled(window.pid, state.title, *state.frame);
+  co_await putAway(std::move(tab), claim, zone);
 }
 
 Task<> PellowController::park(TargetWindow window, Mechanism mechanism, TabZone zone) {
   auto claim = ledger_.claim(window);
   const auto application = around_.workspace.application(window.pid);
   const auto state = co_await read(window);
+  if (!state.answers) throw unanswered(mechanism);
   if (!application || !state.frame) throw PellowError::windowGone();
 
-  const auto tab = makeTab(window, *application, state, mechanism, zone);
+  auto tab = makeTab(window, *application, state, mechanism, zone);
+  tab.snapshot = state.isMinimized
+                     ? snapshots_.cachedSnapshot(window.element)
+                     : co_await snapshots_.snapshotIfEnabled(window.pid, state.title, *state.frame);
+  const bool isDone = mechanism == Mechanism::minimize && state.isMinimized;
+  if (!isDone) co_return co_await putAway(std::move(tab), claim, zone);
+  echoes_.settle(window.pid, settleTime);
+  store_.add(std::move(tab));
+}
+
+// From the claim on there is somebody who knows how to put the window back; the tab becomes public
+// only when the window is hidden.
+Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone) {
+  const auto tabFrame = strip_->projectedTabFrame(zone.id);
   claim.setTab(tab);
-  if (mechanism == Mechanism::offscreen) {
-    co_await slideOffscreen(tab, parkingSide(zone));
-  } else if (!state.isMinimized) {
-    co_await minimize(tab);
+  const auto hiding = co_await mechanisms_.hide(tab, parkingSide(zone));
+  if (hiding.mayBeHidden) {
+    store_.add(tab);
+    echoes_.settle(tab.window.pid, settleTime);
+    if (tabFrame) flyOut(tab, *tabFrame);
   }
-  store_.add(tab);
+  if (!hiding.failure) co_return;
+  if (hiding.failure->code() == PellowError::Code::moveRefused) failures_.noteRefusal(tab.window);
+  if (*hiding.failure == PellowError::minimizeFailed(AXError::cannotComplete))
+    triggers_.expectLateMinimize(tab.window);
+  throw PellowError(*hiding.failure);
 }
 
 Task<PellowController::WindowState> PellowController::read(TargetWindow window) {
   co_return co_await axQueue_.ax([&] {
+    window.element.setMessagingTimeout(AX::timeout::windowChange);
+    const auto role = window.element.copyAttribute(AX::attribute::role);
+    if (!role && role.error() == AXError::cannotComplete) return WindowState{.answers = false};
     return WindowState{AX::string(window.element, AX::attribute::title).value_or(""),
                        AX::frame(window.element),
                        AX::boolean(window.element, AX::attribute::minimized).value_or(false)};
   });
-}
-
-Task<> PellowController::minimize(const TabItem& tab) {
-  const auto done = co_await axQueue_.ax([&] { return setMinimized(tab.window, true); });
-  if (!done) throw PellowError::minimizeFailed(done.error());
-}
-
-// Record first, then move, then look: a window that stays in sight goes back and has no tab. One
-// that nobody can say anything about keeps a tab, as it may be hidden.
-Task<> PellowController::slideOffscreen(const TabItem& tab, StripEdge side) {
-  const auto target = parking_.parkOrigin(*tab.originalFrame, side);
-  if (tab.bundleID) {
-    const auto written =
-        journal_.append({*tab.bundleID, tab.title, tab.originalFrame->origin, target});
-    if (!written) {
-      around_.log.error("Could not write the parked-window journal: {}", written.error().sentence);
-      forgetRecord(tab);
-      throw PellowError::moveFailed(AXError::failure);
-    }
-  }
-
-  std::optional<PellowError> failure;
-  try {
-    const auto taken =
-        co_await axQueue_.ax([&] { return tab.window.move(target, Verify::yes, around_.clock); });
-    if (displays_.isHidden({taken, tab.originalFrame->size})) co_return;
-    failure = PellowError::moveRefused(tab.appName);
-  } catch (const PellowError& error) {
-    failure = error;
-  }
-  if (!co_await slideBack(tab)) store_.add(tab);
-  throw *failure;
-}
-
-Task<bool> PellowController::slideBack(const TabItem& tab) {
-  try {
-    co_await axQueue_.ax(
-        [&] { return tab.window.move(tab.originalFrame->origin, Verify::yes, around_.clock); });
-  } catch (const PellowError& error) {
-    around_.log.error("{}", error.errorDescription());
-    if (!isGone(error)) co_return false;
-  }
-  forgetRecord(tab);
-  co_return true;
 }
 
 // Restoring
@@ -177,11 +255,10 @@ void PellowController::restoreAll() {
 }
 
 void PellowController::restore(const std::vector<UUID>& ids) {
-  store_.pruneDead();
   std::list<Returning> returning;
   for (const auto& tab : store_.tabs()) {
     if (std::ranges::find(ids, tab.id) == ids.end()) continue;
-    returning.push_back({tab, ledger_.claim(tab.window)});
+    returning.push_back({tab, ledger_.claim(tab.window), strip_->frame(tab.id)});
     returning.back().claim.setTab(tab);
   }
   if (returning.empty()) return;
@@ -189,109 +266,91 @@ void PellowController::restore(const std::vector<UUID>& ids) {
   tasks_.start(restoreBatch(std::move(returning)));
 }
 
+// While windows come back, their applications become active one after another; these activations
+// must not bring back more.
 Task<> PellowController::restoreBatch(std::list<Returning> returning) {
-  std::optional<PellowError> first;
-  int failures = 0;
+  const auto each = flights_.duration();
+  echoes_.suppressActivation(each * static_cast<double>(returning.size()) + restoreBatchExtra);
+  std::vector<PellowError> failures;
   for (; !returning.empty(); returning.pop_front()) {
     try {
-      co_await restore(returning.front().tab);
+      co_await restore(returning.front());
     } catch (const PellowError& error) {
-      if (!first) first = error;
-      ++failures;
+      failures.push_back(error);
     }
   }
-  if (first) report(*first, failures - 1);
+  echoes_.suppressActivation(restoreBatchEcho);
+  failures_.report(failures);
+  co_await pruneDead();
 }
 
-Task<> PellowController::restore(const TabItem& tab) {
+Task<> PellowController::restore(const Returning& returning) {
+  const auto& tab = returning.tab;
   std::optional<PellowError> failure;
   try {
-    const auto role =
-        co_await axQueue_.ax([&] { return tab.window.element.copyAttribute(AX::attribute::role); });
     // An application that is merely slow still has its window.
-    if (!role && role.error() == AXError::invalidUIElement) {
-      failure = PellowError::moveFailed(role.error());
-    } else {
-      co_await reveal(tab);
-    }
+    if (co_await axQueue_.ax([&] { return tab.window.isGone(); })) throw PellowError::windowGone();
+    flyBack(returning);
+    co_await mechanisms_.reveal(tab);
   } catch (const PellowError& error) {
     failure = error;
   }
   if (!failure) co_return;
 
-  if (isGone(*failure)) {
+  if (failure->isWindowGone()) {
     around_.log.standard("Dropping tab whose window no longer exists");
-    forgetRecord(tab);
+    parkedWindows_.forget(tab);
     co_return;
   }
   store_.add(tab);
-  throw *failure;
+  throw PellowError(*failure);
 }
 
-Task<> PellowController::reveal(const TabItem& tab) {
-  switch (tab.mechanism) {
-    case Mechanism::minimize: {
-      const auto done = co_await axQueue_.ax([&] { return setMinimized(tab.window, false); });
-      if (!done) throw PellowError::unminimizeFailed(done.error());
-      break;
+// Tabs whose windows are gone and whose end was not announced go with the next batch. Not before
+// it: an application that hangs makes this wait.
+Task<> PellowController::pruneDead() {
+  const auto tabs = store_.tabs();
+  const auto dead = co_await axQueue_.ax([&] {
+    std::vector<UUID> ids;
+    for (const auto& tab : tabs) {
+      tab.window.element.setMessagingTimeout(AX::timeout::application);
+      if (tab.window.isGone()) ids.push_back(tab.id);
     }
-    case Mechanism::offscreen: {
-      if (!tab.originalFrame) throw PellowError::moveFailed(AXError::noValue);
-      const auto origin = parking_.restoreOrigin(*tab.originalFrame);
-      co_await axQueue_.ax([&] { return tab.window.move(origin, Verify::yes, around_.clock); });
-      forgetRecord(tab);
-      break;
-    }
-    case Mechanism::hideApp:
-      around_.workspace.unhide(tab.window.pid);
-      break;
-  }
-  co_await bringToFront(tab.window);
-}
-
-Task<> PellowController::bringToFront(const TargetWindow& window) {
-  const auto raised = co_await axQueue_.ax([&] {
-    window.element.setMessagingTimeout(AX::timeout::windowChange);
-    return window.element.performAction(AX::action::raise);
+    return ids;
   });
-  if (!raised)
-    around_.log.standard("raise failed after successful restore: {}", explanation(raised.error()));
-  around_.workspace.activate(window.pid);
+  store_.pruneDead(dead);
 }
 
 void PellowController::restoreAllBlocking() {
-  const auto underWay = ledger_.tabs();
+  // Not started: the journal is still that of a previous run.
+  if (!strip_) return;
+  std::vector<TabItem> underWay;
+  for (const auto& entry : ledger_.entries())
+    if (entry.tab) underWay.push_back(*entry.tab);
   tasks_.cancel();
-  for (const auto& tab : underWay) putBackBlocking(tab);
+  bulkActions_.dropWaiting();
+  for (const auto& tab : underWay) mechanisms_.revealBlocking(tab);
+
   std::vector<UUID> ids;
   for (const auto& tab : store_.tabs()) {
-    putBackBlocking(tab);
+    mechanisms_.revealBlocking(tab);
     ids.push_back(tab.id);
   }
   store_.remove(ids);
-  if (const auto written = journal_.write({}); !written)
-    around_.log.error("Could not write the parked-window journal: {}", written.error().sentence);
-}
-
-void PellowController::putBackBlocking(const TabItem& tab) {
-  switch (tab.mechanism) {
-    case Mechanism::hideApp:
-      around_.workspace.unhide(tab.window.pid);
-      break;
-    case Mechanism::offscreen:
-      if (!tab.originalFrame) break;
-      tab.window.element.setMessagingTimeout(AX::timeout::windowChange);
-      // Nobody is left to tell of a failure.
-      (void)tab.window.element.setAttribute(AX::attribute::position,
-                                            parking_.restoreOrigin(*tab.originalFrame));
-      break;
-    case Mechanism::minimize:
-      (void)setMinimized(tab.window, false);
-      break;
-  }
+  journal_.write({});
 }
 
 // Bookkeeping
+
+bool PellowController::isTaken(const TargetWindow& window) const {
+  return store_.contains(window) || ledger_.contains(window);
+}
+
+bool PellowController::hasTabForApp(ProcessID pid) const {
+  return std::ranges::any_of(store_.tabs(), [pid](const TabItem& tab) {
+    return tab.mechanism == Mechanism::hideApp && tab.window.pid == pid;
+  });
+}
 
 TabZone PellowController::chooseZone(const TargetWindow& window, std::optional<UUID> zoneID) const {
   if (zoneID) return around_.zones.zone(zoneID);
@@ -316,59 +375,38 @@ TabItem PellowController::makeTab(const TargetWindow& window, const RunningAppli
           .zoneID = zone.id};
 }
 
-// The tabs, whole or under way, whose windows stand in the journal.
-std::vector<TabItem> PellowController::parkedTabs() const {
-  auto tabs = ledger_.tabs();
-  tabs.insert(tabs.end(), store_.tabs().begin(), store_.tabs().end());
-  std::erase_if(tabs, [](const TabItem& tab) {
-    return tab.mechanism != Mechanism::offscreen || !tab.bundleID || !tab.originalFrame;
-  });
-  return tabs;
-}
-
-void PellowController::forgetRecord(const TabItem& tab) {
-  if (tab.mechanism != Mechanism::offscreen || !tab.bundleID) return;
-  std::vector<QuartzPoint> siblings;
-  for (const auto& other : parkedTabs())
-    if (other.id != tab.id && other.bundleID == tab.bundleID && other.title == tab.title)
-      siblings.push_back(other.originalFrame->origin);
-  if (const auto written = journal_.forget(*tab.bundleID, tab.title, siblings); !written)
-    around_.log.error("Could not write the parked-window journal: {}", written.error().sentence);
-}
-
-// Tabs leave the store for many reasons: their window is closed, their application quits. What they
-// leave in the journal would send the next launch looking for windows that do not exist.
 void PellowController::tabsDidChange() {
   destroyedWindows_.watch(store_.tabs());
-
-  const auto parked = parkedTabs();
-  if (journal_.records().size() <= parked.size()) return;
-  auto records = journal_.records();
-  std::erase_if(records, [&](const ParkingRecord& record) {
-    return std::ranges::none_of(parked, [&](const TabItem& tab) {
-      return tab.bundleID == record.bundleID && tab.title == record.title &&
-             tab.originalFrame->origin == record.originalOrigin;
-    });
-  });
-  if (records == journal_.records()) return;
-  if (const auto written = journal_.write(std::move(records)); !written)
-    around_.log.error("Could not write the parked-window journal: {}", written.error().sentence);
+  parkedWindows_.dropStaleRecords();
 }
 
-// Failures
+// Flights
 
-void PellowController::report(const PellowError& error, int additional) {
-  around_.log.error("{}", error.errorDescription());
-  tasks_.start(tell(error, additional));
+bool PellowController::shouldAnimate(Mechanism mechanism) const {
+  return mechanism != Mechanism::minimize &&
+         boolean(around_.userDefaults, preference::animateFlight);
 }
 
-Task<> PellowController::tell(PellowError error, int additional) {
-  auto text = error.errorDescription();
-  if (additional > 0) text += fmt::format("\n\nAnd {} more.", additional);
-  co_await around_.alerts.present({.style = AlertStyle::warning,
-                                   .messageText = "Pellow could not complete that action",
-                                   .informativeText = std::move(text),
-                                   .buttons = {"OK"}});
+void PellowController::flyOut(const TabItem& tab, const AppKitRect& tabFrame) {
+  if (!shouldAnimate(tab.mechanism) || !tab.originalFrame) return;
+  const auto& image = tab.snapshot ? tab.snapshot : tab.icon;
+  if (!image) return;
+  flights_.flyOut(*image,
+                  tab.snapshot ? FlightAnimator::Subject::picture : FlightAnimator::Subject::icon,
+                  displays_.flip().toAppKit(*tab.originalFrame), tabFrame);
+}
+
+void PellowController::flyBack(const Returning& returning) {
+  const auto& tab = returning.tab;
+  const auto& image = tab.snapshot ? tab.snapshot : tab.icon;
+  if (!shouldAnimate(tab.mechanism) || !returning.tabFrame || !image || !tab.originalFrame) return;
+  const QuartzRect home{tab.mechanism == Mechanism::offscreen
+                            ? parking_.restoreOrigin(*tab.originalFrame)
+                            : tab.originalFrame->origin,
+                        tab.originalFrame->size};
+  flights_.flyBack(*image,
+                   tab.snapshot ? FlightAnimator::Subject::picture : FlightAnimator::Subject::icon,
+                   *returning.tabFrame, displays_.flip().toAppKit(home));
 }
 
 }  // namespace pellow

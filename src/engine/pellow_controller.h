@@ -13,11 +13,20 @@
 #include "base/notification_center.h"
 #include "base/subscription.h"
 #include "base/task.h"
+#include "capture/flight_animator.h"
+#include "engine/automatic_triggers.h"
+#include "engine/bulk_actions.h"
 #include "engine/destroyed_window_watcher.h"
 #include "engine/displays.h"
+#include "engine/echo_guard.h"
+#include "engine/failure_reports.h"
 #include "engine/ledger.h"
+#include "engine/mechanisms.h"
+#include "engine/minimize_watcher.h"
 #include "engine/offscreen_parking.h"
+#include "engine/parked_windows.h"
 #include "engine/parking_journal.h"
+#include "engine/snapshots.h"
 #include "model/mechanism.h"
 #include "model/preferences.h"
 #include "model/tab_item.h"
@@ -27,6 +36,7 @@
 #include "platform/clock.h"
 #include "platform/panels.h"
 #include "platform/queues.h"
+#include "platform/screen_capture.h"
 #include "platform/screens.h"
 #include "platform/user_defaults.h"
 #include "platform/uuid_source.h"
@@ -40,7 +50,7 @@ namespace pellow {
 //
 // A window that the program has hidden has a tab in `store()` or stands in the ledger, at every
 // moment. Calls into other applications run on the AX queue, one at a time; everything else runs on
-// the main thread, and so does every member.
+// the main thread, and so does every member. Actions return at once and report their own failures.
 class PellowController {
  public:
   // What the controller stands on; all of it outlives the controller.
@@ -53,6 +63,7 @@ class PellowController {
     Panels& panels;
     Preferences& preferences;
     Queues& queues;
+    ScreenCapture& screenCapture;
     Screens& screens;
     UserDefaults& userDefaults;
     UUIDSource& uuids;
@@ -67,18 +78,25 @@ class PellowController {
   ~PellowController();
 
   const TabStore& store() const { return store_; }
+  const Ledger& ledger() const { return ledger_; }
   Displays& displays() { return displays_; }
   OffscreenParking& parking() { return parking_; }
 
-  // Shows the strips and begins to follow the displays. Once, after launch.
+  // Shows the strips and begins to follow displays and applications. Once, after launch.
   void start();
 
-  // Pellows the focused window of the frontmost application; its whole application when the
-  // preferred mechanism hides applications. Reports its own failures.
+  // The focused window of the frontmost application; its whole application when the preferred
+  // mechanism hides applications.
   void pellowFrontmost();
 
-  // Brings back the windows of these tabs, in the order of the store, one after another. Returns at
-  // once; the tabs are gone when it does. Reports its own failures.
+  // Every window of the pinned applications; of all ordinary applications; of all but the focused
+  // window.
+  void pellowPinnedApps() { bulkActions_.pellowPinnedApps(); }
+  void pellowEverything() { bulkActions_.pellowEverything(); }
+  void enterFocusMode() { bulkActions_.enterFocusMode(); }
+
+  // Brings back the windows of these tabs, in the order of the store, one after another. The tabs
+  // are gone when it returns.
   void restore(const std::vector<UUID>& ids);
 
   // The same for every tab.
@@ -93,44 +111,48 @@ class PellowController {
   bool isIdle() const { return tasks_.isIdle(); }
 
  private:
-  // What a park needs to know about a window before it touches it.
+  // What is known of a window before it is touched.
   struct WindowState {
     std::string title;
     std::optional<QuartzRect> frame;
     bool isMinimized = false;
+    bool answers = true;  // its application did, in time
   };
 
   // A tab on its way back to being a window.
   struct Returning {
     TabItem tab;
     Ledger::Claim claim;
+    std::optional<AppKitRect> tabFrame;  // where it stood on the screen
   };
 
   Task<> pellowFocusedWindow();
   Task<> pellow(TargetWindow window, std::optional<UUID> zoneID,
                 std::optional<Mechanism> mechanism);
+  Task<> pellowApp(TargetWindow window, std::optional<UUID> zoneID,
+                   std::vector<TargetWindow> excluding);
+  Task<> pellowWindows(TargetWindow window, Mechanism mechanism, TabZone zone,
+                       std::vector<TargetWindow> excluding);
   Task<> hideApp(TargetWindow window, TabZone zone);
   Task<> park(TargetWindow window, Mechanism mechanism, TabZone zone);
-  Task<> minimize(const TabItem& tab);
-  Task<> slideOffscreen(const TabItem& tab, StripEdge side);
-  // Whether the window is certainly not hidden any more.
-  Task<bool> slideBack(const TabItem& tab);
+  Task<> putAway(TabItem tab, Ledger::Claim& claim, TabZone zone);
   Task<WindowState> read(TargetWindow window);
 
   Task<> restoreBatch(std::list<Returning> returning);
-  Task<> restore(const TabItem& tab);
-  Task<> reveal(const TabItem& tab);
-  Task<> bringToFront(const TargetWindow& window);
-  void putBackBlocking(const TabItem& tab);
+  Task<> restore(const Returning& returning);
+  Task<> pruneDead();
 
+  bool isTaken(const TargetWindow& window) const;
+  bool hasTabForApp(ProcessID pid) const;
   TabZone chooseZone(const TargetWindow& window, std::optional<UUID> zoneID) const;
   TabItem makeTab(const TargetWindow& window, const RunningApplication& application,
                   const WindowState& state, Mechanism mechanism, const TabZone& zone);
-  std::vector<TabItem> parkedTabs() const;
-  void forgetRecord(const TabItem& tab);
+  void setCallbacks();
   void tabsDidChange();
-  void report(const PellowError& error, int additional);
-  Task<> tell(PellowError error, int additional);
+
+  bool shouldAnimate(Mechanism mechanism) const;
+  void flyOut(const TabItem& tab, const AppKitRect& tabFrame);
+  void flyBack(const Returning& returning);
 
   Surroundings around_;
   TabStore store_;
@@ -138,10 +160,19 @@ class PellowController {
   Displays displays_;
   ParkingJournal journal_;
   OffscreenParking parking_;
-  std::unique_ptr<TabStripController> strip_;  // from `start` on
-  DestroyedWindowWatcher destroyedWindows_;
-  std::vector<Subscription> subscriptions_;
+  ParkedWindows parkedWindows_;
+  EchoGuard echoes_;
   AXQueue axQueue_;
+  Mechanisms mechanisms_;
+  Snapshots snapshots_;
+  FlightAnimator flights_;
+  FailureReports failures_;
+  AutomaticTriggers triggers_;
+  BulkActions bulkActions_;
+  DestroyedWindowWatcher destroyedWindows_;
+  MinimizeWatcher minimizeWatcher_;
+  std::unique_ptr<TabStripController> strip_;  // from `start` on
+  std::vector<Subscription> subscriptions_;
   TaskScope tasks_;  // ends first: its tasks use everything above
 };
 

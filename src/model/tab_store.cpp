@@ -4,8 +4,6 @@
 #include <unordered_set>
 #include <utility>
 
-#include "access/ax.h"
-
 namespace pellow {
 namespace {
 
@@ -13,11 +11,6 @@ auto listedIn(std::span<const UUID> ids) {
   return [listed = std::unordered_set<UUID>(ids.begin(), ids.end())](const TabItem& tab) {
     return listed.contains(tab.id);
   };
-}
-
-bool isGone(const TargetWindow& window) {
-  const auto role = window.element.copyAttribute(AX::attribute::role);
-  return !role && role.error() == AXError::invalidUIElement;
 }
 
 }  // namespace
@@ -65,8 +58,8 @@ void TabStore::reassign(std::optional<UUID> fromZone, std::optional<UUID> to) {
          [&](TabItem& tab) { tab.zoneID = to; });
 }
 
-void TabStore::pruneDead() {
-  if (std::erase_if(tabs_, [](const TabItem& tab) { return isGone(tab.window); }) > 0) post();
+void TabStore::pruneDead(std::span<const UUID> dead) {
+  if (std::erase_if(tabs_, listedIn(dead)) > 0) post();
 }
 
 void TabStore::appTerminated(ProcessID pid) {

@@ -44,9 +44,8 @@ class TabStore {
   // tab moved.
   void reassign(std::optional<UUID> fromZone, std::optional<UUID> to);
 
-  // Drops the tabs whose window is surely gone (`invalidUIElement`); those that are merely slow or
-  // fail otherwise stay. Posts once if any was dropped. One Accessibility read for every tab.
-  void pruneDead();
+  // Drops the tabs among these, whose windows were found to be gone. Posts once if any was dropped.
+  void pruneDead(std::span<const UUID> dead);
 
  private:
   void appTerminated(ProcessID pid);

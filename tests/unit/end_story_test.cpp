@@ -158,7 +158,7 @@ TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
 TEST(EndStory, RecoveryPairsRecordsAndWindows) {
   const auto journal = [](const std::vector<ParkingRecord>& records) {
     SimulatedPlatform scratch;
-    EXPECT_TRUE(ParkingJournal(scratch.userDefaults()).write(records));
+    EXPECT_TRUE(ParkingJournal(scratch.userDefaults(), scratch.log()).write(records));
     return *scratch.desktop().storedDefault("parkedWindows");
   };
   SimulatedPlatform platform;
@@ -204,7 +204,7 @@ TEST(EndStory, AnEmptyJournalAsksNobody) {
     Program program(platform);
     EXPECT_EQ(lost.frame().minX(), 1439) << stored;
     for (const auto& line : desktop.history())
-      EXPECT_EQ(line.find("AX"), std::string::npos) << line;
+      EXPECT_EQ(line.find("reads AX"), std::string::npos) << line;
   }
 }
 

@@ -55,7 +55,7 @@ class Program {
   // The journal as a crash at this moment would leave it.
   std::vector<ParkingRecord> journalOnDisk() const {
     simulated::SimulatedPlatform afterCrash(platform_.desktop().snapshot());
-    return ParkingJournal(afterCrash.userDefaults()).records();
+    return ParkingJournal(afterCrash.userDefaults(), afterCrash.log()).records();
   }
 
  private:

@@ -122,19 +122,23 @@ TEST_F(TabStoreTest, PrunesOnlyWhatIsSurelyGone) {
     added.window.element = AXElement(element);
     store.add(added);
   };
+  const auto prune = [&] {
+    std::vector<UUID> dead;
+    for (const auto& each : store.tabs())
+      if (each.window.isGone()) dead.push_back(each.id);
+    noticed();
+    store.pruneDead(dead);
+    return noticed();
+  };
   add(1, "AXWindow");
   add(2, std::unexpected(AXError::cannotComplete));
   add(3, std::unexpected(AXError::failure));
-  noticed();
-  store.pruneDead();
-  EXPECT_EQ(noticed(), 0);
+  EXPECT_EQ(prune(), 0);
 
   add(4, std::unexpected(AXError::invalidUIElement));
   add(5, std::unexpected(AXError::invalidUIElement));
   add(6, std::unexpected(AXError::apiDisabled));
-  noticed();
-  store.pruneDead();
-  EXPECT_EQ(noticed(), 1);
+  EXPECT_EQ(prune(), 1);
   EXPECT_EQ(titles(), "1236");
 }
 

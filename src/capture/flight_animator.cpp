@@ -1,0 +1,81 @@
+#include "capture/flight_animator.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "model/preferences.h"
+
+namespace pellow {
+namespace {
+
+constexpr Seconds shortest = 0.1;
+constexpr Seconds longest = 1.2;
+constexpr double iconShare = 0.6;  // of the window's smaller side
+constexpr double iconAtMost = 180;
+constexpr double tooSmall = 1.0;
+constexpr double fadedOut = 0.15;
+constexpr double cornerRadius = 6.0;
+
+AppKitRect centred(Size size, const AppKitRect& in) {
+  return {in.midX() - size.width / 2, in.midY() - size.height / 2, size.width, size.height};
+}
+
+// What flies of a window of this frame.
+AppKitRect extent(FlightAnimator::Subject subject, const AppKitRect& windowFrame) {
+  if (subject == FlightAnimator::Subject::picture) return windowFrame;
+  const auto side =
+      std::min(iconShare * std::min(windowFrame.width(), windowFrame.height()), iconAtMost);
+  return centred({side, side}, windowFrame);
+}
+
+bool canBeSeen(const AppKitRect& rect) {
+  return rect.width() > tooSmall && rect.height() > tooSmall;
+}
+
+}  // namespace
+
+Seconds FlightAnimator::duration() const {
+  return std::clamp(number(defaults_, preference::animationDuration), shortest, longest);
+}
+
+AppKitRect FlightAnimator::landing(const AppKitRect& rect, const AppKitRect& tabFrame) {
+  if (rect.width() <= 0 || rect.height() <= 0) return tabFrame;
+  const auto scale = std::min(tabFrame.width() / rect.width(), tabFrame.height() / rect.height());
+  return centred({rect.width() * scale, rect.height() * scale}, tabFrame);
+}
+
+void FlightAnimator::flyOut(const Image& image, Subject subject, const AppKitRect& windowFrame,
+                            const AppKitRect& tabFrame, std::function<void()> completion) {
+  const auto start = extent(subject, windowFrame);
+  fly(image, start, landing(start, tabFrame), 1.0, fadedOut, std::move(completion));
+}
+
+void FlightAnimator::flyBack(const Image& image, Subject subject, const AppKitRect& tabFrame,
+                             const AppKitRect& windowFrame) {
+  const auto end = extent(subject, windowFrame);
+  fly(image, landing(end, tabFrame), end, fadedOut, 1.0);
+}
+
+void FlightAnimator::fly(const Image& image, const AppKitRect& from, const AppKitRect& to,
+                         double fadeFrom, double fadeTo, std::function<void()> completion) {
+  if (!canBeSeen(from) || !canBeSeen(to)) {
+    if (completion) completion();
+    return;
+  }
+  const auto flight = flying_.insert(flying_.end(), panels_.makePanel("pellow-flight"));
+  auto& panel = **flight;
+  panel.setIgnoresMouseEvents(true);
+  panel.setLevel(PanelLevel::statusWindow);
+  panel.setContent({.key = "picture",
+                    .frame = {{}, from.size},
+                    .look = {.content = Picture{image}, .cornerRadius = cornerRadius}});
+  panel.animate(from, fadeFrom, 0, AnimationTiming::linear, nullptr);
+  panel.orderFront();
+  panel.animate(to, fadeTo, duration(), AnimationTiming::easeInOut,
+                [this, flight, done = std::move(completion)] {
+                  flying_.erase(flight);
+                  if (done) done();
+                });
+}
+
+}  // namespace pellow

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <expected>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "base/geometry.h"
+#include "base/task.h"
+#include "platform/image.h"
+#include "platform/screen_capture.h"
+#include "platform/system_error.h"
+
+namespace pellow {
+
+// Still pictures of single windows of other applications. Accessibility, which names the window,
+// and the capture interface share no identifier: the window is found again by its process, title
+// and frame. Main thread.
+class WindowCapture {
+ public:
+  explicit WindowCapture(ScreenCapture& screenCapture) : screenCapture_(screenCapture) {}
+
+  // A picture of a window on the screen, one pixel for a point; `title` and `frame` as
+  // Accessibility tells them. The error is a sentence. Several captures may run at once.
+  Task<std::expected<Image, SystemError>> capture(ProcessID pid, std::string title,
+                                                  QuartzRect frame);
+
+  // How well a window fits what is looked for: 4 for its origin and 2 for its size, both within 2
+  // points, and 3 for its title, unless `title` is empty.
+  static int score(const ShareableWindow& window, std::string_view title, const QuartzRect& frame);
+
+  // The first of those with the highest score, if it is above 3: neither title nor size alone says
+  // which window it is.
+  static std::optional<ShareableWindow> bestMatch(std::span<const ShareableWindow> windows,
+                                                  std::string_view title, const QuartzRect& frame);
+
+ private:
+  ScreenCapture& screenCapture_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,95 @@
+#include "engine/automatic_triggers.h"
+
+#include <algorithm>
+#include <ranges>
+
+#include "access/ax.h"
+#include "model/preferences.h"
+
+namespace pellow {
+namespace {
+
+constexpr Seconds settleTime = 2;
+constexpr std::size_t lateMinimizesAtMost = 64;
+
+// The frames of an application's windows that are not minimized.
+std::vector<QuartzRect> framesOnScreen(Accessibility& accessibility, ProcessID pid,
+                                       const std::vector<TargetWindow>& leftOut) {
+  std::vector<QuartzRect> frames;
+  for (const auto& window : TargetWindow::windows(accessibility, pid)) {
+    if (std::ranges::find(leftOut, window) != leftOut.end()) continue;
+    if (AX::boolean(window.element, AX::attribute::minimized).value_or(false)) continue;
+    if (const auto frame = AX::frame(window.element)) frames.push_back(*frame);
+  }
+  return frames;
+}
+
+}  // namespace
+
+void AutomaticTriggers::windowWasMinimized(const TargetWindow& window) {
+  const bool isLate = std::erase(lateMinimizes_, window) > 0;
+  if (around_.store.contains(window) || around_.ledger.contains(window)) return;
+  if (isLate) return onPellow(window, Mechanism::minimize);
+
+  if (!boolean(around_.userDefaults, preference::pellowOnMinimize)) return;
+  if (around_.echoes.isMinimizeSuppressed()) return;
+  around_.echoes.settle(window.pid, settleTime);
+  around_.log.standard("Window minimized elsewhere; pellowing it");
+  onPellow(window, std::nullopt);
+}
+
+void AutomaticTriggers::expectLateMinimize(const TargetWindow& window) {
+  std::erase(lateMinimizes_, window);
+  lateMinimizes_.push_back(window);
+  if (lateMinimizes_.size() > lateMinimizesAtMost) lateMinimizes_.erase(lateMinimizes_.begin());
+}
+
+bool AutomaticTriggers::ignoresActivation(ProcessID pid) const {
+  return !boolean(around_.userDefaults, preference::restoreOnActivation) ||
+         around_.echoes.isActivationSuppressed() || around_.echoes.isSettling(pid);
+}
+
+void AutomaticTriggers::windowWasFocused(const TargetWindow& window) {
+  if (ignoresActivation(window.pid)) return;
+  const auto& tabs = around_.store.tabs();
+  const auto tab = std::ranges::find(tabs, window, &TabItem::window);
+  if (tab != tabs.end()) around_.tasks.start(reactToFocus(window.pid, tab->id));
+}
+
+Task<> AutomaticTriggers::reactToFocus(ProcessID pid, UUID tab) {
+  if (!co_await hasVisibleWindow(pid) || around_.echoes.isSettling(pid)) co_return;
+  around_.log.standard("Pellowed window was chosen from its app; restoring it");
+  onRestore(tab);
+}
+
+void AutomaticTriggers::appActivated(ProcessID pid) {
+  if (ignoresActivation(pid)) return;
+  const auto isOfApplication = [pid](const TabItem& tab) { return tab.window.pid == pid; };
+  if (std::ranges::any_of(around_.store.tabs(), isOfApplication))
+    around_.tasks.start(reactToActivation(pid));
+}
+
+Task<> AutomaticTriggers::reactToActivation(ProcessID pid) {
+  if (around_.echoes.isSettling(pid)) co_return;
+  if (co_await hasVisibleWindow(pid)) co_return;
+  const auto& tabs = around_.store.tabs();
+  for (const auto& tab : std::views::reverse(tabs)) {
+    if (tab.window.pid != pid) continue;
+    around_.log.standard("Activated app has nothing visible; restoring its most recent tab");
+    onRestore(tab.id);
+    break;
+  }
+}
+
+// Whether the application shows a window that is neither a tab nor about to become one.
+Task<bool> AutomaticTriggers::hasVisibleWindow(ProcessID pid) {
+  std::vector<TargetWindow> pellowed;
+  for (const auto& tab : around_.store.tabs()) pellowed.push_back(tab.window);
+  for (const auto& entry : around_.ledger.entries()) pellowed.push_back(entry.window);
+  const auto frames = co_await around_.axQueue.ax(
+      [&] { return framesOnScreen(around_.accessibility, pid, pellowed); });
+  co_return std::ranges::any_of(
+      frames, [this](const QuartzRect& frame) { return !around_.displays.isHidden(frame); });
+}
+
+}  // namespace pellow

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "access/ax_queue.h"
+#include "access/target_window.h"
+#include "base/task.h"
+#include "base/uuid.h"
+#include "engine/failure_reports.h"
+#include "model/zone_store.h"
+#include "platform/accessibility.h"
+#include "platform/workspace.h"
+
+namespace pellow {
+
+// The three commands that put many windows away at once. One runs at a time, in the order in which
+// they were asked for; each goes on past every failure and tells all of them at its end. Main
+// thread.
+class BulkActions {
+ public:
+  struct Surroundings {
+    Accessibility& accessibility;
+    AXQueue& axQueue;
+    FailureReports& failures;
+    TaskScope& tasks;
+    Workspace& workspace;
+    const ZoneStore& zones;
+    ProcessID ownProcess;
+  };
+
+  explicit BulkActions(const Surroundings& surroundings) : around_(surroundings) {}
+
+  // Puts all windows of this window's application away but those excluded, and reports failures.
+  std::function<Task<>(TargetWindow window, std::optional<UUID> zoneID,
+                       std::vector<TargetWindow> excluding)>
+      pellowApp;
+  // Minimizes a window to a tab, unless it has one.
+  std::function<Task<>(TargetWindow window)> minimizeInstead;
+
+  // Each returns at once.
+  void pellowPinnedApps();
+  void pellowEverything();
+  void enterFocusMode();
+
+  // Forgets what was asked for and has not begun; what runs ends with its task.
+  void dropWaiting();
+
+ private:
+  using Action = Task<> (BulkActions::*)();
+
+  void start(Action action);
+  Task<> runWaiting();
+  Task<> pinnedApps();
+  Task<> everything();
+  Task<> everythingElse();
+  Task<> pellowApps(bool onlyPinned, std::vector<TargetWindow> excluding);
+  Task<std::optional<TargetWindow>> anyWindow(ProcessID pid);
+  Task<> offerToMinimize(FailureReports::Bulk bulk);
+
+  Surroundings around_;
+  std::deque<Action> waiting_;
+  bool isRunning_ = false;
+};
+
+}  // namespace pellow

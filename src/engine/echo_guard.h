@@ -1,0 +1,38 @@
+#pragma once
+
+#include <map>
+
+#include "platform/ax_element.h"
+#include "platform/clock.h"
+
+namespace pellow {
+
+// Whatever the program does to a window comes back as an event of that window's application. This
+// tells, for as long as an echo may take, which events not to react to. Main thread.
+class EchoGuard {
+ public:
+  explicit EchoGuard(const Clock& clock) : clock_(clock) {}
+
+  // Activations and changes of focus of all applications, from now on for so long; the latest call
+  // counts.
+  void suppressActivation(Seconds duration);
+  bool isActivationSuppressed() const;
+
+  // Minimizing, of all applications.
+  void suppressMinimize(Seconds duration);
+  bool isMinimizeSuppressed() const;
+
+  // Activations and changes of focus of one application.
+  void settle(ProcessID pid, Seconds duration);
+  bool isSettling(ProcessID pid) const;
+
+ private:
+  static constexpr Seconds distantPast = -1e9;
+
+  const Clock& clock_;
+  Seconds suppressActivationUntil_ = distantPast;
+  Seconds suppressMinimizeUntil_ = distantPast;
+  std::map<ProcessID, Seconds> settlingUntil_;
+};
+
+}  // namespace pellow

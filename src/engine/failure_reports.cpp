@@ -1,0 +1,74 @@
+#include "engine/failure_reports.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace pellow {
+namespace {
+
+constexpr std::size_t linesAtMost = 4;
+
+std::string listed(const std::vector<PellowError>& failures) {
+  std::string lines;
+  const auto shown = std::min(failures.size(), linesAtMost);
+  for (std::size_t index = 0; index < shown; ++index)
+    lines += (index == 0 ? "" : "\n") + failures[index].errorDescription();
+  if (failures.size() > shown) lines += fmt::format("\nAnd {} more.", failures.size() - shown);
+  return lines;
+}
+
+}  // namespace
+
+void FailureReports::report(const std::vector<PellowError>& failures) {
+  if (failures.empty()) return;
+  for (const auto& failure : failures) log_.error("{}", failure.errorDescription());
+  if (bulkFailures_) {
+    bulkFailures_->insert(bulkFailures_->end(), failures.begin(), failures.end());
+  } else {
+    tasks_.start(tell(failures.front(), failures.size() - 1));
+  }
+}
+
+Task<> FailureReports::tell(PellowError first, std::size_t additional) {
+  auto text = first.errorDescription();
+  if (additional > 0) text += fmt::format("\n\nAnd {} more.", additional);
+  co_await alerts_.present({.style = AlertStyle::warning,
+                            .messageText = "Pellow could not complete that action",
+                            .informativeText = std::move(text),
+                            .buttons = {"OK"}});
+}
+
+void FailureReports::noteRefusal(const TargetWindow& window) {
+  if (std::ranges::find(refusedOffscreen_, window) == refusedOffscreen_.end())
+    refusedOffscreen_.push_back(window);
+}
+
+void FailureReports::beginBulk() {
+  bulkFailures_.emplace();
+  refusedOffscreen_.clear();
+}
+
+FailureReports::Bulk FailureReports::endBulk() {
+  Bulk bulk{std::exchange(bulkFailures_, std::nullopt).value_or(std::vector<PellowError>{}),
+            std::exchange(refusedOffscreen_, {})};
+  return bulk;
+}
+
+Task<bool> FailureReports::offerToMinimize(const std::vector<TargetWindow>& windows,
+                                           const std::vector<PellowError>& failures) {
+  auto message = windows.size() == 1
+                     ? std::string("One window would not slide off-screen")
+                     : fmt::format("{} windows would not slide off-screen", windows.size());
+  const auto chosen = co_await alerts_.present(
+      {.style = AlertStyle::warning,
+       .messageText = std::move(message),
+       .informativeText = listed(failures) +
+                          "\n\nThey can be minimized to their tabs instead, which puts them away "
+                          "but leaves them in the Dock.",
+       .buttons = {"Minimize Them", "Leave Them"}});
+  co_return chosen == 0;
+}
+
+}  // namespace pellow

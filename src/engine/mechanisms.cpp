@@ -1,0 +1,136 @@
+#include "engine/mechanisms.h"
+
+#include "access/ax.h"
+#include "access/target_window.h"
+
+namespace pellow {
+namespace {
+
+constexpr Seconds minimizeEcho = 2;
+
+std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minimized) {
+  window.element.setMessagingTimeout(AX::timeout::windowChange);
+  return window.element.setAttribute(AX::attribute::minimized, minimized);
+}
+
+}  // namespace
+
+Task<Mechanisms::Hiding> Mechanisms::hide(const TabItem& tab, StripEdge side) {
+  switch (tab.mechanism) {
+    case Mechanism::minimize:
+      co_return co_await minimize(tab);
+    case Mechanism::offscreen:
+      co_return co_await slideOffscreen(tab, side);
+    case Mechanism::hideApp:
+      break;
+  }
+  if (around_.workspace.hide(tab.window.pid)) co_return Hiding{.mayBeHidden = true};
+  co_return Hiding{.failure = PellowError::hideFailed()};
+}
+
+Task<Mechanisms::Hiding> Mechanisms::minimize(const TabItem& tab) {
+  around_.echoes.suppressMinimize(minimizeEcho);
+  const auto done = co_await around_.axQueue.ax([&] { return setMinimized(tab.window, true); });
+  if (done) co_return Hiding{.mayBeHidden = true};
+  co_return Hiding{.failure = PellowError::minimizeFailed(done.error())};
+}
+
+// Record first, then move, then look: a window that stays in sight goes back and needs no tab. One
+// that nobody can say anything about may be hidden.
+Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(const TabItem& tab, StripEdge side) {
+  const auto target = around_.parking.parkOrigin(*tab.originalFrame, side);
+  if (!around_.parkedWindows.record(tab, target))
+    co_return Hiding{.failure = PellowError::moveFailed(AXError::failure)};
+
+  Hiding hiding;
+  try {
+    const auto taken = co_await around_.axQueue.ax(
+        [&] { return tab.window.move(target, Verify::yes, around_.clock); });
+    if (around_.displays.isHidden({taken, tab.originalFrame->size}))
+      co_return Hiding{.mayBeHidden = true};
+    hiding.failure = PellowError::moveRefused(tab.appName);
+  } catch (const PellowError& error) {
+    hiding.failure = error;
+  }
+  hiding.mayBeHidden = !co_await slideBack(tab);
+  co_return hiding;
+}
+
+// Whether the window is certainly not hidden any more.
+Task<bool> Mechanisms::slideBack(const TabItem& tab) {
+  try {
+    co_await around_.axQueue.ax(
+        [&] { return tab.window.move(tab.originalFrame->origin, Verify::yes, around_.clock); });
+  } catch (const PellowError& error) {
+    around_.log.error("{}", error.errorDescription());
+    if (!error.isWindowGone()) co_return false;
+  }
+  around_.parkedWindows.forget(tab);
+  co_return true;
+}
+
+Task<> Mechanisms::reveal(const TabItem& tab) {
+  switch (tab.mechanism) {
+    case Mechanism::minimize:
+      co_await unminimize(tab.window);
+      break;
+    case Mechanism::offscreen: {
+      if (!tab.originalFrame) throw PellowError::moveFailed(AXError::noValue);
+      const auto origin = around_.parking.restoreOrigin(*tab.originalFrame);
+      const auto taken = co_await around_.axQueue.ax(
+          [&] { return tab.window.move(origin, Verify::yes, around_.clock); });
+      if (taken != origin && around_.displays.isHidden({taken, tab.originalFrame->size}))
+        throw PellowError::moveFailed(AXError::failure);
+      around_.parkedWindows.forget(tab);
+      co_await unminimizeIfNeeded(tab.window);
+      break;
+    }
+    case Mechanism::hideApp:
+      around_.workspace.unhide(tab.window.pid);
+      co_await unminimizeIfNeeded(tab.window);
+      break;
+  }
+  co_await bringToFront(tab.window);
+}
+
+Task<> Mechanisms::unminimize(const TargetWindow& window) {
+  const auto done = co_await around_.axQueue.ax([&] { return setMinimized(window, false); });
+  if (!done) throw PellowError::unminimizeFailed(done.error());
+}
+
+// A window that the user minimized, before it was put away or since, is not back in the Dock.
+Task<> Mechanisms::unminimizeIfNeeded(const TargetWindow& window) {
+  const auto isMinimized = co_await around_.axQueue.ax(
+      [&] { return AX::boolean(window.element, AX::attribute::minimized).value_or(false); });
+  if (isMinimized) co_await unminimize(window);
+}
+
+Task<> Mechanisms::bringToFront(const TargetWindow& window) {
+  const auto raised = co_await around_.axQueue.ax([&] {
+    window.element.setMessagingTimeout(AX::timeout::windowChange);
+    return window.element.performAction(AX::action::raise);
+  });
+  if (!raised)
+    around_.log.standard("raise failed after successful restore: {}", explanation(raised.error()));
+  around_.workspace.activate(window.pid);
+}
+
+void Mechanisms::revealBlocking(const TabItem& tab) {
+  switch (tab.mechanism) {
+    case Mechanism::hideApp:
+      around_.workspace.unhide(tab.window.pid);
+      break;
+    case Mechanism::offscreen:
+      if (!tab.originalFrame) break;
+      tab.window.element.setMessagingTimeout(AX::timeout::windowChange);
+      // Nobody is left to tell of a failure.
+      (void)tab.window.element.setAttribute(AX::attribute::position,
+                                            around_.parking.restoreOrigin(*tab.originalFrame));
+      break;
+    case Mechanism::minimize:
+      (void)setMinimized(tab.window, false);
+      break;
+  }
+}
+
+}  // namespace pellow

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <optional>
+
+#include "access/ax_queue.h"
+#include "access/pellow_error.h"
+#include "base/log.h"
+#include "base/task.h"
+#include "engine/displays.h"
+#include "engine/echo_guard.h"
+#include "engine/offscreen_parking.h"
+#include "engine/parked_windows.h"
+#include "model/strip_edge.h"
+#include "model/tab_item.h"
+#include "platform/clock.h"
+#include "platform/workspace.h"
+
+namespace pellow {
+
+// The three ways to put a window away, and the way back from each. Knows windows and the journal,
+// nothing of stores. Main thread; calls into other applications run on the AX queue.
+class Mechanisms {
+ public:
+  struct Surroundings {
+    AXQueue& axQueue;
+    Clock& clock;
+    const Displays& displays;
+    EchoGuard& echoes;
+    const Log& log;
+    OffscreenParking& parking;
+    ParkedWindows& parkedWindows;
+    Workspace& workspace;
+  };
+
+  explicit Mechanisms(const Surroundings& surroundings) : around_(surroundings) {}
+
+  // How an attempt to hide a window ended.
+  struct Hiding {
+    bool mayBeHidden = false;            // it needs its tab
+    std::optional<PellowError> failure;  // for the user; besides a hidden window, too
+  };
+
+  // Hides the window by the tab's mechanism; `side` is for `offscreen`. A window that would stay in
+  // sight is put back.
+  Task<Hiding> hide(const TabItem& tab, StripEdge side);
+
+  // Undoes it, raises the window and activates its application. Throws when the window is not
+  // back; a raise that fails is only logged.
+  Task<> reveal(const TabItem& tab);
+
+  // Undoes it directly on the calling thread, without a word of failures, raise and activation.
+  void revealBlocking(const TabItem& tab);
+
+ private:
+  Task<Hiding> minimize(const TabItem& tab);
+  Task<Hiding> slideOffscreen(const TabItem& tab, StripEdge side);
+  Task<bool> slideBack(const TabItem& tab);
+  Task<> unminimize(const TargetWindow& window);
+  Task<> unminimizeIfNeeded(const TargetWindow& window);
+  Task<> bringToFront(const TargetWindow& window);
+
+  Surroundings around_;
+};
+
+}  // namespace pellow

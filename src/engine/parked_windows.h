@@ -1,0 +1,36 @@
+#pragma once
+
+#include "engine/ledger.h"
+#include "engine/parking_journal.h"
+#include "model/tab_item.h"
+#include "model/tab_store.h"
+
+namespace pellow {
+
+// Keeps the journal in step with the tabs, whole or under way, whose windows are parked off-screen.
+// A window whose application has no bundle identifier has no record. Main thread.
+class ParkedWindows {
+ public:
+  ParkedWindows(ParkingJournal& journal, const TabStore& store, const Ledger& ledger)
+      : journal_(journal), store_(store), ledger_(ledger) {}
+
+  // Before the tab's window moves to `parkedOrigin`: false when that cannot be kept.
+  bool record(const TabItem& tab, QuartzPoint parkedOrigin);
+
+  // The tab's window is not parked any more.
+  void forget(const TabItem& tab);
+
+  // Drops records that belong to no tab: what closed windows and ended applications leave behind
+  // would send the next launch looking for windows that do not exist.
+  void dropStaleRecords();
+
+ private:
+  template <class Use>
+  void forEachParked(Use use) const;
+
+  ParkingJournal& journal_;
+  const TabStore& store_;
+  const Ledger& ledger_;
+};
+
+}  // namespace pellow

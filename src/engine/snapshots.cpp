@@ -1,0 +1,90 @@
+#include "engine/snapshots.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "access/ax.h"
+#include "model/preferences.h"
+
+namespace pellow {
+namespace {
+
+constexpr Seconds snapshotFreshness = 30;
+constexpr Seconds snapshotInterval = 4;
+constexpr std::size_t snapshotsAtMost = 16;
+
+// What a window looks like to a camera.
+struct Subject {
+  std::string title;
+  QuartzRect frame;
+};
+
+// Nothing for a window that cannot be photographed.
+std::optional<Subject> readSubject(const TargetWindow& window) {
+  window.element.setMessagingTimeout(AX::timeout::application);
+  if (AX::boolean(window.element, AX::attribute::minimized).value_or(false)) return std::nullopt;
+  auto title = AX::string(window.element, AX::attribute::title).value_or("");
+  const auto frame = AX::frame(window.element);
+  if (!frame) return std::nullopt;
+  return Subject{std::move(title), *frame};
+}
+
+}  // namespace
+
+bool Snapshots::isEnabled() const {
+  return boolean(around_.userDefaults, preference::useThumbnails) &&
+         around_.screenCapture.preflightAccess();
+}
+
+Task<std::optional<Image>> Snapshots::snapshotIfEnabled(ProcessID pid, std::string title,
+                                                        QuartzRect frame) {
+  if (!boolean(around_.userDefaults, preference::useThumbnails)) co_return std::nullopt;
+  if (!around_.screenCapture.preflightAccess()) {
+    const bool warned = std::exchange(warnedAboutScreenRecording_, true);
+    if (!warned && onScreenRecordingDenied) onScreenRecordingDenied();
+    co_return std::nullopt;
+  }
+  auto image = co_await capture_.capture(pid, std::move(title), frame);
+  if (image) co_return std::move(*image);
+  around_.log.standard("No snapshot for this window, using its icon: {}", image.error().sentence);
+  co_return std::nullopt;
+}
+
+Task<> Snapshots::cacheSnapshot(TargetWindow window) {
+  if (!isEnabled() || wasTakenWithin(window.element, snapshotInterval)) co_return;
+  auto subject = co_await around_.axQueue.ax([&] { return readSubject(window); });
+  if (!subject) co_return;
+  auto image = co_await capture_.capture(window.pid, std::move(subject->title), subject->frame);
+  if (image) keep(window.element, std::move(*image));
+}
+
+Task<> Snapshots::cacheSnapshotOfFocusedWindow(ProcessID pid) {
+  if (!isEnabled()) co_return;
+  const auto window = co_await around_.axQueue.ax([&] {
+    return AX::child(AX::application(around_.accessibility, pid), AX::attribute::focusedWindow);
+  });
+  if (window) co_await cacheSnapshot({*window, pid});
+}
+
+std::optional<Image> Snapshots::cachedSnapshot(const AXElement& window) const {
+  if (!wasTakenWithin(window, snapshotFreshness)) return std::nullopt;
+  return find(window)->image;
+}
+
+bool Snapshots::wasTakenWithin(const AXElement& window, Seconds age) const {
+  const auto* const snapshot = find(window);
+  return snapshot && around_.clock.now() - snapshot->taken < age;
+}
+
+void Snapshots::keep(const AXElement& window, Image image) {
+  std::erase_if(snapshots_, [&](const Snapshot& snapshot) { return snapshot.window == window; });
+  snapshots_.push_back({window, std::move(image), around_.clock.now()});
+  while (snapshots_.size() > snapshotsAtMost) snapshots_.pop_front();
+}
+
+const Snapshots::Snapshot* Snapshots::find(const AXElement& window) const {
+  const auto found = std::ranges::find(snapshots_, window, &Snapshot::window);
+  return found == snapshots_.end() ? nullptr : &*found;
+}
+
+}  // namespace pellow

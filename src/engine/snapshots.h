@@ -1,0 +1,70 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "access/ax_queue.h"
+#include "access/target_window.h"
+#include "base/geometry.h"
+#include "base/log.h"
+#include "base/task.h"
+#include "capture/window_capture.h"
+#include "platform/clock.h"
+#include "platform/image.h"
+#include "platform/screen_capture.h"
+#include "platform/user_defaults.h"
+
+namespace pellow {
+
+// The pictures for tabs. One that is about to be put away is photographed; one that the user has
+// minimized is off the screen already, so windows that are likely to be next are photographed ahead
+// and kept for a while. All of it only while the user wants pictures and the system allows them.
+// Main thread.
+class Snapshots {
+ public:
+  struct Surroundings {
+    Accessibility& accessibility;
+    AXQueue& axQueue;
+    const Clock& clock;
+    const Log& log;
+    ScreenCapture& screenCapture;
+    const UserDefaults& userDefaults;
+  };
+
+  explicit Snapshots(const Surroundings& surroundings)
+      : around_(surroundings), capture_(around_.screenCapture) {}
+
+  // The user wants pictures and the system does not allow them; called once.
+  std::function<void()> onScreenRecordingDenied;
+
+  // A picture of a window that is on the screen now, or none.
+  Task<std::optional<Image>> snapshotIfEnabled(ProcessID pid, std::string title, QuartzRect frame);
+
+  // Photographs a window ahead, unless it is minimized or was photographed a moment ago.
+  Task<> cacheSnapshot(TargetWindow window);
+  Task<> cacheSnapshotOfFocusedWindow(ProcessID pid);
+
+  // The picture taken ahead, if it is fresh.
+  std::optional<Image> cachedSnapshot(const AXElement& window) const;
+
+ private:
+  struct Snapshot {
+    AXElement window;
+    Image image;
+    Seconds taken = 0;
+  };
+
+  bool isEnabled() const;
+  bool wasTakenWithin(const AXElement& window, Seconds age) const;
+  void keep(const AXElement& window, Image image);
+  const Snapshot* find(const AXElement& window) const;
+
+  Surroundings around_;
+  WindowCapture capture_;
+  std::deque<Snapshot> snapshots_;  // the newest last
+  bool warnedAboutScreenRecording_ = false;
+};
+
+}  // namespace pellow
