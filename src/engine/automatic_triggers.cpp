@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ranges>
+#include <utility>
 
 #include "access/ax.h"
 #include "model/preferences.h"
@@ -27,21 +28,27 @@ std::vector<QuartzRect> framesOnScreen(Accessibility& accessibility, ProcessID p
 }  // namespace
 
 void AutomaticTriggers::windowWasMinimized(const TargetWindow& window) {
-  const bool isLate = std::erase(lateMinimizes_, window) > 0;
   if (around_.store.contains(window) || around_.ledger.contains(window)) return;
-  if (isLate) return onPellow(window, Mechanism::minimize);
-
+  if (const auto tab = takeLateMinimize(window)) return onMinimizedLate(*tab);
   if (!boolean(around_.userDefaults, preference::pellowOnMinimize)) return;
   if (around_.echoes.isMinimizeSuppressed()) return;
   around_.echoes.settle(window.pid, settleTime);
   around_.log.standard("Window minimized elsewhere; pellowing it");
-  onPellow(window, std::nullopt);
+  onPellow(window);
 }
 
-void AutomaticTriggers::expectLateMinimize(const TargetWindow& window) {
-  std::erase(lateMinimizes_, window);
-  lateMinimizes_.push_back(window);
+void AutomaticTriggers::expectLateMinimize(const TabItem& tab) {
+  takeLateMinimize(tab.window);
+  lateMinimizes_.push_back(tab);
   if (lateMinimizes_.size() > lateMinimizesAtMost) lateMinimizes_.erase(lateMinimizes_.begin());
+}
+
+std::optional<TabItem> AutomaticTriggers::takeLateMinimize(const TargetWindow& window) {
+  const auto found = std::ranges::find(lateMinimizes_, window, &TabItem::window);
+  if (found == lateMinimizes_.end()) return std::nullopt;
+  auto tab = std::move(*found);
+  lateMinimizes_.erase(found);
+  return tab;
 }
 
 bool AutomaticTriggers::ignoresActivation(ProcessID pid) const {

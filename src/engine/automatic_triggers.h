@@ -12,7 +12,7 @@
 #include "engine/displays.h"
 #include "engine/echo_guard.h"
 #include "engine/ledger.h"
-#include "model/mechanism.h"
+#include "model/tab_item.h"
 #include "model/tab_store.h"
 #include "platform/accessibility.h"
 #include "platform/user_defaults.h"
@@ -38,26 +38,30 @@ class AutomaticTriggers {
 
   explicit AutomaticTriggers(const Surroundings& surroundings) : around_(surroundings) {}
 
-  // This window is to become a tab; without a mechanism, by the preferred one.
-  std::function<void(const TargetWindow&, std::optional<Mechanism>)> onPellow;
+  // This window is to become a tab.
+  std::function<void(const TargetWindow&)> onPellow;
+  // The window of this tab is put away by now.
+  std::function<void(const TabItem&)> onMinimizedLate;
   std::function<void(UUID tab)> onRestore;
 
   void windowWasMinimized(const TargetWindow& window);
   void windowWasFocused(const TargetWindow& window);
   void appActivated(ProcessID pid);
 
-  // The program asked for this window to be minimized and got no answer in time: should it be
-  // minimized later, it needs its tab, whatever the user prefers.
-  void expectLateMinimize(const TargetWindow& window);
+  // The program asked for the window of this tab to be minimized and got no answer in time: should
+  // that happen later, it needs its tab, whatever the user prefers.
+  void expectLateMinimize(const TabItem& tab);
+  const std::vector<TabItem>& lateMinimizes() const { return lateMinimizes_; }
 
  private:
+  std::optional<TabItem> takeLateMinimize(const TargetWindow& window);
   bool ignoresActivation(ProcessID pid) const;
   Task<> reactToFocus(ProcessID pid, UUID tab);
   Task<> reactToActivation(ProcessID pid);
   Task<bool> hasVisibleWindow(ProcessID pid);
 
   Surroundings around_;
-  std::vector<TargetWindow> lateMinimizes_;
+  std::vector<TabItem> lateMinimizes_;
 };
 
 }  // namespace pellow

@@ -87,9 +87,10 @@ void PellowController::setCallbacks() {
   snapshots_.onScreenRecordingDenied = [this] {
     failures_.report(PellowError::screenRecordingDenied());
   };
-  triggers_.onPellow = [this](const TargetWindow& window, std::optional<Mechanism> mechanism) {
-    tasks_.start(pellow(window, std::nullopt, mechanism));
+  triggers_.onPellow = [this](const TargetWindow& window) {
+    tasks_.start(pellow(window, std::nullopt, std::nullopt));
   };
+  triggers_.onMinimizedLate = [this](const TabItem& tab) { store_.add(tab); };
   triggers_.onRestore = [this](UUID tab) { restore({tab}); };
   bulkActions_.pellowApp = [this](TargetWindow window, std::optional<UUID> zoneID,
                                   std::vector<TargetWindow> excluding) {
@@ -231,7 +232,7 @@ Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone
   if (!hiding.failure) co_return;
   if (hiding.failure->code() == PellowError::Code::moveRefused) failures_.noteRefusal(tab.window);
   if (*hiding.failure == PellowError::minimizeFailed(AXError::cannotComplete))
-    triggers_.expectLateMinimize(tab.window);
+    triggers_.expectLateMinimize(tab);
   throw PellowError(*hiding.failure);
 }
 
@@ -324,7 +325,7 @@ Task<> PellowController::pruneDead() {
 void PellowController::restoreAllBlocking() {
   // Not started: the journal is still that of a previous run.
   if (!strip_) return;
-  std::vector<TabItem> underWay;
+  auto underWay = triggers_.lateMinimizes();
   for (const auto& entry : ledger_.entries())
     if (entry.tab) underWay.push_back(*entry.tab);
   tasks_.cancel();

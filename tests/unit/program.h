@@ -28,6 +28,9 @@ class Program {
   // Control-Option-Command and the key of a letter.
   void pressPellow() { press(17); }
   void pressRestoreAll() { press(15); }
+  void pressPinned() { press(35); }
+  void pressEverything() { press(0); }
+  void pressFocusMode() { press(14); }
   void press(std::uint16_t keyCode) {
     platform_.desktop().press(keyCode, modifiers);
     platform_.desktop().runUntilQuiet();
@@ -50,6 +53,16 @@ class Program {
                                block->frame.minY() + tab->frame.midY()};
     platform_.desktop().click(panel.frame().origin + inPanel);
     platform_.desktop().runUntilQuiet();
+  }
+
+  // The text of the only alert, which is then answered; empty without one.
+  std::string answerAlert(const std::string& button = "OK") {
+    auto& desktop = platform_.desktop();
+    if (desktop.alerts().empty()) return "";
+    const auto alert = desktop.alerts().front();
+    desktop.choose(button);
+    desktop.runUntilQuiet();
+    return alert.messageText + "\n" + alert.informativeText;
   }
 
   // The journal as a crash at this moment would leave it.

@@ -1,0 +1,258 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/unit/program.h"
+
+// What the program does by itself when windows are minimized, focused and activated elsewhere.
+
+namespace pellow {
+namespace {
+
+using simulated::AXCall;
+using simulated::SimulatedPlatform;
+using simulated::SimulatedWindow;
+using Tabs = std::vector<std::string>;
+
+constexpr QuartzRect home{100, 120, 800, 600};
+constexpr Seconds settled = 2.1;
+
+class TriggersStory : public testing::Test {
+ protected:
+  SimulatedPlatform platform;
+  simulated::SimulatedDesktop& desktop = platform.desktop();
+  simulated::SimulatedApplication notes = desktop.launch("Notes", "com.example.notes");
+  simulated::SimulatedApplication mail = desktop.launch("Mail", "com.example.mail");
+  SimulatedWindow list = notes.openWindow("Shopping", home);
+  SimulatedWindow inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
+  std::unique_ptr<Program> program;
+
+  void launch() { program = std::make_unique<Program>(platform); }
+
+  void pellow(const SimulatedWindow& window) {
+    window.raise();
+    desktop.application(window == inbox ? "Mail" : "Notes").activate();
+    program->pressPellow();
+    ASSERT_TRUE(program->controller().store().contains({window.element(), window.pid()}));
+  }
+
+  // What happens elsewhere, long after the program's own doings.
+  void later(const std::function<void()>& happens) {
+    desktop.run(settled);
+    happens();
+    desktop.runUntilQuiet();
+  }
+};
+
+TEST_F(TriggersStory, AMinimizedWindowBecomesATab) {
+  for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
+    SCOPED_TRACE(mechanism);
+    desktop.setDefault("mechanism", mechanism);
+    if (!program) launch();
+    later([&] { list.minimize(); });
+    EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
+    EXPECT_TRUE(desktop.hasLogged("Window minimized elsewhere; pellowing it"));
+    program->clickTab("Shopping");
+    EXPECT_EQ(list.frame(), home);
+    EXPECT_TRUE(list.isVisible()) << "also out of the Dock";
+    EXPECT_TRUE(list.hasFocus());
+  }
+
+  // Neither its own minimizing nor what has a tab already makes another one.
+  desktop.setDefault("mechanism", "minimize");
+  pellow(list);
+  later([&] { list.unminimize(); });
+  later([&] { list.minimize(); });
+  EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
+  program->clickTab("Shopping");
+
+  desktop.setDefault("pellowOnMinimize", false);
+  later([&] { list.minimize(); });
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_TRUE(list.isMinimized());
+}
+
+TEST_F(TriggersStory, AnEchoIsKnownForTwoSeconds) {
+  desktop.setDefault("mechanism", "minimize");
+  launch();
+  mail.activate();
+  inbox.answersAfter(1);
+  desktop.press(17, Program::modifiers);
+  // Reading takes 4 s; the write of "AXMinimized" is on its way for the fifth.
+  desktop.run(4.5);
+  list.minimize();
+  desktop.run(0.2);
+  EXPECT_TRUE(program->tabs().empty()) << "taken for an echo";
+  list.unminimize();
+  desktop.run(2);
+  list.minimize();
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program->tabs(), (Tabs{"Inbox", "Shopping"}));
+}
+
+TEST_F(TriggersStory, ApplicationsAreFollowedAsTheyComeAndGo) {
+  const auto deaf = desktop.launch("Deaf", "com.example.deaf").refusesObservers();
+  const auto agent = desktop.launch("Agent", "com.example.agent", ActivationPolicy::accessory);
+  launch();
+  later([&] { deaf.openWindow("Unheard", home).minimize(); });
+  later([&] { agent.openWindow("Private", home).minimize(); });
+  EXPECT_TRUE(program->tabs().empty());
+
+  const auto page = desktop.launch("Web", "com.example.web").openWindow("Page", home);
+  later([&] { page.minimize(); });
+  EXPECT_EQ(program->tabs(), Tabs{"Page"});
+  desktop.application("Web").quit();
+  desktop.runUntilQuiet();
+  EXPECT_TRUE(program->tabs().empty());
+}
+
+TEST_F(TriggersStory, AnApplicationWithNothingToShowGetsItsLatestWindow) {
+  const auto letter = notes.openWindow("Letter", {300, 200, 400, 300});
+  launch();
+  pellow(list);
+  pellow(letter);
+  mail.activate();
+
+  // Within 2 s after a pellow its application does what it likes.
+  desktop.run(1);
+  notes.activate();
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program->tabs(), (Tabs{"Shopping", "Letter"}));
+  mail.activate();
+
+  later([&] { notes.activate(); });
+  EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
+  EXPECT_EQ(letter.frame(), QuartzRect(300, 200, 400, 300));
+  EXPECT_TRUE(
+      desktop.hasLogged("Activated app has nothing visible; restoring its most recent tab"));
+
+  // Now it has something to show: until that is minimized (and stays so), or off all displays.
+  mail.activate();
+  later([&] { notes.activate(); });
+  EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
+  desktop.setDefault("pellowOnMinimize", false);
+  letter.minimize();
+  mail.activate();
+  later([&] { notes.activate(); });
+  EXPECT_TRUE(program->tabs().empty());
+
+  pellow(list);
+  mail.activate();
+  desktop.setDefault("restoreOnActivation", false);
+  later([&] { notes.activate(); });
+  EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
+}
+
+TEST_F(TriggersStory, AWindowChosenFromItsApplicationComesBack) {
+  const auto letter = notes.openWindow("Letter", {300, 200, 400, 300});
+  launch();
+  pellow(list);
+  notes.activate();
+  letter.raise();
+  later([&] { list.raise(); });
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_EQ(list.frame(), home);
+  EXPECT_TRUE(desktop.hasLogged("Pellowed window was chosen from its app; restoring it"));
+
+  // Alone, it is left to the rule for activations.
+  letter.close();
+  pellow(list);
+  const auto scrap = notes.openWindow("Scrap", {9000, 9000, 300, 300});
+  later([&] { list.raise(); });
+  EXPECT_EQ(program->tabs(), Tabs{"Shopping"}) << "nothing else of Notes can be seen";
+  scrap.moveTo({200, 200});
+  scrap.raise();
+  later([&] { list.raise(); });
+  EXPECT_TRUE(program->tabs().empty());
+}
+
+// While windows come back, and half a second more, activations bring back nothing else: for at most
+// 1.5 s and the clamped duration of a flight for each.
+TEST_F(TriggersStory, ABatchIsNotDisturbedByItsOwnActivations) {
+  struct Case {
+    double animationDuration;
+    Seconds suppressed;
+  };
+  for (const auto& [animationDuration, suppressed] :
+       {Case{0.3, 2.4}, Case{5, 1.2 * 3 + 1.5}, Case{0, 0.1 * 3 + 1.5}}) {
+    for (const bool tooEarly : {true, false}) {
+      SCOPED_TRACE(fmt::format("{} s, {}", animationDuration, tooEarly ? "early" : "late"));
+      SimulatedPlatform fresh;
+      auto& desk = fresh.desktop();
+      desk.setDefault("animationDuration", animationDuration);
+      desk.setDefault("tabScope", "app");
+      const auto slow = desk.launch("Slow", "com.example.slow");
+      for (const auto* title : {"One", "Two", "Three"}) slow.openWindow(title, home);
+      Program running(fresh);
+      running.pressEverything();
+      const auto other = desk.launch("Other", "com.example.other");
+      other.openWindow("Alone", home);
+      running.pressPellow();
+      desk.launch("Third").openWindow("Front", home);
+      desk.run(settled);
+
+      slow.answersAfter(2);
+      const auto& strip = desk.panel("pellow-strip");
+      desk.click(strip.centre("tabs/" + strip.view("tabs")->children.front().key));
+      desk.run(tooEarly ? suppressed - 0.1 : suppressed + 0.1);
+      other.activate();
+      desk.runUntilQuiet();
+      const auto& left = running.controller().store().tabs();
+      EXPECT_EQ(left.size(), tooEarly ? 1 : 0);
+    }
+  }
+}
+
+TEST_F(TriggersStory, HalfASecondAfterABatchActivationsCountAgain) {
+  for (const auto wait : {0.4, 0.6}) {
+    SimulatedPlatform fresh;
+    auto& desk = fresh.desktop();
+    desk.setDefault("animateFlight", false);
+    const auto one = desk.launch("One", "com.example.one");
+    const auto two = desk.launch("Two", "com.example.two");
+    one.openWindow("First", home);
+    two.openWindow("Second", home);
+    Program running(fresh);
+    running.pressEverything();
+    desk.launch("Third").openWindow("Front", home);
+    desk.run(settled);
+    running.clickTab("First");
+    // All is done in no time, but `clickTab` waits until nothing is pending.
+    desk.run(wait);
+    two.activate();
+    desk.runUntilQuiet();
+    EXPECT_EQ(running.tabs().size(), wait < 0.5 ? 1 : 0) << wait;
+  }
+}
+
+// The application does what it was asked when nobody waits for it any more.
+TEST_F(TriggersStory, AWindowMinimizedTooLateGetsItsTabAllTheSame) {
+  desktop.setDefault("mechanism", "minimize");
+  desktop.setDefault("pellowOnMinimize", false);
+  launch();
+  mail.activate();
+  // Reads are answered in time, the write is not: it has 5 s.
+  desktop.onPortCall([&](std::uint64_t) {
+    const auto& underWay = program->controller().ledger().entries();
+    if (!underWay.empty() && underWay.front().tab) inbox.answersAfter(8).actsLate();
+  });
+  desktop.press(17, Program::modifiers);
+  desktop.run(6);
+  desktop.onPortCall(nullptr);
+  EXPECT_EQ(program->answerAlert(),
+            "Pellow could not complete that action\n"
+            "Could not minimize the window (the app did not respond in time).");
+  desktop.runUntilQuiet();
+  EXPECT_TRUE(inbox.isMinimized());
+  EXPECT_EQ(program->tabs(), Tabs{"Inbox"});
+  inbox.behaves();
+  program->clickTab("Inbox");
+  EXPECT_FALSE(inbox.isMinimized());
+}
+
+}  // namespace
+}  // namespace pellow
