@@ -10,7 +10,7 @@ namespace {
 
 constexpr Seconds settleTime = 2;
 constexpr Seconds restoreBatchExtra = 1.5;
-constexpr Seconds restoreBatchEcho = 0.5;
+constexpr Seconds ownEcho = 0.5;
 
 // The side that a zone's windows are slid to: its own, or the nearer one.
 StripEdge parkingSide(const TabZone& zone) {
@@ -81,7 +81,7 @@ PellowController::PellowController(const Surroundings& surroundings)
   setCallbacks();
 }
 
-PellowController::~PellowController() = default;
+PellowController::~PellowController() { around_.alerts.onAnswered = nullptr; }
 
 void PellowController::setCallbacks() {
   snapshots_.onScreenRecordingDenied = [this] {
@@ -99,12 +99,16 @@ void PellowController::setCallbacks() {
   bulkActions_.minimizeInstead = [this](TargetWindow window) {
     return pellow(std::move(window), std::nullopt, Mechanism::minimize);
   };
+  // An alert comes to the front, and gives way to what was there before: nobody has chosen that.
+  around_.alerts.onAnswered = [this] {
+    if (!echoes_.isActivationSuppressed()) echoes_.suppressActivation(ownEcho);
+  };
   destroyedWindows_.onDestroyed = [this](UUID tab) { store_.remove(std::vector{tab}); };
   minimizeWatcher_.onMinimized = [this](const TargetWindow& window) {
     triggers_.windowWasMinimized(window);
   };
   minimizeWatcher_.onFocused = [this](const TargetWindow& window) {
-    triggers_.windowWasFocused(window);
+    if (!around_.alerts.isPresenting()) triggers_.windowWasFocused(window);
   };
 }
 
@@ -121,7 +125,7 @@ void PellowController::start() {
   strip_->onActivate = [this](const std::vector<UUID>& ids) { restore(ids); };
 
   subscriptions_.push_back(around_.workspace.onDidActivateApplication([this](ProcessID pid) {
-    triggers_.appActivated(pid);
+    if (!around_.alerts.isPresenting()) triggers_.appActivated(pid);
     tasks_.start(snapshots_.cacheSnapshotOfFocusedWindow(pid));
   }));
   minimizeWatcher_.start();
@@ -280,7 +284,7 @@ Task<> PellowController::restoreBatch(std::list<Returning> returning) {
       failures.push_back(error);
     }
   }
-  echoes_.suppressActivation(restoreBatchEcho);
+  echoes_.suppressActivation(ownEcho);
   failures_.report(failures);
   co_await pruneDead();
 }

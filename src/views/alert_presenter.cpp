@@ -36,6 +36,7 @@ void AlertPresenter::showNext() {
   process_.activate();
   shown_ = alerts_.show(request.alert, [this, &request](std::size_t button) {
     request.chosen = button;
+    if (onAnswered) onAnswered();
     const auto waiter = request.waiter;
     leave(request);
     waiter.resume();

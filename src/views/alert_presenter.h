@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <list>
 #include <memory>
 
@@ -20,6 +21,11 @@ class AlertPresenter {
   // Brings the program to the front and shows the alert, after those that were asked for before.
   // The index of the button that was chosen. A task that ends before takes its alert with it.
   Task<std::size_t> present(Alert alert);
+
+  bool isPresenting() const { return !waiting_.empty(); }
+
+  // An alert was answered; the system activates the application that was in front before.
+  std::function<void()> onAnswered;
 
  private:
   struct Request;

@@ -1,0 +1,251 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/unit/program.h"
+
+// Many windows at once, and how their failures are told.
+
+namespace pellow {
+namespace {
+
+using simulated::AXCall;
+using simulated::SimulatedPlatform;
+using simulated::SimulatedWindow;
+using Tabs = std::vector<std::string>;
+
+constexpr auto failed = "Pellow could not complete that action\n";
+
+class BulkStory : public testing::Test {
+ protected:
+  SimulatedPlatform platform;
+  simulated::SimulatedDesktop& desktop = platform.desktop();
+  simulated::SimulatedApplication agent =
+      desktop.launch("Agent", "com.example.agent", ActivationPolicy::accessory);
+  simulated::SimulatedApplication notes = desktop.launch("Notes", "com.example.notes");
+  simulated::SimulatedApplication mail = desktop.launch("Mail", "com.example.mail");
+  simulated::SimulatedApplication idle = desktop.launch("Idle", "com.example.idle");
+  SimulatedWindow clock = agent.openWindow("Clock", {10, 40, 200, 100});
+  SimulatedWindow list = notes.openWindow("Shopping", {100, 120, 800, 600});
+  SimulatedWindow letter = notes.openWindow("Letter", {300, 200, 400, 300});
+  SimulatedWindow sheet = notes.openWindow("Save", {350, 250, 300, 200}, "AXDialog");
+  SimulatedWindow inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
+  std::unique_ptr<Program> program;
+
+  void launch() { program = std::make_unique<Program>(platform); }
+
+  Tabs sortedTabs() {
+    auto tabs = program->tabs();
+    std::ranges::sort(tabs);
+    return tabs;
+  }
+
+  // Opens windows that stay on the screen whatever they are asked.
+  std::vector<SimulatedWindow> openStubborn(int count) {
+    const auto stone = desktop.launch("Stone", "com.example.stone");
+    std::vector<SimulatedWindow> windows;
+    for (int number = 1; number <= count; ++number)
+      windows.push_back(
+          stone.openWindow(fmt::format("Rock {}", number), {100, 100, 300, 200}).refusesToMove());
+    return windows;
+  }
+
+  void expectAllHome() const {
+    EXPECT_EQ(list.frame(), QuartzRect(100, 120, 800, 600));
+    EXPECT_EQ(letter.frame(), QuartzRect(300, 200, 400, 300));
+    EXPECT_EQ(inbox.frame(), QuartzRect(0, 30, 500, 500));
+  }
+};
+
+TEST_F(BulkStory, EverythingIsEveryStandardWindowOfOrdinaryApplications) {
+  launch();
+  program->pressEverything();
+  EXPECT_EQ(sortedTabs(), (Tabs{"Inbox", "Letter", "Shopping"}));
+  EXPECT_EQ(clock.frame(), QuartzRect(10, 40, 200, 100));
+  EXPECT_EQ(sheet.frame(), QuartzRect(350, 250, 300, 200));
+  EXPECT_EQ(program->journalOnDisk().size(), 3);
+
+  program->pressEverything();
+  EXPECT_EQ(program->tabs().size(), 3) << "once is enough";
+  program->pressRestoreAll();
+  expectAllHome();
+  EXPECT_TRUE(desktop.alerts().empty());
+
+  // One tab stands for an application that is hidden whole, also when somebody else showed it.
+  desktop.setDefault("mechanism", "hideApp");
+  program->pressEverything();
+  EXPECT_EQ(program->tabs().size(), 2);
+  EXPECT_TRUE(notes.isHidden() && mail.isHidden());
+  desktop.setDefault("restoreOnActivation", false);
+  notes.unhide();
+  notes.activate();
+  list.raise();
+  program->pressPellow();
+  EXPECT_TRUE(notes.isHidden());
+  EXPECT_EQ(program->tabs().size(), 2);
+  program->pressRestoreAll();
+  EXPECT_FALSE(notes.isHidden() || mail.isHidden());
+}
+
+TEST_F(BulkStory, PinnedApplicationsGoToTheirZones) {
+  launch();
+  program->pressPinned();
+  EXPECT_EQ(program->answerAlert(),
+            std::string(failed) +
+                "No apps are pinned yet. Right-click a tab and choose \"Always Pellow <app> Here\" "
+                "to pin one.");
+  expectAllHome();
+
+  SimulatedPlatform next(desktop.snapshot());
+  auto& desk = next.desktop();
+  desk.setDefault("zones", DefaultsData{R"([{"id":"A0000000-0000-0000-0000-000000000000",
+      "name":"A","position":[1,0.5],"showsName":false,"snap":"right"},
+      {"id":"B0000000-0000-0000-0000-000000000000","name":"B","position":[0,0.5],
+      "showsName":false,"snap":"left"}])"});
+  desk.setDefault("pinnedApps",
+                  DefaultsData{R"({"com.example.notes":"B0000000-0000-0000-0000-000000000000",
+      "com.example.absent":"A0000000-0000-0000-0000-000000000000"})"});
+  Program pinned(next);
+  pinned.pressPinned();
+  const auto& tabs = pinned.controller().store().tabs();
+  ASSERT_EQ(tabs.size(), 2);
+  for (const auto& tab : tabs) {
+    EXPECT_EQ(tab.appName, "Notes");
+    EXPECT_EQ(tab.zoneID->text(), "B0000000-0000-0000-0000-000000000000");
+  }
+  EXPECT_EQ(desk.counterpart(list).frame().minX(), 1 - 800);
+  EXPECT_EQ(desk.counterpart(inbox).frame(), inbox.frame());
+}
+
+TEST_F(BulkStory, FocusModeLeavesExactlyTheFocusedWindow) {
+  for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
+    SCOPED_TRACE(mechanism);
+    desktop.setDefault("mechanism", mechanism);
+    if (!program) launch();
+    notes.activate();
+    letter.raise();
+    program->pressFocusMode();
+    for (const auto& window : {list, inbox}) EXPECT_LE(window.shareOnDisplays(), 0.05);
+    EXPECT_TRUE(letter.isVisible());
+    EXPECT_EQ(letter.frame(), QuartzRect(300, 200, 400, 300));
+    EXPECT_EQ(sortedTabs(), (Tabs{"Inbox", "Shopping"}));
+    program->pressRestoreAll();
+    expectAllHome();
+  }
+
+  for (const auto& window : {list, letter, sheet, inbox, clock}) window.close();
+  program->pressFocusMode();
+  EXPECT_EQ(program->answerAlert(), std::string(failed) + "No focused window to pellow.");
+}
+
+TEST_F(BulkStory, FailuresAreToldTogetherAtTheEnd) {
+  desktop.setDefault("mechanism", "minimize");
+  launch();
+  for (const auto& window : {list, letter, inbox})
+    window.failsNext("AXMinimized", AXError::cannotComplete, AXCall::write);
+  desktop.launch("Web").openWindow("Page", {50, 60, 700, 500});
+  program->pressEverything();
+  EXPECT_EQ(program->tabs(), Tabs{"Page"}) << "one failure does not stop the others";
+  EXPECT_EQ(desktop.alerts().size(), 1);
+  EXPECT_EQ(program->answerAlert(),
+            std::string(failed) +
+                "Could not minimize the window (the app did not respond in time).\n\nAnd 2 more.");
+  EXPECT_TRUE(program->controller().isIdle());
+}
+
+TEST_F(BulkStory, WindowsThatWillNotSlideMayBeMinimizedInstead) {
+  const auto rocks = openStubborn(6);
+  launch();
+  const auto refusal = std::string("Stone will not let its window be moved off-screen.");
+  const auto ending = std::string(
+      "\n\nThey can be minimized to their tabs instead, which puts them away but leaves them in "
+      "the Dock.");
+
+  program->pressEverything();
+  EXPECT_EQ(program->answerAlert("Leave Them"), "6 windows would not slide off-screen\n" + refusal +
+                                                    "\n" + refusal + "\n" + refusal + "\n" +
+                                                    refusal + "\nAnd 2 more." + ending);
+  EXPECT_EQ(program->tabs().size(), 3);
+  for (const auto& rock : rocks) EXPECT_EQ(rock.frame(), QuartzRect(100, 100, 300, 200));
+
+  // Other failures stand in the same list; a window that got its tab meanwhile is left alone.
+  for (int number = 1; number < 6; ++number) rocks[number].close();
+  program->pressRestoreAll();
+  inbox.failsNext("AXPosition", AXError::failure, AXCall::write);
+  program->pressEverything();
+  ASSERT_EQ(desktop.alerts().size(), 1);
+  EXPECT_EQ(desktop.alerts()[0].buttons, (std::vector<std::string>{"Minimize Them", "Leave Them"}));
+  EXPECT_EQ(
+      program->answerAlert("Minimize Them"),
+      "One window would not slide off-screen\nCould not move the window (AXError failure).\n" +
+          refusal + ending);
+  EXPECT_TRUE(rocks[0].isMinimized());
+  EXPECT_EQ(sortedTabs(), (Tabs{"Letter", "Rock 1", "Shopping"}));
+
+  // Alone and not in bulk it is an ordinary failure.
+  program->pressRestoreAll();
+  rocks[0].raise();
+  desktop.application("Stone").activate();
+  program->pressPellow();
+  EXPECT_EQ(program->answerAlert(), failed + refusal);
+}
+
+TEST_F(BulkStory, OneBulkActionAtATime) {
+  desktop.setDefault("animateFlight", false);
+  openStubborn(1);
+  launch();
+  notes.answersAfter(0.1);
+  mail.answersAfter(0.1);
+  notes.activate();
+  letter.raise();
+  desktop.press(14, Program::modifiers);
+  desktop.run(0.5);
+  desktop.press(0, Program::modifiers);
+  desktop.press(17, Program::modifiers);
+  desktop.runUntilQuiet();
+  // Each tells its own failures: the first of its refusals, then the second.
+  EXPECT_EQ(desktop.alerts().size(), 1);
+  EXPECT_NE(program->answerAlert("Leave Them"), "");
+  EXPECT_NE(program->answerAlert("Leave Them"), "");
+  EXPECT_EQ(program->answerAlert(), "");
+  EXPECT_EQ(sortedTabs(), (Tabs{"Inbox", "Letter", "Shopping"}));
+  EXPECT_TRUE(program->controller().isIdle());
+  program->pressRestoreAll();
+  expectAllHome();
+}
+
+// At every moment of a bulk action and of restoring everything.
+TEST_F(BulkStory, ASignalInTheMiddleBringsEverythingHome) {
+  for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
+    for (int moment = 0; moment < 40; ++moment) {
+      SCOPED_TRACE(fmt::format("{}, {}", mechanism, moment));
+      SimulatedPlatform fresh({.seed = static_cast<std::uint64_t>(moment + 1)});
+      auto& desk = fresh.desktop();
+      desk.setDefault("mechanism", mechanism);
+      std::vector<SimulatedWindow> windows;
+      for (const auto* name : {"One", "Two"}) {
+        const auto application = desk.launch(name, name);
+        for (const double x : {10., 200.})
+          windows.push_back(application.openWindow("Same title", {x, 100, 500, 400}));
+      }
+      Program running(fresh);
+      desk.delayAnswers(0.05);
+      desk.press(0, Program::modifiers);
+      desk.run(0.03 * (moment % 20));
+      if (moment >= 20) desk.press(15, Program::modifiers);
+      desk.after(0.02 * (moment % 20), [&] { desk.signal(TerminationSignal::terminate); });
+      desk.runUntilQuiet();
+      EXPECT_EQ(desk.exitStatus(), 0);
+      for (const auto& window : windows) {
+        EXPECT_TRUE(window.isVisible());
+        EXPECT_EQ(window.frame().minY(), 100);
+      }
+      EXPECT_TRUE(running.journalOnDisk().empty());
+    }
+  }
+}
+
+}  // namespace
+}  // namespace pellow

@@ -1,0 +1,94 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/unit/program.h"
+
+// An application that answers nothing holds up nobody but itself.
+
+namespace pellow {
+namespace {
+
+using simulated::SimulatedPlatform;
+using Tabs = std::vector<std::string>;
+
+TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
+  SimulatedPlatform platform;
+  auto& desktop = platform.desktop();
+  const auto stuck = desktop.launch("Stuck", "com.example.stuck");
+  const auto report = stuck.openWindow("Report", {100, 120, 800, 600});
+  const auto notes = desktop.launch("Notes", "com.example.notes");
+  const auto list = notes.openWindow("Shopping", {300, 200, 400, 300});
+  Program program(platform);
+  program.pressEverything();
+  ASSERT_EQ(program.tabs(), (Tabs{"Report", "Shopping"}));
+  const auto fresh = notes.openWindow("Letter", {50, 60, 300, 300});
+  desktop.run(3);
+  stuck.hangs();
+
+  // The click takes its tab away at once, whatever the window does.
+  const auto clickTab = [&](const std::string& title) {
+    const auto& panel = desktop.panel("pellow-strip");
+    const auto* const tab = panel.viewNamed(title);
+    ASSERT_NE(tab, nullptr) << title;
+    desktop.click(panel.centre("tabs/" + tab->key));
+    desktop.run(0.001);
+    for (const auto& shown : program.tabs()) EXPECT_NE(shown, title);
+  };
+  clickTab("Report");
+  clickTab("Shopping");
+  // Switching applications, a secondary click, a key: all in no time.
+  notes.activate();
+  desktop.press(3, Program::modifiers);
+  desktop.run(0.001);
+  EXPECT_EQ(desktop.panel("pellow-strip").level(), PanelLevel::desktopIcons);
+  desktop.press(17, Program::modifiers);
+  desktop.run(1);
+  EXPECT_EQ(fresh.frame(), QuartzRect(50, 60, 300, 300)) << "in its turn";
+
+  desktop.runUntilQuiet();
+  EXPECT_EQ(list.frame(), QuartzRect(300, 200, 400, 300));
+  EXPECT_LE(fresh.shareOnDisplays(), 0.05);
+  EXPECT_EQ(program.answerAlert(),
+            "Pellow could not complete that action\n"
+            "Could not move the window (the app did not respond in time).");
+  EXPECT_EQ(program.tabs(), (Tabs{"Report", "Letter"}));
+
+  // Bulk actions pass it by; when it wakes, its window comes back like any other.
+  program.pressEverything();
+  EXPECT_EQ(program.tabs().size(), 3);
+  stuck.wakes();
+  program.pressRestoreAll();
+  EXPECT_EQ(report.frame(), QuartzRect(100, 120, 800, 600));
+  EXPECT_TRUE(program.tabs().empty());
+  EXPECT_TRUE(desktop.alerts().empty());
+}
+
+TEST(HangStory, WhatHangsInTheMiddleFinishesWhenItWakes) {
+  for (int call = 1; call <= 8; ++call) {
+    SCOPED_TRACE(call);
+    SimulatedPlatform platform;
+    auto& desktop = platform.desktop();
+    const auto stuck = desktop.launch("Stuck", "com.example.stuck");
+    const auto report = stuck.openWindow("Report", {100, 120, 800, 600});
+    Program program(platform);
+    int calls = 0;
+    desktop.onPortCall([&](std::uint64_t) {
+      if (++calls == call) stuck.hangs();
+    });
+    desktop.after(4, [&] { stuck.wakes(); });
+    program.pressPellow();
+    desktop.onPortCall(nullptr);
+    // In time, except where it was found hanging by a read that has a quarter of a second.
+    if (program.answerAlert().empty()) {
+      EXPECT_EQ(program.tabs(), Tabs{"Report"});
+    }
+    program.pressRestoreAll();
+    EXPECT_EQ(report.frame(), QuartzRect(100, 120, 800, 600));
+    EXPECT_TRUE(program.journalOnDisk().empty());
+  }
+}
+
+}  // namespace
+}  // namespace pellow
