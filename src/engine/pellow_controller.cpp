@@ -18,6 +18,9 @@ StripEdge parkingSide(const TabZone& zone) {
   return zone.position.x >= 0.5 ? StripEdge::right : StripEdge::left;
 }
 
+// Such a tab outlives its window: the application's other windows are hidden with it.
+bool standsForApp(const TabItem& tab) { return tab.mechanism == Mechanism::hideApp; }
+
 PellowError unanswered(Mechanism mechanism) {
   return mechanism == Mechanism::minimize ? PellowError::minimizeFailed(AXError::cannotComplete)
                                           : PellowError::moveFailed(AXError::cannotComplete);
@@ -103,7 +106,10 @@ void PellowController::setCallbacks() {
   around_.alerts.onAnswered = [this] {
     if (!echoes_.isActivationSuppressed()) echoes_.suppressActivation(ownEcho);
   };
-  destroyedWindows_.onDestroyed = [this](UUID tab) { store_.remove(std::vector{tab}); };
+  destroyedWindows_.onDestroyed = [this](UUID id) {
+    const auto* const tab = store_.tab(id);
+    if (tab && !standsForApp(*tab)) store_.remove(*tab);
+  };
   minimizeWatcher_.onMinimized = [this](const TargetWindow& window) {
     triggers_.windowWasMinimized(window);
   };
@@ -294,7 +300,8 @@ Task<> PellowController::restore(const Returning& returning) {
   std::optional<PellowError> failure;
   try {
     // An application that is merely slow still has its window.
-    if (co_await axQueue_.ax([&] { return tab.window.isGone(); })) throw PellowError::windowGone();
+    if (!standsForApp(tab) && co_await axQueue_.ax([&] { return tab.window.isGone(); }))
+      throw PellowError::windowGone();
     flyBack(returning);
     co_await mechanisms_.reveal(tab);
   } catch (const PellowError& error) {
@@ -319,7 +326,7 @@ Task<> PellowController::pruneDead() {
     std::vector<UUID> ids;
     for (const auto& tab : tabs) {
       tab.window.element.setMessagingTimeout(AX::timeout::application);
-      if (tab.window.isGone()) ids.push_back(tab.id);
+      if (!standsForApp(tab) && tab.window.isGone()) ids.push_back(tab.id);
     }
     return ids;
   });
@@ -353,7 +360,7 @@ bool PellowController::isTaken(const TargetWindow& window) const {
 
 bool PellowController::hasTabForApp(ProcessID pid) const {
   return std::ranges::any_of(store_.tabs(), [pid](const TabItem& tab) {
-    return tab.mechanism == Mechanism::hideApp && tab.window.pid == pid;
+    return standsForApp(tab) && tab.window.pid == pid;
   });
 }
 

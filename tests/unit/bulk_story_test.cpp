@@ -85,6 +85,7 @@ TEST_F(BulkStory, EverythingIsEveryStandardWindowOfOrdinaryApplications) {
   program->pressPellow();
   EXPECT_TRUE(notes.isHidden());
   EXPECT_EQ(program->tabs().size(), 2);
+  for (const auto& window : {letter, sheet}) window.close();  // one of them was the tab's own
   program->pressRestoreAll();
   EXPECT_FALSE(notes.isHidden() || mail.isHidden());
 }
