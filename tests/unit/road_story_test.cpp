@@ -366,12 +366,46 @@ TEST_F(RoadStory, ItWaitsForThePermission) {
   program->pressPellow();
   EXPECT_EQ(list.frame(), home);
   EXPECT_TRUE(desktop.panels("pellow-strip").empty());
+  EXPECT_EQ(desktop.trustPrompts(), 1);
+  const auto explanation = program->answerAlert("Open System Settings");
+  EXPECT_TRUE(explanation.starts_with(
+      "Pellow needs Accessibility permission\nPellow controls windows belonging to other apps"));
+  EXPECT_EQ(desktop.openedURLs(),
+            std::vector<std::string>{
+                "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility"});
+  desktop.run(10);
+  EXPECT_TRUE(desktop.alerts().empty());
+
   desktop.setTrusted(true);
   desktop.run(1.1);
   program->pressPellow();
   EXPECT_EQ(program->tabs().size(), 1);
   desktop.run(5);
   EXPECT_EQ(desktop.panels("pellow-strip").size(), 1);
+}
+
+TEST_F(RoadStory, ThePermissionCountsWhileItsAlertStillShows) {
+  const auto lost = openNotes("Lost", {1439, 872, 800, 600});
+  desktop.setDefault(
+      "parkedWindows",
+      DefaultsData{R"([{"bundleID":"com.example.notes","title":"Lost","originalOrigin":[100,120],)"
+                   R"("parkedOrigin":[1439,872]}])"});
+  desktop.setTrusted(false);
+  launch();
+  EXPECT_EQ(desktop.alerts().size(), 1);
+
+  // Who leaves now keeps the journal of the run before.
+  SimulatedPlatform second(desktop.snapshot());
+  Program unstarted(second);
+  unstarted.quit();
+  second.desktop().runUntilQuiet();
+  EXPECT_EQ(unstarted.journalOnDisk().size(), 1);
+
+  desktop.setTrusted(true);
+  desktop.run(1.1);
+  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_EQ(lost.frame(), home);
+  EXPECT_TRUE(program->journalOnDisk().empty());
 }
 
 }  // namespace

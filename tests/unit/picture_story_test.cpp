@@ -1,0 +1,229 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "capture/flight_animator.h"
+#include "capture/window_capture.h"
+#include "platforms/simulated/simulated_image.h"
+#include "tests/unit/program.h"
+
+// Pictures of windows: taken in time, kept for a while, flown to the tab and back.
+
+namespace pellow {
+namespace {
+
+using simulated::SimulatedPlatform;
+using simulated::SimulatedWindow;
+using simulated::windowPicture;
+
+constexpr QuartzRect home{100, 120, 800, 600};
+constexpr auto noSnapshot = "No snapshot for this window, using its icon: ";
+
+class PictureStory : public testing::Test {
+ protected:
+  PictureStory() { desktop.setDefault("useThumbnails", true); }
+
+  SimulatedPlatform platform;
+  simulated::SimulatedDesktop& desktop = platform.desktop();
+  simulated::SimulatedApplication notes = desktop.launch("Notes", "com.example.notes");
+  SimulatedWindow list = notes.openWindow("Shopping", home);
+  simulated::SimulatedApplication mail = desktop.launch("Mail", "com.example.mail");
+  SimulatedWindow inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
+  std::unique_ptr<Program> program;
+
+  void launch() { program = std::make_unique<Program>(platform); }
+  const std::optional<Image>& snapshot() {
+    return program->controller().store().tabs()[0].snapshot;
+  }
+};
+
+TEST_F(PictureStory, AWindowIsPhotographedBeforeItGoes) {
+  launch();
+  for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
+    SCOPED_TRACE(mechanism);
+    desktop.setDefault("mechanism", mechanism);
+    notes.activate();
+    program->pressPellow();
+    ASSERT_TRUE(snapshot());
+    EXPECT_EQ(windowPicture(*snapshot()).title, "Shopping");
+    EXPECT_EQ(windowPicture(*snapshot()).frame, home);
+    EXPECT_EQ(snapshot()->size(), home.size);
+    program->pressRestoreAll();
+  }
+
+  desktop.failNextCapture({"The camera is broken."});
+  program->pressPellow();
+  EXPECT_FALSE(snapshot());
+  EXPECT_TRUE(desktop.hasLogged(std::string(noSnapshot) + "The camera is broken."));
+  program->pressRestoreAll();
+
+  desktop.setDefault("useThumbnails", false);
+  program->pressPellow();
+  EXPECT_FALSE(snapshot());
+  EXPECT_TRUE(desktop.alerts().empty());
+}
+
+TEST_F(PictureStory, AMissingPermissionIsToldOnce) {
+  desktop.allowCapture(false);
+  launch();
+  EXPECT_EQ(desktop.captureAccessRequests(), 1);
+  const auto asked = program->answerAlert("Open System Settings");
+  EXPECT_TRUE(
+      asked.starts_with("Pellow needs Screen Recording permission\nYou have real window "
+                        "images switched on, so Pellow photographs each window"));
+  EXPECT_EQ(desktop.openedURLs(),
+            std::vector<std::string>{
+                "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture"});
+
+  program->pressPellow();
+  EXPECT_EQ(program->tabs().size(), 1) << "with its icon";
+  EXPECT_TRUE(
+      program->answerAlert().starts_with("Pellow could not complete that action\nWindow thumbnails "
+                                         "need Screen Recording permission."));
+  notes.activate();
+  program->pressPellow();
+  EXPECT_EQ(program->tabs().size(), 2);
+  EXPECT_EQ(program->answerAlert(), "");
+}
+
+TEST_F(PictureStory, AMinimizedWindowHasThePictureTakenAhead) {
+  launch();
+  notes.activate();
+  desktop.runUntilQuiet();
+  desktop.run(29);
+  list.minimize();
+  desktop.runUntilQuiet();
+  ASSERT_TRUE(snapshot()) << "taken when Notes became active";
+  EXPECT_EQ(windowPicture(*snapshot()).title, "Shopping");
+  const auto taken = windowPicture(*snapshot()).takenAt;
+  EXPECT_LT(taken, 1);
+  program->pressRestoreAll();
+
+  // At most one in 4 s; none is used that is 30 s old.
+  mail.activate();
+  desktop.run(2);
+  const auto activated = desktop.now();
+  notes.activate();
+  desktop.run(3);
+  mail.activate();
+  notes.activate();
+  desktop.run(28);
+  list.minimize();
+  desktop.runUntilQuiet();
+  EXPECT_FALSE(snapshot()) << "taken at " << activated << ", not 3 s later";
+}
+
+TEST_F(PictureStory, SixteenPicturesAreKept) {
+  launch();
+  std::vector<SimulatedWindow> windows;
+  for (int number = 0; number < 17; ++number) {
+    const auto name = fmt::format("App {}", number);
+    windows.push_back(desktop.launch(name, name).openWindow(name, home));
+    desktop.application(name).activate();
+    notes.activate();
+    desktop.application(name).activate();
+    desktop.runUntilQuiet();
+  }
+  windows.front().minimize();
+  windows.back().minimize();
+  desktop.runUntilQuiet();
+  const auto& tabs = program->controller().store().tabs();
+  ASSERT_EQ(tabs.size(), 2);
+  EXPECT_FALSE(tabs[0].snapshot) << "the oldest gave way";
+  EXPECT_TRUE(tabs[1].snapshot);
+}
+
+TEST_F(PictureStory, ThePictureFliesToTheTabAndBack) {
+  desktop.setDefault("animationDuration", 0.4);
+  launch();
+  notes.activate();
+  desktop.press(17, Program::modifiers);
+  desktop.run(0.2);
+  const auto& out = desktop.panel("pellow-flight");
+  EXPECT_TRUE(out.ignoresMouseEvents());
+  EXPECT_LT(out.opacityNow(), 1);
+  const auto& strip = desktop.panel("pellow-strip");
+  EXPECT_EQ(out.frame().midX(), strip.centre("tabs/" + strip.view("tabs")->children[0].key).x);
+  desktop.runUntilQuiet();
+  EXPECT_TRUE(desktop.panels("pellow-flight").empty());
+
+  desktop.press(15, Program::modifiers);
+  desktop.run(0.3);
+  // Quartz (100, 120) is 900 - 120 - 600 above the bottom.
+  EXPECT_EQ(desktop.panel("pellow-flight").frame(), AppKitRect(100, 180, 800, 600));
+  desktop.runUntilQuiet();
+  EXPECT_TRUE(desktop.panels("pellow-flight").empty());
+
+  const auto expectNoFlight = [&] {
+    desktop.press(17, Program::modifiers);
+    desktop.run(0.2);
+    EXPECT_EQ(program->tabs().size(), 1);
+    EXPECT_TRUE(desktop.panels("pellow-flight").empty());
+    program->pressRestoreAll();
+  };
+  desktop.setDefault("animateFlight", false);
+  expectNoFlight();
+  desktop.setDefault("animateFlight", true);
+  desktop.setDefault("mechanism", "minimize");
+  expectNoFlight();
+
+  // The end of the program waits for no flight.
+  desktop.setDefault("mechanism", "offscreen");
+  desktop.press(17, Program::modifiers);
+  desktop.run(0.1);
+  desktop.signal(TerminationSignal::terminate);
+  desktop.runUntilQuiet();
+  EXPECT_EQ(desktop.exitStatus(), 0);
+  EXPECT_EQ(list.frame(), home);
+}
+
+TEST(WindowCaptureTest, FindsTheWindowByTitleAndFrame) {
+  const auto window = [](const char* title, QuartzRect frame) {
+    return ShareableWindow{.windowID = 1, .title = title, .frame = frame};
+  };
+  EXPECT_EQ(WindowCapture::score(window("Shopping", home), "Shopping", home), 9);
+  EXPECT_EQ(WindowCapture::score(window("Shopping", {102, 118, 802, 598}), "Shopping", home), 9);
+  EXPECT_EQ(WindowCapture::score(window("Renamed", home), "Shopping", home), 6);
+  EXPECT_EQ(WindowCapture::score(window("Shopping", {103, 120, 800, 600}), "Shopping", home), 5);
+  EXPECT_EQ(WindowCapture::score(window("", home), "", home), 6);
+
+  const std::vector windows{window("Shopping", {0, 0, 10, 10}), window("x", {0, 0, 800, 600})};
+  EXPECT_EQ(WindowCapture::bestMatch(windows, "Shopping", home), std::nullopt);
+  std::vector siblings{window("Shopping", {500, 120, 800, 600}), window("Shopping", home),
+                       window("Shopping", home)};
+  siblings[2].windowID = 2;
+  EXPECT_EQ(WindowCapture::bestMatch(siblings, "Shopping", home), siblings[1]);
+}
+
+TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
+  EXPECT_EQ(FlightAnimator::landing({0, 0, 1600, 900}, {100, 100, 34, 34}),
+            AppKitRect(100, 100 + (34 - 19.125) / 2, 34, 19.125));
+  EXPECT_EQ(FlightAnimator::landing({0, 0, 0, 900}, {100, 100, 34, 34}),
+            AppKitRect(100, 100, 34, 34));
+
+  SimulatedPlatform platform;
+  FlightAnimator flights(platform.panels(), platform.userDefaults());
+  for (const auto& [stored, used] : {std::pair{0.05, 0.1}, {0.5, 0.5}, {3.0, 1.2}}) {
+    platform.desktop().setDefault("animationDuration", stored);
+    EXPECT_EQ(flights.duration(), used);
+  }
+  const auto icon = Image(std::make_shared<simulated::SimulatedImage>("icon", Size{32, 32}));
+  const auto startsAt = [&](AppKitRect window, AppKitRect tab) -> std::optional<AppKitRect> {
+    int landed = 0;
+    flights.flyOut(icon, FlightAnimator::Subject::icon, window, tab, [&] { ++landed; });
+    std::optional<AppKitRect> start;
+    if (!platform.desktop().panels("pellow-flight").empty())
+      start = platform.desktop().panel("pellow-flight").frameNow();
+    platform.desktop().runUntilQuiet();
+    EXPECT_EQ(landed, 1);
+    return start;
+  };
+  EXPECT_EQ(startsAt({0, 0, 1200, 800}, {0, 0, 34, 34}), AppKitRect(510, 310, 180, 180));
+  EXPECT_EQ(startsAt({0, 0, 300, 200}, {0, 0, 34, 34}), AppKitRect(90, 40, 120, 120));
+  EXPECT_EQ(startsAt({0, 0, 300, 200}, {0, 0, 0, 0}), std::nullopt);
+}
+
+}  // namespace
+}  // namespace pellow
