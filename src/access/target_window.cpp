@@ -28,14 +28,24 @@ QuartzPoint readPosition(const AXElement& element) {
 }  // namespace
 
 std::vector<TargetWindow> TargetWindow::windows(Accessibility& accessibility, ProcessID pid) {
-  const auto application = AX::application(accessibility, pid);
+  auto windows = everyWindow(accessibility, pid, AX::timeout::application);
+  if (!windows) return {};
+  std::erase_if(*windows, [](const TargetWindow& window) {
+    return AX::string(window.element, AX::attribute::subrole) != AX::subrole::standardWindow;
+  });
+  return std::move(*windows);
+}
+
+std::expected<std::vector<TargetWindow>, AXError> TargetWindow::everyWindow(
+    Accessibility& accessibility, ProcessID pid, Seconds timeout) {
+  const auto application = accessibility.application(pid);
+  application.setMessagingTimeout(timeout);
+  auto listed = application.copyAttribute(AX::attribute::windows);
+  if (!listed) return std::unexpected(listed.error());
   std::vector<TargetWindow> windows;
-  for (auto& element : AX::children(application, AX::attribute::windows)) {
-    const auto owner = element.pid();
-    if (!owner) continue;
-    if (AX::string(element, AX::attribute::subrole) != AX::subrole::standardWindow) continue;
-    windows.push_back({std::move(element), *owner});
-  }
+  if (auto* const elements = std::get_if<std::vector<AXElement>>(&*listed))
+    for (auto& element : *elements)
+      if (const auto owner = element.pid()) windows.push_back({std::move(element), *owner});
   return windows;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <expected>
 #include <optional>
 #include <vector>
 
@@ -24,6 +25,12 @@ struct TargetWindow {
   // The standard windows of a process, in its own order: no dialogs, sheets, panels and nothing
   // that does not tell what it is. Any thread.
   static std::vector<TargetWindow> windows(Accessibility& accessibility, ProcessID pid);
+
+  // The windows of every kind. `timeout` is how long the application may take to list them; its
+  // error, if it does not. Any thread.
+  static std::expected<std::vector<TargetWindow>, AXError> everyWindow(Accessibility& accessibility,
+                                                                       ProcessID pid,
+                                                                       Seconds timeout);
 
   // The focused window of the frontmost application. Any thread.
   static std::optional<TargetWindow> frontmost(Accessibility& accessibility, Workspace& workspace);

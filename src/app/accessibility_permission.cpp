@@ -1,14 +1,17 @@
 #include "app/accessibility_permission.h"
 
+#include <memory>
 #include <utility>
 
 namespace pellow::AccessibilityPermission {
 
 Subscription waitForGrant(const Accessibility& accessibility, MainQueue& mainQueue,
                           Seconds pollInterval, std::function<void()> onGranted) {
-  return mainQueue.every(pollInterval, [&accessibility, granted = std::move(onGranted)]() mutable {
-    if (!granted || !accessibility.isProcessTrusted()) return;
-    std::exchange(granted, nullptr)();
+  const auto pending = std::make_shared<std::function<void()>>(std::move(onGranted));
+  return mainQueue.every(pollInterval, [&accessibility, pending] {
+    if (!*pending || !accessibility.isProcessTrusted()) return;
+    const auto granted = std::exchange(*pending, nullptr);
+    granted();
   });
 }
 

@@ -79,12 +79,15 @@ void AppDelegate::applicationDidFinishLaunching() {
 // The grant counts the moment it is given, whether or not the alert was answered.
 void AppDelegate::promptForPermission() {
   platform_.accessibility().isProcessTrustedWithPrompt();
-  grantPoll_ = AccessibilityPermission::waitForGrant(platform_.accessibility(),
-                                                     platform_.queues().main(), 1.0, [this] {
-                                                       permissionAlert_.cancel();
-                                                       begin();
-                                                     });
+  grantPoll_ = AccessibilityPermission::waitForGrant(
+      platform_.accessibility(), platform_.queues().main(), 1.0, [this] { permissionGranted(); });
   permissionAlert_.start(explainPermission(accessibilityAlert(), accessibilitySettings));
+}
+
+void AppDelegate::permissionGranted() {
+  grantPoll_.cancel();
+  permissionAlert_.cancel();
+  begin();
 }
 
 Task<> AppDelegate::explainPermission(Alert alert, std::string_view settings) {

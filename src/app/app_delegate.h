@@ -39,6 +39,7 @@ class AppDelegate {
 
  private:
   void promptForPermission();
+  void permissionGranted();
   void begin();
   void logPermissions();
   void installHotkeys();

@@ -36,9 +36,13 @@ bool isParkedAt(const Candidate& candidate, const ParkingRecord& record) {
          std::abs(candidate.frame.minY() - record.parkedOrigin.y) <= matchDistance;
 }
 
-std::vector<Candidate> candidates(Accessibility& accessibility, ProcessID pid) {
+// Of every kind, as any focused window can be parked. Nothing when the application does not answer.
+std::optional<std::vector<Candidate>> candidates(Accessibility& accessibility, ProcessID pid) {
+  const auto windows = TargetWindow::everyWindow(accessibility, pid, AX::timeout::windowChange);
+  if (!windows && windows.error() == AXError::cannotComplete) return std::nullopt;
   std::vector<Candidate> found;
-  for (const auto& window : TargetWindow::windows(accessibility, pid))
+  if (!windows) return found;
+  for (const auto& window : *windows)
     if (const auto frame = AX::frame(window.element))
       found.push_back(
           {window, AX::string(window.element, AX::attribute::title).value_or(""), *frame});
@@ -133,13 +137,22 @@ int OffscreenParking::recoverStrandedWindows() {
       log_.error("Could not recover {}: {}", candidate.title, error.errorDescription());
     }
   };
-  for (const auto& application : workspace_.runningApplications())
-    if (application.bundleID && bundleIDs.contains(*application.bundleID))
-      pair(candidates(accessibility_, application.pid), pending, *application.bundleID, recover);
+  std::set<std::string> unanswered;
+  for (const auto& application : workspace_.runningApplications()) {
+    if (!application.bundleID || !bundleIDs.contains(*application.bundleID)) continue;
+    if (auto found = candidates(accessibility_, application.pid)) {
+      pair(std::move(*found), pending, *application.bundleID, recover);
+    } else {
+      unanswered.insert(*application.bundleID);
+    }
+  }
 
-  std::vector<ParkingRecord> unmatched;
-  for (const auto& entry : pending)
-    if (!entry.matched) unmatched.push_back(entry.record);
+  std::vector<ParkingRecord> unmatched, kept;
+  for (const auto& entry : pending) {
+    if (entry.matched) continue;
+    (unanswered.contains(entry.record.bundleID) ? kept : unmatched).push_back(entry.record);
+  }
+  journal_.keepForNextLaunch(std::move(kept));
   journal_.write(unmatched);
   if (unmatched.empty()) return recovered;
 
@@ -171,7 +184,9 @@ int OffscreenParking::rescueHiddenWindows(bool clearJournal) {
       }
     }
   }
-  if (clearJournal) journal_.write({});
+  if (!clearJournal) return rescued;
+  journal_.keepForNextLaunch({});
+  journal_.write({});
   return rescued;
 }
 

@@ -44,7 +44,8 @@ class OffscreenParking {
   std::optional<QuartzPoint> onScreenOrigin(const QuartzRect& frame) const;
 
   // Brings back the windows that the journal says are still parked, and empties it. When some
-  // record has no window, sweeps for hidden windows too. Returns how many windows came back.
+  // record has no window, sweeps for hidden windows too. Records of an application that does not
+  // answer stay for the next launch. Returns how many windows came back.
   int recoverStrandedWindows();
 
   // Moves every window of every ordinary application that cannot be seen and is not minimized onto

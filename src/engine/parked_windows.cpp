@@ -49,10 +49,14 @@ void ParkedWindows::dropStaleRecords() {
   forEachParked([&](const TabItem& tab) { parked.push_back(&tab); });
   if (journal_.records().size() <= parked.size()) return;
   auto records = journal_.records();
-  const auto stale = std::erase_if(records, [&](const ParkingRecord& record) {
-    return std::ranges::none_of(parked, [&](const TabItem* tab) { return isOf(record, *tab); });
+  std::erase_if(records, [&](const ParkingRecord& record) {
+    const auto owner =
+        std::ranges::find_if(parked, [&](const TabItem* tab) { return isOf(record, *tab); });
+    if (owner == parked.end()) return true;
+    parked.erase(owner);
+    return false;
   });
-  if (stale > 0) journal_.write(std::move(records));
+  journal_.write(std::move(records));
 }
 
 }  // namespace pellow

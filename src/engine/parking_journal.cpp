@@ -39,9 +39,10 @@ ParkingJournal::ParkingJournal(UserDefaults& defaults, const Log& log)
 
 bool ParkingJournal::write(std::vector<ParkingRecord> records) {
   records_ = std::move(records);
+  auto stored = kept_;
+  stored.insert(stored.end(), records_.begin(), records_.end());
   // A title is whatever bytes another application made of it.
-  auto text =
-      nlohmann::json(records_).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  auto text = nlohmann::json(stored).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   const auto written = defaults_.set(key, DefaultsData{std::move(text)}, Durability::immediate);
   if (!written)
     log_.error("Could not write the parked-window journal: {}", written.error().sentence);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <nlohmann/json_fwd.hpp>
@@ -35,6 +36,9 @@ class ParkingJournal {
   const std::vector<ParkingRecord>& records() const { return records_; }
 
   bool write(std::vector<ParkingRecord> records);
+
+  // From now on every write has these records besides its own: they are for the next launch.
+  void keepForNextLaunch(std::vector<ParkingRecord> records) { kept_ = std::move(records); }
   bool append(ParkingRecord record);
 
   // Removes every record of this application and title, but keeps one for each origin in
@@ -46,6 +50,7 @@ class ParkingJournal {
   UserDefaults& defaults_;
   const Log& log_;
   std::vector<ParkingRecord> records_;  // as stored; nobody else writes them
+  std::vector<ParkingRecord> kept_;
 };
 
 }  // namespace pellow

@@ -144,7 +144,7 @@ void PellowController::pellowFrontmost() { tasks_.start(pellowFocusedWindow()); 
 Task<> PellowController::pellowFocusedWindow() {
   const auto window = co_await axQueue_.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, around_.workspace); });
-  if (!window) throw PellowError::noFocusedWindow();
+  if (!window || window->pid == around_.ownProcess) throw PellowError::noFocusedWindow();
   if (around_.preferences.mechanism() == Mechanism::hideApp) {
     co_await pellowApp(*window, std::nullopt, {});
   } else {
@@ -208,7 +208,7 @@ Task<> PellowController::hideApp(TargetWindow window, TabZone zone) {
   auto tab = makeTab(window, *application, state, Mechanism::hideApp, zone);
   if (state.frame)
     tab.snapshot = co_await snapshots_.snapshotIfEnabled(window.pid, state.title, *state.frame);
-  co_await putAway(std::move(tab), claim, zone);
+  co_await putAway(std::move(tab), claim, zone, state.isMinimized);
 }
 
 Task<> PellowController::park(TargetWindow window, Mechanism mechanism, TabZone zone) {
@@ -222,15 +222,21 @@ Task<> PellowController::park(TargetWindow window, Mechanism mechanism, TabZone 
   tab.snapshot = state.isMinimized
                      ? snapshots_.cachedSnapshot(window.element)
                      : co_await snapshots_.snapshotIfEnabled(window.pid, state.title, *state.frame);
-  const bool isDone = mechanism == Mechanism::minimize && state.isMinimized;
-  if (!isDone) co_return co_await putAway(std::move(tab), claim, zone);
-  echoes_.settle(window.pid, settleTime);
+  if (mechanism == Mechanism::minimize && state.isMinimized) co_return keepInDock(std::move(tab));
+  co_await putAway(std::move(tab), claim, zone, state.isMinimized);
+}
+
+// The window is minimized, and stays so until its tab brings it back.
+void PellowController::keepInDock(TabItem tab) {
+  tab.mechanism = Mechanism::minimize;
+  echoes_.settle(tab.window.pid, settleTime);
   store_.add(std::move(tab));
 }
 
 // From the claim on there is somebody who knows how to put the window back; the tab becomes public
 // only when the window is hidden.
-Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone) {
+Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone,
+                                 bool isMinimized) {
   const auto tabFrame = strip_->projectedTabFrame(zone.id);
   claim.setTab(tab);
   const auto hiding = co_await mechanisms_.hide(tab, parkingSide(zone));
@@ -240,6 +246,8 @@ Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone
     if (tabFrame) flyOut(tab, *tabFrame);
   }
   if (!hiding.failure) co_return;
+  if (isMinimized && !hiding.mayBeHidden && !hiding.failure->isWindowGone())
+    co_return keepInDock(std::move(tab));
   if (hiding.failure->code() == PellowError::Code::moveRefused) failures_.noteRefusal(tab.window);
   if (*hiding.failure == PellowError::minimizeFailed(AXError::cannotComplete))
     triggers_.expectLateMinimize(tab);
@@ -283,12 +291,15 @@ Task<> PellowController::restoreBatch(std::list<Returning> returning) {
   const auto each = flights_.duration();
   echoes_.suppressActivation(each * static_cast<double>(returning.size()) + restoreBatchExtra);
   std::vector<PellowError> failures;
-  for (; !returning.empty(); returning.pop_front()) {
+  while (!returning.empty()) {
     try {
       co_await restore(returning.front());
     } catch (const PellowError& error) {
       failures.push_back(error);
     }
+    returning.pop_front();
+    // As long as it stood in the ledger, a sibling that came back meanwhile took it for parked.
+    parkedWindows_.dropStaleRecords();
   }
   echoes_.suppressActivation(ownEcho);
   failures_.report(failures);
@@ -336,6 +347,7 @@ Task<> PellowController::pruneDead() {
 void PellowController::restoreAllBlocking() {
   // Not started: the journal is still that of a previous run.
   if (!strip_) return;
+  displays_.recordMainHeight();  // a change may be on its way
   auto underWay = triggers_.lateMinimizes();
   for (const auto& entry : ledger_.entries())
     if (entry.tab) underWay.push_back(*entry.tab);

@@ -135,7 +135,8 @@ class PellowController {
                        std::vector<TargetWindow> excluding);
   Task<> hideApp(TargetWindow window, TabZone zone);
   Task<> park(TargetWindow window, Mechanism mechanism, TabZone zone);
-  Task<> putAway(TabItem tab, Ledger::Claim& claim, TabZone zone);
+  Task<> putAway(TabItem tab, Ledger::Claim& claim, TabZone zone, bool isMinimized);
+  void keepInDock(TabItem tab);
   Task<WindowState> read(TargetWindow window);
 
   Task<> restoreBatch(std::list<Returning> returning);

@@ -208,6 +208,53 @@ TEST(EndStory, AnEmptyJournalAsksNobody) {
   }
 }
 
+// A dialog that was parked comes back; what an application that hangs has parked is left to the
+// launch after this one; and no window leaves its record behind.
+TEST(EndStory, NoRecordIsLostAndNoneStays) {
+  SimulatedPlatform platform;
+  auto& desktop = platform.desktop();
+  const auto notes = desktop.launch("Notes", "com.example.notes");
+  const auto dialog = notes.openWindow("Find", {200, 150, 300, 200}, "AXDialog");
+  const auto stuck = desktop.launch("Stuck", "com.example.stuck");
+  const auto report = stuck.openWindow("Report", {100, 120, 800, 600});
+  Program program(platform);
+  program.pressPellow();
+  notes.activate();
+  program.pressPellow();
+  ASSERT_EQ(program.journalOnDisk().size(), 2);
+
+  SimulatedPlatform second(desktop.snapshot());
+  second.desktop().application("Stuck").hangs();
+  Program afterCrash(second);
+  EXPECT_EQ(second.desktop().counterpart(dialog).frame(), QuartzRect(200, 150, 300, 200));
+  second.desktop().application("Notes").activate();
+  afterCrash.pressPellow();
+  afterCrash.pressRestoreAll();
+  EXPECT_EQ(afterCrash.journalOnDisk().size(), 1);
+  second.desktop().application("Stuck").wakes();
+  afterCrash.quit();
+  second.desktop().runUntilQuiet();
+
+  SimulatedPlatform third(second.desktop().snapshot());
+  Program afterEnd(third);
+  EXPECT_EQ(third.desktop().counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
+  EXPECT_TRUE(afterEnd.journalOnDisk().empty());
+
+  // Two of one title and place, brought back by two clicks at once.
+  const auto twin = notes.openWindow("Twin", {50, 60, 300, 300});
+  notes.openWindow("Twin", {50, 60, 300, 300});
+  program.pressRestoreAll();
+  program.pressEverything();
+  twin.answersAfter(0.2);
+  for (int click = 0; click < 2; ++click) {
+    const auto& panel = desktop.panel("pellow-strip");
+    desktop.click(panel.centre("tabs/" + panel.viewNamed("Twin")->key));
+    desktop.run(0.01);
+  }
+  desktop.runUntilQuiet();
+  for (const auto& record : program.journalOnDisk()) EXPECT_NE(record.title, "Twin");
+}
+
 TEST(EndStory, AWindowThatWillNotMoveDoesNotStopTheLaunch) {
   SimulatedPlatform platform;
   const Windows windows(platform.desktop());

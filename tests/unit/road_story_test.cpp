@@ -406,6 +406,10 @@ TEST_F(RoadStory, ThePermissionCountsWhileItsAlertStillShows) {
   EXPECT_TRUE(desktop.alerts().empty());
   EXPECT_EQ(lost.frame(), home);
   EXPECT_TRUE(program->journalOnDisk().empty());
+  lost.raise();
+  program->pressPellow();
+  desktop.run(3);
+  EXPECT_EQ(program->journalOnDisk().size(), 1) << "it has begun once";
 }
 
 }  // namespace
