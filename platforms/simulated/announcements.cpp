@@ -14,6 +14,8 @@ auto find(const Things& things, Key key, Key Things::value_type::* member) {
 }  // namespace
 
 Glance::Glance(const DesktopState& desktop) : frontmost_(desktop.frontmost) {
+  windows_.reserve(desktop.windows.size());
+  applications_.reserve(desktop.applications.size());
   for (const auto& each : desktop.windows) windows_.push_back({each.id, each.pid, each.minimized});
   for (const auto& each : desktop.applications)
     applications_.push_back({each.identity.pid, each.focusedWindow});

@@ -85,12 +85,17 @@ void DesktopState::endApplication(ProcessID pid) {
   resign(pid);
 }
 
-void DesktopState::hide(ProcessID pid) {
-  application(pid)->hidden = true;
+void DesktopState::hide(ProcessID pid, Actor actor) {
+  auto& hidden = *application(pid);
+  if (!hidden.hidden) hidden.hiddenBy = actor;
+  hidden.hidden = true;
   resign(pid);
 }
 
-void DesktopState::unhide(ProcessID pid) { application(pid)->hidden = false; }
+void DesktopState::unhide(ProcessID pid) {
+  application(pid)->hidden = false;
+  application(pid)->hiddenBy = std::nullopt;
+}
 
 void DesktopState::activate(ProcessID pid) {
   unhide(pid);
@@ -98,6 +103,12 @@ void DesktopState::activate(ProcessID pid) {
   auto& focused = application(pid)->focusedWindow;
   if (!focused) focusNext(pid);
   if (focused) bringToFront(*focused);
+}
+
+void DesktopState::reopen(ProcessID pid) {
+  activate(pid);
+  const auto ids = windowsOf(pid);
+  if (!ids.empty() && window(ids.front())->minimized) choose(ids.front());
 }
 
 void DesktopState::resign(ProcessID pid) {
@@ -141,8 +152,9 @@ void DesktopState::close(WindowID id) {
   if (application(pid)->focusedWindow == id) focusNext(pid);
 }
 
-void DesktopState::minimize(WindowID id) {
+void DesktopState::minimize(WindowID id, Actor actor) {
   auto& minimized = *window(id);
+  if (!minimized.minimized) minimized.minimizedBy = actor;
   minimized.minimized = true;
   if (application(minimized.pid)->focusedWindow == id) focusNext(minimized.pid);
 }
@@ -150,7 +162,14 @@ void DesktopState::minimize(WindowID id) {
 void DesktopState::unminimize(WindowID id) {
   if (!window(id)->minimized) return;
   window(id)->minimized = false;
+  window(id)->minimizedBy = std::nullopt;
   raise(id);
+}
+
+void DesktopState::choose(WindowID id) {
+  unminimize(id);
+  raise(id);
+  activate(window(id)->pid);
 }
 
 void DesktopState::raise(WindowID id) {
@@ -172,7 +191,7 @@ std::expected<void, AXError> DesktopState::write(WindowID id, std::string_view a
   } else if (attribute == "AXMinimized") {
     const auto* minimized = std::get_if<bool>(&value);
     if (!minimized) return std::unexpected(AXError::illegalArgument);
-    *minimized ? minimize(id) : unminimize(id);
+    *minimized ? minimize(id, Actor::program) : unminimize(id);
   } else {
     return std::unexpected(AXError::attributeUnsupported);
   }
@@ -181,8 +200,11 @@ std::expected<void, AXError> DesktopState::write(WindowID id, std::string_view a
 
 void DesktopState::carryOutLateWrites(Seconds now) {
   const auto isDue = [now](const LateWrite& late) { return late.moment <= now; };
-  for (const auto& late : lateWrites)
-    if (isDue(late) && window(late.window)) (void)write(late.window, late.attribute, late.value);
+  for (const auto& late : lateWrites) {
+    if (!isDue(late) || !window(late.window)) continue;
+    (void)write(late.window, late.attribute, late.value);
+    ++window(late.window)->lateChanges;
+  }
   std::erase_if(lateWrites, isDue);
 }
 
@@ -196,7 +218,9 @@ void DesktopState::wake(ProcessID pid, Seconds now) {
 
 void DesktopState::move(WindowID id, QuartzPoint asked) {
   auto& moved = *window(id);
-  moved.frame.origin = placeTaken(moved, asked);
+  const auto place = placeTaken(moved, asked);
+  if (place != moved.frame.origin) moved.movedBy = Actor::program;
+  moved.frame.origin = place;
 }
 
 QuartzPoint DesktopState::placeTaken(const WindowState& window, QuartzPoint asked) const {

@@ -61,6 +61,9 @@ struct WindowManners {
   std::vector<AXFault> faults;
 };
 
+// Whose doing something is.
+enum class Actor { user, program };
+
 struct WindowState {
   WindowID id = 0;
   ProcessID pid = 0;
@@ -69,8 +72,11 @@ struct WindowState {
   std::string subrole = "AXStandardWindow";
   bool hasMinimizeButton = true;
   bool minimized = false;
+  std::optional<Actor> minimizedBy = std::nullopt;  // while it is minimized
+  std::optional<Actor> movedBy = std::nullopt;      // the last to move it, if anybody has
   // Its title as pictures have it, if that is another one; perhaps none at all.
   std::optional<std::optional<std::string>> captureTitle = std::nullopt;
+  int lateChanges = 0;  // so often it carried out what it had answered too late
   WindowManners manners;
 };
 
@@ -86,11 +92,13 @@ enum class WindowPart { window, minimizeButton, content };
 struct ApplicationState {
   RunningApplication identity;
   bool hidden = false;
+  std::optional<Actor> hiddenBy = std::nullopt;  // while it is hidden
   bool refusesToHide = false;
   bool refusesObservers = false;
   bool hangs = false;
   Seconds answersAfter = 0;
   std::optional<int> callsUntilQuit;
+  bool dies = false;  // instead of quitting in good order
   std::optional<WindowID> focusedWindow;
 };
 
@@ -167,9 +175,12 @@ struct DesktopState {
   ProcessID launch(RunningApplication identity);
   // Closes its windows; another application becomes the frontmost one.
   void endApplication(ProcessID pid);
-  void hide(ProcessID pid);
+  void hide(ProcessID pid) { hide(pid, Actor::user); }
+  void hide(ProcessID pid, Actor actor);
   void unhide(ProcessID pid);
   void activate(ProcessID pid);
+  // A click on its place in the Dock: if it shows no window, a minimized one comes back.
+  void reopen(ProcessID pid);
   // If it is the frontmost application, another one takes its place.
   void resign(ProcessID pid);
 
@@ -180,8 +191,11 @@ struct DesktopState {
   WindowID open(WindowState window);
   void close(WindowID id);
   // The next window of the application gets the focus.
-  void minimize(WindowID id);
+  void minimize(WindowID id) { minimize(id, Actor::user); }
+  void minimize(WindowID id, Actor actor);
   void unminimize(WindowID id);
+  // Its place in the menu "Window" or in the Dock: back, in front, and its application active.
+  void choose(WindowID id);
   // In front of the other windows of its application, and of all if that is the frontmost one.
   void raise(WindowID id);
   // Changes an attribute as the window's manners have it.

@@ -14,17 +14,9 @@ namespace {
 // So many times in a row the baton may change hands while the clock stands still.
 constexpr std::uint64_t mostChoicesWithoutProgress = 50'000'000;
 
-void pause() {
-#if defined(__x86_64__)
-  __builtin_ia32_pause();
-#elif defined(__aarch64__)
-  __asm__ volatile("yield");
-#endif
-}
-
 }  // namespace
 
-class Scheduler::Thread {
+class Scheduler::Thread : public std::enable_shared_from_this<Scheduler::Thread> {
  public:
   explicit Thread(std::string threadName) : name(std::move(threadName)) {}
 
@@ -40,10 +32,7 @@ class Scheduler::Thread {
   Seconds moment() const { return isFinished || !wait ? never : wait->moment(); }
 };
 
-Scheduler::Scheduler(std::uint64_t seed, Seconds now)
-    : randomness_(seed),
-      now_(now),
-      glancesBeforeSleep_(std::thread::hardware_concurrency() > 1 ? 300 : 0) {
+Scheduler::Scheduler(std::uint64_t seed, Seconds now) : randomness_(seed), now_(now) {
   threads_.push_back(std::make_shared<Thread>("main"));
   running_ = threads_.front().get();
   running_->id = std::this_thread::get_id();
@@ -68,7 +57,7 @@ void Scheduler::wait(const Wait& wait) {
 
 void Scheduler::mayWait() {
   if (threads_.size() == 1 && happenings_.empty()) return;
-  wait({.what = "its turn", .moment = [] { return 0.0; }});
+  wait(itsTurn_);
 }
 
 void Scheduler::sleep(Seconds duration) {
@@ -170,13 +159,13 @@ void Scheduler::happen() {
 }
 
 void Scheduler::handTo(Thread& thread) {
+  // The thread may run, end and be joined by others before it is even notified.
+  const auto kept = thread.shared_from_this();
   thread.hasBaton = 1;
   thread.hasBaton.notify_one();
 }
 
-// The baton most often comes back sooner than a thread falls asleep and wakes again.
 void Scheduler::awaitBaton(Thread& thread) {
-  for (int glances = 0; glances < glancesBeforeSleep_ && !thread.hasBaton; ++glances) pause();
   thread.hasBaton.wait(0);
   thread.hasBaton = 0;
 }

@@ -94,6 +94,7 @@ class Scheduler {
   void noteProgress();
   [[noreturn]] void giveUp(const std::string& why) const;
 
+  const Wait itsTurn_{.what = "its turn", .moment = [] { return 0.0; }};
   std::mt19937_64 randomness_;
   Seconds now_;
   Threads threads_;  // the main thread first
@@ -103,7 +104,6 @@ class Scheduler {
   bool isHappening_ = false;
   Seconds lastProgress_ = 0;
   std::uint64_t choicesSinceProgress_ = 0;
-  int glancesBeforeSleep_;
 };
 
 }  // namespace pellow::simulated

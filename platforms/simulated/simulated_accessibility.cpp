@@ -45,9 +45,11 @@ std::optional<AXError> takeFault(std::vector<AXFault>& faults, AXCall call, std:
 
 // A call arrives, which the application may take as a reason to go.
 void countCallOf(SimulatedSystem& system, ProcessID pid) {
-  auto& left = system.state.application(pid)->callsUntilQuit;
-  if (left && --*left <= 0)
-    system.change([pid](DesktopState& desktop) { desktop.endApplication(pid); });
+  auto& called = *system.state.application(pid);
+  auto& left = called.callsUntilQuit;
+  if (!left || --*left > 0) return;
+  if (called.dies) return system.killApplication(pid);
+  system.change([pid](DesktopState& desktop) { desktop.endApplication(pid); });
 }
 
 // What all elements have in common: the road of a call to the other application.
@@ -75,7 +77,7 @@ class Element : public AXElement::Object {
     return perform(action);
   }
   std::expected<ProcessID, AXError> pid() const override {
-    if (!system_.portCall("asks for the process of {}", describe()))
+    if (!system_.portCall([this] { return "asks for the process of " + describe(); }))
       return std::unexpected(AXError::cannotComplete);
     if (!isAlive()) return std::unexpected(AXError::invalidUIElement);
     if (const auto error = orderedFault(AXCall::pid, "pid")) return std::unexpected(*error);
@@ -119,8 +121,10 @@ class Element : public AXElement::Object {
   // The error that ends the call on its way; none when the application now answers it.
   std::optional<AXError> arrive(AXCall call, std::string_view name,
                                 Seconds* tooLateBy = nullptr) const {
-    if (!system_.portCall("{} {} of {}", verb(call), name, describe()))
-      return AXError::cannotComplete;
+    const auto description = [&] {
+      return fmt::format("{} {} of {}", verb(call), name, describe());
+    };
+    if (!system_.portCall(description)) return AXError::cannotComplete;
     if (!desktop().trustsProcess) return AXError::apiDisabled;
     if (!isAlive()) return AXError::invalidUIElement;
     const auto late = travel(call);
@@ -251,7 +255,7 @@ class WindowElement final : public Element {
     if (part_ == WindowPart::window && action == "AXRaise")
       system().change([id](DesktopState& desk) { desk.raise(id); });
     else if (part_ == WindowPart::minimizeButton && action == "AXPress")
-      system().change([id](DesktopState& desk) { desk.minimize(id); });
+      system().change([id](DesktopState& desk) { desk.minimize(id, Actor::program); });
     else
       return std::unexpected(AXError::actionUnsupported);
     return {};

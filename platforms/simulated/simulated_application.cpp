@@ -17,6 +17,7 @@ AXElement SimulatedApplication::element() const { return applicationElement(*sys
 
 bool SimulatedApplication::isRunning() const { return system_->state.application(pid_) != nullptr; }
 bool SimulatedApplication::isHidden() const { return state().hidden; }
+std::optional<Actor> SimulatedApplication::hiddenBy() const { return state().hiddenBy; }
 bool SimulatedApplication::isFrontmost() const { return system_->state.frontmost == pid_; }
 
 std::vector<SimulatedWindow> SimulatedApplication::windows() const {
@@ -47,6 +48,7 @@ void SimulatedApplication::does(void (DesktopState::*verb)(ProcessID)) const {
 }
 
 void SimulatedApplication::activate() const { does(&DesktopState::activate); }
+void SimulatedApplication::clickInDock() const { does(&DesktopState::reopen); }
 void SimulatedApplication::hide() const { does(&DesktopState::hide); }
 void SimulatedApplication::unhide() const { does(&DesktopState::unhide); }
 void SimulatedApplication::quit() const { does(&DesktopState::endApplication); }
@@ -80,6 +82,13 @@ void SimulatedApplication::wakes() const {
 
 SimulatedApplication SimulatedApplication::quitsDuring(int call) const {
   state().callsUntilQuit = call;
+  state().dies = false;
+  return *this;
+}
+
+SimulatedApplication SimulatedApplication::diesDuring(int call) const {
+  state().callsUntilQuit = call;
+  state().dies = true;
   return *this;
 }
 

@@ -20,6 +20,8 @@ class SimulatedApplication {
 
   bool isRunning() const;
   bool isHidden() const;
+  // Whether its user hid it, or the program; nothing while it is not hidden.
+  std::optional<Actor> hiddenBy() const;
   bool isFrontmost() const;
   // Front to back, minimized ones last.
   std::vector<SimulatedWindow> windows() const;
@@ -30,6 +32,9 @@ class SimulatedApplication {
   SimulatedWindow openWindow(std::string title, QuartzRect frame,
                              std::string subrole = "AXStandardWindow") const;
   void activate() const;
+  // A click on its place in the Dock: it becomes active, and if it shows no window, a minimized one
+  // comes back.
+  void clickInDock() const;
   void hide() const;
   void unhide() const;
   // Its windows go, then the application; the workspace announces it.
@@ -49,6 +54,8 @@ class SimulatedApplication {
   void wakes() const;
   // Quits during the nth call from now to any of its elements, counted from 1.
   SimulatedApplication quitsDuring(int call) const;
+  // Is killed during that call.
+  SimulatedApplication diesDuring(int call) const;
 
  private:
   ApplicationState& state() const;  // throws when it does not run

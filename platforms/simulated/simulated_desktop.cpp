@@ -269,6 +269,7 @@ void SimulatedDesktop::failNextLaunch(SystemError error) {
 
 std::uint64_t SimulatedDesktop::portCalls() const { return system_.portCalls; }
 DesktopState SimulatedDesktop::snapshot() const { return system_.snapshot(); }
+const DesktopState& SimulatedDesktop::state() const { return system_.state; }
 void SimulatedDesktop::crashAtPortCall(std::uint64_t call) {
   system_.crash = std::nullopt;
   system_.crashAtPortCall = system_.portCalls + call;

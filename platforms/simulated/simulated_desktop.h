@@ -235,6 +235,8 @@ class SimulatedDesktop {
   std::uint64_t portCalls() const;
   // The desktop and the user defaults as a crash at this moment would leave them.
   DesktopState snapshot() const;
+  // The desktop as it is, to be looked at.
+  const DesktopState& state() const;
   // Takes the copy at the beginning of the nth port call from now, counted from 1. The program goes
   // on, on this desktop.
   void crashAtPortCall(std::uint64_t call);

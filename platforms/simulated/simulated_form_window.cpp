@@ -215,6 +215,7 @@ void SimulatedFormWindow::toFront() {
 void SimulatedFormWindow::gone(WindowID window) {
   if (window != window_) return;
   window_ = std::nullopt;
+  edit_ = std::nullopt;
   system_.giveWay();
   if (const auto closed = onClosed) closed();
 }

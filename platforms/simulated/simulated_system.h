@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -45,6 +46,11 @@ class SimulatedSystem {
   bool portCall(fmt::format_string<Args...> what, Args&&... args) {
     if (!recordsHistory) return beginPortCall({});
     return beginPortCall(fmt::format(what, std::forward<Args>(args)...));
+  }
+  // The same for a call that is not described unless somebody reads it.
+  template <std::invocable Describe>
+  bool portCall(const Describe& describe) {
+    return beginPortCall(recordsHistory ? describe() : std::string());
   }
 
   std::uint64_t portCalls = 0;  // so far

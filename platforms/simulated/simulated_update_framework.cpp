@@ -1,7 +1,8 @@
 #include "platforms/simulated/simulated_update_framework.h"
 
-#include <algorithm>
+#include <functional>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 #include "platforms/simulated/simulated_process.h"

@@ -21,6 +21,8 @@ double SimulatedWindow::shareOnDisplays() const {
   return isVisible() ? system_->state.shareOnDisplays(frame()) : 0;
 }
 bool SimulatedWindow::isMinimized() const { return state().minimized; }
+std::optional<Actor> SimulatedWindow::minimizedBy() const { return state().minimizedBy; }
+std::optional<Actor> SimulatedWindow::movedBy() const { return state().movedBy; }
 bool SimulatedWindow::hasFocus() const { return system_->state.focusedWindow() == id_; }
 bool SimulatedWindow::isInFront() const {
   const auto& desktop = system_->state;
@@ -37,7 +39,10 @@ AppKitPoint SimulatedWindow::minimizeButton() const {
 std::string SimulatedWindow::title() const { return state().title; }
 ProcessID SimulatedWindow::pid() const { return state().pid; }
 
-void SimulatedWindow::moveTo(QuartzPoint origin) const { state().frame.origin = origin; }
+void SimulatedWindow::moveTo(QuartzPoint origin) const {
+  state().frame.origin = origin;
+  state().movedBy = Actor::user;
+}
 void SimulatedWindow::resize(Size size) const { state().frame.size = size; }
 void SimulatedWindow::rename(std::string title) const { state().title = std::move(title); }
 void SimulatedWindow::does(void (DesktopState::*verb)(WindowID)) const {
@@ -48,6 +53,7 @@ void SimulatedWindow::does(void (DesktopState::*verb)(WindowID)) const {
 void SimulatedWindow::minimize() const { does(&DesktopState::minimize); }
 void SimulatedWindow::unminimize() const { does(&DesktopState::unminimize); }
 void SimulatedWindow::raise() const { does(&DesktopState::raise); }
+void SimulatedWindow::chooseFromWindowMenu() const { does(&DesktopState::choose); }
 void SimulatedWindow::close() const { does(&DesktopState::close); }
 
 SimulatedWindow SimulatedWindow::answersAfter(Seconds delay) const {

@@ -32,6 +32,10 @@ class SimulatedWindow {
   bool isMinimized() const;
   bool hasFocus() const;  // of the frontmost application
   bool isInFront() const;
+  // Whether its user minimized it, or the program; nothing while it is not minimized.
+  std::optional<Actor> minimizedBy() const;
+  // Who moved it last; nothing when nobody has. The desktop itself moves windows, too.
+  std::optional<Actor> movedBy() const;
   QuartzRect frame() const;
   AppKitPoint minimizeButton() const;  // its middle, where a click minimizes the window
   std::string title() const;
@@ -44,6 +48,9 @@ class SimulatedWindow {
   void minimize() const;
   void unminimize() const;
   void raise() const;
+  // In the menu "Window" of its application, or in the Dock: it comes back, in front, and its
+  // application becomes active.
+  void chooseFromWindowMenu() const;
   void close() const;
 
   // Manners. Each returns the window, so that one can follow the other.

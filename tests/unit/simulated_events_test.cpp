@@ -136,6 +136,67 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
   EXPECT_FALSE(inbox.exists());
 }
 
+TEST_F(SimulatedEventsTest, MinimizedWindowsComeBackByMenuAndDock) {
+  const auto notes = desktop.launch("Notes");
+  const auto list = notes.openWindow("Shopping", home);
+  const auto letter = notes.openWindow("Letter", home);
+  const auto mail = desktop.launch("Mail");
+  listenTo(notes);
+  list.minimize();
+  letter.minimize();
+  EXPECT_EQ(heardAfter([&] { notes.activate(); }), Lines{"activate Notes"});
+  EXPECT_FALSE(notes.focusedWindow()) << "in front, and nothing to see";
+  EXPECT_EQ(heardAfter([&] { list.chooseFromWindowMenu(); }), Lines{"Focus Shopping"});
+  EXPECT_TRUE(list.hasFocus());
+
+  // From the Dock, whoever is in front; a window that shows needs no other.
+  mail.activate();
+  EXPECT_EQ(heardAfter([&] { letter.chooseFromWindowMenu(); }),
+            (Lines{"activate Notes", "Focus Letter"}));
+  letter.minimize();
+  mail.activate();
+  EXPECT_EQ(heardAfter([&] { notes.clickInDock(); }), Lines{"activate Notes"});
+  EXPECT_TRUE(letter.isMinimized());
+  list.minimize();
+  mail.activate();
+  EXPECT_EQ(heardAfter([&] { notes.clickInDock(); }), (Lines{"activate Notes", "Focus Shopping"}));
+  notes.hide();
+  EXPECT_EQ(heardAfter([&] { letter.chooseFromWindowMenu(); }),
+            (Lines{"activate Notes", "Focus Letter"}));
+  EXPECT_TRUE(letter.isVisible() && letter.isInFront());
+  mail.clickInDock();
+  EXPECT_TRUE(mail.isFrontmost()) << "without any window";
+}
+
+TEST_F(SimulatedEventsTest, TheDesktopKnowsWhoPutAWindowAway) {
+  const auto notes = desktop.launch("Notes");
+  const auto list = notes.openWindow("Shopping", home);
+  EXPECT_EQ(list.minimizedBy(), std::nullopt);
+  EXPECT_EQ(list.movedBy(), std::nullopt);
+  minimizeButtonOf(list).performAction("AXPress").value();
+  list.minimize();
+  EXPECT_EQ(list.minimizedBy(), Actor::program) << "it was minimized already";
+  list.unminimize();
+  EXPECT_EQ(list.minimizedBy(), std::nullopt);
+  heardAfter([&] { desktop.click(list.minimizeButton()); });
+  list.element().setAttribute("AXMinimized", true).value();
+  EXPECT_EQ(list.minimizedBy(), Actor::user);
+
+  platform.workspace().hide(notes.pid());
+  EXPECT_EQ(notes.hiddenBy(), Actor::program);
+  notes.unhide();
+  EXPECT_EQ(notes.hiddenBy(), std::nullopt);
+  notes.hide();
+  EXPECT_EQ(notes.hiddenBy(), Actor::user);
+
+  list.refusesToMove().element().setAttribute("AXPosition", QuartzPoint{9, 9}).value();
+  EXPECT_EQ(list.movedBy(), std::nullopt) << "it stayed";
+  list.behaves().element().setAttribute("AXPosition", QuartzPoint{9, 9}).value();
+  EXPECT_EQ(list.movedBy(), Actor::program);
+  list.moveTo({100, 100});
+  EXPECT_EQ(list.movedBy(), Actor::user);
+}
+
 TEST_F(SimulatedEventsTest, ObserversCanBeRefusedAndGoUnheard) {
   auto& accessibility = platform.accessibility();
   const auto notes = desktop.launch("Notes");
@@ -268,6 +329,10 @@ TEST_F(SimulatedEventsTest, ApplicationsHangWakeAndDie) {
   EXPECT_EQ(mail.element().copyAttribute("AXWindows").error(), AXError::invalidUIElement);
   EXPECT_FALSE(mail.isRunning());
   EXPECT_EQ(heardAfter([] {}), Lines{}) << "told already";
+  const auto chess = desktop.launch("Chess").diesDuring(1);
+  const auto board = chess.openWindow("Board", home);
+  EXPECT_EQ(board.element().copyAttribute("AXTitle").error(), AXError::invalidUIElement);
+  EXPECT_FALSE(chess.isRunning());
 
   const auto web =
       desktop.launch("Web").openWindow("Page", home).failsNext("pid", AXError::failure);
