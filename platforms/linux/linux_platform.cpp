@@ -7,6 +7,7 @@
 #include <QSocketNotifier>
 #include <QWindow>
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <functional>
 #include <string_view>
@@ -27,6 +28,7 @@
 #include "platforms/linux/system/pollable_main_queue.h"
 #include "platforms/linux/system/random_uuid_source.h"
 #include "platforms/linux/system/thread_serial_queue.h"
+#include "platforms/linux/updates/feed_updates.h"
 #include "platforms/linux/x11/x11_desktop.h"
 
 namespace pellow {
@@ -53,15 +55,12 @@ class NoSymbolicHotKeys final : public SymbolicHotKeys {
   std::vector<SymbolicHotKey> all() const override { return {}; }
 };
 
-class NoUpdates final : public UpdateFramework {
- public:
-  void start(UpdateDelegate) override {}
-  void checkForUpdates() override {}
-  bool automaticallyChecks() const override { return false; }
-  void setAutomaticallyChecks(bool) override {}
-  std::optional<Seconds> sinceLastCheck() const override { return {}; }
-  std::optional<std::string> currentVersion() const override { return PELLOW_VERSION; }
-};
+FeedUpdates::Build thisBuild() { return {.version = PELLOW_VERSION, .feed = PELLOW_UPDATE_FEED}; }
+
+Seconds secondsSince1970() {
+  return std::chrono::duration<Seconds>(std::chrono::system_clock::now().time_since_epoch())
+      .count();
+}
 
 std::string environment(const char* name) {
   const char* const value = std::getenv(name);
@@ -103,13 +102,13 @@ struct LinuxPlatform::Parts {
   QtFormWindows formWindows;
   QtColourPanel colourPanel;
   AutostartEntry loginItem = AutostartEntry::ofEnvironment();
-  NoUpdates updates;
   LinuxQueues queues;
   std::unique_ptr<X11Desktop> desktop;
   std::unique_ptr<ScreenCapture> screenCapture;
   FileUserDefaults userDefaults;
   QtProcess process;
   QtAlerts alerts;
+  FeedUpdates updates;
   QtPanels panels;
   LocalKeyFilter localKeys;
   std::unique_ptr<QSocketNotifier> workHasCome;
@@ -124,6 +123,12 @@ struct LinuxPlatform::Parts {
         userDefaults(FileUserDefaults::standardFile(), queues.main(), log),
         process(std::move(arguments), signals, [this] { userDefaults.flush(); }),
         alerts(queues.main()),
+        updates(thisBuild(), {.defaults = userDefaults,
+                              .queue = queues.main(),
+                              .alerts = alerts,
+                              .workspace = desktop->workspace(),
+                              .log = log,
+                              .now = secondsSince1970}),
         panels(queues.main(), [this](const AppKitRect& rect) { return desktop->toPixels(rect); }),
         localKeys([this](std::uint8_t keycode, std::uint16_t state) {
           return desktop->deliverLocalKeyDown(keycode, state);

@@ -16,6 +16,9 @@ namespace {
 // A slider stands on whole numbers only; so many are finer than the screen.
 constexpr int sliderSteps = 10000;
 
+constexpr int buttonAir = 16;    // points beside the title, on top of the style's
+constexpr int buttonWidth = 80;  // points, at least
+
 void showTitle(QAbstractButton& button, const std::string& title) {
   if (const auto text = titleText(title); button.text() != text) button.setText(text);
 }
@@ -87,7 +90,7 @@ double SliderControl::valueAt(int position) const {
 
 void SliderControl::showContent(const FormContent& content) {
   slider_ = std::get<Slider>(content);
-  setTickPosition(slider_.tickMarks > 1 ? QSlider::TicksBelow : QSlider::NoTicks);
+  setTickPosition(slider_.tickMarks > 1 ? QSlider::TicksBothSides : QSlider::NoTicks);
   setTickInterval(slider_.tickMarks > 1 ? sliderSteps / (slider_.tickMarks - 1) : 0);
   if (const int position = positionOf(slider_.value); position != value()) {
     const QSignalBlocker silent(this);
@@ -161,6 +164,11 @@ void TextFieldControl::end() {
 ButtonControl::ButtonControl(QWidget& parent) : QPushButton(&parent) {
   setAutoDefault(false);
   connect(this, &QPushButton::clicked, this, [this] { call(button_.onClick); });
+}
+
+QSize ButtonControl::sizeHint() const {
+  const auto hint = QPushButton::sizeHint();
+  return {std::max(hint.width() + buttonAir, buttonWidth), hint.height()};
 }
 
 void ButtonControl::showContent(const FormContent& content) {

@@ -100,6 +100,7 @@ class ButtonControl final : public QPushButton, public FormControl {
   explicit ButtonControl(QWidget& parent);
 
   QWidget& widget() override { return *this; }
+  QSize sizeHint() const override;
 
  protected:
   void showContent(const FormContent& content) override;

@@ -33,34 +33,25 @@ FormPaneView::FormPaneView()
   viewport()->setAutoFillBackground(false);
 }
 
-void FormPaneView::show(const std::vector<FormElement>& elements) {
+void FormPaneView::showElements(const std::vector<FormElement>& elements) {
   elements_.show(elements);
   layout_->setAlignment(Qt::AlignTop);
   alignTitles();
   updateGeometry();
 }
 
-// The controls of a section that stand beside titles begin at one line.
+// The controls that stand beside titles begin at one line.
 void FormPaneView::alignTitles() {
   std::vector<TextControl*> titles;
-  const auto align = [&] {
-    int column = 0;
-    for (const auto* title : titles) column = std::max(column, title->ownWidth());
-    for (auto* title : titles) title->setColumn(column);
-    titles.clear();
-  };
+  int column = 0;
   for (auto* const control : elements_.controls()) {
-    const auto* const text = dynamic_cast<TextControl*>(control);
-    if (text && text->style() == FormTextStyle::section) align();
     const auto* const row = dynamic_cast<RowControl*>(control);
     auto* const title = row ? row->title() : nullptr;
-    if (title && title->ownWidth() <= widestColumn) titles.push_back(title);
+    if (!title || title->ownWidth() > widestColumn) continue;
+    titles.push_back(title);
+    column = std::max(column, title->ownWidth());
   }
-  align();
-}
-
-void FormPaneView::finishEditing() {
-  for (auto* const control : elements_.controls()) control->finishEditing();
+  for (auto* const title : titles) title->setColumn(column);
 }
 
 void FormPaneView::retire() {

@@ -14,8 +14,7 @@ class FormPaneView final : public QScrollArea {
  public:
   FormPaneView();
 
-  void show(const std::vector<FormElement>& elements);
-  void finishEditing();
+  void showElements(const std::vector<FormElement>& elements);
 
   // Takes it away like a control.
   void retire();

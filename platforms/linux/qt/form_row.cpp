@@ -33,8 +33,4 @@ void RowControl::nameControls() {
     named.setAccessibleName(text->text());
 }
 
-void RowControl::finishEditing() {
-  for (auto* const control : elements_.controls()) control->finishEditing();
-}
-
 }  // namespace pellow

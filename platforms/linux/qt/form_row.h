@@ -14,7 +14,6 @@ class RowControl final : public QWidget, public FormControl {
   explicit RowControl(QWidget& parent);
 
   QWidget& widget() override { return *this; }
-  void finishEditing() override;
 
   // The text that the row begins with, when a control follows it.
   TextControl* title() const;

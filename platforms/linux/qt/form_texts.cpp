@@ -10,7 +10,7 @@
 namespace pellow {
 namespace {
 
-constexpr int lineWidth = 420;          // points, the most
+constexpr int widestLine = 420;          // points, the most
 constexpr int sectionAir = 8;           // points above the title of a section
 constexpr int symbolSide = 16;          // points
 constexpr int symbolDistance = 5;       // points
@@ -53,12 +53,12 @@ void TextControl::setColumn(int width) {
 
 int TextControl::ownWidth() const {
   // A point more than it takes, for a part of one.
-  return std::min(fontMetrics().size(0, text()).width() + 1, lineWidth);
+  return std::min(fontMetrics().size(0, text()).width() + 1, widestLine);
 }
 
 QSize TextControl::sizeHint() const {
   const int width = std::max(ownWidth(), column_);
-  return {width, heightForWidth(width)};
+  return {width, QLabel::heightForWidth(width)};
 }
 
 void TextControl::changeEvent(QEvent* event) {

@@ -22,6 +22,7 @@ class TextControl final : public QLabel, public FormControl {
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override { return sizeHint(); }
+  int heightForWidth(int) const override { return sizeHint().height(); }
 
  protected:
   void showContent(const FormContent& content) override;

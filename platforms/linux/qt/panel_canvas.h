@@ -36,6 +36,8 @@ class PanelCanvas final : public QWidget {
   // Whether the windows below may shine through.
   void setTranslucent(bool translucent);
 
+  void setIgnoresMouseEvents(bool ignores);
+
   // Compares the pointer with the views once the current work is done, as one may have moved away
   // under the other.
   void lookForPointerSoon();
@@ -53,6 +55,7 @@ class PanelCanvas final : public QWidget {
 
  protected:
   bool event(QEvent* event) override;
+  bool nativeEvent(const QByteArray& type, void* message, qintptr* result) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
@@ -86,6 +89,7 @@ class PanelCanvas final : public QWidget {
   ViewTree tree_;
   Material material_;
   bool translucent_ = false;
+  bool ignoresMouseEvents_ = false;
   std::vector<Corners> shapedFor_;
   bool givenUp_ = false;
   int runningCallbacks_ = 0;

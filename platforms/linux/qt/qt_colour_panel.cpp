@@ -19,7 +19,6 @@ QColorDialog& QtColourPanel::dialog() {
   dialog_->setWindowTitle("Colours");
   dialog_->setWindowFlag(Qt::WindowStaysOnTopHint);  // as strips may stand above other windows
   dialog_->setAttribute(Qt::WA_QuitOnClose, false);
-  hints_.setName(static_cast<xcb_window_t>(dialog_->winId()), "pellow-colours");
   QObject::connect(dialog_.get(), &QColorDialog::currentColorChanged, dialog_.get(),
                    [this](const QColor& colour) { tell(colour); });
   QObject::connect(dialog_.get(), &QDialog::finished, dialog_.get(), [this] { current_.reset(); });
@@ -41,9 +40,11 @@ Subscription QtColourPanel::show(Colour colour, std::function<void(Colour)> onCh
     panel.setCurrentColor(toQColor(colour));
   }
   current_ = showing;
+  const auto window = static_cast<xcb_window_t>(panel.winId());
+  hints_.setName(window, "pellow-colours");
   panel.show();
   panel.raise();
-  hints_.activate(static_cast<xcb_window_t>(panel.winId()));
+  hints_.activate(window);
   return Subscription([this, dialog = QPointer(&panel), showing]() mutable {
     if (!dialog || current_.lock() != showing) return;
     current_.reset();

@@ -32,7 +32,7 @@ class FormView final : public QWidget {
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  void show(const Form& form);
+  void showForm(const Form& form);
   FormPaneView& pane(int index) const { return static_cast<FormPaneView&>(*tabs_->widget(index)); }
 
   QTabWidget* tabs_;
@@ -49,10 +49,8 @@ FormView::FormView(const QString& title, std::function<void()> onClosed)
   text.setPixelSize(textPixelSize);
   setFont(text);
   auto* const layout = new QVBoxLayout(this);
-  layout->setContentsMargins(0, 10, 0, 0);
+  layout->setContentsMargins(12, 12, 12, 12);
   layout->addWidget(tabs_);
-  tabs_->setDocumentMode(true);
-  tabs_->tabBar()->setExpanding(false);
   auto* const close = new QShortcut(QKeySequence::Close, this);
   connect(close, &QShortcut::activated, this, &QWidget::close);
 }
@@ -62,11 +60,11 @@ FormView::FormView(const QString& title, std::function<void()> onClosed)
 void FormView::setForm(Form form) {
   next_ = std::move(form);
   if (std::exchange(isShowing_, true)) return;
-  while (next_) show(*std::exchange(next_, std::nullopt));
+  while (next_) showForm(*std::exchange(next_, std::nullopt));
   isShowing_ = false;
 }
 
-void FormView::show(const Form& form) {
+void FormView::showForm(const Form& form) {
   const int count = static_cast<int>(form.panes.size());
   while (tabs_->count() > count) {
     auto& gone = pane(tabs_->count() - 1);
@@ -78,7 +76,7 @@ void FormView::show(const Form& form) {
     const auto label = titleText(shown.label);
     if (index == tabs_->count()) tabs_->addTab(new FormPaneView, label);
     if (tabs_->tabText(index) != label) tabs_->setTabText(index, label);
-    pane(index).show(shown.elements);
+    pane(index).showElements(shown.elements);
   }
 }
 
@@ -96,7 +94,7 @@ void FormView::giveUp() {
 }
 
 void FormView::closeEvent(QCloseEvent* event) {
-  for (int index = 0; index < tabs_->count(); ++index) pane(index).finishEditing();
+  if (auto* const control = dynamic_cast<FormControl*>(focusWidget())) control->finishEditing();
   event->accept();
   hide();
   if (const auto onClosed = onClosed_) onClosed();
@@ -106,18 +104,19 @@ void FormView::closeEvent(QCloseEvent* event) {
 
 class QtFormWindows::QtFormWindow final : public FormWindow {
  public:
-  QtFormWindow(const WindowHints& hints, const std::string& name, const std::string& title)
+  QtFormWindow(const WindowHints& hints, std::string name, const std::string& title)
       : hints_(hints), view_(new FormView(QString::fromStdString(title), [this] {
           if (const auto kept = onClosed) kept();
-        })) {
-    hints_.setName(window(), name);
-  }
+        })),
+        name_(std::move(name)) {}
 
   ~QtFormWindow() override { view_->giveUp(); }
 
   void setForm(Form form) override { view_->setForm(std::move(form)); }
 
+  // The window of the X server is another one each time.
   void present() override {
+    hints_.setName(window(), name_);
     if (!std::exchange(hasSize_, true)) view_->chooseSize();
     view_->setWindowState(view_->windowState() & ~Qt::WindowMinimized);
     view_->show();
@@ -132,11 +131,12 @@ class QtFormWindows::QtFormWindow final : public FormWindow {
 
   const WindowHints& hints_;
   FormView* view_;  // deletes itself when it has been given up
+  std::string name_;
   bool hasSize_ = false;
 };
 
 std::unique_ptr<FormWindow> QtFormWindows::makeWindow(std::string name, std::string title) {
-  return std::make_unique<QtFormWindow>(hints_, name, title);
+  return std::make_unique<QtFormWindow>(hints_, std::move(name), title);
 }
 
 }  // namespace pellow

@@ -70,10 +70,7 @@ class QtPanels::QtPanel final : public Panel {
     if (canvas_->isVisible()) panels_.hints_.changeLevel(window(), level);
   }
 
-  void setIgnoresMouseEvents(bool ignores) override {
-    panels_.hints_.setIgnoresMouseEvents(window(), ignores);
-    canvas_->lookForPointerSoon();
-  }
+  void setIgnoresMouseEvents(bool ignores) override { canvas_->setIgnoresMouseEvents(ignores); }
 
   void orderFront() override {
     if (canvas_->isVisible()) return canvas_->raise();

@@ -33,13 +33,19 @@ void WindowEvents::handle(const xcb_generic_event_t& event) {
       break;
     case XCB_PROPERTY_NOTIFY: {
       const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-      if (property.atom == server_.atoms().wmState || property.atom == server_.atoms().netWMState)
-        changed_.insert(property.window);
+      const auto& atoms = server_.atoms();
+      for (const auto atom :
+           {atoms.wmState, atoms.netWMState, atoms.netWMStrut, atoms.netWMStrutPartial})
+        if (property.atom == atom) changed_.insert(property.window);
       break;
     }
     default:
       break;
   }
+}
+
+void WindowEvents::noteAll() {
+  for (const auto& [window, observers] : observers_) changed_.insert(window);
 }
 
 void WindowEvents::dispatch() {

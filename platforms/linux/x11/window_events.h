@@ -10,7 +10,8 @@
 
 namespace pellow {
 
-// Hears of what becomes of single windows: mapped, unmapped, iconified, destroyed. Main thread.
+// Hears of what becomes of single windows: mapped, unmapped, iconified, destroyed, or with another
+// share of the screen. Main thread.
 class WindowEvents {
  public:
   // `events` is the connection whose events the desktop hands on.
@@ -22,6 +23,8 @@ class WindowEvents {
 
   // Notes an event; the observers hear of it with the next `dispatch`.
   void handle(const xcb_generic_event_t& event);
+  // Notes a change of every observed window.
+  void noteAll();
   void dispatch();
 
  private:

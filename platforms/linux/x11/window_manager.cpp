@@ -5,13 +5,15 @@
 
 namespace pellow {
 
-// What _PELLOW_STATE holds: which states the window has left, and, once it is known, where the
-// frame of the window stood without them.
+// What _PELLOW_STATE holds: which states the window has left, whether it was put away, and, once it
+// is known, where the frame of the window stood without these states.
 struct WindowManager::LeftState {
   static constexpr std::uint32_t horizontal = 1;
   static constexpr std::uint32_t vertical = 2;
   static constexpr std::uint32_t fullScreen = 4;
   static constexpr std::uint32_t shaded = 8;
+  static constexpr std::uint32_t shadedUntilIconified = 16;
+  static constexpr std::uint32_t putAway = WindowFacts::putAway;
 
   std::uint32_t states = 0;
   std::optional<PixelPoint> origin;
@@ -23,6 +25,9 @@ struct WindowManager::LeftState {
             (state.maximizedVertically ? vertical : 0) | (state.fullScreen ? fullScreen : 0) |
             (state.shaded ? shaded : 0)};
   }
+  // Whether it is one in which a window does not move, or not well.
+  bool isFixed() const { return states & (horizontal | vertical | fullScreen | shaded); }
+
   static LeftState remembered(const std::vector<std::uint32_t>& words) {
     LeftState left;
     if (!words.empty()) left.states = words[0];
@@ -126,28 +131,73 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
   if (!facts) return std::unexpected(facts.error());
   const auto layout = server_.layout();
   const PixelPoint target = layout.toPixels(origin);
+  setParkedPlace(window, std::nullopt);
   if (facts->frame.origin() == target && facts->state.leftState.empty()) return {};
 
+  const bool isShown = layout.showsMostOf(facts->frame);
   const bool comes = layout.showsMostOf(facts->frame.at(target));
-  if (LeftState::of(facts->state).states != 0) {
+  auto left = LeftState::remembered(facts->state.leftState);
+  if (LeftState::of(facts->state).isFixed()) {
     facts = leaveStates(*facts, deadline);
     if (!facts) return std::unexpected(facts.error());
-  } else if (!comes && !facts->state.leftState.empty() && layout.showsMostOf(facts->frame)) {
-    // Somebody else has brought it back since.
-    remember(*facts, {});
-    facts->state.leftState.clear();
+    left = LeftState::remembered(facts->state.leftState);
+  } else if (!comes && isShown) {
+    left = {};  // somebody else has brought it back since
   }
-  if (comes && LeftState::remembered(facts->state.leftState).states != 0)
-    return takeUpStates(*facts, target, deadline);
+  if (comes && left.isFixed()) return takeUpStates(*facts, target, deadline);
+
+  left.states |= LeftState::putAway;
+  if (!comes && left.words() != facts->state.leftState) remember(*facts, left);
   if (const auto moved = moveTo(*facts, target, deadline); !moved)
     return std::unexpected(moved.error());
+  if (comes && !facts->state.leftState.empty()) remember(*facts, {});
+  if (!comes) setParkedPlace(window, target);
+  server_.connection().flush();
   return {};
 }
 
-std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& window,
-                                                          PixelPoint target, Deadline deadline) {
-  // The place of the outer corner: window managers agree on this gravity best. The size is there
-  // because fluxbox makes a window of which it is not told grow by its title bar.
+std::vector<WindowKey> WindowManager::parkedWindows() const {
+  const std::lock_guard lock(parkedMutex_);
+  std::vector<WindowKey> windows;
+  for (const auto& [window, parked] : parked_) windows.push_back({window, parked.id});
+  return windows;
+}
+
+void WindowManager::setParkedPlace(const WindowKey& window, std::optional<PixelPoint> place) {
+  const std::lock_guard lock(parkedMutex_);
+  parked_.erase(window.window);
+  if (place) parked_[window.window] = {window.id, *place};
+}
+
+void WindowManager::parkAgain(const WindowKey& window, Deadline deadline) {
+  // Kept until the end, so that a move back on another thread comes after this one.
+  const std::lock_guard lock(parkedMutex_);
+  const auto parked = parked_.find(window.window);
+  if (parked == parked_.end() || parked->second.id != window.id) return;
+  const auto facts = look(server_, window, placeFacets, deadline);
+  if (!facts) {
+    if (facts.error() == AXError::invalidUIElement) parked_.erase(parked);
+    return;
+  }
+  const auto place = parked->second.place;
+  if (facts->frame.origin() == place) return;
+  if (!std::exchange(parked->second.isAskedFor, true)) askForMove(*facts, place);
+  (void)pushFrame(*facts, place, deadline);
+  server_.connection().flush();
+}
+
+void WindowManager::noteParkedMoved(const WindowKey& window, Deadline deadline) {
+  const std::lock_guard lock(parkedMutex_);
+  const auto parked = parked_.find(window.window);
+  if (parked == parked_.end() || parked->second.id != window.id) return;
+  const auto facts = look(server_, window, Facet::frame, deadline);
+  const bool isBack = facts && server_.layout().showsMostOf(facts->frame);
+  if (isBack && server_.isWindowManagerSettled(deadline)) parked_.erase(parked);
+}
+
+// The place of the outer corner: window managers agree on this gravity best. The size is there
+// because fluxbox makes a window of which it is not told grow by its title bar.
+void WindowManager::askForMove(const WindowFacts& window, PixelPoint target) {
   constexpr std::uint32_t gravity = XCB_GRAVITY_NORTH_WEST;
   constexpr std::uint32_t hasPlaceAndSize = 0xfu << 8;
   const int x = window.outerCorner.x + target.x - window.frame.x;
@@ -157,6 +207,11 @@ std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& win
       {gravity | hasPlaceAndSize | sourcePager << 12, static_cast<std::uint32_t>(x),
        static_cast<std::uint32_t>(y), static_cast<std::uint32_t>(window.content.width),
        static_cast<std::uint32_t>(window.content.height)});
+}
+
+std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& window,
+                                                          PixelPoint target, Deadline deadline) {
+  askForMove(window, target);
   auto facts = lookAfterItActed(
       window.key(), deadline, [&](const WindowFacts& now) { return now.frame.origin() == target; });
   if (!facts || facts->frame.origin() == target) return facts;
@@ -237,7 +292,7 @@ std::expected<WindowFacts, AXError> WindowManager::leaveStates(const WindowFacts
   LeftState left;
   WindowFacts now = window;
   // A window that was maximized before it became full screen may be so again after it.
-  for (int step = 0; step < 2 && LeftState::of(now.state).states != 0; ++step) {
+  for (int step = 0; step < 2 && LeftState::of(now.state).isFixed(); ++step) {
     left.states |= LeftState::of(now.state).states;
     // First the memory, then the deed: a crash in between leaves nothing to repair.
     remember(window, left);
@@ -246,7 +301,7 @@ std::expected<WindowFacts, AXError> WindowManager::leaveStates(const WindowFacts
     if (!facts) return facts;
     now = std::move(*facts);
   }
-  if (LeftState::of(now.state).states != 0) {
+  if (LeftState::of(now.state).isFixed()) {
     remember(window, {});
     return std::unexpected(AXError::cannotComplete);
   }
@@ -314,24 +369,22 @@ void WindowManager::unshade(const WindowKey& window, Deadline deadline) {
   const auto facts = look(server_, window, placeFacets, deadline);
   if (!facts) return;
   auto left = LeftState::remembered(facts->state.leftState);
-  if (facts->state.shaded) {
-    left.states |= LeftState::shaded;
-    remember(*facts, left);
-    changeStates(*facts, {LeftState::shaded}, false);
-    (void)lookAfterStateChange(*facts, deadline);
-  } else if (left.states & LeftState::shaded && server_.layout().showsMostOf(facts->frame)) {
-    left.states &= ~LeftState::shaded;
-    remember(*facts, left);
-  }
+  const auto before = left;
+  left.states &= ~LeftState::shadedUntilIconified;
+  if (facts->state.shaded) left.states |= LeftState::shadedUntilIconified;
+  if (left != before) remember(*facts, left);
+  if (!facts->state.shaded) return;
+  changeStates(*facts, {LeftState::shaded}, false);
+  (void)lookAfterStateChange(*facts, deadline);
 }
 
 void WindowManager::shadeAgain(const WindowKey& window, Deadline deadline) {
-  const auto facts = look(server_, window, placeFacets, deadline);
-  if (!facts || !server_.layout().showsMostOf(facts->frame)) return;
+  const auto facts = look(server_, window, Facet::state, deadline);
+  if (!facts) return;
   auto left = LeftState::remembered(facts->state.leftState);
-  if (!(left.states & LeftState::shaded)) return;
+  if (!(left.states & LeftState::shadedUntilIconified)) return;
   changeStates(*facts, {LeftState::shaded}, true);
-  left.states &= ~LeftState::shaded;
+  left.states &= ~LeftState::shadedUntilIconified;
   remember(*facts, left);
   server_.connection().flush();
 }

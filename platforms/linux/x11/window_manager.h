@@ -1,6 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <vector>
 
 #include "base/geometry.h"
 #include "platforms/linux/x11/title_bar.h"
@@ -25,6 +29,14 @@ class WindowManager {
   std::expected<void, AXError> moveFrame(const WindowKey& window, QuartzPoint origin,
                                          Deadline deadline);
 
+  // Those that a move has put beyond the monitors and none has brought back. Another window manager
+  // that takes over may show a part of them; `parkAgain` puts such a window back to its place
+  // there, without waiting for the window manager. One that somebody else brings back is parked no
+  // longer; `noteParkedMoved` finds out.
+  std::vector<WindowKey> parkedWindows() const;
+  void parkAgain(const WindowKey& window, Deadline deadline);
+  void noteParkedMoved(const WindowKey& window, Deadline deadline);
+
   // `cannotComplete` when the window manager does not do it. A shaded window leaves that state, and
   // takes it up again when it comes back.
   std::expected<void, AXError> minimize(const WindowKey& window, Deadline deadline);
@@ -45,6 +57,11 @@ class WindowManager {
  private:
   struct LeftState;
   using Condition = std::function<bool(const WindowFacts&)>;
+  struct Parked {
+    std::uint64_t id = 0;  // of the window
+    PixelPoint place;      // of its frame
+    bool isAskedFor = false;
+  };
 
   // Waits for changes of a window until one look at it fulfils the condition, `patience` at most;
   // answers the last look, whether it does or not.
@@ -61,6 +78,8 @@ class WindowManager {
                                             Deadline deadline);
   void unshade(const WindowKey& window, Deadline deadline);
   void shadeAgain(const WindowKey& window, Deadline deadline);
+  void setParkedPlace(const WindowKey& window, std::optional<PixelPoint> place);
+  void askForMove(const WindowFacts& window, PixelPoint target);
   std::expected<WindowFacts, AXError> moveTo(const WindowFacts& window, PixelPoint target,
                                              Deadline deadline);
   std::expected<void, AXError> pushFrame(const WindowFacts& window, PixelPoint target,
@@ -76,6 +95,8 @@ class WindowManager {
 
   X11Server& server_;
   TitleBars titleBars_;
+  mutable std::mutex parkedMutex_;
+  std::map<xcb_window_t, Parked> parked_;
 };
 
 }  // namespace pellow

@@ -86,8 +86,13 @@ PixelRect moved(const PixelRect& rect, int dx, int dy) {
   return {rect.x + dx, rect.y + dy, rect.width, rect.height};
 }
 
-// Nothing else is left of rounded corners and the like.
-void clearOutside(const std::vector<xcb_rectangle_t>& shape, Pixels& pixels) {
+xcb_rectangle_t rectangle(const PixelRect& rect) {
+  return {static_cast<std::int16_t>(rect.x), static_cast<std::int16_t>(rect.y),
+          static_cast<std::uint16_t>(rect.width), static_cast<std::uint16_t>(rect.height)};
+}
+
+// Makes the picture transparent outside these parts.
+void keepOnly(const std::vector<xcb_rectangle_t>& shape, Pixels& pixels) {
   const PixelRect whole{0, 0, pixels.size.width, pixels.size.height};
   std::vector<bool> isInside(pixels.values.size());
   for (const auto& each : shape) {
@@ -112,6 +117,7 @@ struct WindowPhotographer::Subject {
   PixelRect inside;                    // the same without
   PixelRect part;                      // of `outside`
   std::vector<xcb_rectangle_t> shape;  // relative to the part
+  PixelRect content;                   // the window without decoration, relative to the part
 };
 
 // Which pixels of the part are still missing.
@@ -201,6 +207,7 @@ std::expected<Pixels, SystemError> WindowPhotographer::photograph(xcb_window_t w
   if (!subject) return std::unexpected(subject.error());
 
   auto picture = readRedirected(*subject, deadline);
+  if (picture && isDecoratedByCompositor()) keepOnly({rectangle(subject->content)}, *picture);
   if (!picture && picture.error() != AXError::cannotComplete) {
     Coverage missing({subject->part.width, subject->part.height});
     picture = readScreen(*subject, missing, deadline);
@@ -210,7 +217,7 @@ std::expected<Pixels, SystemError> WindowPhotographer::photograph(xcb_window_t w
           SystemError{"The window is covered, and its application has not drawn it anew in time."});
   }
   if (!picture) return std::unexpected(sentenceFor(picture.error()));
-  clearOutside(subject->shape, *picture);
+  keepOnly(subject->shape, *picture);
   return std::move(*picture);
 }
 
@@ -249,6 +256,9 @@ std::expected<WindowPhotographer::Subject, SystemError> WindowPhotographer::find
     return std::unexpected(SystemError{fmt::format(
         "A window with {} bits of colour cannot be photographed, only 24.", subject.depth)});
 
+  const auto content = placeOf(server_, window, deadline);
+  if (!content) return fail(content.error());
+  subject.content = moved(*content, -subject.part.x, -subject.part.y);
   const auto* const first = xcb_shape_get_rectangles_rectangles(shape->get());
   subject.shape.assign(first, first + xcb_shape_get_rectangles_rectangles_length(shape->get()));
   for (auto& each : subject.shape) {
@@ -256,6 +266,11 @@ std::expected<WindowPhotographer::Subject, SystemError> WindowPhotographer::find
     each.y = static_cast<std::int16_t>(each.y + subject.inside.y - subject.part.y);
   }
   return subject;
+}
+
+// KWin draws title bars where it composes the screen, and leaves the frames' windows empty.
+bool WindowPhotographer::isDecoratedByCompositor() const {
+  return server_.windowManagerName() == "KWin";
 }
 
 WindowPhotographer::Picture WindowPhotographer::readRedirected(const Subject& subject,

@@ -10,10 +10,11 @@
 namespace pellow {
 
 // Takes pictures of single windows: of the frame as a user sees it, without client-side shadows,
-// without what covers it and without the pointer, transparent where the window is. Where no
-// compositing manager runs and part of the window cannot be seen, the window is made to draw itself
-// off the screen for a moment; one whose application does not draw in time cannot be photographed.
-// For one thread, which it may block for about a second.
+// without what covers it and without the pointer, transparent where the window is. (Where KWin
+// composes the screen, its decoration is nowhere but there, and its place in the picture is empty.)
+// Where no compositing manager runs and part of the window cannot be seen, the window is made to
+// draw itself off the screen for a moment; one whose application does not draw in time cannot be
+// photographed. For one thread, which it may block for about a second.
 class WindowPhotographer {
  public:
   // Uses the calling thread's connection, on which it reads all events.
@@ -31,6 +32,7 @@ class WindowPhotographer {
   using Picture = std::expected<Pixels, AXError>;
 
   std::expected<Subject, SystemError> findSubject(xcb_window_t window, Deadline deadline);
+  bool isDecoratedByCompositor() const;
   // What a window that is drawn off the screen shows.
   Picture readRedirected(const Subject& subject, Deadline deadline);
   // What can be seen of a window on the screen. Tells what cannot.

@@ -80,6 +80,17 @@ X11Connection::X11Connection(xcb_connection_t* connection, int screenNumber)
 
 X11Connection::~X11Connection() { xcb_disconnect(connection_); }
 
+// The library reads while it writes, whatever there is to read.
+void X11Connection::flush() {
+  xcb_flush(connection_);
+  while (auto* event = xcb_poll_for_queued_event(connection_)) keep(event);
+}
+
+void X11Connection::keep(xcb_generic_event_t* event) {
+  events_.emplace_back(event);
+  if (eventSignal_ >= 0) eventfd_write(eventSignal_, 1);
+}
+
 std::expected<void, AXError> X11Connection::check(xcb_void_cookie_t cookie, Deadline deadline) {
   // The reply of a request sent after it tells that the checked one has been handled.
   auto fence = pending<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_));
@@ -128,10 +139,7 @@ bool X11Connection::read(Deadline deadline) {
     if (ready <= 0) return false;
     break;
   }
-  if (auto* event = xcb_poll_for_event(connection_)) {
-    events_.emplace_back(event);
-    if (eventSignal_ >= 0) eventfd_write(eventSignal_, 1);
-  }
+  if (auto* event = xcb_poll_for_event(connection_)) keep(event);
   return !isLost();
 }
 

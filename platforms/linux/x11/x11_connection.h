@@ -97,7 +97,7 @@ class X11Connection {
   int screenNumber() const { return screenNumber_; }
   const xcb_screen_t& screen() const { return screen_; }
   bool isLost() const { return xcb_connection_has_error(connection_) != 0; }
-  void flush() { xcb_flush(connection_); }
+  void flush();
 
   // Keeps the reply of a request: `connection.pending<xcb_get_geometry_reply_t>(cookie)`.
   template <class Reply, class Cookie>
@@ -113,8 +113,8 @@ class X11Connection {
   void sendToWindowManager(xcb_window_t window, xcb_atom_t type,
                            const std::array<std::uint32_t, 5>& data);
 
-  // Counts up this eventfd when events arrive while a reply is waited for: they have left the
-  // socket, and a main loop that waits for it would not hear of them.
+  // Counts up this eventfd when events arrive while a reply is waited for or requests are sent:
+  // they have left the socket, and a main loop that waits for it would not hear of them.
   void setEventSignal(int eventDescriptor) { eventSignal_ = eventDescriptor; }
 
   // The next event, in order of arrival; nothing when none comes before the deadline.
@@ -133,12 +133,13 @@ class X11Connection {
   std::expected<void*, AXError> waitForReply(unsigned sequence, Deadline deadline);
   // Takes in what the server has sent, after waiting for it; false at the deadline or the end.
   bool read(Deadline deadline);
+  void keep(xcb_generic_event_t* event);
 
   xcb_connection_t* connection_;
   int screenNumber_;
   xcb_screen_t screen_{};
   int eventSignal_ = -1;
-  std::deque<XEvent> events_;  // arrived while a reply was waited for
+  std::deque<XEvent> events_;  // have left the socket
 };
 
 template <class Reply>

@@ -8,6 +8,7 @@
 
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/instance_lock.h"
+#include "platforms/linux/x11/parking_guard.h"
 #include "platforms/linux/x11/window_manager.h"
 #include "platforms/linux/x11/x11_element.h"
 #include "platforms/linux/x11/x11_event_monitors.h"
@@ -19,6 +20,8 @@
 namespace pellow {
 
 namespace {
+
+constexpr Seconds serverPatience = 2;
 
 FileDescriptor pollSetOf(std::initializer_list<int> descriptors) {
   FileDescriptor pollSet(epoll_create1(EPOLL_CLOEXEC));
@@ -67,9 +70,10 @@ struct X11Desktop::Parts {
         instanceLock(*events),
         windowManager(*server),
         windowEvents(*server, *events),
+        parkingGuard(windowManager),
         activeWindow(*server, windowEvents),
         accessibility(*server, windowManager, windowEvents, activeWindow),
-        screens(*server, scale),
+        screens(*server, windowEvents, scale),
         workspace(*server, windowManager, windowEvents, activeWindow, pollSet.number(),
                   std::move(hooks.loadIcon)),
         eventMonitors(*server, *events, pollSet.number(), std::move(hooks.ownWindowHasKeyboard)) {}
@@ -87,6 +91,7 @@ struct X11Desktop::Parts {
   InstanceLock instanceLock;
   WindowManager windowManager;
   WindowEvents windowEvents;
+  ParkingGuard parkingGuard;
   ActiveWindow activeWindow;
   X11Accessibility accessibility;
   X11Screens screens;
@@ -107,6 +112,7 @@ std::expected<std::unique_ptr<X11Desktop>, SystemError> X11Desktop::open(
   auto events = X11Connection::open(displayName);
   if (!events) return std::unexpected(events.error());
   if (!(*server)->readWindowManager()) return std::unexpected(noWindowManager(displayName));
+  (*server)->settleWindowManager(deadlineIn(serverPatience));
   return std::unique_ptr<X11Desktop>(new X11Desktop(std::make_unique<Parts>(
       std::move(*server), std::move(*events), scale, std::move(hooks), log)));
 }
@@ -149,6 +155,7 @@ void X11Desktop::Parts::handle(const xcb_generic_event_t& event) {
   }
   if (eventMonitors.handle(event)) return;
   windowEvents.handle(event);
+  parkingGuard.handle(event);
   if (type == XCB_PROPERTY_NOTIFY) {
     const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
     if (property.window == events->root()) handleRootProperty(property.atom);
@@ -168,13 +175,20 @@ void X11Desktop::Parts::handleRootProperty(xcb_atom_t property) {
   if (property == atoms.netActiveWindow) activeWindowChanged = true;
   if (property == atoms.netSupported || property == atoms.netSupportingWMCheck)
     windowManagerChanged = true;
+  // It may have the same numbers as the one before.
+  if (property == atoms.netSupportingWMCheck) server->unsettleWindowManager();
 }
 
 void X11Desktop::Parts::actOnChanges() {
   if (events->isLost()) return;
   if (std::exchange(windowManagerChanged, false)) server->readWindowManager();
+  if (windowsChanged && server->settleWindowManager(deadlineIn(serverPatience))) {
+    windowEvents.noteAll();
+    parkingGuard.windowManagerChanged();
+  }
   if (std::exchange(screensChanged, false)) screens.refresh();
   windowEvents.dispatch();
+  parkingGuard.dispatch();
   if (std::exchange(windowsChanged, false)) {
     accessibility.windowsChanged();
     workspace.windowsChanged();

@@ -241,7 +241,9 @@ Answer ApplicationElement::windows() const {
   for (const auto& window : windows) {
     const auto own = window.state.desktop.value_or(desktop);
     const bool isHere = own == desktop || own == WindowFacts::allDesktops;
-    if (isHere || isMinimized(server(), window.state, desktop)) elements.push_back(element(window));
+    // A crash may have left windows off the monitors that are looked for on another desktop.
+    if (isHere || window.state.isPutAway() || isMinimized(server(), window.state, desktop))
+      elements.push_back(element(window));
   }
   return AXValue(std::move(elements));
 }

@@ -33,9 +33,7 @@ struct X11ScreenCapture::RequestFor : Request {
 };
 
 X11ScreenCapture::X11ScreenCapture(X11Server& server, Queues& queues)
-    : server_(server),
-      main_(queues.main()),
-      queue_(queues.makeSerialQueue("com.velloway.pellow.capture")) {}
+    : server_(server), queues_(queues) {}
 
 X11ScreenCapture::~X11ScreenCapture() {
   for (const auto& request : requests_) request->isWanted = false;
@@ -49,13 +47,14 @@ bool X11ScreenCapture::preflightAccess() const {
 template <class Answer>
 Subscription X11ScreenCapture::ask(std::function<Answer()> question,
                                    std::function<void(Answer)> onAnswer) {
+  if (!queue_) queue_ = queues_.makeSerialQueue("com.velloway.pellow.capture");
   const auto request = std::make_shared<RequestFor<Answer>>();
   request->onAnswer = std::move(onAnswer);
   requests_.push_back(request);
   auto* const raw = request.get();
   request->work = queue_->async([this, raw, question = std::move(question)] {
     if (raw->isWanted) raw->answer = question();
-    raw->wayBack = main_.async([this, raw] {
+    raw->wayBack = queues_.main().async([this, raw] {
       raw->work.cancel();
       const auto found = std::ranges::find(requests_, raw, &std::shared_ptr<Request>::get);
       const auto held = std::move(*found);

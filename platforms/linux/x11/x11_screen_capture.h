@@ -41,10 +41,10 @@ class X11ScreenCapture final : public ScreenCapture {
   std::expected<Image, SystemError> takePicture(const ShareableWindow& window, PixelSize size);
 
   X11Server& server_;
-  MainQueue& main_;
+  Queues& queues_;
   std::optional<WindowPhotographer> photographer_;  // of the queue's thread
   std::list<std::shared_ptr<Request>> requests_;    // that have not been answered
-  std::unique_ptr<SerialQueue> queue_;
+  std::unique_ptr<SerialQueue> queue_;              // from the first request on
 };
 
 }  // namespace pellow

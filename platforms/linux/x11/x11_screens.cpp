@@ -81,7 +81,8 @@ void cut(Monitor& monitor, const Strut& strut, const PixelRect& root) {
 
 }  // namespace
 
-X11Screens::X11Screens(X11Server& server, double scale) : server_(server), scale_(scale) {
+X11Screens::X11Screens(X11Server& server, WindowEvents& windowEvents, double scale)
+    : server_(server), windowEvents_(windowEvents), scale_(scale) {
   server_.setLayout(read());
 }
 
@@ -118,10 +119,10 @@ void X11Screens::refresh() {
   observers_.forEach([](const auto& observer) { observer(); });
 }
 
-ScreenLayout X11Screens::read() const {
+ScreenLayout X11Screens::read() {
   const Deadline deadline = deadlineIn(serverPatience);
   ScreenLayout layout{.monitors = readMonitors(deadline), .scale = scale_};
-  cutStruts(layout.monitors, deadline);
+  watchDocks(cutStruts(layout.monitors, deadline));
   // The one work area of the X screen says little of several monitors.
   if (layout.monitors.size() == 1) cutWorkArea(layout.monitors.front(), deadline);
   return layout;
@@ -173,22 +174,36 @@ Monitor X11Screens::wholeScreen(Deadline deadline) const {
   return {.displayID = displayID("screen"), .frame = frame, .visibleFrame = frame};
 }
 
-void X11Screens::cutStruts(std::vector<Monitor>& monitors, Deadline deadline) const {
+void X11Screens::watchDocks(const std::vector<xcb_window_t>& docks) {
+  std::erase_if(docks_, [&](const auto& entry) {
+    return std::ranges::find(docks, entry.first) == docks.end();
+  });
+  for (const auto dock : docks)
+    if (!docks_.contains(dock)) docks_[dock] = windowEvents_.observe(dock, [this] { refresh(); });
+}
+
+std::vector<xcb_window_t> X11Screens::cutStruts(std::vector<Monitor>& monitors,
+                                                Deadline deadline) const {
   auto& connection = server_.connection();
   const auto& atoms = server_.atoms();
   const auto root = wholeScreen(deadline).frame;
+  const auto windows = clientList(server_, atoms.netClientList, deadline);
   std::vector<std::pair<PendingProperty, PendingProperty>> pending;
-  for (const auto window : clientList(server_, atoms.netClientList, deadline))
+  for (const auto window : windows)
     pending.emplace_back(connection.property(window, atoms.netWMStrutPartial),
                          connection.property(window, atoms.netWMStrut));
-  for (auto& [pendingPartial, pendingWhole] : pending) {
+  std::vector<xcb_window_t> docks;
+  for (std::size_t i = 0; i < windows.size(); ++i) {
+    auto& [pendingPartial, pendingWhole] = pending[i];
     const auto partial = pendingPartial.collect(deadline);
     const auto whole = pendingWhole.collect(deadline);
     const bool isPartial = partial && partial->exists();
     if (!isPartial && !(whole && whole->exists())) continue;
+    docks.push_back(windows[i]);
     const auto strut = Strut::of(isPartial ? partial->words() : whole->words());
     for (auto& monitor : monitors) cut(monitor, strut, root);
   }
+  return docks;
 }
 
 void X11Screens::cutWorkArea(Monitor& monitor, Deadline deadline) const {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <map>
+
 #include "platform/screens.h"
 #include "platforms/linux/x11/handler_list.h"
+#include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/x11_server.h"
 
 namespace pellow {
@@ -10,7 +13,7 @@ namespace pellow {
 // their names, so that a monitor keeps its own when it is unplugged and comes back.
 class X11Screens : public Screens {
  public:
-  X11Screens(X11Server& server, double scale);
+  X11Screens(X11Server& server, WindowEvents& windowEvents, double scale);
 
   std::vector<Screen> all() const override;
   std::optional<Screen> main() const override;
@@ -21,15 +24,21 @@ class X11Screens : public Screens {
   void refresh();
 
  private:
-  ScreenLayout read() const;
+  ScreenLayout read();
   std::vector<ScreenLayout::Monitor> readMonitors(Deadline deadline) const;
   ScreenLayout::Monitor wholeScreen(Deadline deadline) const;
-  void cutStruts(std::vector<ScreenLayout::Monitor>& monitors, Deadline deadline) const;
+  // Answers the windows that keep a side of the X screen for themselves.
+  std::vector<xcb_window_t> cutStruts(std::vector<ScreenLayout::Monitor>& monitors,
+                                      Deadline deadline) const;
+  void watchDocks(const std::vector<xcb_window_t>& docks);
   void cutWorkArea(ScreenLayout::Monitor& monitor, Deadline deadline) const;
   bool hasMonitors() const;
 
   X11Server& server_;
+  WindowEvents& windowEvents_;
   const double scale_;  // pixels per point
+  // Not every window manager says it when one of them changes its mind.
+  std::map<xcb_window_t, Subscription> docks_;
   HandlerList<void()> observers_;
 };
 

@@ -16,7 +16,10 @@ std::expected<std::unique_ptr<X11Server>, SystemError> X11Server::open(
 }
 
 X11Server::X11Server(std::string displayName, std::unique_ptr<X11Connection> first)
-    : displayName_(std::move(displayName)), atoms_(X11Atoms::intern(first->raw())) {
+    : displayName_(std::move(displayName)),
+      atoms_(X11Atoms::intern(first->raw())),
+      windowManagerSelection_(
+          internAtom(first->raw(), "WM_S" + std::to_string(first->screenNumber()))) {
   connections_.emplace(std::this_thread::get_id(), std::move(first));
 }
 
@@ -69,6 +72,40 @@ bool X11Server::readWindowManager() {
   windowManagerName_ = name ? name->bytes : std::string();
   return supported_.contains(atoms_.netMoveResizeWindow) &&
          supported_.contains(atoms_.netActiveWindow) && supported_.contains(atoms_.netClientList);
+}
+
+std::optional<X11Server::Reign> X11Server::reign(Deadline deadline) {
+  auto& own = connection();
+  auto pendingOwner = own.pending<xcb_get_selection_owner_reply_t>(
+      xcb_get_selection_owner(own.raw(), windowManagerSelection_));
+  const auto check = own.property(own.root(), atoms_.netSupportingWMCheck).collect(deadline);
+  const auto owner = pendingOwner.collect(deadline);
+  const auto manager = check ? check->firstWord() : std::nullopt;
+  if (!manager || !owner) return std::nullopt;
+  const auto proof = own.property(*manager, atoms_.netSupportingWMCheck).collect(deadline);
+  if (!proof || proof->firstWord() != manager) return std::nullopt;
+  return Reign{(*owner)->owner, *manager};
+}
+
+bool X11Server::isWindowManagerSettled(Deadline deadline) {
+  const auto now = reign(deadline);
+  const std::lock_guard lock(mutex_);
+  return now && now == settled_;
+}
+
+void X11Server::unsettleWindowManager() {
+  const std::lock_guard lock(mutex_);
+  settled_.reset();
+}
+
+bool X11Server::settleWindowManager(Deadline deadline) {
+  const auto now = reign(deadline);
+  const std::lock_guard lock(mutex_);
+  if (!now || now == settled_) return false;
+  // The old one may still empty its list while the new one waits.
+  if (settled_ && now->check == settled_->check) return false;
+  settled_ = now;
+  return true;
 }
 
 void X11Server::setFrontWindow(ProcessID pid, WindowKey window) {

@@ -45,22 +45,44 @@ class X11Server {
   // Reads anew what the window manager says of itself: false when none that follows EWMH runs.
   bool readWindowManager();
 
+  // Whether the window manager that runs has adopted the windows of the one before. Until then
+  // windows that nobody has are not gone: some window managers let go of all of them when another
+  // takes over.
+  bool isWindowManagerSettled(Deadline deadline);
+  // A window manager has announced itself.
+  void unsettleWindowManager();
+  // The list of clients has changed: true when a new window manager has settled by that.
+  bool settleWindowManager(Deadline deadline);
+
   // The window of an application that was raised last.
   void setFrontWindow(ProcessID pid, WindowKey window);
   std::optional<WindowKey> frontWindow(ProcessID pid) const;
   void forgetApplication(ProcessID pid);
 
  private:
+  // A window manager, as told apart from the one before and the one after.
+  struct Reign {
+    xcb_window_t selectionOwner = XCB_WINDOW_NONE;  // of the selection of window managers
+    xcb_window_t check = XCB_WINDOW_NONE;           // the window that proves that it runs
+
+    bool operator==(const Reign&) const = default;
+  };
+
   X11Server(std::string displayName, std::unique_ptr<X11Connection> first);
+
+  // Nothing when none runs.
+  std::optional<Reign> reign(Deadline deadline);
 
   const std::string displayName_;
   const X11Atoms atoms_;
+  const xcb_atom_t windowManagerSelection_;
 
   mutable std::mutex mutex_;
   std::map<std::thread::id, std::unique_ptr<X11Connection>> connections_;
   ScreenLayout layout_;
   std::set<xcb_atom_t> supported_;
   std::string windowManagerName_;
+  std::optional<Reign> settled_;
   std::map<ProcessID, WindowKey> frontWindows_;
 };
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <random>
+#include <thread>
 
 #include "platforms/linux/x11/text_encoding.h"
 
@@ -123,7 +125,8 @@ void WindowLook::readState(WindowFacts::State& state) {
   state.iconic = wmState == icccmIconic;
   // While a window manager is replaced, windows have no WM_STATE but stay mapped.
   const bool isUnmapped = attributes && attributes->map_state == XCB_MAP_STATE_UNMAPPED;
-  state.withdrawn = wmState.value_or(0) == 0 && isUnmapped;
+  state.withdrawn =
+      wmState.value_or(0) == 0 && isUnmapped && server_.isWindowManagerSettled(deadline_);
   state.viewable = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
   state.belongsToHiddenApplication = next().exists();
   state.desktop = next().firstWord();
@@ -174,11 +177,35 @@ std::string WindowLook::readTitle() {
   return validUTF8(old.bytes);
 }
 
+namespace {
+
+// openbox lets the frame of a window that is minimized or comes back shrink and grow for a moment,
+// on the way between its place and the taskbar. Its size then is not that of what it is around, and
+// its place may have changed since the window was looked at.
+bool isFrameOnItsWay(X11Server& server, const WindowFacts& window, Deadline deadline) {
+  if (!server.windowManagerName().starts_with("Openbox")) return false;
+  const auto frame = outermostWindow(server, window.window, deadline);
+  const auto place = frame ? placeOf(server, *frame, deadline) : std::unexpected(frame.error());
+  const int around = 2 * (window.content.x - window.outerCorner.x);
+  return place &&
+         (place->width != window.content.width + around || place->origin() != window.outerCorner);
+}
+
+}  // namespace
+
 std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& window, Facet facets,
                                          Deadline deadline) {
-  auto facts = WindowLook(server, server.connection(), window.window, facets).collect(deadline);
-  if (facts && facts->id != window.id) return std::unexpected(AXError::invalidUIElement);
-  return facts;
+  constexpr Seconds patience = 0.3;
+  constexpr std::chrono::milliseconds step{5};
+  const Deadline end = std::min(deadlineIn(patience), deadline);
+  for (;;) {
+    auto facts = WindowLook(server, server.connection(), window.window, facets).collect(deadline);
+    if (facts && facts->id != window.id) return std::unexpected(AXError::invalidUIElement);
+    if (!facts || !has(facets, Facet::frame) || !isFrameOnItsWay(server, *facts, deadline) ||
+        std::chrono::steady_clock::now() + step > end)
+      return facts;
+    std::this_thread::sleep_for(step);
+  }
 }
 
 std::vector<WindowFacts> lookAtAll(X11Server& server, const std::vector<xcb_window_t>& windows,

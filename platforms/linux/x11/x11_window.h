@@ -31,6 +31,7 @@ constexpr bool has(Facet facets, Facet one) {
 // What one look at a window found; only the facets that were asked for are filled.
 struct WindowFacts {
   static constexpr std::uint32_t allDesktops = 0xffffffff;
+  static constexpr std::uint32_t putAway = 32;  // a bit of what _PELLOW_STATE remembers
 
   struct State {
     bool hidden = false;  // iconified, or invisible for another reason such as being shaded
@@ -47,6 +48,8 @@ struct WindowFacts {
     std::vector<std::uint32_t> leftState;     // what _PELLOW_STATE remembers
 
     bool isExpanded() const { return fullScreen || maximizedHorizontally || maximizedVertically; }
+    // Whether Pellow has moved it off the monitors and not yet back.
+    bool isPutAway() const { return !leftState.empty() && leftState[0] & putAway; }
   };
 
   xcb_window_t window = XCB_WINDOW_NONE;

@@ -46,6 +46,12 @@ bool isInTaskbar(const WindowFacts& window) {
   return window.kind == WindowKind::standard && !window.state.skipsTaskbar;
 }
 
+// Windows of other desktops are left alone.
+bool isHere(const WindowFacts& window, std::uint32_t desktop) {
+  const auto own = window.state.desktop.value_or(desktop);
+  return own == desktop || own == WindowFacts::allDesktops;
+}
+
 template <class Name>
 std::optional<std::string> nonEmpty(const Name& name) {
   return name.empty() ? std::nullopt : std::optional<std::string>(name);
@@ -185,9 +191,13 @@ bool X11Workspace::activate(ProcessID pid) {
   }
   const auto stacking =
       clientList(server_, server_.atoms().netClientListStacking, deadlineIn(serverPatience));
-  const auto top = std::find_if(stacking.rbegin(), stacking.rend(),
-                                [&](xcb_window_t window) { return out.contains(window); });
-  if (top != stacking.rend()) windowManager_.activate(*top);
+  // One on another desktop only where there is none on this one.
+  std::optional<xcb_window_t> top;
+  for (const auto window : stacking)
+    if (out.contains(window) &&
+        (!top || isHere(*out[window], desktop) || !isHere(*out[*top], desktop)))
+      top = window;
+  if (top) windowManager_.activate(*top);
   return true;
 }
 
@@ -219,7 +229,8 @@ bool X11Workspace::hide(ProcessID pid) {
   std::vector<WindowKey> shown;
   giveIdentities(server_, own, deadline);
   for (const auto& window : own)
-    if (!isIconified(server_, window.state, desktop)) shown.push_back(window.key());
+    if (isHere(window, desktop) && !isIconified(server_, window.state, desktop))
+      shown.push_back(window.key());
   // The marks come first, so that nobody ever takes one of these windows for minimized.
   for (const auto& window : shown) markHidden(window.window, true);
   if (!windowManager_.iconify(shown, deadline)) {

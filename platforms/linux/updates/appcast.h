@@ -1,0 +1,26 @@
+#pragma once
+
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/system_error.h"
+
+namespace pellow {
+
+// A version of the program that a feed tells of.
+struct AppcastItem {
+  std::string version;         // to compare
+  std::string displayVersion;  // for people
+  std::string page;            // where people get it, "http:" or "https:"; empty when nobody says
+
+  bool operator==(const AppcastItem&) const = default;
+};
+
+// The newest version in an appcast: an RSS feed with elements of Sparkle's. Versions for other
+// systems, for a channel of their own (such as "beta") and without a number do not count. Nothing
+// when no version does. The error is a sentence.
+std::expected<std::optional<AppcastItem>, SystemError> newestInAppcast(std::string_view xml);
+
+}  // namespace pellow
