@@ -1,0 +1,56 @@
+#include "platforms/linux/qt/qt_colour_panel.h"
+
+#include <QColorDialog>
+#include <vector>
+
+#include "tests/desktop/test_client.h"
+#include "tests/linux/qt_desktop_test.h"
+
+namespace pellow::desktop {
+namespace {
+
+TEST_F(QtDesktopTest, TheColourPanelTellsItsNewestAskerWhatTheUserTries) {
+  QtColourPanel panel;
+  std::vector<Colour> first;
+  std::vector<Colour> second;
+  const auto dialog = [] {
+    for (auto* const window : QApplication::topLevelWidgets())
+      if (auto* const found = qobject_cast<QColorDialog*>(window)) return found;
+    return static_cast<QColorDialog*>(nullptr);
+  };
+  const auto isShown = [&] { return shown("pellow-colours") != 0; };
+  // The dialog's palette of basic colours begins in its upper left corner.
+  const auto tryAColour = [&] { click(placeOf(*dialog(), {80, 60})); };
+
+  auto one = panel.show({1, 0, 0, 1}, [&](Colour colour) { first.push_back(colour); });
+  ASSERT_TRUE(until([&] { return isInFront("pellow-colours"); }));
+  EXPECT_EQ(dialog()->currentColor(), QColor(Qt::red));
+  EXPECT_TRUE(first.empty());
+  tryAColour();
+  ASSERT_TRUE(until([&] { return !first.empty(); }));
+  EXPECT_NE(first.back(), (Colour{1, 0, 0, 1}));
+
+  first.clear();
+  auto two = panel.show({0, 0, 1, 1}, [&](Colour colour) { second.push_back(colour); });
+  tryAColour();
+  ASSERT_TRUE(until([&] { return !second.empty(); }));
+  one.cancel();
+  EXPECT_TRUE(first.empty());
+  work();
+  EXPECT_TRUE(isShown()) << "the panel is the second's";
+
+  // It stays above the windows of applications, and Escape closes it.
+  TestClient client(desktop);
+  client.open("In front", {0, 0, 1200, 700});
+  EXPECT_EQ(desktop.stacking().back(), shown("pellow-colours"));
+  ASSERT_TRUE(desktop.activate(shown("pellow-colours")));
+  desktop.type({key::escape});
+  ASSERT_TRUE(until([&] { return !isShown(); }));
+  two = panel.show({0, 1, 0, 1}, [](Colour) {});
+  ASSERT_TRUE(until(isShown));
+  two.cancel();
+  EXPECT_TRUE(until([&] { return !isShown(); }));
+}
+
+}  // namespace
+}  // namespace pellow::desktop

@@ -1,0 +1,309 @@
+#include "platforms/linux/qt/qt_form_windows.h"
+
+#include <fmt/format.h>
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QScrollArea>
+#include <QSlider>
+#include <QStyle>
+#include <QStyleOptionSlider>
+#include <QTabBar>
+#include <vector>
+
+#include "tests/linux/qt_desktop_test.h"
+
+namespace pellow::desktop {
+namespace {
+
+class QtFormWindowsTest : public QtDesktopTest {
+ protected:
+  void SetUp() override {
+    QtDesktopTest::SetUp();
+    windows.emplace();
+  }
+
+  // Shows a form of one pane in front.
+  void present(std::vector<FormElement> elements) {
+    present(Form{{{"Pane", std::move(elements)}}});
+  }
+  void present(Form form) {
+    if (!window) window = windows->makeWindow("pellow-settings", "Settings of Pellow");
+    window->setForm(std::move(form));
+    window->present();
+    ASSERT_TRUE(until([&] { return hasKeyboard(); }));
+  }
+  void show(std::vector<FormElement> elements) {
+    window->setForm({{{"Pane", std::move(elements)}}});
+  }
+
+  bool hasKeyboard() { return isInFront("pellow-settings"); }
+
+  // Window managers may hold a click back that gives a window the keyboard.
+  void clickInto(QLineEdit* field) {
+    click(middleOf(*field));
+    ASSERT_TRUE(until([&] { return field->hasFocus(); }));
+  }
+
+  // The one that is seen first, from top to bottom.
+  template <class Widget>
+  Widget* find(const std::string& text = {}) {
+    for (auto* const top : QApplication::topLevelWidgets())
+      for (auto* const widget : top->findChildren<Widget*>())
+        if (widget->isVisible() && !widget->isWindow() && (text.empty() || textOf(*widget) == text))
+          return widget;
+    return nullptr;
+  }
+  template <class Widget>
+  static std::string textOf(const Widget& widget) {
+    if constexpr (requires { widget.text(); }) return widget.text().toStdString();
+    return {};
+  }
+
+  std::function<void()> note(const std::string& what) {
+    return [this, what] { heard.push_back(what); };
+  }
+  bool hears(const std::vector<std::string>& expected) {
+    const bool came = until([&] { return heard.size() >= expected.size(); });
+    EXPECT_EQ(heard, expected);
+    heard.clear();
+    return came;
+  }
+
+  std::vector<std::string> heard;
+  std::optional<QtFormWindows> windows;
+  std::unique_ptr<FormWindow> window;
+};
+
+FormElement text(std::string key, std::string words, FormTextStyle style = FormTextStyle::body) {
+  return {std::move(key), FormText{std::move(words), style}};
+}
+
+TEST_F(QtFormWindowsTest, ATextFieldTellsOnceWhatWasTypedAndShowsTheFormAgain) {
+  std::string name = "Main";
+  std::function<std::vector<FormElement>()> form = [&] {
+    FormElement field{"name", TextField{name, [&](const std::string& typed) {
+                                          heard.push_back(typed);
+                                          if (!typed.starts_with("keep")) return;
+                                          name = typed;
+                                          show(form());
+                                        }}};
+    field.width = 150;
+    return std::vector<FormElement>{{"row", FormRow{{text("title", "Name"), field}}},
+                                    {"button", PushButton{"Elsewhere", note("elsewhere")}}};
+  };
+  present(form());
+  auto* const field = find<QLineEdit>();
+  ASSERT_TRUE(field);
+  EXPECT_EQ(field->width(), 150);
+  EXPECT_EQ(field->accessibleName(), "Name");
+  const auto enter = [&](std::string_view words) {
+    desktop.type({key::control, 'a'});
+    type(words);
+    ASSERT_TRUE(until([&] { return textOf(*field) == words; }));
+  };
+
+  clickInto(field);
+  enter("no");
+  desktop.type({key::returnKey});
+  EXPECT_TRUE(hears({"no"}));
+  EXPECT_EQ(textOf(*field), "Main") << "the form has not taken it";
+  EXPECT_TRUE(field->hasFocus());
+
+  // A form that comes meanwhile leaves what is being typed alone.
+  enter("keep");
+  show(form());
+  EXPECT_EQ(textOf(*field), "keep");
+  type("er");
+  ASSERT_TRUE(until([&] { return textOf(*field) == "keeper"; }));
+  click(middleOf(*find<QAbstractButton>("Elsewhere")));
+  EXPECT_TRUE(hears({"keeper", "elsewhere"}));
+  EXPECT_EQ(textOf(*field), "keeper");
+
+  clickInto(field);
+  click(middleOf(*find<QAbstractButton>("Elsewhere")));
+  EXPECT_TRUE(hears({"elsewhere"})) << "nothing was typed";
+  clickInto(field);
+  enter("gone");
+  desktop.type({key::escape});
+  EXPECT_TRUE(until([&] { return textOf(*field) == "keeper"; }));
+  enter("keep me");
+  desktop.type({key::control, 'w'});
+  EXPECT_TRUE(hears({"keep me"})) << "closing the window leaves the field";
+  EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(QtFormWindowsTest, ADragOnASliderGoesOnWhileTheFormChangesAroundIt) {
+  double value = 20;
+  std::vector<double> values;
+  std::function<std::vector<FormElement>()> form = [&] {
+    FormElement slider{"slider", Slider{.minimum = 20,
+                                        .maximum = 72,
+                                        .value = value,
+                                        .tickMarks = 12,
+                                        .onChanged = [&](double changed) {
+                                          values.push_back(value = changed);
+                                          show(form());
+                                        }}};
+    slider.width = 200;
+    std::vector<FormElement> elements{
+        {"row", FormRow{{text("title", "Size"), slider}}},
+        text("note", fmt::format("{:.0f} pt", value), FormTextStyle::secondary)};
+    // What stands before it comes and goes.
+    if (values.size() % 2 == 1) elements.insert(elements.begin(), text("odd", "Odd"));
+    return elements;
+  };
+  present(form());
+  auto* const slider = find<QSlider>();
+  ASSERT_TRUE(slider);
+  ASSERT_EQ(slider->width(), 200);
+  EXPECT_EQ(slider->maximum() / slider->tickInterval(), 11);
+
+  const auto from = placeOf(*slider, {8, slider->height() / 2});
+  desktop.movePointer(from.x(), from.y());
+  desktop.press();
+  for (const int to : {50, 100, 150}) {
+    const auto heardOf = values.size();
+    desktop.movePointer(from.x() + to, from.y());
+    ASSERT_TRUE(until([&] { return values.size() > heardOf; })) << to;
+    EXPECT_NEAR(value, 20 + 52 * to / 184.0, 3);
+    EXPECT_EQ(find<QSlider>(), slider);
+    EXPECT_TRUE(slider->isSliderDown());
+    EXPECT_TRUE(find<QLabel>(fmt::format("{:.0f} pt", value)));
+  }
+  desktop.movePointer(from.x() + 900, from.y() + 200);
+  ASSERT_TRUE(until([&] { return value == 72; }));
+  desktop.release();
+  ASSERT_TRUE(until([&] { return !slider->isSliderDown(); }));
+  EXPECT_TRUE(std::ranges::is_sorted(values));
+
+  const auto count = values.size();
+  click(placeOf(*slider, {100, slider->height() / 2}));
+  ASSERT_TRUE(until([&] { return values.size() > count; }));
+  EXPECT_NEAR(value, 46, 2) << "a press takes the knob below the pointer";
+}
+
+TEST_F(QtFormWindowsTest, ControlsTellWhatTheUserDoesAndShowWhatTheFormSays) {
+  std::optional<std::size_t> chosen;
+  bool isOn = false;
+  const auto form = [&] {
+    return std::vector<FormElement>{
+        {"check",
+         CheckBox{"Save & close", isOn, [&](bool on) { heard.push_back(on ? "on" : "off"); }}},
+        {"pop-up",
+         PopUpButton{{"Left", "Right", "Top"},
+                     chosen,
+                     [&](std::size_t index) { heard.push_back(fmt::format("item {}", index)); }}},
+        {"radio", RadioButton{"Default", chosen == 1, note("radio")}},
+        {"off", PushButton{"Disabled", note("disabled")}, false}};
+  };
+  present(form());
+  auto* const popUp = find<QComboBox>();
+  EXPECT_EQ(popUp->currentIndex(), -1);
+  click(middleOf(*find<QAbstractButton>("Disabled")));
+  click(placeOf(*find<QAbstractButton>("Save && close"), {8, 8}));
+  EXPECT_TRUE(hears({"on"}));
+  show(form());
+  EXPECT_FALSE(find<QAbstractButton>("Save && close")->isChecked()) << "the form says otherwise";
+  isOn = true;
+  show(form());
+  click(placeOf(*find<QAbstractButton>("Save && close"), {8, 8}));
+  EXPECT_TRUE(hears({"off"}));
+
+  click(middleOf(*popUp));
+  ASSERT_TRUE(until([&] { return QApplication::activePopupWidget() != nullptr; }));
+  show(form());  // the one that is open stays so
+  ASSERT_TRUE(QApplication::activePopupWidget());
+  type("r");
+  desktop.type({key::returnKey});
+  EXPECT_TRUE(hears({"item 1"}));
+  chosen = 1;
+  show(form());
+  EXPECT_EQ(popUp->currentIndex(), 1);
+  auto* const radio = find<QAbstractButton>("Default");
+  EXPECT_TRUE(radio->isChecked());
+  click(placeOf(*radio, {8, 8}));
+  EXPECT_TRUE(hears({"radio"}));
+  EXPECT_TRUE(radio->isChecked()) << "a radio button does not go off by a click";
+}
+
+TEST_F(QtFormWindowsTest, WhatAControlDoesMayTakeItAwayAndTheWindowToo) {
+  std::function<std::vector<FormElement>(bool)> form = [&](bool both) {
+    std::vector<FormElement> elements;
+    if (both)
+      elements.push_back({"field", TextField{"", [&](const std::string& typed) {
+                                               heard.push_back(typed);
+                                               show(form(false));
+                                             }}});
+    if (both) elements.push_back({"remove", PushButton{"Remove", note("removed")}});
+    elements.push_back({"end", PushButton{"End", [&] {
+                                            heard.push_back("end");
+                                            window.reset();
+                                          }}});
+    return elements;
+  };
+  present(form(true));
+  clickInto(find<QLineEdit>());
+  type("a");
+  desktop.type({key::returnKey});
+  EXPECT_TRUE(hears({"a"}));
+  EXPECT_FALSE(find<QLineEdit>());
+  EXPECT_FALSE(find<QAbstractButton>("Remove"));
+  show(form(true));
+  EXPECT_TRUE(find<QLineEdit>());
+  work();
+
+  // A field whose text is thrown away with it tells nothing.
+  clickInto(find<QLineEdit>());
+  type("b");
+  ASSERT_TRUE(until([&] { return textOf(*find<QLineEdit>()) == "b"; }));
+  show(form(false));
+  ASSERT_TRUE(until([&] { return find<QAbstractButton>("End")->y() < 60; }));
+  click(middleOf(*find<QAbstractButton>("End")));
+  EXPECT_TRUE(hears({"end"}));
+  EXPECT_TRUE(until([&] { return shown("pellow-settings") == 0; }));
+}
+
+TEST_F(QtFormWindowsTest, TheWindowIsAnOrdinaryOneThatClosingOnlyHides) {
+  const std::string longText(300, 'm');
+  const Form form{{{"General", {text("t", "Section", FormTextStyle::section)}},
+                   {"Long",
+                    {text("long", "word " + longText.substr(0, 20) +
+                                      " word word word word "
+                                      "word word word word word word word word word")}},
+                   {"Third", {}}}};
+  present(form);
+  const auto id = shown("pellow-settings");
+  EXPECT_EQ(desktop.bytes(id, "WM_CLASS"), std::string("pellow-settings\0pellow\0", 23));
+  EXPECT_EQ(desktop.bytes(id, "_NET_WM_NAME"), "Settings of Pellow");
+  EXPECT_GT(desktop.frame(id).height, desktop.content(id).height) << "it is decorated";
+
+  auto* const tabs = find<QTabBar>();
+  click(placeOf(*tabs, tabs->tabRect(1).center()));
+  ASSERT_TRUE(until([&] { return tabs->currentIndex() == 1; }));
+  auto* const label = find<QLabel>();
+  EXPECT_LE(label->width(), 420);
+  EXPECT_GE(label->height(), 2 * label->fontMetrics().height());
+  EXPECT_EQ(label->height(), label->heightForWidth(label->width())) << "nothing is cut off";
+  window->setForm(form);
+  EXPECT_EQ(tabs->currentIndex(), 1);
+  window->setForm({{form.panes[0]}});
+  EXPECT_EQ(tabs->count(), 1);
+  window->setForm(form);
+
+  window->onClosed = note("closed");
+  for (int round = 0; round < 2; ++round) {
+    desktop.type({key::alt, key::f4});
+    EXPECT_TRUE(hears({"closed"}));
+    EXPECT_FALSE(window->isVisible());
+    ASSERT_TRUE(until([&] { return shown("pellow-settings") == 0; }));
+    window->present();
+    EXPECT_TRUE(until([&] { return hasKeyboard(); }));
+    EXPECT_TRUE(window->isVisible());
+  }
+}
+
+}  // namespace
+}  // namespace pellow::desktop

@@ -1,0 +1,276 @@
+#include "platforms/linux/qt/qt_panels.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <vector>
+
+#include "tests/linux/monitors.h"
+#include "tests/linux/qt_desktop_test.h"
+
+namespace pellow::desktop {
+namespace {
+
+constexpr std::uint8_t rightButton = 3;
+
+class QtPanelsTest : public QtDesktopTest {
+ protected:
+  void startQt(int scale) {
+    QtDesktopTest::startQt(scale);
+    panels.emplace(queue, [this](const AppKitRect& rect) { return x11->toPixels(rect); });
+  }
+  void SetUp() override { startQt(1); }
+
+  std::unique_ptr<Panel> show(const std::string& name, const View& root, AppKitRect frame) {
+    auto panel = panels->makePanel(name);
+    panel->setContent(root);
+    panel->setFrame(frame);
+    panel->orderFront();
+    EXPECT_TRUE(until([&] { return shown(name) != 0; }));
+    return panel;
+  }
+
+  std::function<void()> note(const std::string& what) {
+    return [this, what] { heard.push_back(what); };
+  }
+  std::function<void(bool)> noteHover(const std::string& name) {
+    return [this, name](bool inside) { heard.push_back((inside ? "into " : "out of ") + name); };
+  }
+  DragActions noteDrag(const std::string& name) {
+    return {.onBegan = note(name + " began"),
+            .onDragged =
+                [this, name](AppKitVector by) {
+                  heard.push_back(fmt::format("{} by {} {}", name, by.dx, by.dy + 0.0));
+                },
+            .onEnded = note(name + " ended")};
+  }
+
+  // Whether these, and nothing else, are heard by and by; then forgets them.
+  testing::AssertionResult hears(const std::vector<std::string>& expected) {
+    const bool came = until([&] { return heard.size() >= expected.size(); });
+    const auto all = std::exchange(heard, {});
+    if (came && all == expected) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "heard: " << fmt::format("{}", fmt::join(all, ", "));
+  }
+
+  std::vector<std::string> heard;
+  std::optional<QtPanels> panels;
+};
+
+View view(std::string key, ViewRect frame, ViewActions actions = {}) {
+  return {.key = std::move(key), .frame = frame, .actions = std::move(actions)};
+}
+
+// A panel of 200 by 100 points whose pixels on the screen run from (100, 600) to (300, 700).
+constexpr AppKitRect place{100, 100, 200, 100};
+
+TEST_F(QtPanelsTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfThePanel) {
+  auto root = view("root", {0, 0, 200, 100}, {.onClick = note("click"), .drag = noteDrag("drag")});
+  root.children.push_back(
+      view("right half", {100, 0, 100, 100}, {.onHoverChanged = noteHover("half")}));
+  const auto panel = show("pellow-strip", root, place);
+  desktop.movePointer(199, 650);
+  desktop.press();
+  desktop.movePointer(201, 650);
+  EXPECT_TRUE(hears({"into half"})) << "two points are no drag";
+  desktop.movePointer(202, 651);
+  EXPECT_TRUE(hears({"drag began", "drag by 3 -1"}));
+
+  panel->setContent(view("root", {0, 0, 200, 100}, {.drag = noteDrag("another")}));
+  desktop.movePointer(700, 300);
+  EXPECT_TRUE(hears({"drag by 501 350"}));
+  panel->setFrame({500, 400, 200, 100});
+  desktop.movePointer(710, 300);
+  EXPECT_TRUE(hears({"drag by 511 350"}));
+  desktop.release();
+  EXPECT_TRUE(hears({"drag ended"}));
+
+  panel->setFrame(place);
+  panel->setContent(root);
+  ASSERT_TRUE(until([&] { return desktop.content(shown("pellow-strip")).x == 100; }));
+  desktop.movePointer(150, 640);
+  desktop.press();
+  desktop.release();
+  EXPECT_TRUE(hears({"click"}));
+  desktop.press();
+  desktop.movePointer(160, 640);
+  EXPECT_TRUE(hears({"drag began", "drag by 10 0"}));
+  panel->orderOut();
+  EXPECT_TRUE(hears({"drag ended"})) << "nothing of it comes to a window that is not shown";
+  desktop.release();
+}
+
+TEST_F(QtPanelsTest, HoverSurvivesAnotherContent) {
+  const auto content = [&](const std::string& name, double x) {
+    auto root = view("root", {0, 0, 200, 100});
+    root.children.push_back(view("tab", {x, 0, 50, 100}, {.onHoverChanged = noteHover(name)}));
+    return root;
+  };
+  const auto panel = show("pellow-strip", content("tab", 0), place);
+  desktop.movePointer(120, 650);
+  EXPECT_TRUE(hears({"into tab"}));
+  panel->setContent(content("same tab", 0));
+  desktop.movePointer(180, 650);
+  EXPECT_TRUE(hears({"out of same tab"})) << "it was not entered a second time";
+
+  panel->setContent(content("tab", 60));
+  EXPECT_TRUE(hears({"into tab"})) << "a view that comes under the pointer is entered";
+  panel->setFrame({400, 100, 200, 100});
+  EXPECT_TRUE(hears({"out of tab"})) << "a panel that goes from under the pointer is left";
+  desktop.movePointer(480, 650);
+  EXPECT_TRUE(hears({"into tab"}));
+  panel->orderOut();
+  EXPECT_TRUE(hears({"out of tab"}));
+}
+
+TEST_F(QtPanelsTest, AContextMenuIsChosenFromByKeyboardAndByPointer) {
+  const auto menu = [&] {
+    heard.push_back("asked");
+    return Menu{{{.title = "First & foremost", .onChosen = note("first")},
+                 {.title = "Second", .onChosen = note("second")}}};
+  };
+  const auto panel =
+      show("pellow-strip", view("root", {0, 0, 200, 100}, {.contextMenu = menu}), place);
+  const auto menuWindow = [&] { return shown("pellow-menu"); };
+  const auto open = [&] {
+    desktop.click(150, 650, rightButton);
+    ASSERT_TRUE(until([&] { return menuWindow() != 0; }));
+    EXPECT_TRUE(hears({"asked"}));
+  };
+  const auto isClosed = [&] { return until([&] { return menuWindow() == 0; }); };
+
+  ASSERT_NO_FATAL_FAILURE(open());
+  desktop.type({key::down});
+  desktop.type({key::down});
+  desktop.type({key::returnKey});
+  EXPECT_TRUE(hears({"second"}));
+  EXPECT_TRUE(isClosed());
+
+  ASSERT_NO_FATAL_FAILURE(open());
+  const auto items = desktop.content(menuWindow());
+  EXPECT_EQ(items.x, 150);
+  EXPECT_EQ(items.y, 650);
+  desktop.click(items.x + 20, items.y + items.height / 4);
+  EXPECT_TRUE(hears({"first"}));
+  EXPECT_TRUE(isClosed());
+
+  ASSERT_NO_FATAL_FAILURE(open());
+  desktop.click(900, 100);
+  EXPECT_TRUE(isClosed());
+  ASSERT_NO_FATAL_FAILURE(open());
+  desktop.type({key::escape});
+  EXPECT_TRUE(isClosed());
+  EXPECT_TRUE(heard.empty());
+}
+
+TEST_F(QtPanelsTest, AnAnimationArrivesOnceUnlessItIsCutShort) {
+  const auto panel = show("pellow-flight", view("root", {0, 0, 200, 100}), place);
+  const auto window = shown("pellow-flight");
+  const auto opacity = [&] {
+    const auto values = desktop.values(window, "_NET_WM_WINDOW_OPACITY");
+    return values.empty() ? 1 : values[0] / double(0xffffffff);
+  };
+  const AppKitRect far{600, 500, 100, 50};
+  panel->animate(far, 0.25, 0.1, AnimationTiming::easeInOut, note("arrived"));
+  EXPECT_EQ(panel->frame(), far) << "it answers where it is going";
+  EXPECT_TRUE(hears({"arrived"}));
+  EXPECT_TRUE(until([&] { return desktop.content(window) == PixelRect{600, 250, 100, 50}; }));
+  EXPECT_TRUE(until([&] { return std::abs(opacity() - 0.25) < 0.01; })) << opacity();
+
+  panel->animate(place, 1, 3600, AnimationTiming::linear, note("too late"));
+  panel->animate(far, 1, 0, AnimationTiming::linear, note("at once, but later"));
+  EXPECT_TRUE(heard.empty());
+  EXPECT_TRUE(hears({"at once, but later"}));
+  EXPECT_TRUE(until([&] { return opacity() == 1; }));
+
+  panel->animate(place, 0.5, 0, AnimationTiming::easeOut, note("not any more"));
+  panel->setFrame(place);
+  panel->animate(far, 0.5, 3600, AnimationTiming::easeOut, note("never"));
+  panel->setFrame({0, 0, 200, 100});
+  EXPECT_TRUE(until([&] { return desktop.content(window) == PixelRect{0, 700, 200, 100}; }));
+  const auto after = queue.async(note("what came after"));
+  EXPECT_TRUE(hears({"what came after"}));
+}
+
+TEST_F(QtPanelsTest, ThePointerGoesThroughAPanelThatIgnoresIt) {
+  const auto root = [&](const std::string& name, double cornerRadius) {
+    auto panel =
+        view("root", {0, 0, 200, 100}, {.onClick = note(name), .onHoverChanged = noteHover(name)});
+    panel.look = {.content = Backdrop{}, .cornerRadius = cornerRadius};
+    return panel;
+  };
+  const auto below = show("pellow-strip", root("below", 10), place);
+  const auto above = panels->makePanel("pellow-flight");
+  above->setFrame(place);
+  above->setIgnoresMouseEvents(true);
+  // Another shape and another showing change nothing about it.
+  for (const double cornerRadius : {10, 40}) {
+    above->setContent(root("above", cornerRadius));
+    above->orderFront();
+    ASSERT_TRUE(until([&] { return shown("pellow-flight") != 0; }));
+    desktop.movePointer(200, 650);
+    EXPECT_TRUE(hears({"into below"}));
+    desktop.click(200, 650);
+    EXPECT_TRUE(hears({"below"}));
+    desktop.movePointer(900, 50);
+    EXPECT_TRUE(hears({"out of below"}));
+    above->orderOut();
+  }
+
+  above->orderFront();
+  above->setIgnoresMouseEvents(false);
+  ASSERT_TRUE(until([&] { return shown("pellow-flight") != 0; }));
+  desktop.movePointer(200, 650);
+  EXPECT_TRUE(hears({"into above"}));
+  above->setIgnoresMouseEvents(true);
+  EXPECT_TRUE(hears({"out of above", "into below"}));
+  desktop.click(200, 650);
+  EXPECT_TRUE(hears({"below"}));
+}
+
+class ScaledQtPanelsTest : public QtPanelsTest {
+ protected:
+  void SetUp() override {
+    monitors.plug("left", {0, 0, 640, 800}, false, true);
+    monitors.plug("right", {640, 100, 640, 600}, true);
+    startQt(2);
+  }
+
+  Monitors monitors{desktop.display()};
+};
+
+// The primary monitor is the right one, so its bottom left is the origin.
+TEST_F(ScaledQtPanelsTest, PanelsStandWhereTheyAreAskedToOnEveryMonitor) {
+  ASSERT_EQ(application->scale(), 2);
+  const auto panel = show(
+      "pellow-strip",
+      view("root", {0, 0, 50, 30}, {.onHoverChanged = noteHover("it"), .drag = noteDrag("drag")}),
+      {10, 20, 50, 30});
+  const auto window = shown("pellow-strip");
+  const auto standsAt = [&](PixelRect expected) {
+    return until([&] { return desktop.content(window) == expected; });
+  };
+  EXPECT_TRUE(standsAt({660, 600, 100, 60})) << desktop.content(window);
+  desktop.movePointer(700, 630);
+  EXPECT_TRUE(hears({"into it"}));
+  panel->setFrame({-100, 20, 50, 30});
+  EXPECT_TRUE(standsAt({440, 600, 100, 60})) << desktop.content(window);
+  EXPECT_TRUE(hears({"out of it"}));
+  panel->animate({-320, 320, 40, 30}, 1, 0.05, AnimationTiming::linear, note("arrived"));
+  EXPECT_TRUE(hears({"arrived"}));
+  EXPECT_TRUE(standsAt({0, 0, 80, 60})) << desktop.content(window);
+
+  // From one monitor to the other.
+  desktop.movePointer(40, 30);
+  EXPECT_TRUE(hears({"into it"}));
+  desktop.press();
+  desktop.movePointer(60, 30);
+  EXPECT_TRUE(hears({"drag began", "drag by 10 0"}));
+  desktop.movePointer(840, 130);
+  EXPECT_TRUE(hears({"drag by 400 -50"}));
+  desktop.release();
+  EXPECT_EQ(heard.empty() ? "" : heard[0], "");
+}
+
+}  // namespace
+}  // namespace pellow::desktop

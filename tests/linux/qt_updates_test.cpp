@@ -1,0 +1,381 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <deque>
+#include <map>
+#include <optional>
+#include <variant>
+
+#include "platforms/linux/updates/feed_updates.h"
+#include "platforms/linux/updates/version_order.h"
+#include "tests/desktop/eventually.h"
+
+// Updates, with a feed on a server of the test's own.
+
+namespace pellow::desktop {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+TEST(VersionOrder, IsThatOfPeople) {
+  const Strings ascending{"0.9",
+                          "1.0a1",
+                          "1.0b1",
+                          "1.0b2",
+                          "1.0b10",
+                          "1.0-rc",
+                          "1.0-rc.2",
+                          "1.0",
+                          "1.0.1",
+                          "1.0.10",
+                          "1.1",
+                          "1.9",
+                          "1.10b1",
+                          "1.10",
+                          "1.10.1",
+                          "2",
+                          "2.0.0.1",
+                          "10",
+                          "99999999999999999999999"};
+  for (std::size_t i = 0; i < ascending.size(); ++i)
+    for (std::size_t j = 0; j < ascending.size(); ++j)
+      EXPECT_EQ(compareVersions(ascending[i], ascending[j]), i <=> j)
+          << ascending[i] << " " << ascending[j];
+  for (const auto* same : {"1", "1.0", "01.0", "1.0.0", "1.0+build.7"})
+    EXPECT_EQ(compareVersions(same, "1.0"), std::strong_ordering::equal) << same;
+}
+
+std::string feed(const std::string& channel) {
+  return R"(<?xml version="1.0"?><rss version="2.0" )"
+         R"(xmlns:sparkle="http://www.andymatuschak.org/xml-namespaces/sparkle">)"
+         "<channel><title>Pellow</title>" +
+         channel + "</channel></rss>";
+}
+
+std::string item(const std::string& version, const std::string& more = "") {
+  return "<item><title>News</title><sparkle:version>" + version + "</sparkle:version>" + more +
+         "</item>";
+}
+
+TEST(Appcast, TellsTheNewestVersionForThisProgram) {
+  const auto newest = [](const std::string& channel) {
+    return newestInAppcast(feed(channel)).value();
+  };
+  EXPECT_EQ(newest(""), std::nullopt);
+  EXPECT_EQ(newest(item("") + item("1.9") +
+                   item("1.10",
+                        "<sparkle:shortVersionString>1.10 (Ä &amp; Ö)"
+                        "</sparkle:shortVersionString><link>https://x.org/get</link>") +
+                   item("1.2") +
+                   item("3", R"(<enclosure url="https://x.org/3.zip" sparkle:os="macos"/>)") +
+                   item("4", "<sparkle:channel>beta</sparkle:channel>")),
+            (AppcastItem{"1.10", "1.10 (Ä & Ö)", "https://x.org/get"}));
+  // As older feeds say it; and a page of the channel goes before a file.
+  const std::string old =
+      R"(<item><sparkle:deltas><enclosure url="https://x.org/d" sparkle:version="9"/>)"
+      R"(</sparkle:deltas><enclosure url="http://x.org/2.zip" sparkle:version="200" )"
+      R"(sparkle:shortVersionString="2.0" sparkle:os="linux"/></item>)";
+  EXPECT_EQ(newest(old), (AppcastItem{"200", "2.0", "http://x.org/2.zip"}));
+  EXPECT_EQ(newest(old + "<link>https://x.org/</link>")->page, "https://x.org/");
+  // Nothing but a page is ever opened.
+  EXPECT_EQ(newest("<link>file:///etc</link>" +
+                   item("2", "<link>x-other:evil</link><enclosure url='/bin/sh'/>"))
+                ->page,
+            "");
+
+  const auto problem = [](const std::string& xml) { return newestInAppcast(xml).error().sentence; };
+  EXPECT_TRUE(
+      problem("<rss>\n<channel><item></rss>").starts_with("The update feed is broken in line 2: "));
+  EXPECT_FALSE(newestInAppcast(feed(item("5"))).value()->version.empty());
+  EXPECT_TRUE(problem(feed(item("5")).substr(0, 200)).starts_with("The update feed is broken"));
+  EXPECT_TRUE(problem("").starts_with("The update feed is broken"));
+  EXPECT_EQ(problem("<html><body>Not found</body></html>"), "The update feed is no RSS feed.");
+}
+
+// Answers each request for a path with what was said for it, and others never.
+class FeedServer {
+ public:
+  FeedServer() {
+    server_.listen(QHostAddress::LocalHost);
+    QObject::connect(&server_, &QTcpServer::newConnection, &server_, [this] {
+      auto* const socket = server_.nextPendingConnection();
+      QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] { answer(socket); });
+    });
+  }
+
+  std::string address(const std::string& path) const {
+    return "http://127.0.0.1:" + std::to_string(server_.serverPort()) + path;
+  }
+
+  std::map<std::string, std::string> answers;  // by path: all that goes over the wire
+  Strings requests;
+
+ private:
+  void answer(QTcpSocket* socket) {
+    const auto request = socket->readAll().toStdString();
+    requests.push_back(request);
+    const auto found = answers.find(request.substr(4, request.find(' ', 4) - 4));
+    if (found == answers.end()) return;
+    socket->write(QByteArray::fromStdString(found->second));
+    socket->disconnectFromHost();
+  }
+
+  QTcpServer server_;
+};
+
+std::string ok(const std::string& body) { return "HTTP/1.1 200 OK\r\n\r\n" + body; }
+
+class MemoryDefaults final : public UserDefaults {
+ public:
+  std::optional<DefaultsValue> value(std::string_view key) const override {
+    const auto found = values.find(key);
+    return found == values.end() ? std::nullopt : std::optional(found->second);
+  }
+  std::expected<void, SystemError> set(std::string_view key, DefaultsValue newValue,
+                                       Durability) override {
+    values.insert_or_assign(std::string(key), std::move(newValue));
+    return {};
+  }
+  void registerDefaults(std::map<std::string, DefaultsValue>) override {}
+
+  std::map<std::string, DefaultsValue, std::less<>> values;
+};
+
+// Keeps delayed work until the test runs it.
+class HeldQueue final : public MainQueue {
+ public:
+  Subscription async(Work work) override { return after(0, std::move(work)); }
+  Subscription after(Seconds delay, Work work) override {
+    const auto held = std::make_shared<Held>(delay, std::move(work));
+    waiting_.push_back(held);
+    return Subscription([held] { held->work = nullptr; });
+  }
+  Subscription every(Seconds, std::function<void()>) override { return {}; }
+
+  std::vector<Seconds> delays() const {
+    std::vector<Seconds> all;
+    for (const auto& held : waiting_)
+      if (held->work) all.push_back(held->delay);
+    return all;
+  }
+  // Runs what is to be run after this time.
+  void run(Seconds delay) {
+    for (const auto& held : waiting_)
+      if (held->work && held->delay == delay) return std::exchange(held->work, nullptr)();
+    ADD_FAILURE() << "nothing waits for " << delay << " s";
+  }
+
+ private:
+  struct Held {
+    Seconds delay;
+    Work work;
+  };
+  std::deque<std::shared_ptr<Held>> waiting_;
+};
+
+class ShownAlerts final : public Alerts {
+ public:
+  Subscription show(Alert alert, std::function<void(std::size_t)> onChosen) override {
+    shown = std::move(alert);
+    choose = std::move(onChosen);
+    return Subscription([this] { shown.reset(); });
+  }
+
+  std::optional<Alert> shown;
+  std::function<void(std::size_t)> choose;
+};
+
+class Browser final : public Workspace {
+ public:
+  bool open(std::string_view url) override {
+    opened.emplace_back(url);
+    return isInstalled;
+  }
+  std::vector<RunningApplication> runningApplications() override { return {}; }
+  std::optional<RunningApplication> application(ProcessID) override { return {}; }
+  std::optional<ProcessID> frontmostApplication() override { return {}; }
+  bool hide(ProcessID) override { return false; }
+  bool unhide(ProcessID) override { return false; }
+  bool activate(ProcessID) override { return false; }
+  Subscription onDidActivateApplication(std::function<void(ProcessID)>) override { return {}; }
+  Subscription onDidLaunchApplication(std::function<void(ProcessID)>) override { return {}; }
+  Subscription onDidTerminateApplication(std::function<void(ProcessID)>) override { return {}; }
+
+  Strings opened;
+  bool isInstalled = true;
+};
+
+class FeedUpdatesTest : public testing::Test {
+ protected:
+  static constexpr Seconds day = 24 * 60 * 60;
+  static constexpr Seconds patience = 60;
+
+  void launch(const std::string& address) {
+    updates.emplace(FeedUpdates::Build{.version = "1.9", .feed = address, .patience = patience},
+                    FeedUpdates::Around{.defaults = defaults,
+                                        .queue = queue,
+                                        .alerts = alerts,
+                                        .workspace = browser,
+                                        .log = log,
+                                        .now = [this] { return now; }});
+    updates->start({.willShowUpdate =
+                        [this](bool isShown, const std::string& version) {
+                          story.push_back((isShown ? "shown " : "found ") + version);
+                        },
+                    .didReceiveUserAttention = [this] { story.push_back("attention"); },
+                    .willShowModalAlert = [this] { story.push_back("modal"); }});
+  }
+  void launchWith(const std::string& answer) {
+    server.answers["/feed"] = answer;
+    launch(server.address("/feed"));
+  }
+
+  // What the user is told.
+  std::string ask() {
+    updates->checkForUpdates();
+    EXPECT_TRUE(until([&] { return alerts.shown.has_value(); }));
+    return alerts.shown ? alerts.shown->messageText + " " + alerts.shown->informativeText : "";
+  }
+  static bool until(const std::function<bool()>& holds) {
+    return eventually([&] {
+      QCoreApplication::processEvents();
+      return holds();
+    });
+  }
+
+  int count_ = 1;
+  char name_[7] = "pellow";
+  char* arguments_[2] = {name_, nullptr};
+  QCoreApplication application_{count_, arguments_};
+  FeedServer server;
+  MemoryDefaults defaults;
+  HeldQueue queue;
+  ShownAlerts alerts;
+  Browser browser;
+  Strings logged;
+  Log log{[this](LogLevel, std::string_view message) { logged.emplace_back(message); }};
+  Seconds now = 1'000'000;
+  Strings story;
+  std::optional<FeedUpdates> updates;
+};
+
+TEST_F(FeedUpdatesTest, AreLookedForOnceADayWithoutAWord) {
+  launchWith(ok(feed(item("1.10"))));
+  EXPECT_EQ(updates->sinceLastCheck(), std::nullopt);
+  EXPECT_EQ(queue.delays(), (std::vector<Seconds>{0}));
+  queue.run(0);
+  EXPECT_TRUE(until([&] { return !story.empty(); }));
+  EXPECT_EQ(story, (Strings{"found 1.10"}));
+  EXPECT_EQ(queue.delays(), (std::vector<Seconds>{day}));
+  EXPECT_EQ(updates->sinceLastCheck(), 0);
+  EXPECT_EQ(alerts.shown, std::nullopt);
+  EXPECT_TRUE(server.requests.at(0).contains("User-Agent: Pellow/1.9\r\n")) << server.requests[0];
+
+  // The next launch goes on where this one was; so does one after a long pause.
+  now += 3600;
+  launchWith(ok(feed(item("1.9"))));
+  EXPECT_EQ(updates->sinceLastCheck(), 3600);
+  EXPECT_EQ(queue.delays(), (std::vector<Seconds>{day - 3600}));
+  now += 3 * day;
+  launch(server.address("/feed"));
+  EXPECT_EQ(queue.delays(), (std::vector<Seconds>{0}));
+  queue.run(0);
+  EXPECT_TRUE(until([&] { return queue.delays() == std::vector<Seconds>{day}; }));
+  EXPECT_EQ(story, (Strings{"found 1.10"})) << "1.9 is what the user has";
+  now -= 10 * day;  // the clock was wrong
+  EXPECT_EQ(updates->sinceLastCheck(), 0);
+
+  updates->setAutomaticallyChecks(false);
+  EXPECT_TRUE(queue.delays().empty());
+  now += 20 * day;
+  launch(server.address("/feed"));
+  EXPECT_FALSE(updates->automaticallyChecks());
+  EXPECT_TRUE(queue.delays().empty());
+  updates->setAutomaticallyChecks(true);
+  EXPECT_EQ(queue.delays(), (std::vector<Seconds>{0}));
+  EXPECT_EQ(logged, Strings{});
+}
+
+TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
+  launchWith(ok(feed(item("2",
+                          "<sparkle:shortVersionString>2.0</sparkle:shortVersionString>"
+                          "<link>https://x.org/get</link>"))));
+  EXPECT_EQ(ask(),
+            "A new version of Pellow is available. Pellow 2.0 is out; you have version 1.9.");
+  EXPECT_EQ(story, (Strings{"shown 2.0", "attention"}));
+  alerts.choose(1);
+  EXPECT_EQ(alerts.shown, std::nullopt);
+  EXPECT_TRUE(browser.opened.empty());
+  ask();
+  alerts.choose(0);
+  EXPECT_EQ(browser.opened, (Strings{"https://x.org/get"}));
+  browser.isInstalled = false;
+  ask();
+  alerts.choose(0);
+  EXPECT_EQ(alerts.shown->informativeText, "https://x.org/get");
+
+  // Whoever asks while the schedule looks hears of what that finds.
+  story.clear();
+  launchWith(ok(feed(item("1.9"))));
+  updates->setAutomaticallyChecks(true);
+  now += 2 * day;
+  updates->setAutomaticallyChecks(true);
+  queue.run(0);
+  EXPECT_EQ(ask(), "Pellow is up to date. Version 1.9 is the newest one.");
+  EXPECT_EQ(story, (Strings{"modal"}));
+  EXPECT_EQ(server.requests.size(), 4u);
+}
+
+TEST_F(FeedUpdatesTest, SayWhatWentWrong) {
+  const auto expectProblem = [&](const std::string& sentence) {
+    const auto told = ask();
+    EXPECT_EQ(told, "Pellow could not look for updates. " + sentence);
+    EXPECT_EQ(story, (Strings{"modal"}));
+    story.clear();
+    alerts.choose(0);
+  };
+  launchWith("HTTP/1.1 404 Not Found\r\n\r\n" + feed(item("9")));
+  const auto address = server.address("/feed");
+  expectProblem("Could not read " + address + ": the server answers 404.");
+  server.answers["/feed"] = ok("<html/>");
+  expectProblem("The update feed is no RSS feed.");
+  server.answers["/feed"] = ok(feed(std::string(FeedDownload::largestAnswer, ' ') + item("9")));
+  expectProblem("Could not read " + address + ": the answer is too large.");
+  server.answers["/feed"] =
+      "HTTP/1.1 302 Found\r\nLocation: " + server.address("/other") + "\r\n\r\n";
+  server.answers["/other"] = ok(feed(""));
+  EXPECT_EQ(ask(), "Pellow is up to date. Version 1.9 is the newest one.");
+  story.clear();
+  alerts.choose(0);
+
+  // A server that says nothing blocks nothing, and is not asked twice at once.
+  server.answers.clear();
+  updates->checkForUpdates();
+  const auto before = server.requests.size();
+  EXPECT_TRUE(until([&] { return server.requests.size() > before; }));
+  updates->checkForUpdates();
+  EXPECT_EQ(alerts.shown, std::nullopt);
+  queue.run(patience);
+  EXPECT_EQ(alerts.shown->informativeText,
+            "Could not read " + address + ": the server does not answer in time.");
+  EXPECT_EQ(server.requests.size(), before + 1);
+  updates->checkForUpdates();
+  updates.reset();  // with a download under way
+  QCoreApplication::processEvents();
+}
+
+TEST_F(FeedUpdatesTest, AreNotLookedForWithoutAFeed) {
+  launch("");
+  EXPECT_TRUE(queue.delays().empty());
+  updates->setAutomaticallyChecks(true);
+  EXPECT_TRUE(queue.delays().empty());
+  EXPECT_TRUE(ask().starts_with("This Pellow has no update feed. "));
+  EXPECT_EQ(updates->sinceLastCheck(), std::nullopt);
+  EXPECT_EQ(updates->currentVersion(), "1.9");
+}
+
+}  // namespace
+}  // namespace pellow::desktop

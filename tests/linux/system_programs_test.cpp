@@ -1,0 +1,186 @@
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+
+#include "platforms/linux/system/autostart_entry.h"
+#include "platforms/linux/system/desktop_file.h"
+#include "platforms/linux/system/programs.h"
+#include "platforms/linux/system/url_opener.h"
+#include "tests/desktop/eventually.h"
+
+// Other programs: started by themselves, at login, or because they open a URL.
+
+namespace pellow::desktop {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contents(const fs::path& file) {
+  std::ifstream stream(file);
+  std::ostringstream text;
+  text << stream.rdbuf();
+  return text.str();
+}
+
+class ProgramsTest : public testing::Test {
+ protected:
+  ProgramsTest() {
+    for (const auto* name : {"PATH", "XDG_CURRENT_DESKTOP"})
+      before_.emplace_back(
+          name, std::getenv(name) ? std::optional<std::string>(std::getenv(name)) : std::nullopt);
+  }
+  ~ProgramsTest() override {
+    for (const auto& [name, value] : before_)
+      value ? setenv(name, value->c_str(), 1) : unsetenv(name);
+    fs::remove_all(folder);
+  }
+
+  // A shell script, and what it writes, as a whole, to the file `result`.
+  fs::path install(const std::string& name, const std::string& script) const {
+    const auto program = folder / name;
+    std::ofstream(program) << "#!/bin/sh\n{ " << script << "\n} >" << result.native()
+                           << ".part 2>&1\n/bin/mv " << result.native() << ".part "
+                           << result.native() << "\n";
+    fs::permissions(program, fs::perms::owner_all);
+    return program;
+  }
+  std::string awaitResult() const {
+    EXPECT_TRUE(eventually([&] { return fs::exists(result); }));
+    const auto text = contents(result);
+    fs::remove(result);
+    return text;
+  }
+
+  const fs::path folder = makeFolder();
+  const fs::path result = folder / "result";
+
+ private:
+  static fs::path makeFolder() {
+    std::string pattern = fs::temp_directory_path() / "pellow-programs-XXXXXX";
+    return mkdtemp(pattern.data());
+  }
+
+  std::vector<std::pair<const char*, std::optional<std::string>>> before_;
+};
+
+TEST_F(ProgramsTest, StartWithNothingOfOursButTheEnvironment) {
+  sigset_t blocked;
+  sigset_t before;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &blocked, &before);
+  const auto pipeBefore = std::signal(SIGPIPE, SIG_IGN);
+  const int inherited = fcntl(STDIN_FILENO, F_DUPFD, 100);
+  setenv("PELLOW_REPLACED", "old", 1);
+  setenv("PELLOW_KEPT", "kept", 1);
+
+  const auto program =
+      install("program", fmt::format("grep -E 'SigBlk|SigIgn' /proc/self/status\n"
+                                     "echo \"$1|$PELLOW_REPLACED|$PELLOW_KEPT\"\n"
+                                     "test -e /proc/$$/fd/{} && echo inherited\n"
+                                     "test $(cut -d' ' -f6 /proc/$$/stat) = $$ && echo alone",
+                                     inherited));
+  const auto started = startProgram({program, "two words; $HOME"}, ProgramOutput::discarded,
+                                    {"PELLOW_REPLACED=new"});
+  ASSERT_TRUE(started) << started.error().sentence;
+  EXPECT_EQ(awaitResult(),
+            "SigBlk:\t0000000000000000\n"
+            "SigIgn:\t0000000000000000\n"
+            "two words; $HOME|new|kept\n"
+            "alone\n");
+  EXPECT_EQ(startProgram({folder / "nothing"}, ProgramOutput::shared).error().sentence,
+            "Could not start " + (folder / "nothing").native() + ": No such file or directory.");
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "something is left to wait for";
+
+  close(inherited);
+  unsetenv("PELLOW_REPLACED");
+  unsetenv("PELLOW_KEPT");
+  std::signal(SIGPIPE, pipeBefore);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+TEST_F(ProgramsTest, FindOnesOwnFileAfterAnUpgrade) {
+  EXPECT_TRUE(fs::equivalent(ownExecutable(), "/proc/self/exe"));
+}
+
+TEST_F(ProgramsTest, OpenURLs) {
+  setenv("PATH", (folder.native() + ":relative").c_str(), 1);
+  EXPECT_FALSE(openURL("https://example.org/"));
+  install("xdg-open", "echo \"$#:$1\"");
+  EXPECT_TRUE(openURL("https://example.org/?a=1&b=two words"));
+  EXPECT_EQ(awaitResult(), "1:https://example.org/?a=1&b=two words\n");
+  EXPECT_TRUE(openURL("file:///tmp"));
+  EXPECT_EQ(awaitResult(), "1:file:///tmp\n");
+  for (const auto* other : {"", "--help", "mailto:somebody", "/bin/sh", "xhttps://example.org"})
+    EXPECT_FALSE(openURL(other)) << other;
+
+  constexpr auto settings =
+      "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture";
+  install("gnome-control-center", "echo GNOME");
+  install("xfce4-settings-manager", "echo XFCE");
+  unsetenv("XDG_CURRENT_DESKTOP");
+  EXPECT_FALSE(openURL(settings));
+  setenv("XDG_CURRENT_DESKTOP", "KDE", 1);
+  EXPECT_FALSE(openURL(settings));
+  setenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME", 1);
+  EXPECT_TRUE(openURL(settings));
+  EXPECT_EQ(awaitResult(), "GNOME\n");
+  setenv("XDG_CURRENT_DESKTOP", "XFCE", 1);
+  EXPECT_TRUE(openURL(settings));
+  EXPECT_EQ(awaitResult(), "XFCE\n");
+}
+
+TEST_F(ProgramsTest, AreStartedAtLoginWhileTheUserWantsIt) {
+  const auto file = folder / "own" / "autostart" / "pellow.desktop";
+  const auto shared = folder / "shared" / "autostart" / "pellow.desktop";
+  AutostartEntry entry({folder / "own", folder / "shared"}, "/opt/My Apps/pellow");
+  EXPECT_FALSE(entry.isEnabled());
+  ASSERT_TRUE(entry.setEnabled(false));
+  ASSERT_TRUE(entry.setEnabled(true));
+  EXPECT_TRUE(entry.isEnabled());
+  const auto written = contents(file);
+  EXPECT_TRUE(written.starts_with("[Desktop Entry]\nType=Application\n")) << written;
+  EXPECT_TRUE(written.contains("\nExec=\"/opt/My Apps/pellow\"\n")) << written;
+
+  // As desktops switch it off, and on again.
+  for (const std::string off : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
+    std::ofstream(file) << "[Desktop Entry]\nType=Application\nExec=pellow\n" << off << "\n";
+    EXPECT_FALSE(entry.isEnabled()) << off;
+    ASSERT_TRUE(entry.setEnabled(true));
+    EXPECT_TRUE(entry.isEnabled());
+  }
+  ASSERT_TRUE(entry.setEnabled(false));
+  EXPECT_FALSE(entry.isEnabled());
+  EXPECT_FALSE(fs::exists(file));
+
+  // One of the whole machine holds until the user says otherwise.
+  fs::create_directories(shared.parent_path());
+  std::ofstream(shared) << "[Desktop Entry]\nType=Application\nExec=pellow\n";
+  EXPECT_TRUE(entry.isEnabled());
+  ASSERT_TRUE(entry.setEnabled(false));
+  EXPECT_FALSE(entry.isEnabled());
+  ASSERT_TRUE(entry.setEnabled(true));
+  EXPECT_TRUE(entry.isEnabled());
+
+  fs::remove_all(folder / "own");
+  std::ofstream(folder / "own") << "in the way";
+  const auto sentence = entry.setEnabled(true).error().sentence;
+  EXPECT_TRUE(sentence.starts_with("Could not write " + file.native())) << sentence;
+}
+
+TEST(DesktopFile, QuotesWhateverAPathHolds) {
+  EXPECT_EQ(execValue("/usr/bin/pellow"), R"("/usr/bin/pellow")");
+  EXPECT_EQ(execValue(R"(/a "b" `c` $d 100% \e)"), R"("/a \\"b\\" \\`c\\` \\$d 100%% \\\\e")");
+}
+
+}  // namespace
+}  // namespace pellow::desktop

@@ -1,0 +1,137 @@
+#include <algorithm>
+
+#include "tests/linux/x11_desktop_test.h"
+
+namespace pellow::desktop {
+namespace {
+
+TEST_F(X11DesktopTest, ApplicationThatOnlyClosesItsWindowsHasNotEnded) {
+  const auto window = client.open("Only", {100, 50, 300, 200});
+  std::vector<ProcessID> ended;
+  const auto observer = x11->workspace().onDidTerminateApplication(
+      [&](ProcessID process) { ended.push_back(process); });
+  ASSERT_TRUE(x11->processEvents());
+  client.destroy(window);
+  ASSERT_TRUE(until([&] { return !x11->workspace().application(pid); }));
+  EXPECT_TRUE(windows(*x11, pid).empty());
+  EXPECT_TRUE(ended.empty());
+  client.process().kill();
+  EXPECT_TRUE(until([&] { return ended == std::vector{pid}; }));
+}
+
+TEST_F(X11DesktopTest, TellsOfWindowsMinimizedByAnybodyAndOfNothingElse) {
+  const auto first = client.open("First", {100, 50, 300, 200});
+  const auto second = client.open("Second", {500, 50, 300, 200});
+  client.openDialog("Question", {500, 350, 200, 100}, second);
+  const auto element = windowNamed(*x11, pid, "First");
+  std::vector<std::string> heard;
+  const auto note = [&](const AXElement& window) {
+    heard.push_back(read<std::string>(window, "AXTitle").value_or("?"));
+    EXPECT_EQ(window.pid(), pid);
+  };
+  const auto application = x11->accessibility().application(pid);
+  auto watch = x11->accessibility().observe(application, "AXWindowMiniaturized", note);
+  ASSERT_TRUE(watch);
+  EXPECT_EQ(x11->accessibility().observe(application, "AXUIElementDestroyed", note).error(),
+            AXError::notificationUnsupported);
+  const auto expectHeard = [&](std::vector<std::string> expected) {
+    ASSERT_TRUE(until([&] { return heard.size() >= expected.size(); }));
+    EXPECT_EQ(heard, expected);
+  };
+  const auto isHidden = [&](WindowID window) {
+    return desktop.hasState(window, "_NET_WM_STATE_HIDDEN");
+  };
+
+  ASSERT_TRUE(desktop.switchTo(1));
+  EXPECT_TRUE(windows(*x11, pid).empty());
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(desktop.switchTo(0));
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(desktop.showBareDesktop(true));
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(desktop.showBareDesktop(false));
+  desktop.changeState(first, "_NET_WM_STATE_SHADED", true);
+  ASSERT_TRUE(eventually([&] { return desktop.hasState(first, "_NET_WM_STATE_SHADED"); }));
+  EXPECT_EQ(read<bool>(element, "AXMinimized"), false);
+  ASSERT_TRUE(x11->processEvents());
+  desktop.changeState(first, "_NET_WM_STATE_SHADED", false);
+  ASSERT_TRUE(eventually([&] { return !desktop.hasState(first, "_NET_WM_STATE_SHADED"); }));
+  ASSERT_TRUE(x11->workspace().hide(pid));
+  ASSERT_TRUE(isHidden(first) && x11->processEvents());
+  ASSERT_TRUE(x11->workspace().unhide(pid));
+  ASSERT_TRUE(!isHidden(first) && x11->processEvents());
+
+  desktop.iconify(second);
+  expectHeard({"Second"});
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  expectHeard({"Second", "First"});
+  // Minimized on a desktop that is left, and seen again from another one.
+  ASSERT_TRUE(desktop.switchTo(1));
+  EXPECT_EQ(windows(*x11, pid).size(), 3u);  // with the dialog, which went with its window
+  ASSERT_TRUE(element.setAttribute("AXMinimized", false));
+  EXPECT_EQ(desktop.values(first, "_NET_WM_DESKTOP"), std::vector<std::uint32_t>{1});
+  client.open("Third", {200, 200, 300, 200});
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(windowNamed(*x11, pid, "Third").setAttribute("AXMinimized", true));
+  expectHeard({"Second", "First", "Third"});
+  watch->cancel();
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  ASSERT_TRUE(x11->processEvents());
+  EXPECT_EQ(heard.size(), 3u);
+
+  client.process().kill();
+  EXPECT_EQ(x11->accessibility().observe(application, "AXWindowMiniaturized", note).error(),
+            AXError::invalidUIElement);
+}
+
+TEST_F(X11DesktopTest, TellsWhoIsStartedAndWhoHasTheKeys) {
+  std::vector<std::string> heard;
+  const auto first = client.open("First", {100, 50, 300, 200});
+  ASSERT_TRUE(x11->processEvents());
+  const auto name = [&](ProcessID process) { return process == pid ? "own" : "other"; };
+  const auto activated = x11->workspace().onDidActivateApplication(
+      [&](ProcessID process) { heard.push_back(name(process) + std::string(" active")); });
+  const auto launched = x11->workspace().onDidLaunchApplication([&](ProcessID process) {
+    heard.push_back(name(process) + std::string(" launched"));
+    EXPECT_EQ(x11->workspace().application(process)->activationPolicy, ActivationPolicy::regular);
+  });
+  const auto focused =
+      x11->accessibility().observe(x11->accessibility().application(pid), "AXFocusedWindowChanged",
+                                   [&](const AXElement& window) {
+                                     heard.push_back(read<std::string>(window, "AXTitle").value());
+                                   });
+  ASSERT_TRUE(focused);
+  const auto expectHeard = [&](std::vector<std::string> expected) {
+    EXPECT_TRUE(until([&] { return heard.size() >= expected.size(); }));
+    std::ranges::sort(heard);
+    std::ranges::sort(expected);
+    EXPECT_EQ(std::exchange(heard, {}), expected);
+  };
+
+  client.open("Second", {500, 50, 300, 200});
+  expectHeard({"Second"});
+  TestClient other(desktop, "Other");
+  other.openDock({0, 0, 200, 20});
+  ASSERT_TRUE(x11->processEvents());
+  other.open("Other", {500, 400, 300, 200});
+  expectHeard({"other launched", "other active"});
+  other.open("Other, too", {600, 450, 300, 200});
+  ASSERT_TRUE(x11->processEvents());
+  ASSERT_TRUE(desktop.activate(first));
+  expectHeard({"own active", "First"});
+  // The last window goes and comes back: its application is chosen anew.
+  other.process().kill();
+  const auto second = windowNamed(*x11, pid, "Second");
+  ASSERT_TRUE(second.setAttribute("AXMinimized", true));
+  desktop.iconify(first);
+  ASSERT_TRUE(eventually([&] {
+    return desktop.activeWindow() == 0 && desktop.hasState(first, "_NET_WM_STATE_HIDDEN");
+  }));
+  ASSERT_TRUE(x11->processEvents());
+  heard.clear();
+  ASSERT_TRUE(desktop.activate(first));
+  expectHeard({"own active", "First"});
+}
+
+}  // namespace
+}  // namespace pellow::desktop

@@ -1,0 +1,250 @@
+#include <cstdlib>
+#include <map>
+#include <set>
+
+#include "tests/desktop/window_manager_choice.h"
+#include "tests/linux/x11_desktop_test.h"
+
+// What the pointer meets, on the window manager that PELLOW_WINDOW_MANAGER names; the minimize
+// button is a column of the table of scripts/window-managers.
+
+namespace pellow::desktop {
+namespace {
+
+// Sets a variable of this process's own environment for as long as it lives.
+class EnvironmentChange {
+ public:
+  EnvironmentChange(std::string name, const std::string& value) : name_(std::move(name)) {
+    if (const char* old = std::getenv(name_.c_str())) old_ = old;
+    setenv(name_.c_str(), value.c_str(), 1);
+  }
+  EnvironmentChange(const EnvironmentChange&) = delete;
+  EnvironmentChange& operator=(const EnvironmentChange&) = delete;
+  ~EnvironmentChange() { old_ ? setenv(name_.c_str(), old_->c_str(), 1) : unsetenv(name_.c_str()); }
+
+ private:
+  std::string name_;
+  std::optional<std::string> old_;
+};
+
+// A title bar with the minimize button somewhere, and how its user chooses it.
+struct Arrangement {
+  std::string file;  // below the home folder; none for what the window manager does by itself
+  std::string contents;
+  bool hasButton = true;
+};
+
+std::vector<Arrangement> arrangements(const std::string& file, const std::string& begin,
+                                      const std::string& end, const std::string& mirrored,
+                                      const std::string& without) {
+  return {{file, begin + without + end, false}, {file, begin + mirrored + end}};
+}
+
+// The usual title bar, one with the button on the other side or among others, and one without it.
+std::vector<Arrangement> arrangementsOf(const std::string& manager) {
+  const std::string settings = ".config/glib-2.0/settings/keyfile";
+  auto chosen = [&]() -> std::vector<Arrangement> {
+    if (manager == "openbox")
+      return arrangements(
+          ".config/openbox/rc.xml",
+          "<openbox_config xmlns=\"http://openbox.org/3.4/rc\"><theme><titleLayout>",
+          "</titleLayout></theme></openbox_config>", "CISLM", "NLMC");
+    if (manager == "xfwm4")
+      return arrangements(
+          ".config/xfce4/xfconf/xfce-perchannel-xml/xfwm4.xml",
+          "<channel name=\"xfwm4\" version=\"1.0\"><property name=\"general\" "
+          "type=\"empty\"><property name=\"button_layout\" type=\"string\" value=\"",
+          "\"/></property></channel>", "CHT|SMO", "O|SMC");
+    if (manager == "metacity")
+      return arrangements(settings, "[org/gnome/desktop/wm/preferences]\nbutton-layout='", "'",
+                          "close,minimize,maximize:menu", "menu:maximize,close");
+    if (manager == "marco")
+      return arrangements(settings, "[org/mate/marco/general]\nbutton-layout='", "'",
+                          "close,minimize,maximize:menu", "menu:maximize,close");
+    if (manager == "icewm")
+      return arrangements(".config/icewm/prefoverride", "TitleButtonsLeft=\"", "\"",
+                          "xis\"\nTitleButtonsRight=\"m", "s\"\nTitleButtonsRight=\"xm");
+    if (manager == "fluxbox")
+      return arrangements(".fluxbox/init", "session.screen0.titlebar.left:\t",
+                          "\nsession.screen0.titlebar.right:\tShade Maximize\n",
+                          "Stick Close Minimize", "Stick Close");
+    return arrangements(".config/kwinrc",
+                        "[org.kde.kdecoration2]\nButtonsOnLeft=", "\nButtonsOnRight=AL\n", "XI",
+                        "X");
+  }();
+  if (manager == "metacity")  // by itself it has none
+    chosen.push_back({settings,
+                      "[org/gnome/desktop/wm/preferences]\n"
+                      "button-layout='appmenu:minimize,maximize,close'"});
+  chosen.insert(chosen.begin(), {.file = "", .contents = "", .hasButton = manager != "metacity"});
+  return chosen;
+}
+
+// The window manager's own command, after its settings are written: its home folder comes into
+// being with the desktop.
+Command withSettings(const Command& command, const Arrangement& arrangement) {
+  Command result{"env", "GSETTINGS_BACKEND=keyfile"};
+  if (!arrangement.file.empty())
+    result.insert(result.end(), {"sh", "-c",
+                                 R"(cd "$HOME" && mkdir -p "${0%/*}" && echo "$1" >"$0" &&)"
+                                 R"( shift && exec "$@")",
+                                 arrangement.file, arrangement.contents});
+  for (const auto& word : command)
+    if (word != "GSETTINGS_BACKEND=memory") result.push_back(word);
+  return result;
+}
+
+class X11HitTest : public testing::Test {
+ protected:
+  void start(const Arrangement& arrangement = {}) {
+    x11.reset();
+    environment.clear();
+    desktop = std::make_unique<DesktopSession>(
+        DesktopOptions{.windowManager = withSettings(chosenManager().command, arrangement)});
+    const std::string home = desktop->environment().at("HOME");
+    for (const auto& [name, value] :
+         std::map<std::string, std::string>{{"HOME", home},
+                                            {"XDG_CONFIG_HOME", desktop->configHome()},
+                                            {"GSETTINGS_BACKEND", "keyfile"}})
+      environment.push_back(std::make_unique<EnvironmentChange>(name, value));
+    x11 = X11Desktop::open(desktop->display(), 1,
+                           {[](const std::string&) { return std::nullopt; }, [] { return false; }},
+                           log)
+              .value();
+  }
+
+  std::expected<AXElement, AXError> at(double x, double y) {
+    return x11->accessibility().elementAtPosition(x11->accessibility().systemWide(), {x, y});
+  }
+  bool isAt(double x, double y, std::string_view attribute, std::string_view value) {
+    const auto found = at(x, y);
+    return found && read<std::string>(*found, attribute) == std::string(value);
+  }
+  bool isButton(const std::expected<AXElement, AXError>& found) {
+    return found && read<std::string>(*found, "AXSubrole") == "AXMinimizeButton";
+  }
+
+  // The one button among all points of a title bar; it has its place where it is met.
+  std::optional<AXElement> onlyButton(PixelRect bar) {
+    constexpr int rows = 5;  // of pixels, from one that is tried to the next
+    std::optional<AXElement> button;
+    std::set<int> xs;
+    std::set<int> ys;
+    for (int y = bar.y; y < bar.y + bar.height; y += rows) {
+      for (int x = bar.x; x < bar.x + bar.width; ++x) {
+        const auto found = at(x, y);
+        if (!isButton(found)) continue;
+        if (button) EXPECT_EQ(*button, *found);
+        button = *found;
+        xs.insert(x);
+        ys.insert(y);
+      }
+    }
+    if (!button) return std::nullopt;
+    const auto origin = read<QuartzPoint>(*button, "AXPosition").value();
+    const auto size = read<Size>(*button, "AXSize").value();
+    EXPECT_EQ(origin.x, *xs.begin());
+    EXPECT_EQ(origin.x + size.width - 1, *xs.rbegin());
+    EXPECT_EQ(int(xs.size()), size.width) << "it has gaps";
+    EXPECT_LT(std::abs(origin.y - *ys.begin()), rows);
+    EXPECT_GT(size.height, 8);
+    EXPECT_LT(size.width, 50);
+    return button;
+  }
+
+  // A real click anywhere near its middle minimizes its window.
+  void expectClicksMinimize(const AXElement& button, WindowID window) {
+    EXPECT_EQ(read<std::string>(button, "AXRole"), "AXButton");
+    const auto parent = read<AXElement>(button, "AXParent").value();
+    EXPECT_EQ(read<std::string>(parent, "AXRole"), "AXWindow");
+    const auto home = desktop->frame(window);
+    for (const double part : {0.5, 0.25, 0.75}) {
+      const auto origin = read<QuartzPoint>(button, "AXPosition").value();
+      const auto size = read<Size>(button, "AXSize").value();
+      const int x = int(origin.x + size.width * part);
+      const int y = int(origin.y + size.height / 2);
+      ASSERT_TRUE(isButton(at(x, y)));
+      // Some window managers and toolkits know a button only once the pointer has come to it.
+      desktop->movePointer(x - 1, y);
+      desktop->click(x, y);
+      ASSERT_TRUE(eventually([&] { return read<bool>(parent, "AXMinimized") == true; },
+                             std::chrono::seconds(5)))
+          << "at " << x << ", " << y;
+      // Some window managers move the frame about when they do this.
+      EXPECT_TRUE(eventually([&] { return !isButton(at(x, y)); }));
+      ASSERT_TRUE(parent.setAttribute("AXMinimized", false));
+      ASSERT_TRUE(desktop->activate(window));
+      ASSERT_TRUE(eventually([&] { return desktop->frame(window) == home; }));
+    }
+  }
+
+  std::vector<std::unique_ptr<EnvironmentChange>> environment;
+  std::unique_ptr<DesktopSession> desktop;
+  Log log{[](LogLevel, std::string_view message) { ADD_FAILURE() << message; }};
+  std::unique_ptr<X11Desktop> x11;
+};
+
+std::string chosenName() {
+  const char* name = std::getenv("PELLOW_WINDOW_MANAGER");
+  return name ? name : "openbox";
+}
+
+TEST_F(X11HitTest, MinimizeButton) {
+  for (const auto& arrangement : arrangementsOf(chosenName())) {
+    SCOPED_TRACE(arrangement.contents);
+    start(arrangement);
+    TestClient client(*desktop);
+    const auto window = client.open("Guest", {200, 150, 400, 300});
+    const auto frame = desktop->frame(window);
+    const auto content = desktop->content(window);
+    const auto button =
+        onlyButton({frame.x - 4, frame.y - 4, frame.width + 8, content.y - frame.y + 20});
+    EXPECT_EQ(button.has_value(), arrangement.hasButton);
+    if (button) ASSERT_NO_FATAL_FAILURE(expectClicksMinimize(*button, window));
+  }
+}
+
+TEST_F(X11HitTest, HeaderBar) {
+  start();
+  const auto hitori = desktop->start({"/usr/games/hitori"}, {{"GSETTINGS_BACKEND", "memory"}});
+  ASSERT_TRUE(eventually([&] { return !desktop->clients().empty(); }));
+  const auto window = desktop->clients().front();
+  ASSERT_TRUE(desktop->activate(window));
+  ASSERT_TRUE(eventually([&] { return desktop->isShown(window); }));
+  auto bar = desktop->frame(window);
+  bar.height = 60;
+  const auto button = onlyButton(bar);
+  ASSERT_TRUE(button);
+  expectClicksMinimize(*button, window);
+}
+
+TEST_F(X11HitTest, FindsWindowsAndNothingElse) {
+  start(arrangementsOf(chosenName()).back());
+  TestClient client(*desktop);
+  const auto window = client.open("Below", {100, 100, 400, 300});
+  const auto frame = desktop->frame(window);
+  ASSERT_TRUE(eventually([&] { return at(300, 250).has_value(); }));
+  const auto below = at(300, 250).value();
+  EXPECT_EQ(read<std::string>(below, "AXTitle"), "Below");
+  EXPECT_EQ(at(frame.x + 80, frame.y + 10), below);
+  EXPECT_EQ(errorOf(at(1000, 700)), AXError::noValue);
+
+  const auto bare = client.openUndecorated("Bare", {600, 100, 200, 200});
+  for (int x = 600; x < 800; x += 5) EXPECT_FALSE(isButton(at(x, 110))) << bare;
+  const auto above = client.open("Above", {frame.x, frame.y, 300, 200});
+  EXPECT_TRUE(eventually([&] { return isAt(200, 200, "AXTitle", "Above"); }));
+  // A dock of another program is no window of anybody's.
+  client.openDock({0, 0, 1280, 24});
+  EXPECT_TRUE(eventually([&] { return isAt(640, 10, "AXRole", "AXApplication"); }));
+
+  const auto bar = desktop->frame(above);
+  const auto button = onlyButton({bar.x, bar.y, bar.width, 20});
+  client.destroy(above);
+  ASSERT_TRUE(eventually([&] { return !desktop->exists(above); }));
+  ASSERT_TRUE(button);
+  EXPECT_EQ(errorOf(button->copyAttribute("AXRole")), AXError::invalidUIElement);
+  EXPECT_EQ(errorOf(button->copyAttribute("AXPosition")), AXError::invalidUIElement);
+}
+
+}  // namespace
+}  // namespace pellow::desktop

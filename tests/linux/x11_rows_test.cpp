@@ -1,0 +1,185 @@
+#include <algorithm>
+
+#include "tests/desktop/window_manager_choice.h"
+#include "tests/linux/monitors.h"
+#include "tests/linux/x11_desktop_test.h"
+
+// What the adapter makes of the less common states of windows, applications and screens. The window
+// manager that PELLOW_WINDOW_MANAGER names takes part, openbox by default.
+
+namespace pellow::desktop {
+namespace {
+
+class X11Rows : public X11DesktopTest {
+ protected:
+  X11Rows() : X11DesktopTest({.windowManager = chosenManager().command}) {}
+
+  bool isShaded(WindowID window) const { return desktop.hasState(window, "_NET_WM_STATE_SHADED"); }
+  bool isHidden(WindowID window) const {
+    return desktop.hasState(window, "_NET_WM_STATE_HIDDEN") && !desktop.isShown(window);
+  }
+  bool isMarked(WindowID window) const { return !desktop.values(window, "_PELLOW_HIDDEN").empty(); }
+};
+
+TEST_F(X11Rows, ShadedWindowsAreNotMinimizedAndComeBackShaded) {
+  const auto window = client.open("Shaded", {100, 100, 400, 300});
+  const auto element = windowNamed(*x11, pid, "Shaded");
+  std::vector<std::string> heard;
+  const auto watch =
+      x11->accessibility().observe(x11->accessibility().application(pid), "AXWindowMiniaturized",
+                                   [&](const AXElement&) { heard.push_back("minimized"); });
+  const auto home = desktop.frame(window);
+  const auto shade = [&] {
+    desktop.changeState(window, "_NET_WM_STATE_SHADED", true);
+    ASSERT_TRUE(eventually([&] { return isShaded(window); }));
+    ASSERT_TRUE(x11->processEvents());
+  };
+  ASSERT_NO_FATAL_FAILURE(shade());
+  EXPECT_EQ(read<bool>(element, "AXMinimized"), false);
+  EXPECT_TRUE(heard.empty());
+
+  move(element, 1279, 772);
+  EXPECT_EQ(desktop.frame(window).x, 1279);
+  move(element, home.x, home.y);
+  EXPECT_TRUE(eventually([&] { return isShaded(window); }));
+  TestClient other(desktop, "Other");
+  const auto another = other.open("Other", {600, 500, 200, 100});
+  ASSERT_TRUE(element.performAction("AXRaise"));
+  ASSERT_TRUE(x11->workspace().activate(pid));
+  EXPECT_TRUE(eventually([&] { return desktop.activeWindow() != another && isShaded(window); }));
+
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  EXPECT_EQ(read<bool>(element, "AXMinimized"), true);
+  ASSERT_TRUE(element.setAttribute("AXMinimized", false));
+  EXPECT_TRUE(eventually([&] { return isShaded(window); }));
+
+  ASSERT_TRUE(x11->workspace().hide(pid));
+  EXPECT_TRUE(isHidden(window));
+  ASSERT_TRUE(x11->workspace().unhide(pid));
+  EXPECT_TRUE(eventually([&] { return isShaded(window); }));
+  EXPECT_EQ(desktop.values(window, "_PELLOW_STATE").size(), 0u);
+}
+
+TEST_F(X11Rows, AnXIDOfItsOwnProcessAnewIsAnotherWindow) {
+  const auto window = client.open("Old", {100, 100, 300, 200});
+  const auto old = windowNamed(*x11, pid, "Old");
+  std::vector<std::string> heard;
+  const auto note = [&](std::string name) {
+    return [&, name](const AXElement&) { heard.push_back(name); };
+  };
+  const auto application = x11->accessibility().application(pid);
+  const auto minimized =
+      x11->accessibility().observe(application, "AXWindowMiniaturized", note("minimized"));
+  const auto oldDestroyed =
+      x11->accessibility().observe(old, "AXUIElementDestroyed", note("old destroyed"));
+  client.reconnect();
+  // Nothing of what happened has been looked at when the window is there again.
+  ASSERT_EQ(client.open("New", {100, 100, 300, 200}), window);
+  const auto fresh = windowNamed(*x11, pid, "New");
+  EXPECT_FALSE(fresh == old);
+  expectGone(old);
+  EXPECT_TRUE(until([&] { return heard.size() == 1; }));
+  const auto freshDestroyed =
+      x11->accessibility().observe(fresh, "AXUIElementDestroyed", note("new destroyed"));
+  ASSERT_TRUE(fresh.setAttribute("AXMinimized", true));
+  EXPECT_TRUE(until([&] { return heard.size() == 2; }));
+  client.destroy(window);
+  EXPECT_TRUE(until([&] { return heard.size() == 3; }));
+  EXPECT_EQ(heard, (std::vector<std::string>{"old destroyed", "minimized", "new destroyed"}));
+}
+
+TEST_F(X11Rows, AHiddenApplicationComesBackWithItsOwnWindowAndAfterACrash) {
+  ASSERT_TRUE(desktop.switchTo(1) && desktop.switchTo(0));
+  const auto first = client.open("First", {100, 50, 400, 300});
+  const auto second = client.open("Second", {300, 250, 400, 300});
+  const auto there = client.open("There", {500, 350, 300, 200});
+  desktop.sendToDesktop(there, 1);
+  const auto desktopOf = [&](WindowID window) {
+    return desktop.values(window, "_NET_WM_DESKTOP").at(0);
+  };
+  ASSERT_TRUE(eventually([&] { return desktopOf(there) == 1; }));
+
+  ASSERT_TRUE(x11->workspace().hide(pid));
+  EXPECT_TRUE(isHidden(first) && isMarked(first) && isHidden(second) && !isMarked(there));
+  client.map(first);
+  EXPECT_TRUE(until([&] { return !isHidden(second); }));
+  EXPECT_TRUE(until([&] { return !isMarked(first) && !isMarked(second); }));
+
+  ASSERT_TRUE(x11->workspace().hide(pid));
+  x11.reset();
+  x11 = open(desktop.display()).value();
+  for (const auto& window : windows(*x11, pid)) EXPECT_EQ(read<bool>(window, "AXMinimized"), false);
+  ASSERT_TRUE(x11->workspace().unhide(pid));
+  EXPECT_TRUE(eventually([&] { return desktop.isShown(first) && desktop.isShown(second); }));
+  ASSERT_TRUE(desktop.switchTo(1));
+  EXPECT_TRUE(eventually([&] { return desktop.isShown(there); }));
+}
+
+TEST_F(X11Rows, OnlyOrdinaryWindowsAreOrdinary) {
+  std::vector<WindowID> ordinary;
+  for (int index = 0; index < 20; ++index)
+    ordinary.push_back(client.open("Many", {40 + 20 * index, 40 + 15 * index, 300, 200}));
+  client.openDialog("Question", {200, 150, 200, 100}, ordinary.front());
+  client.openTyped("SPLASH", "Splash", {400, 300, 200, 100});
+  client.openTyped("UTILITY", "Tools", {500, 300, 200, 100});
+  client.openDock({0, 0, 1280, 24});
+  const auto own = windows(*x11, pid);
+  EXPECT_EQ(std::ranges::count_if(own,
+                                  [](const auto& window) {
+                                    return read<std::string>(window, "AXSubrole") ==
+                                           "AXStandardWindow";
+                                  }),
+            20);
+  EXPECT_EQ(own.size(), 22u);
+
+  TestClient quiet(desktop, "Quiet");
+  quiet.openSkippingTaskbar("Quiet", {600, 500, 200, 100});
+  EXPECT_EQ(x11->workspace().application(quiet.process().pid())->activationPolicy,
+            ActivationPolicy::accessory);
+  TestClient unnamed(desktop, "Unnamed");
+  unnamed.openAnonymous("Anybody", {600, 100, 300, 200});
+  const auto application = x11->workspace().application(unnamed.process().pid()).value();
+  EXPECT_FALSE(application.bundleID);
+  EXPECT_EQ(application.activationPolicy, ActivationPolicy::regular);
+  move(windowNamed(*x11, application.pid, "Anybody"), 1279, 700);
+}
+
+TEST_F(X11Rows, DocksKeepTheirSideOfTheirMonitor) {
+  int changes = 0;
+  const auto observer = x11->screens().onDidChangeParameters([&] { ++changes; });
+  const auto expectVisible = [&](const std::vector<AppKitRect>& expected) {
+    const auto visible = [&] {
+      std::vector<AppKitRect> found;
+      for (const auto& screen : x11->screens().all()) found.push_back(screen.visibleFrame);
+      return found;
+    };
+    EXPECT_TRUE(until([&] { return visible() == expected; })) << testing::PrintToString(visible());
+    EXPECT_GT(std::exchange(changes, 0), 0);
+  };
+  Monitors monitors(desktop.display());
+  monitors.plug("left", {0, 0, 640, 800}, true, true);
+  monitors.plug("right", {640, 0, 640, 600}, false);
+  ASSERT_TRUE(until([&] { return x11->screens().all().size() == 2; }));
+  changes = 0;
+  const AppKitRect left{0, 0, 640, 800};
+  const AppKitRect right{640, 200, 640, 600};
+  const auto top = client.openDock({0, 0, 640, 30}, "top");
+  expectVisible({{0, 0, 640, 770}, right});
+  client.keepSide(top, "top", 50);  // along the whole side now
+  expectVisible({{0, 0, 640, 750}, {640, 200, 640, 550}});
+  client.destroy(top);
+  expectVisible({left, right});
+  const auto side = client.openDock({1240, 0, 40, 600}, "right");
+  expectVisible({left, {640, 200, 600, 600}});
+  client.destroy(side);
+  expectVisible({left, right});
+  const auto start = client.openDock({0, 0, 40, 800}, "left");
+  expectVisible({{40, 0, 600, 800}, right});
+  client.destroy(start);
+  expectVisible({left, right});
+  client.openDock({0, 760, 640, 40}, "bottom");
+  expectVisible({{0, 40, 640, 760}, right});
+}
+
+}  // namespace
+}  // namespace pellow::desktop
