@@ -1,5 +1,7 @@
 #include "engine/mechanisms.h"
 
+#include <utility>
+
 #include "access/ax.h"
 #include "access/target_window.h"
 
@@ -7,6 +9,7 @@ namespace pellow {
 namespace {
 
 constexpr Seconds minimizeEcho = 2;
+constexpr int movesAtMost = 3;
 
 std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minimized) {
   window.element.setMessagingTimeout(AX::timeout::windowChange);
@@ -58,9 +61,13 @@ Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(const TabItem& tab, StripEdg
 
 // Whether the window is certainly not hidden any more.
 Task<bool> Mechanisms::slideBack(const TabItem& tab) {
+  const auto& frame = *tab.originalFrame;
+  const bool isDisplayGone = around_.displays.isHidden(frame);
+  const auto origin = isDisplayGone ? around_.parking.restoreOrigin(frame) : frame.origin;
   try {
-    co_await around_.axQueue.ax(
-        [&] { return tab.window.move(tab.originalFrame->origin, Verify::yes, around_.clock); });
+    const auto taken = co_await around_.axQueue.ax(
+        [&] { return tab.window.move(origin, Verify::yes, around_.clock); });
+    if (around_.displays.isHidden({taken, frame.size})) co_return false;
   } catch (const PellowError& error) {
     around_.log.error("{}", error.errorDescription());
     if (!error.isWindowGone()) co_return false;
@@ -76,11 +83,7 @@ Task<> Mechanisms::reveal(const TabItem& tab) {
       break;
     case Mechanism::offscreen: {
       if (!tab.originalFrame) throw PellowError::moveFailed(AXError::noValue);
-      const auto origin = around_.parking.restoreOrigin(*tab.originalFrame);
-      const auto taken = co_await around_.axQueue.ax(
-          [&] { return tab.window.move(origin, Verify::yes, around_.clock); });
-      if (taken != origin && around_.displays.isHidden({taken, tab.originalFrame->size}))
-        throw PellowError::moveFailed(AXError::failure);
+      co_await moveHome(tab);
       around_.parkedWindows.forget(tab);
       co_await unminimizeIfNeeded(tab.window);
       break;
@@ -91,6 +94,23 @@ Task<> Mechanisms::reveal(const TabItem& tab) {
       break;
   }
   co_await bringToFront(tab.window);
+}
+
+// To where the window belongs now. The displays may change while the move waits for its turn: then
+// it is made once more. Throws when the window is still out of sight where it could be seen.
+Task<> Mechanisms::moveHome(const TabItem& tab) {
+  const auto& frame = *tab.originalFrame;
+  auto origin = around_.parking.restoreOrigin(frame);
+  for (int attempt = 0; attempt < movesAtMost; ++attempt) {
+    const auto taken = co_await around_.axQueue.ax(
+        [&] { return tab.window.move(origin, Verify::yes, around_.clock); });
+    if (!around_.displays.isHidden({taken, frame.size})) co_return;
+    const auto asked = std::exchange(origin, around_.parking.restoreOrigin(frame));
+    if (origin != asked) continue;
+    if (taken == asked) co_return;  // there is no display
+    break;
+  }
+  throw PellowError::moveFailed(AXError::failure);
 }
 
 Task<> Mechanisms::unminimize(const TargetWindow& window) {

@@ -55,6 +55,7 @@ class Mechanisms {
   Task<Hiding> minimize(const TabItem& tab);
   Task<Hiding> slideOffscreen(const TabItem& tab, StripEdge side);
   Task<bool> slideBack(const TabItem& tab);
+  Task<> moveHome(const TabItem& tab);
   Task<> unminimize(const TargetWindow& window);
   Task<> unminimizeIfNeeded(const TargetWindow& window);
   Task<> bringToFront(const TargetWindow& window);
