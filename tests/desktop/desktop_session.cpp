@@ -122,10 +122,15 @@ void DesktopSession::replaceWindowManager(std::vector<std::string> command) {
 }
 
 void DesktopSession::restartWindowManager() {
-  windowManager_->send(SIGTERM);
-  if (!windowManager_->exitStatus()) throw std::runtime_error("the window manager does not end");
+  // Some cannot be told to end: fluxbox talks to the server in its signal handler, and hangs when
+  // it was just doing that.
+  windowManager_->kill();
+  if (!eventually([this] { return windowManagerCheck() == 0; }))
+    throw std::runtime_error("the window manager does not end");
   startWindowManager();
 }
+
+void DesktopSession::killServer() { server_->kill(); }
 
 // The window of the window manager that proves that it runs; 0 when none does.
 WindowID DesktopSession::windowManagerCheck() const {
@@ -294,11 +299,20 @@ void DesktopSession::movePointer(int x, int y) {
   sync();
 }
 
-void DesktopSession::click(int x, int y) {
-  fakeInput(XCB_MOTION_NOTIFY, 0, x, y);
-  fakeInput(XCB_BUTTON_PRESS, XCB_BUTTON_INDEX_1);
-  fakeInput(XCB_BUTTON_RELEASE, XCB_BUTTON_INDEX_1);
+void DesktopSession::press(std::uint8_t button) {
+  fakeInput(XCB_BUTTON_PRESS, button);
   sync();
+}
+
+void DesktopSession::release(std::uint8_t button) {
+  fakeInput(XCB_BUTTON_RELEASE, button);
+  sync();
+}
+
+void DesktopSession::click(int x, int y, std::uint8_t button) {
+  movePointer(x, y);
+  press(button);
+  release(button);
 }
 
 bool DesktopSession::activate(WindowID window) {
@@ -317,7 +331,15 @@ void DesktopSession::changeState(WindowID window, std::string_view state, bool a
   askWindowManager(window, "_NET_WM_STATE", {add ? 1U : 0U, atom(state), 0, fromPager});
 }
 
+void DesktopSession::sendToDesktop(WindowID window, std::uint32_t desktop) {
+  constexpr std::uint32_t fromPager = 2;
+  askWindowManager(window, "_NET_WM_DESKTOP", {desktop, fromPager});
+}
+
 bool DesktopSession::switchTo(std::uint32_t desktop) {
+  const auto count = values(root_, "_NET_NUMBER_OF_DESKTOPS");
+  if (count.empty() || count[0] <= desktop)
+    askWindowManager(root_, "_NET_NUMBER_OF_DESKTOPS", {desktop + 1});
   askWindowManager(root_, "_NET_CURRENT_DESKTOP", {desktop, XCB_CURRENT_TIME});
   return eventually(
       [&] { return values(root_, "_NET_CURRENT_DESKTOP") == std::vector<std::uint32_t>{desktop}; });

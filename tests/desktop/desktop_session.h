@@ -22,7 +22,11 @@ using WindowID = std::uint32_t;  // an X window; 0 is none
 using KeySym = std::uint32_t;    // for a letter its lower-case ASCII code
 
 namespace key {
+inline constexpr KeySym tab = 0xff09;
 inline constexpr KeySym returnKey = 0xff0d;
+inline constexpr KeySym escape = 0xff1b;
+inline constexpr KeySym down = 0xff54;
+inline constexpr KeySym f4 = 0xffc1;
 inline constexpr KeySym shift = 0xffe1;
 inline constexpr KeySym control = 0xffe3;
 inline constexpr KeySym alt = 0xffe9;
@@ -86,8 +90,12 @@ class DesktopSession {
 
   // Starts this window manager to take over from the one that runs; returns when it manages.
   void replaceWindowManager(std::vector<std::string> command);
-  // Ends the window manager and starts it again.
+  // Kills the window manager and starts it again.
   void restartWindowManager();
+  ChildProcess& windowManager() { return *windowManager_; }
+
+  // Kills the server in the middle of everything; nothing else can be asked of this desktop.
+  void killServer();
 
   // The windows that the window manager manages, oldest first; the same from bottom to top.
   std::vector<WindowID> clients() const { return rootWindows("_NET_CLIENT_LIST"); }
@@ -122,8 +130,11 @@ class DesktopSession {
   // Presses the keys in this order and releases them in reverse.
   void type(std::initializer_list<KeySym> chord);
   void movePointer(int x, int y);
-  // Moves the pointer there and clicks the left button.
-  void click(int x, int y);
+  // The button goes down or up where the pointer is; 1 is the left one, 3 the right one.
+  void press(std::uint8_t button = 1);
+  void release(std::uint8_t button = 1);
+  // Moves the pointer there and clicks the button.
+  void click(int x, int y, std::uint8_t button = 1);
 
   // Asks the window manager, as a pager does, to activate the window, and waits until it is.
   bool activate(WindowID window);
@@ -132,8 +143,11 @@ class DesktopSession {
   // "_NET_WM_STATE_SHADED", or to take it away. Waits for nothing.
   void iconify(WindowID window);
   void changeState(WindowID window, std::string_view state, bool add);
-  // Asks for the desktop with this number, or for a look at the bare desktop, and waits until the
-  // window manager has followed.
+  // Asks for a window on the desktop with this number, or on all of them. Waits for nothing.
+  static constexpr std::uint32_t allDesktops = 0xffffffff;
+  void sendToDesktop(WindowID window, std::uint32_t desktop);
+  // Asks for the desktop with this number, which comes into being where it is needed, or for a look
+  // at the bare desktop, and waits until the window manager has followed.
   bool switchTo(std::uint32_t desktop);
   bool showBareDesktop(bool shows);
 

@@ -39,8 +39,24 @@ WindowID TestClient::openWithShadow(std::string_view title, PixelRect place) {
   return open("shadowed " + describe(place, title));
 }
 
-WindowID TestClient::openDock(PixelRect place) {
-  return openManaged("dock " + describe(place, "Dock"));
+WindowID TestClient::openAnonymous(std::string_view title, PixelRect place) {
+  return open("anonymous " + describe(place, title));
+}
+
+WindowID TestClient::openTyped(std::string_view type, std::string_view title, PixelRect place) {
+  return openManaged("typed " + std::string(type) + " " + describe(place, title));
+}
+
+WindowID TestClient::openSkippingTaskbar(std::string_view title, PixelRect place) {
+  return openManaged("skipping " + describe(place, title));
+}
+
+WindowID TestClient::openDock(PixelRect place, std::string_view side) {
+  return openManaged("dock " + std::string(side) + " " + describe(place, "Dock"));
+}
+
+void TestClient::keepSide(WindowID dock, std::string_view side, int depth) {
+  tell("strut " + std::to_string(dock) + " " + std::string(side) + " " + std::to_string(depth));
 }
 
 void TestClient::setTitle(WindowID window, std::string_view title) {
@@ -60,7 +76,20 @@ void TestClient::makeFullScreen(WindowID window) {
   tell("state " + std::to_string(window) + " _NET_WM_STATE_FULLSCREEN");
 }
 
+void TestClient::map(WindowID window) { tell("map " + std::to_string(window)); }
+
 void TestClient::destroy(WindowID window) { tell("destroy " + std::to_string(window)); }
+
+void TestClient::reconnect() { tell("reconnect"); }
+
+void TestClient::grabServer(int milliseconds) {
+  tell("grab " + std::to_string(milliseconds));
+  awaitAnswer("grabbed");
+}
+
+void TestClient::storm(int rounds) { tell("storm " + std::to_string(rounds)); }
+
+void TestClient::awaitCalm() { awaitAnswer("calm"); }
 
 WindowID TestClient::open(const std::string& command) {
   const auto window = openManaged(command);
@@ -70,14 +99,8 @@ WindowID TestClient::open(const std::string& command) {
 }
 
 WindowID TestClient::openManaged(const std::string& command) {
-  constexpr std::string_view prefix = "window ";
   tell(command);
-  std::optional<std::string> answer;
-  do {
-    answer = process_->readLine();
-    if (!answer) throw std::runtime_error("the test client does not answer");
-  } while (!answer->starts_with(prefix));
-  const auto window = static_cast<WindowID>(std::stoul(answer->substr(prefix.size())));
+  const auto window = static_cast<WindowID>(std::stoul(awaitAnswer("window ")));
   const bool managed = eventually([&] {
     const auto clients = desktop_.clients();
     return std::ranges::find(clients, window) != clients.end();
@@ -87,5 +110,11 @@ WindowID TestClient::openManaged(const std::string& command) {
 }
 
 void TestClient::tell(const std::string& command) { process_->writeLine(command); }
+
+std::string TestClient::awaitAnswer(std::string_view beginning) {
+  while (const auto answer = process_->readLine())
+    if (answer->starts_with(beginning)) return answer->substr(beginning.size());
+  throw std::runtime_error("the test client does not answer");
+}
 
 }  // namespace pellow::desktop

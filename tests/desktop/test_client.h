@@ -27,16 +27,35 @@ class TestClient {
   // `shadow` pixels around `place`.
   WindowID openUndecorated(std::string_view title, PixelRect place);
   WindowID openWithShadow(std::string_view title, PixelRect place);
-  // Opens a dock along the top of the X screen that keeps the space below it for itself.
-  WindowID openDock(PixelRect place);
+  // The same with neither a class nor a process id of its own.
+  WindowID openAnonymous(std::string_view title, PixelRect place);
+  // One of another type, for example "SPLASH"; or one that stays out of taskbars. Waits only until
+  // the window manager has it.
+  WindowID openTyped(std::string_view type, std::string_view title, PixelRect place);
+  WindowID openSkippingTaskbar(std::string_view title, PixelRect place);
+  // Opens a dock that keeps its place for itself, and all between it and the side of the X screen:
+  // "left", "right", "top" or "bottom".
+  WindowID openDock(PixelRect place, std::string_view side = "top");
+  // Lets it keep so many pixels along the whole side instead. Waits for nothing.
+  void keepSide(WindowID dock, std::string_view side, int depth);
 
   void setTitle(WindowID window, std::string_view title);
   // Asks the window manager for the maximized or the full-screen state.
   void maximize(WindowID window);
   void maximizeVertically(WindowID window);
   void makeFullScreen(WindowID window);
-  // Destroys the window, and waits for nothing.
+  // Map or destroy the window, and wait for nothing.
+  void map(WindowID window);
   void destroy(WindowID window);
+
+  // Closes the connection to the server with all windows. The windows that it opens from now on
+  // have the same XIDs once more.
+  void reconnect();
+  // Returns when it has the server for itself, for so many milliseconds.
+  void grabServer(int milliseconds);
+  // Lets windows come and go, twice as many as `rounds`, in no time; `awaitCalm` waits for the end.
+  void storm(int rounds);
+  void awaitCalm();
 
   const std::string& windowClass() const { return windowClass_; }
   ChildProcess& process() { return *process_; }
@@ -45,6 +64,8 @@ class TestClient {
   WindowID open(const std::string& command);
   WindowID openManaged(const std::string& command);
   void tell(const std::string& command);
+  // Waits for the line that begins like this and answers what follows.
+  std::string awaitAnswer(std::string_view beginning);
 
   DesktopSession& desktop_;
   std::string windowClass_;

@@ -149,9 +149,10 @@ TEST_F(QtStatusBarTest, TheItemAppearsInATrayThatComesLaterAndSuitsItsColour) {
 
 TEST_F(QtStatusBarTest, TheItemIsLightOnADarkTray) {
   QtStatusBar bar;
-  tray.emplace(desktop.display(), 0x202020U);
   const auto item = bar.makeStatusItem();
   item->setImage({.symbol = "sidebar.trailing", .accessibilityDescription = "Pellow"});
+  work();
+  tray.emplace(desktop.display(), 0x202020U);
   EXPECT_TRUE(untilTray([&] { return contrast(Tray::icon) > 150; })) << contrast(Tray::icon);
 }
 

@@ -10,7 +10,7 @@
 namespace pellow {
 namespace {
 
-constexpr int widestLine = 420;          // points, the most
+constexpr int widestLine = 420;         // points, the most
 constexpr int sectionAir = 8;           // points above the title of a section
 constexpr int symbolSide = 16;          // points
 constexpr int symbolDistance = 5;       // points

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QColorDialog>
-#include <cstdint>
 #include <memory>
 
 #include "platform/colour_panel.h"

@@ -3,7 +3,6 @@
 #include <QCloseEvent>
 #include <QScreen>
 #include <QShortcut>
-#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <optional>
@@ -105,9 +104,11 @@ void FormView::closeEvent(QCloseEvent* event) {
 class QtFormWindows::QtFormWindow final : public FormWindow {
  public:
   QtFormWindow(const WindowHints& hints, std::string name, const std::string& title)
-      : hints_(hints), view_(new FormView(QString::fromStdString(title), [this] {
-          if (const auto kept = onClosed) kept();
-        })),
+      : hints_(hints),
+        view_(new FormView(QString::fromStdString(title),
+                           [this] {
+                             if (const auto kept = onClosed) kept();
+                           })),
         name_(std::move(name)) {}
 
   ~QtFormWindow() override { view_->giveUp(); }

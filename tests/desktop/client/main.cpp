@@ -4,10 +4,18 @@
 //   bare X Y WIDTH HEIGHT TITLE           the same without any decoration
 //   shadowed X Y WIDTH HEIGHT TITLE       the same within a shadow of its own
 //   dialog OWNER X Y WIDTH HEIGHT TITLE   answers "window ID"
-//   dock X Y WIDTH HEIGHT TITLE           answers "window ID"; keeps the top of the screen
+//   anonymous X Y WIDTH HEIGHT TITLE      the same without a class and a process id
+//   typed TYPE X Y WIDTH HEIGHT TITLE     the same of a window type such as SPLASH
+//   skipping X Y WIDTH HEIGHT TITLE       the same that stays out of taskbars
+//   dock SIDE X Y WIDTH HEIGHT TITLE      answers "window ID"; keeps a side of the screen
+//   strut ID SIDE DEPTH                   changes how much a dock keeps
 //   title ID TEXT
 //   state ID ATOM [ATOM]                  asks the window manager to set window states
+//   map ID
 //   destroy ID                            answers "destroyed ID", as does a close button
+//   reconnect                             loses all windows and starts anew, with the same XIDs
+//   grab MILLISECONDS                     answers "grabbed"; has the server for itself that long
+//   storm ROUNDS                          answers "calm" after windows came and went so often
 //   quit
 //
 // The one argument is the class of the windows.
@@ -16,6 +24,7 @@
 #include <unistd.h>
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
@@ -23,6 +32,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "tests/desktop/test_client.h"
@@ -48,11 +58,7 @@ std::string restOfLine(std::istream& in) {
 
 class Client {
  public:
-  explicit Client(std::string windowClass)
-      : windowClass_(std::move(windowClass)), connection_(xcb_connect(nullptr, nullptr)) {
-    if (!xcb_connection_has_error(connection_))
-      screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
-  }
+  explicit Client(std::string windowClass) : windowClass_(std::move(windowClass)) { connect(); }
   ~Client() { xcb_disconnect(connection_); }
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
@@ -62,11 +68,11 @@ class Client {
   // Lives until "quit", the end of the input or of the server.
   void run() {
     std::string input;
-    pollfd sources[] = {{STDIN_FILENO, POLLIN, 0},
-                        {xcb_get_file_descriptor(connection_), POLLIN, 0}};
     while (!xcb_connection_has_error(connection_) && !quits_) {
       handleEvents();
       xcb_flush(connection_);
+      pollfd sources[] = {{STDIN_FILENO, POLLIN, 0},
+                          {xcb_get_file_descriptor(connection_), POLLIN, 0}};
       poll(sources, 2, -1);
       if (sources[0].revents == 0) continue;
       char buffer[4096];
@@ -81,18 +87,31 @@ class Client {
   }
 
  private:
+  void connect() {
+    connection_ = xcb_connect(nullptr, nullptr);
+    if (!xcb_connection_has_error(connection_))
+      screen_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+  }
+
   void obey(std::istringstream line) {
+    constexpr std::string_view kinds = " new bare shadowed dialog anonymous typed skipping dock ";
     std::string command;
     xcb_window_t window = 0;
     line >> command;
-    if (command == "new" || command == "bare" || command == "shadowed" || command == "dialog" ||
-        command == "dock") {
+    if (kinds.contains(' ' + command + ' ')) {
       Place place;
+      std::string detail;
       if (command == "dialog") line >> window;
+      if (command == "typed" || command == "dock") line >> detail;
       line >> place;
-      const auto opened = open(command, restOfLine(line), place, window);
+      const auto opened = open(command, restOfLine(line), place, window, detail);
       xcb_flush(connection_);
       std::cout << "window " << opened << std::endl;
+    } else if (command == "strut") {
+      std::string side;
+      std::uint32_t depth = 0;
+      line >> window >> side >> depth;
+      keepSide(window, side, depth, 0, UINT16_MAX);
     } else if (command == "title") {
       line >> window;
       setTitle(window, restOfLine(line));
@@ -101,16 +120,30 @@ class Client {
       std::string second;
       line >> window >> first >> second;
       addState(window, first, second);
+    } else if (command == "map") {
+      line >> window;
+      xcb_map_window(connection_, window);
     } else if (command == "destroy") {
       line >> window;
       destroy(window);
+    } else if (command == "reconnect") {
+      xcb_disconnect(connection_);
+      connect();
+    } else if (command == "grab") {
+      int milliseconds = 0;
+      line >> milliseconds;
+      grab(std::chrono::milliseconds(milliseconds));
+    } else if (command == "storm") {
+      int rounds = 0;
+      line >> rounds;
+      storm(rounds);
     } else if (command == "quit") {
       quits_ = true;
     }
   }
 
   xcb_window_t open(const std::string& kind, const std::string& title, Place place,
-                    xcb_window_t owner) {
+                    xcb_window_t owner, const std::string& detail) {
     constexpr auto shadow = std::uint32_t{pellow::desktop::TestClient::shadow};
     if (kind == "shadowed") {
       place.x -= int{shadow};
@@ -125,9 +158,12 @@ class Client {
                       static_cast<std::uint16_t>(place.width),
                       static_cast<std::uint16_t>(place.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                       screen_->root_visual, XCB_CW_BACK_PIXEL, &background);
-    setText(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, windowClass_ + '\0' + windowClass_ + '\0');
+    if (kind != "anonymous") {
+      setText(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
+              windowClass_ + '\0' + windowClass_ + '\0');
+      setValues(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(getpid())});
+    }
     setTitle(window, title);
-    setValues(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(getpid())});
     setValues(window, "WM_PROTOCOLS", XCB_ATOM_ATOM, {atom("WM_DELETE_WINDOW")});
     setValues(window, "_NET_WM_ICON", XCB_ATOM_CARDINAL, icon());
     // The user chose position and size; the window manager shall keep them.
@@ -145,15 +181,72 @@ class Client {
       setValues(window, "WM_TRANSIENT_FOR", XCB_ATOM_WINDOW, {owner});
       setValues(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom("_NET_WM_WINDOW_TYPE_DIALOG")});
     }
+    if (kind == "typed")
+      setValues(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+                {atom("_NET_WM_WINDOW_TYPE_" + detail)});
+    if (kind == "skipping")
+      setValues(window, "_NET_WM_STATE", XCB_ATOM_ATOM, {atom("_NET_WM_STATE_SKIP_TASKBAR")});
     if (kind == "dock") {
-      const auto edge = static_cast<std::uint32_t>(place.y) + place.height;
-      const auto left = static_cast<std::uint32_t>(place.x);
       setValues(window, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {atom("_NET_WM_WINDOW_TYPE_DOCK")});
-      setValues(window, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL,
-                {0, 0, edge, 0, 0, 0, 0, 0, left, left + place.width - 1, 0, 0});
+      keepPlace(window, detail, place);
     }
     xcb_map_window(connection_, window);
     return window;
+  }
+
+  // All from the side of the screen to the far side of the dock, as far as the dock goes.
+  void keepPlace(xcb_window_t window, const std::string& side, const Place& place) {
+    const auto x = static_cast<unsigned>(place.x);
+    const auto y = static_cast<unsigned>(place.y);
+    if (side == "left") keepSide(window, side, x + place.width, y, y + place.height - 1);
+    if (side == "right")
+      keepSide(window, side, screen_->width_in_pixels - x, y, y + place.height - 1);
+    if (side == "top") keepSide(window, side, y + place.height, x, x + place.width - 1);
+    if (side == "bottom")
+      keepSide(window, side, screen_->height_in_pixels - y, x, x + place.width - 1);
+  }
+
+  void keepSide(xcb_window_t window, std::string_view side, std::uint32_t depth, std::uint32_t from,
+                std::uint32_t to) {
+    constexpr std::string_view sides[] = {"left", "right", "top", "bottom"};
+    std::vector<std::uint32_t> strut(12);
+    for (std::size_t index = 0; index < 4; ++index) {
+      if (side != sides[index]) continue;
+      strut[index] = depth;
+      strut[4 + 2 * index] = from;
+      strut[5 + 2 * index] = to;
+    }
+    setValues(window, "_NET_WM_STRUT_PARTIAL", XCB_ATOM_CARDINAL, strut);
+  }
+
+  void grab(std::chrono::milliseconds duration) {
+    xcb_grab_server(connection_);
+    sync();
+    std::cout << "grabbed" << std::endl;
+    std::this_thread::sleep_for(duration);
+    xcb_ungrab_server(connection_);
+    xcb_flush(connection_);
+  }
+
+  void storm(int rounds) {
+    for (int round = 0; round < rounds; ++round) {
+      const Place place{20 * (round % 30), 15 * (round % 30), 200, 100};
+      const auto first = open("new", "Storm", place, 0, "");
+      const auto second = open("dialog", "Thunder", place, first, "");
+      setTitle(first, "Storm " + std::to_string(round));
+      if (round % 3 == 0) sync();
+      xcb_unmap_window(connection_, first);
+      if (round % 2 == 0) xcb_map_window(connection_, first);
+      if (round % 5 == 0) sync();
+      xcb_destroy_window(connection_, second);
+      xcb_destroy_window(connection_, first);
+      sync();
+    }
+    std::cout << "calm" << std::endl;
+  }
+
+  void sync() const {
+    std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
   }
 
   void setTitle(xcb_window_t window, const std::string& title) {
@@ -226,7 +319,7 @@ class Client {
   }
 
   std::string windowClass_;
-  xcb_connection_t* connection_;
+  xcb_connection_t* connection_ = nullptr;
   xcb_screen_t* screen_ = nullptr;
   bool quits_ = false;
 };

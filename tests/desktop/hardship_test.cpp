@@ -1,0 +1,93 @@
+#include <atomic>
+#include <thread>
+
+#include "tests/desktop/window_managers_test.h"
+
+// A desktop on which everything happens at once, or nothing at all; and the file that outlives it.
+
+namespace pellow::desktop {
+namespace {
+
+using Hardship = WindowManagers;
+
+TEST_F(Hardship, WindowsThatComeAndGoDoNotDisturbTheOthers) {
+  const auto window = client.open("Guest", {150, 120, 500, 300});
+  const auto home = desktop.frame(window);
+  TestClient first(desktop, "First");
+  TestClient second(desktop, "Second");
+  ASSERT_NO_FATAL_FAILURE(launch());
+  first.storm(60);
+  second.storm(60);
+  for (int round = 0; round < 30; ++round) {
+    desktop.type({key::control, key::alt, key::super, 't'});
+    if (round % 5 == 0) desktop.type({key::control, key::alt, key::super, 'r'});
+  }
+  first.awaitCalm();
+  second.awaitCalm();
+  // Keys may have met no window at all, and be told so one after another.
+  pellow->process().send(SIGTERM);
+  EXPECT_EQ(pellow->process().exitStatus(), 0) << pellow->process().standardError();
+  expectBack(window, home);
+  EXPECT_TRUE(pellow->journal().empty());
+
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+  // Somebody has the server for himself while a key is pressed and a tab is clicked.
+  first.grabServer(2000);
+  pellow->clickTab(0);
+  expectBack(window, home);
+  expectAllIsOver();
+}
+
+TEST_F(Hardship, ALostServerEndsTheProgramWithASentence) {
+  const auto window = client.open("Guest", {150, 120, 500, 300});
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+  desktop.killServer();
+  EXPECT_EQ(pellow->process().exitStatus(), 1);
+  const auto said = pellow->process().standardError();
+  EXPECT_TRUE(said.contains("connection")) << said;
+  EXPECT_EQ(pellow->journal().size(), 1u);
+}
+
+TEST_F(Hardship, TheFileOfTheUserDefaultsIsWholeAndAheadOfTheWindows) {
+  const auto window = client.open("Guest", {150, 120, 500, 300});
+  const auto home = desktop.frame(window);
+  ASSERT_NO_FATAL_FAILURE(launchWith("offscreen"));
+  std::atomic<bool> isOver = false;
+  std::atomic<int> halfWritten = 0;
+  std::jthread reader([&, file = PellowProgram::defaultsFile(desktop)] {
+    while (!isOver) {
+      std::ifstream stream(file);
+      const std::string text(std::istreambuf_iterator<char>(stream), {});
+      if (!nlohmann::json::parse(text, nullptr, false).is_object()) ++halfWritten;
+    }
+  });
+  for (int round = 0; round < 20; ++round) {
+    ASSERT_TRUE(desktop.activate(window));
+    desktop.type({key::control, key::alt, key::super, 't'});
+    // Without a pause: a record that was written after the move would not be there yet.
+    while (desktop.frame(window) == home) ASSERT_TRUE(pellow->process().isRunning());
+    ASSERT_EQ(pellow->journal().size(), 1u) << "round " << round;
+    ASSERT_TRUE(eventually([&] { return pellow->tabCount() == 1; }));
+    pellow->clickTab(0);
+    expectBack(window, home);
+    expectAllIsOver();
+  }
+  isOver = true;
+  reader.join();
+  EXPECT_EQ(halfWritten, 0);
+
+  const auto floats = [&] { return pellow->defaults().value("floatAboveWindows", true); };
+  const bool before = floats();
+  desktop.type({key::control, key::alt, key::super, 'f'});
+  EXPECT_TRUE(eventually([&] { return floats() != before; }));
+  desktop.type({key::control, key::alt, key::super, 'f'});
+  EXPECT_TRUE(eventually(
+      [&] { return pellow->timesLogged("info Shortcut fired: toggleFloatAbove") == 2; }));
+  end();
+  EXPECT_EQ(floats(), before);
+}
+
+}  // namespace
+}  // namespace pellow::desktop
