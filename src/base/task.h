@@ -1,11 +1,13 @@
 #pragma once
 
 #include <coroutine>
+#include <cstdint>
 #include <exception>
 #include <functional>
+#include <iterator>
+#include <map>
 #include <optional>
 #include <type_traits>
-#include <unordered_set>
 #include <utility>
 #include <variant>
 
@@ -126,11 +128,15 @@ class TaskScope {
   // Runs the task up to its first suspension and keeps it until it is done.
   void start(Task<void> task) { run(std::move(task)); }
 
-  // Ends every task where it is suspended; what they wait for is given up, and their local objects
-  // are destroyed. Not to be called by one of them.
+  // Ends every task where it is suspended, the newest first; what they wait for is given up, and
+  // their local objects are destroyed. Not to be called by one of them.
   void cancel() {
-    for (const auto address : std::exchange(running_, {}))
-      std::coroutine_handle<>::from_address(address).destroy();
+    while (!running_.empty()) {
+      const auto newest = std::prev(running_.end());
+      const auto task = newest->second;
+      running_.erase(newest);
+      task.destroy();
+    }
   }
 
   bool isIdle() const { return running_.empty(); }
@@ -140,9 +146,10 @@ class TaskScope {
   struct Root {
     struct promise_type {
       TaskScope& scope;
+      const std::uint64_t number;
 
-      promise_type(TaskScope& owner, const Task<void>&) : scope(owner) {
-        scope.running_.insert(handle().address());
+      promise_type(TaskScope& owner, const Task<void>&) : scope(owner), number(++owner.started_) {
+        scope.running_.emplace(number, handle());
       }
       std::coroutine_handle<promise_type> handle() {
         return std::coroutine_handle<promise_type>::from_promise(*this);
@@ -150,7 +157,7 @@ class TaskScope {
       Root get_return_object() const noexcept { return {}; }
       std::suspend_never initial_suspend() const noexcept { return {}; }
       std::suspend_never final_suspend() noexcept {
-        scope.running_.erase(handle().address());
+        scope.running_.erase(number);
         return {};
       }
       void return_void() const noexcept {}
@@ -161,7 +168,8 @@ class TaskScope {
   Root run(Task<void> task) { co_await std::move(task); }
 
   OnFailure onFailure_;
-  std::unordered_set<void*> running_;
+  std::uint64_t started_ = 0;
+  std::map<std::uint64_t, std::coroutine_handle<>> running_;  // by the order of their start
 };
 
 }  // namespace pellow

@@ -236,7 +236,7 @@ void PellowController::keepInDock(TabItem tab) {
 // From the claim on there is somebody who knows how to put the window back; the tab becomes public
 // only when the window is hidden.
 Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone,
-                                 bool isMinimized) {
+                                 bool wasMinimized) {
   const auto tabFrame = strip_->projectedTabFrame(zone.id);
   claim.setTab(tab);
   const auto hiding = co_await mechanisms_.hide(tab, parkingSide(zone));
@@ -246,7 +246,8 @@ Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone
     if (tabFrame) flyOut(tab, *tabFrame);
   }
   if (!hiding.failure) co_return;
-  if (isMinimized && !hiding.mayBeHidden && !hiding.failure->isWindowGone())
+  // Away already, unless somebody has brought it back meanwhile.
+  if (wasMinimized && !hiding.mayBeHidden && (co_await read(tab.window)).isMinimized)
     co_return keepInDock(std::move(tab));
   if (hiding.failure->code() == PellowError::Code::moveRefused) failures_.noteRefusal(tab.window);
   if (*hiding.failure == PellowError::minimizeFailed(AXError::cannotComplete))

@@ -135,7 +135,7 @@ class PellowController {
                        std::vector<TargetWindow> excluding);
   Task<> hideApp(TargetWindow window, TabZone zone);
   Task<> park(TargetWindow window, Mechanism mechanism, TabZone zone);
-  Task<> putAway(TabItem tab, Ledger::Claim& claim, TabZone zone, bool isMinimized);
+  Task<> putAway(TabItem tab, Ledger::Claim& claim, TabZone zone, bool wasMinimized);
   void keepInDock(TabItem tab);
   Task<WindowState> read(TargetWindow window);
 
