@@ -62,12 +62,14 @@ void FlightAnimator::fly(const Image& image, const AppKitRect& from, const AppKi
     if (completion) completion();
     return;
   }
+  // Scaled down from the larger of its sizes it stays sharp all the way.
+  const auto& largest = from.area() > to.area() ? from : to;
   const auto flight = flying_.insert(flying_.end(), panels_.makePanel("pellow-flight"));
   auto& panel = **flight;
   panel.setIgnoresMouseEvents(true);
   panel.setLevel(PanelLevel::statusWindow);
   panel.setContent({.key = "picture",
-                    .frame = {{}, from.size},
+                    .frame = {{}, largest.size},
                     .look = {.content = Picture{image}, .cornerRadius = cornerRadius}});
   panel.animate(from, fadeFrom, 0, AnimationTiming::linear, nullptr);
   panel.orderFront();

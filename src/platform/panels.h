@@ -24,7 +24,8 @@ class Panel {
  public:
   virtual ~Panel() = default;
 
-  // Shows `root`, whose frame's size is the panel's content size.
+  // Shows `root`, whose frame's size is the panel's content size. While the panel has another one
+  // than that, as during an animation, the content is drawn scaled to it.
   virtual void setContent(const View& root) = 0;
 
   virtual void setFrame(const AppKitRect& frame) = 0;

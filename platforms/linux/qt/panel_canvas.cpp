@@ -172,12 +172,23 @@ void PanelCanvas::paintEvent(QPaintEvent* event) {
     painter.fillRect(event->rect(), material_.rim);
   }
   const auto damaged = QRectF(event->rect());
+  const auto toPanelSize = scaleToSize();
   const bool presses = pressed_ && pressed_->isHovered;
   ViewPainter views(painter, material_, pictures_, devicePixelRatioF());
-  tree_.visit([&](const std::shared_ptr<ViewNode>& node, const QTransform& toPanel) {
+  tree_.visit([&](const std::shared_ptr<ViewNode>& node, const QTransform& inContent) {
+    const auto toPanel = inContent * toPanelSize;
     if (!toPanel.mapRect(node->extent()).intersects(damaged)) return;
     views.draw(*node, toPanel, presses && node == pressed_);
   });
+}
+
+// From the content's size to the panel's, which may be on its way to another one.
+QTransform PanelCanvas::scaleToSize() const {
+  const auto& root = tree_.root();
+  if (!root) return {};
+  const QSizeF size(root->frame.width(), root->frame.height());
+  if (size.isEmpty() || size.toSize() == this->size()) return {};
+  return QTransform::fromScale(width() / size.width(), height() / size.height());
 }
 
 void PanelCanvas::resizeEvent(QResizeEvent*) { lookForPointerSoon(); }

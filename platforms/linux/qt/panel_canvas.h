@@ -82,6 +82,7 @@ class PanelCanvas final : public QWidget {
   void advanceHighlights();
   void chooseMaterial();
   void shape();
+  QTransform scaleToSize() const;
   std::vector<Corners> backdrops() const;
 
   PictureSource& pictures_;
