@@ -4,6 +4,8 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -53,6 +55,10 @@ void print(const std::string& name, const std::vector<double>& times) {
 void measure() {
   DesktopSession desktop;
   TestClient client(desktop);
+  // What the script minimizes is not to become a tab.
+  const auto defaults = PellowProgram::defaultsFile(desktop);
+  std::filesystem::create_directories(defaults.parent_path());
+  std::ofstream(defaults) << R"({"pellowOnMinimize": false})";
   PellowProgram pellow(desktop);
   if (!pellow.isReady()) throw std::runtime_error("Pellow does not start");
   // The script has a window of its own: openbox animates one that it minimizes for a while after.

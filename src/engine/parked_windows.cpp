@@ -1,62 +1,39 @@
 #include "engine/parked_windows.h"
 
-#include <algorithm>
+#include <unordered_set>
 #include <utility>
-#include <vector>
 
 namespace pellow {
-namespace {
-
-bool hasRecord(const TabItem& tab) {
-  return tab.mechanism == Mechanism::offscreen && tab.bundleID && tab.originalFrame;
-}
-
-bool isOf(const ParkingRecord& record, const TabItem& tab) {
-  return tab.originalFrame->origin == record.originalOrigin && tab.title == record.title &&
-         tab.bundleID == record.bundleID;
-}
-
-}  // namespace
-
-template <class Use>
-void ParkedWindows::forEachParked(Use use) const {
-  for (const auto& entry : ledger_.entries())
-    if (entry.tab && hasRecord(*entry.tab)) use(*entry.tab);
-  for (const auto& tab : store_.tabs())
-    if (hasRecord(tab)) use(tab);
-}
 
 bool ParkedWindows::record(const TabItem& tab, QuartzPoint parkedOrigin) {
-  if (!hasRecord(tab)) return true;
-  if (journal_.append({*tab.bundleID, tab.title, tab.originalFrame->origin, parkedOrigin}))
-    return true;
+  if (!tab.bundleID) return true;
+  recorded_.push_back(
+      {tab.id, {*tab.bundleID, tab.title, tab.originalFrame->origin, parkedOrigin}});
+  if (write()) return true;
   forget(tab);
   return false;
 }
 
 void ParkedWindows::forget(const TabItem& tab) {
-  if (!hasRecord(tab)) return;
-  std::vector<QuartzPoint> siblings;
-  forEachParked([&](const TabItem& other) {
-    if (other.id != tab.id && other.title == tab.title && other.bundleID == tab.bundleID)
-      siblings.push_back(other.originalFrame->origin);
-  });
-  journal_.forget(*tab.bundleID, tab.title, std::move(siblings));
+  if (std::erase_if(recorded_, [&](const Recorded& each) { return each.tab == tab.id; }) > 0)
+    write();
 }
 
 void ParkedWindows::dropStaleRecords() {
-  std::vector<const TabItem*> parked;
-  forEachParked([&](const TabItem& tab) { parked.push_back(&tab); });
-  if (journal_.records().size() <= parked.size()) return;
-  auto records = journal_.records();
-  std::erase_if(records, [&](const ParkingRecord& record) {
-    const auto owner =
-        std::ranges::find_if(parked, [&](const TabItem* tab) { return isOf(record, *tab); });
-    if (owner == parked.end()) return true;
-    parked.erase(owner);
-    return false;
-  });
-  journal_.write(std::move(records));
+  if (recorded_.empty()) return;
+  std::unordered_set<UUID> tabs;
+  for (const auto& entry : ledger_.entries())
+    if (entry.tab) tabs.insert(entry.tab->id);
+  for (const auto& tab : store_.tabs()) tabs.insert(tab.id);
+  const auto isStale = [&](const Recorded& each) { return !tabs.contains(each.tab); };
+  if (std::erase_if(recorded_, isStale) > 0) write();
+}
+
+bool ParkedWindows::write() {
+  std::vector<ParkingRecord> records;
+  records.reserve(recorded_.size());
+  for (const auto& each : recorded_) records.push_back(each.record);
+  return journal_.write(std::move(records));
 }
 
 }  // namespace pellow

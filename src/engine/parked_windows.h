@@ -1,5 +1,8 @@
 #pragma once
 
+#include <vector>
+
+#include "base/uuid.h"
 #include "engine/ledger.h"
 #include "engine/parking_journal.h"
 #include "model/tab_item.h"
@@ -25,12 +28,17 @@ class ParkedWindows {
   void dropStaleRecords();
 
  private:
-  template <class Use>
-  void forEachParked(Use use) const;
+  struct Recorded {
+    UUID tab;
+    ParkingRecord record;
+  };
+
+  bool write();
 
   ParkingJournal& journal_;
   const TabStore& store_;
   const Ledger& ledger_;
+  std::vector<Recorded> recorded_;  // in the order in which they were parked
 };
 
 }  // namespace pellow

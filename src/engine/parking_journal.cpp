@@ -49,24 +49,4 @@ bool ParkingJournal::write(std::vector<ParkingRecord> records) {
   return written.has_value();
 }
 
-bool ParkingJournal::append(ParkingRecord record) {
-  auto all = records_;
-  all.push_back(std::move(record));
-  return write(std::move(all));
-}
-
-bool ParkingJournal::forget(const std::string& bundleID, const std::string& title,
-                            std::vector<QuartzPoint> stillParked) {
-  auto all = records_;
-  const auto removed = std::erase_if(all, [&](const ParkingRecord& record) {
-    if (record.bundleID != bundleID || record.title != title) return false;
-    const auto sibling = std::ranges::find(stillParked, record.originalOrigin);
-    if (sibling == stillParked.end()) return true;
-    stillParked.erase(sibling);
-    return false;
-  });
-  if (removed == 0) return true;
-  return write(std::move(all));
-}
-
 }  // namespace pellow

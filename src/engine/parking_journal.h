@@ -39,12 +39,6 @@ class ParkingJournal {
 
   // From now on every write has these records besides its own: they are for the next launch.
   void keepForNextLaunch(std::vector<ParkingRecord> records) { kept_ = std::move(records); }
-  bool append(ParkingRecord record);
-
-  // Removes every record of this application and title, but keeps one for each origin in
-  // `stillParked`: the windows of the same application and title that stay away.
-  bool forget(const std::string& bundleID, const std::string& title,
-              std::vector<QuartzPoint> stillParked);
 
  private:
   UserDefaults& defaults_;

@@ -292,15 +292,12 @@ Task<> PellowController::restoreBatch(std::list<Returning> returning) {
   const auto each = flights_.duration();
   echoes_.suppressActivation(each * static_cast<double>(returning.size()) + restoreBatchExtra);
   std::vector<PellowError> failures;
-  while (!returning.empty()) {
+  for (; !returning.empty(); returning.pop_front()) {
     try {
       co_await restore(returning.front());
     } catch (const PellowError& error) {
       failures.push_back(error);
     }
-    returning.pop_front();
-    // As long as it stood in the ledger, a sibling that came back meanwhile took it for parked.
-    parkedWindows_.dropStaleRecords();
   }
   echoes_.suppressActivation(ownEcho);
   failures_.report(failures);

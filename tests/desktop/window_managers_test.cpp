@@ -43,6 +43,7 @@ TEST_F(WindowManagers, SliverOnly) {
     }
     return picture.pixels;
   };
+  ASSERT_TRUE(eventually([&] { return desktop.shownWindows("pellow", "pellow-flight").empty(); }));
   const auto whileParked = inSight();
   client.destroy(window);
   ASSERT_TRUE(eventually([&] { return pellow->tabCount() == 0; }));

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 
+#include "base/subscription.h"
+
 namespace pellow {
 
 // What _PELLOW_STATE holds: which states the window has left, whether it was put away, and, once it
-// is known, where the frame of the window stood without these states.
+// is known, where the frame of the window stood without these states, and where it was put.
 struct WindowManager::LeftState {
   static constexpr std::uint32_t horizontal = 1;
   static constexpr std::uint32_t vertical = 2;
@@ -17,6 +19,7 @@ struct WindowManager::LeftState {
 
   std::uint32_t states = 0;
   std::optional<PixelPoint> origin;
+  std::optional<PixelPoint> parkedPlace;  // only beside an origin
 
   bool operator==(const LeftState&) const = default;
 
@@ -31,12 +34,22 @@ struct WindowManager::LeftState {
   static LeftState remembered(const std::vector<std::uint32_t>& words) {
     LeftState left;
     if (!words.empty()) left.states = words[0];
-    if (words.size() >= 3) left.origin = {static_cast<int>(words[1]), static_cast<int>(words[2])};
+    const auto point = [&](std::size_t index) {
+      return PixelPoint{static_cast<int>(words[index]), static_cast<int>(words[index + 1])};
+    };
+    if (words.size() >= 3) left.origin = point(1);
+    if (words.size() >= 5) left.parkedPlace = point(3);
     return left;
   }
   std::vector<std::uint32_t> words() const {
-    if (!origin) return {states};
-    return {states, static_cast<std::uint32_t>(origin->x), static_cast<std::uint32_t>(origin->y)};
+    std::vector<std::uint32_t> result{states};
+    const auto append = [&](PixelPoint point) {
+      result.push_back(static_cast<std::uint32_t>(point.x));
+      result.push_back(static_cast<std::uint32_t>(point.y));
+    };
+    if (origin) append(*origin);
+    if (origin && parkedPlace) append(*parkedPlace);
+    return result;
   }
 };
 
@@ -147,6 +160,8 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
   if (comes && left.isFixed()) return takeUpStates(*facts, target, deadline);
 
   left.states |= LeftState::putAway;
+  if (!left.origin) left.origin = facts->frame.origin();
+  left.parkedPlace = target;
   if (!comes && left.words() != facts->state.leftState) remember(*facts, left);
   if (const auto moved = moveTo(*facts, target, deadline); !moved)
     return std::unexpected(moved.error());
@@ -154,6 +169,27 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
   if (!comes) setParkedPlace(window, target);
   server_.connection().flush();
   return {};
+}
+
+void WindowManager::finishInterruptedMoves(Deadline deadline) {
+  const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
+  const auto layout = server_.layout();
+  for (const auto& window : lookAtAll(server_, windows, placeFacets, deadline)) {
+    const auto left = LeftState::remembered(window.state.leftState);
+    const bool isPutAway = left.states & LeftState::putAway;
+    if (layout.showsMostOf(window.frame)) {
+      // It has left its states to go, and has not gone; or it has come back without them.
+      const bool isInterrupted = !isPutAway || left.origin == window.frame.origin();
+      if (!left.isFixed() || LeftState::of(window.state).isFixed() || !isInterrupted) continue;
+      changeStates(window, left, true);
+      remember(window, {});
+    } else if (isPutAway && left.parkedPlace && *left.parkedPlace != window.frame.origin() &&
+               !layout.showsMostOf(window.frame.at(*left.parkedPlace))) {
+      // The window manager has allowed a part of the way, and the rest was not made.
+      (void)pushFrame(window, *left.parkedPlace, deadline);
+    }
+  }
+  server_.connection().flush();
 }
 
 std::vector<WindowKey> WindowManager::parkedWindows() const {
@@ -250,13 +286,23 @@ std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window,
   const auto frameWindow = outermostWindow(server_, window.window, deadline);
   if (!frameWindow) return std::unexpected(frameWindow.error());
   auto& connection = server_.connection();
+  // The window manager may be late and move the window just now; nothing may happen between the
+  // look and the move.
+  xcb_grab_server(connection.raw());
+  const Subscription release([&] {
+    xcb_ungrab_server(connection.raw());
+    connection.flush();
+  });
   auto pending = connection.pending<xcb_get_geometry_reply_t>(
       xcb_get_geometry(connection.raw(), *frameWindow));
+  const auto now = WindowLook(server_, connection, window.window, Facet::frame).collect(deadline);
+  if (!now) return std::unexpected(now.error());
   const auto geometry = pending.collect(deadline);
   if (!geometry) return std::unexpected(geometry.error());
+  if (now->frame.origin() == target) return {};
 
-  const std::array<std::int32_t, 2> place{(*geometry)->x + target.x - window.frame.x,
-                                          (*geometry)->y + target.y - window.frame.y};
+  const std::array<std::int32_t, 2> place{(*geometry)->x + target.x - now->frame.x,
+                                          (*geometry)->y + target.y - now->frame.y};
   const auto setBypass = [&](std::uint32_t bypass) {
     xcb_change_window_attributes(connection.raw(), *frameWindow, XCB_CW_OVERRIDE_REDIRECT, &bypass);
   };

@@ -29,6 +29,11 @@ class WindowManager {
   std::expected<void, AXError> moveFrame(const WindowKey& window, QuartzPoint origin,
                                          Deadline deadline);
 
+  // A Pellow that was killed in the middle of a move leaves the window half-way, or without the
+  // states that it was to take up again: makes it arrive, beyond the monitors or on them. To be
+  // called while no other Pellow runs, before anybody looks where windows are.
+  void finishInterruptedMoves(Deadline deadline);
+
   // Those that a move has put beyond the monitors and none has brought back. Another window manager
   // that takes over may show a part of them; `parkAgain` puts such a window back to its place
   // there, without waiting for the window manager. One that somebody else brings back is parked no

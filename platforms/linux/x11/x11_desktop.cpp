@@ -23,6 +23,8 @@ namespace {
 
 constexpr Seconds serverPatience = 2;
 
+constexpr Seconds startPatience = 2;
+
 FileDescriptor pollSetOf(std::initializer_list<int> descriptors) {
   FileDescriptor pollSet(epoll_create1(EPOLL_CLOEXEC));
   for (const int descriptor : descriptors) {
@@ -200,7 +202,11 @@ SystemError X11Desktop::connectionError() const {
   return {"The connection to the X server is lost; Pellow ends with it."};
 }
 
-bool X11Desktop::claimInstance() { return parts_->instanceLock.claim(); }
+bool X11Desktop::claimInstance() {
+  if (!parts_->instanceLock.claim()) return false;
+  parts_->windowManager.finishInterruptedMoves(deadlineIn(startPatience));
+  return true;
+}
 
 bool X11Desktop::waitForInstance(Seconds timeout) {
   const bool isOurs = parts_->instanceLock.wait(timeout);
@@ -208,6 +214,7 @@ bool X11Desktop::waitForInstance(Seconds timeout) {
   parts_->windowManagerChanged = parts_->screensChanged = true;
   parts_->windowsChanged = parts_->activeWindowChanged = true;
   parts_->actOnChanges();
+  if (isOurs) parts_->windowManager.finishInterruptedMoves(deadlineIn(startPatience));
   return isOurs;
 }
 

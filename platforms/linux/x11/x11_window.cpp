@@ -180,15 +180,21 @@ std::string WindowLook::readTitle() {
 namespace {
 
 // openbox lets the frame of a window that is minimized or comes back shrink and grow for a moment,
-// on the way between its place and the taskbar. Its size then is not that of what it is around, and
-// its place may have changed since the window was looked at.
-bool isFrameOnItsWay(X11Server& server, const WindowFacts& window, Deadline deadline) {
-  if (!server.windowManagerName().starts_with("Openbox")) return false;
+// on the way between its place and the taskbar.
+enum class FrameMotion {
+  none,
+  happened,  // since the window was looked at
+  goesOn,    // told by its size, which is not that of what it is around
+};
+
+FrameMotion frameMotion(X11Server& server, const WindowFacts& window, Deadline deadline) {
+  if (!server.windowManagerName().starts_with("Openbox")) return FrameMotion::none;
   const auto frame = outermostWindow(server, window.window, deadline);
   const auto place = frame ? placeOf(server, *frame, deadline) : std::unexpected(frame.error());
+  if (!place) return FrameMotion::none;
   const int around = 2 * (window.content.x - window.outerCorner.x);
-  return place &&
-         (place->width != window.content.width + around || place->origin() != window.outerCorner);
+  if (place->width != window.content.width + around) return FrameMotion::goesOn;
+  return place->origin() == window.outerCorner ? FrameMotion::none : FrameMotion::happened;
 }
 
 }  // namespace
@@ -201,10 +207,10 @@ std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& win
   for (;;) {
     auto facts = WindowLook(server, server.connection(), window.window, facets).collect(deadline);
     if (facts && facts->id != window.id) return std::unexpected(AXError::invalidUIElement);
-    if (!facts || !has(facets, Facet::frame) || !isFrameOnItsWay(server, *facts, deadline) ||
-        std::chrono::steady_clock::now() + step > end)
-      return facts;
-    std::this_thread::sleep_for(step);
+    if (!facts || !has(facets, Facet::frame)) return facts;
+    const auto motion = frameMotion(server, *facts, deadline);
+    if (motion == FrameMotion::none || std::chrono::steady_clock::now() + step > end) return facts;
+    if (motion == FrameMotion::goesOn) std::this_thread::sleep_for(step);
   }
 }
 

@@ -79,14 +79,18 @@ X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager,
     if (window.state.belongsToHiddenApplication) watchHidden(window.window);
 }
 
-X11Workspace::Windows X11Workspace::windowsOf(ProcessID pid, Facet facets) const {
+std::vector<xcb_window_t> X11Workspace::windowsOf(ProcessID pid) const {
   const Deadline deadline = deadlineIn(serverPatience);
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
   const auto owners = owningProcesses(server_, windows, deadline);
   std::vector<xcb_window_t> own;
   for (std::size_t i = 0; i < windows.size(); ++i)
     if (owners[i] == pid) own.push_back(windows[i]);
-  return lookAtAll(server_, own, facets, deadline);
+  return own;
+}
+
+X11Workspace::Windows X11Workspace::windowsOf(ProcessID pid, Facet facets) const {
+  return lookAtAll(server_, windowsOf(pid), facets, deadlineIn(serverPatience));
 }
 
 std::vector<RunningApplication> X11Workspace::runningApplications() {
@@ -113,9 +117,18 @@ std::vector<RunningApplication> X11Workspace::runningApplications() {
 
 std::optional<RunningApplication> X11Workspace::application(ProcessID pid) {
   if (pid == getpid()) return thisProcess();
-  const auto own = windowsOf(pid, faceFacets);
-  if (own.empty()) return std::nullopt;
-  return describe(pid, own);
+  const auto own = windowsOf(pid);
+  // The first ordinary window says it all, and an application may have hundreds.
+  constexpr std::ptrdiff_t atOnce = 4;
+  Windows seen;
+  for (auto next = own.begin(); next != own.end() && std::ranges::none_of(seen, isInTaskbar);) {
+    const auto end = next + std::min(atOnce, own.end() - next);
+    for (auto& window : lookAtAll(server_, {next, end}, faceFacets, deadlineIn(serverPatience)))
+      seen.push_back(std::move(window));
+    next = end;
+  }
+  if (seen.empty()) return std::nullopt;
+  return describe(pid, seen);
 }
 
 RunningApplication X11Workspace::thisProcess() const {
@@ -173,22 +186,25 @@ std::optional<ProcessID> X11Workspace::frontmostApplication() {
 }
 
 bool X11Workspace::activate(ProcessID pid) {
-  const auto own = windowsOf(pid, Facet::state | Facet::kind);
-  if (own.empty()) return false;
+  constexpr Facet facets = Facet::state | Facet::kind;
   const auto desktop = currentDesktop(server_, deadlineIn(serverPatience));
   const auto isOut = [&](const WindowFacts& window) {
-    return window.kind != WindowKind::furniture && !window.state.belongsToHiddenApplication &&
-           !isMinimized(server_, window.state, desktop);
+    return window.kind != WindowKind::furniture && !window.state.withdrawn &&
+           !window.state.belongsToHiddenApplication && !isMinimized(server_, window.state, desktop);
   };
+  if (const auto front = server_.frontWindow(pid)) {
+    const auto facts = look(server_, *front, facets, deadlineIn(serverPatience));
+    if (facts && isOut(*facts)) {
+      windowManager_.activate(front->window);
+      return true;
+    }
+  }
+  const auto own = windowsOf(pid, facets);
+  if (own.empty()) return false;
   std::map<xcb_window_t, const WindowFacts*> out;
   for (const auto& window : own)
     if (isOut(window)) out[window.window] = &window;
 
-  const auto front = server_.frontWindow(pid);
-  if (front && out.contains(front->window) && out[front->window]->key() == *front) {
-    windowManager_.activate(front->window);
-    return true;
-  }
   const auto stacking =
       clientList(server_, server_.atoms().netClientListStacking, deadlineIn(serverPatience));
   // One on another desktop only where there is none on this one.

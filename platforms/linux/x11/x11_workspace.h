@@ -47,6 +47,7 @@ class X11Workspace : public Workspace {
  private:
   using Windows = std::vector<WindowFacts>;
 
+  std::vector<xcb_window_t> windowsOf(ProcessID pid) const;
   Windows windowsOf(ProcessID pid, Facet facets) const;
   RunningApplication describe(ProcessID pid, const Windows& own);
   RunningApplication thisProcess() const;

@@ -1,0 +1,97 @@
+#include "tests/desktop/everyday_test.h"
+
+// An application that hangs, and a window manager that does: the program stays alive for all
+// others, and nothing is lost.
+
+namespace pellow::desktop {
+namespace {
+
+class Hang : public Everyday {
+ protected:
+  void expectRoundTrip(const Guest& guest) {
+    const int tabs = pellow->tabCount();
+    ASSERT_TRUE(desktop.activate(guest.window));
+    press('t');
+    ASSERT_TRUE(eventually([&] { return isAway(guest); }));
+    ASSERT_TRUE(hasTabs(tabs + 1));
+    pellow->clickTab(tabs);
+    expectHome({guest});
+    EXPECT_TRUE(hasTabs(tabs));
+  }
+
+  TestClient sleeper{desktop, "Sleeper"};
+  TestClient client{desktop, "Awake"};
+};
+
+// Windows belong to the server and the window manager: those of a stopped application go and come
+// like all others.
+TEST_F(Hang, AnApplicationThatHangsHoldsNobodyUp) {
+  const auto letter = open(sleeper, "Letter", {100, 120, 400, 300});
+  const auto list = open(sleeper, "List", {150, 170, 400, 300});
+  const auto note = open(client, "Note", {600, 300, 400, 300});
+  ASSERT_NO_FATAL_FAILURE(launch());
+  sleeper.process().send(SIGSTOP);
+  ASSERT_TRUE(desktop.activate(letter.window));
+  press('t');
+  ASSERT_TRUE(hasTabs(1));
+  EXPECT_TRUE(isAway(letter));
+  expectRoundTrip(note);
+  press('a');
+  expectAway({letter, list, note});
+  EXPECT_TRUE(hasTabs(3));
+  EXPECT_TRUE(desktop.answersPing(pellow->strip()));
+  pellow->clickTab(2);
+  pellow->clickTab(0);
+  expectHome({letter});
+  press('r');
+  expectHome({letter, list, note});
+  expectAllIsOver();
+
+  press('a');
+  ASSERT_TRUE(hasTabs(3));
+  sleeper.process().send(SIGCONT);
+  sleeper.setTitle(list.window, "List, at last");
+  press('r');
+  expectHome({letter, list, note});
+  expectAllIsOver();
+
+  // It dies without having woken.
+  sleeper.process().send(SIGSTOP);
+  press('a');
+  ASSERT_TRUE(hasTabs(3));
+  sleeper.process().kill();
+  EXPECT_TRUE(hasTabs(1));
+  EXPECT_TRUE(eventually([&] { return pellow->journal().size() == 1; }));
+  press('r');
+  expectHome({note});
+  expectAllIsOver();
+}
+
+// Windows can be moved past a window manager that hangs, but nobody shows their tabs: the strip is
+// a window like others. What was asked of it meanwhile is done when it wakes.
+TEST_F(Hang, AWindowManagerThatHangsDelaysAndLosesNothing) {
+  const auto letter = open(sleeper, "Letter", {100, 120, 400, 300});
+  const auto note = open(client, "Note", {600, 300, 400, 300});
+  ASSERT_NO_FATAL_FAILURE(launch());
+  desktop.windowManager().send(SIGSTOP);
+  press('a');
+  EXPECT_TRUE(eventually([&] { return pellow->journal().size() == 2; }));
+  expectAway({letter, note});
+  EXPECT_TRUE(desktop.answersPing(pellow->strip()));
+  desktop.windowManager().send(SIGCONT);
+  EXPECT_TRUE(hasTabs(2));
+  press('r');
+  expectHome({letter, note});
+  expectAllIsOver();
+
+  desktop.windowManager().send(SIGSTOP);
+  press('a');
+  EXPECT_TRUE(eventually([&] { return pellow->journal().size() == 2; }));
+  pellow->process().send(SIGTERM);
+  EXPECT_EQ(pellow->process().exitStatus(), 0);
+  desktop.windowManager().send(SIGCONT);
+  expectHome({letter, note});
+}
+
+}  // namespace
+}  // namespace pellow::desktop

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/pellow_controller.h"
+#include "platforms/simulated/simulated_desktop.h"
+#include "tests/random/sightings.h"
+
+namespace pellow::random {
+
+// A promise that did not hold.
+struct Breach {
+  std::string promise;  // the same words for every breach of it
+  std::string details;
+};
+
+// The windows that the program has to do with at one moment: tabs, and what is under way.
+class AwayWindows {
+ public:
+  AwayWindows(const PellowController& controller, simulated::SimulatedDesktop& desktop);
+
+  bool contains(simulated::WindowID window) const { return windows_.contains(window); }
+  const std::set<simulated::WindowID>& windows() const { return windows_; }
+  // Whether something stands for the application as a whole.
+  bool standsForApplication(ProcessID pid) const { return applications_.contains(pid); }
+
+ private:
+  std::set<simulated::WindowID> windows_;
+  std::set<ProcessID> applications_;
+};
+
+// What the program promises to its user, as questions to the desktop.
+//
+// The few things that excuse a window are written beside the promise that they excuse it from.
+class Promises {
+ public:
+  struct Scene {
+    simulated::SimulatedDesktop& desktop;
+    PellowController& controller;
+    const Sightings& sightings;
+    const AwayWindows& away;
+  };
+
+  // Once the program has begun, with what is in its journal then: records of applications that did
+  // not answer, which stay for the next launch.
+  std::optional<Breach> whenBegun(simulated::SimulatedDesktop& desktop, const Sightings& sightings);
+  // At every moment while the program runs and does not end.
+  std::optional<Breach> always(const Scene& scene);
+  // When nothing is under way and no alert shows.
+  std::optional<Breach> whenQuiet(const Scene& scene);
+  // When the process has ended by itself.
+  static std::optional<Breach> whenEnded(simulated::SimulatedDesktop& desktop,
+                                         const Sightings& sightings);
+
+ private:
+  std::optional<Breach> oneTab(const Scene& scene) const;
+  std::optional<Breach> hiddenHasTab(const Scene& scene) const;
+  std::optional<Breach> recordOnDisk(const Scene& scene);
+  std::optional<Breach> nothingUnderWay(const Scene& scene) const;
+  std::optional<Breach> journalIsExact(const Scene& scene) const;
+  std::optional<Breach> tabsHaveWindows(const Scene& scene) const;
+  std::optional<Breach> tabsHadAReason(const Scene& scene) const;
+  static std::optional<Breach> isAtHome(const simulated::DesktopState& desktop,
+                                        const simulated::WindowState& window, const Sighting& seen,
+                                        std::string_view promise);
+
+  void noteTabs(const Scene& scene);
+
+  std::vector<ParkingRecord> kept_;  // for the next launch
+  std::set<UUID> unwatched_;         // tabs whose windows may go unheard
+  std::set<UUID> reasonable_;        // tabs whose windows were hidden, or may have been
+  std::string journalText_;          // as it was read last
+  std::vector<ParkingRecord> journal_;
+};
+
+inline constexpr auto journalKey = "parkedWindows";
+
+// The journal in the user defaults of a desktop; empty when there is none.
+std::vector<ParkingRecord> parseJournal(const std::optional<DefaultsValue>& stored);
+
+}  // namespace pellow::random

@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "platforms/simulated/simulated_platform.h"
+#include "tests/random/history.h"
+#include "tests/random/runner.h"
+#include "tests/random/shrink.h"
+#include "tests/random/sightings.h"
+
+namespace pellow::random {
+namespace {
+
+constexpr int length = 90;
+
+// A short run of what `random_histories` does for hours.
+TEST(RandomHistories, BreakNoPromise) {
+  for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+    const auto history = generate(seed, length, /*faults=*/seed % 2 == 1);
+    const auto outcome = playApart(history);
+    if (!outcome.promise) continue;
+    const auto shortest = shrink(
+        history,
+        [&](const History& candidate) { return playApart(candidate).promise == outcome.promise; },
+        1000);
+    const auto again = playApart(shortest, Record::everything);
+    std::string story;
+    for (const auto& line : again.story) story += "  " + line + "\n";
+    FAIL() << "Seed " << seed << ": " << *outcome.promise << "\n  " << outcome.details << "\n"
+           << story << "Replay: random_histories --replay '" << text(shortest) << "'";
+  }
+}
+
+TEST(RandomHistories, AreTheSameEveryTime) {
+  for (std::uint64_t seed = 101; seed <= 110; ++seed) {
+    const auto history = generate(seed, length, true);
+    const auto once = playApart(history, Record::everything);
+    const auto twice = playApart(history, Record::everything);
+    ASSERT_GT(once.portCalls.size(), 10);
+    EXPECT_EQ(once.story, twice.story) << seed;
+    EXPECT_EQ(once.portCalls, twice.portCalls) << seed;
+  }
+}
+
+TEST(RandomHistories, AreReadAsTheyArePrinted) {
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    const auto history = generate(seed, length, true);
+    EXPECT_EQ(parse(text(history)), history);
+  }
+  EXPECT_EQ(parse("seed 3 # a remark\n\n press 0 12 @40;start"),
+            (History{3, {{Verb::press, {0, 12}, 40}, {Verb::start}}}));
+  for (const auto* nonsense : {"fly", "press x", "press 1 2 3 4", "press @", "seed", "run -1"})
+    EXPECT_FALSE(parse(nonsense)) << nonsense;
+}
+
+TEST(RandomHistories, ShrinkToWhatMatters) {
+  const auto fails = [](const History& history) {
+    const auto press = std::ranges::find_if(history.steps, [](const Step& step) {
+      return step.verb == Verb::press && step.numbers[0] >= 11;
+    });
+    return std::find_if(press, history.steps.end(), [](const Step& step) {
+             return step.verb == Verb::settle;
+           }) != history.steps.end();
+  };
+  auto history = generate(7, length, false);
+  history.steps.push_back({Verb::press, {977}, 30});
+  history.steps.push_back({Verb::settle, {5}});
+  ASSERT_TRUE(fails(history));
+  EXPECT_EQ(text(shrink(history, fails)), "seed 7; press 11; settle");
+}
+
+// Who did it decides whether the program owes a window its tab.
+TEST(RandomHistories, TellTheProgramsDoingFromOthers) {
+  simulated::SimulatedPlatform platform;
+  auto& desktop = platform.desktop();
+  const auto notes = desktop.launch("Notes", "com.example.notes");
+  const auto list = notes.openWindow("Shopping", {100, 100, 800, 600});
+  Sightings sightings;
+  const auto look = [&](Doer doer) {
+    sightings.look(desktop.state(), desktop.now(), doer, [](auto) { return false; });
+    return sightings.window(list.id())->isHiddenByProgram();
+  };
+  EXPECT_FALSE(look(Doer::others));
+  list.minimize();
+  EXPECT_FALSE(look(Doer::others));
+  EXPECT_FALSE(look(Doer::program));
+  list.unminimize();
+  look(Doer::others);
+  list.minimize();
+  EXPECT_TRUE(look(Doer::program));
+  list.unminimize();
+  list.moveTo({1439, 872});
+  EXPECT_TRUE(look(Doer::program));
+  list.moveTo({1439, 700});
+  EXPECT_FALSE(look(Doer::others));
+  EXPECT_FALSE(sightings.misdeed());
+  list.resize({10, 10});
+  look(Doer::program);
+  EXPECT_TRUE(sightings.misdeed());
+}
+
+}  // namespace
+}  // namespace pellow::random

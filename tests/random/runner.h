@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/random/history.h"
+
+namespace pellow::random {
+
+// How a history went.
+struct Outcome {
+  std::optional<std::string> promise;  // that was broken; "the program goes on" when it died
+  std::string details;
+  int steps = 0;                       // that were taken
+  std::uint64_t calls = 0;             // of the program
+  std::vector<std::string> story;      // what happened, in words
+  std::vector<std::string> log;        // of the program
+  std::vector<std::string> portCalls;  // if they were to be recorded
+};
+
+enum class Record { outcome, everything };
+
+// Plays the history on a fresh desktop in this process, until its end or the first broken promise.
+Outcome play(const History& history, Record record = Record::outcome);
+
+// The same in a process of its own, so that a program that dies or hangs is an outcome like others.
+Outcome playApart(const History& history, Record record = Record::outcome);
+
+}  // namespace pellow::random
