@@ -129,8 +129,8 @@ int OffscreenParking::recoverStrandedWindows() {
   int recovered = 0;
   const auto recover = [&](const Candidate& candidate, const ParkingRecord& record) {
     try {
-      candidate.window.move(restoreOrigin({record.originalOrigin, candidate.frame.size}),
-                            Verify::yes, clock_);
+      moveIntoSight(candidate.window, candidate.frame.size,
+                    restoreOrigin({record.originalOrigin, candidate.frame.size}));
       ++recovered;
       log_.standard("Recovered stranded window: {}", candidate.title);
     } catch (const PellowError& error) {
@@ -175,7 +175,7 @@ int OffscreenParking::rescueHiddenWindows(bool clearJournal) {
       const auto origin = onScreenOrigin(*frame);
       if (!origin) continue;
       try {
-        window.move(*origin, Verify::yes, clock_);
+        moveIntoSight(window, frame->size, *origin);
         ++rescued;
         log_.standard("Rescued off-screen window from {}", application.localizedName);
       } catch (const PellowError& error) {
@@ -188,6 +188,11 @@ int OffscreenParking::rescueHiddenWindows(bool clearJournal) {
   journal_.keepForNextLaunch({});
   journal_.write({});
   return rescued;
+}
+
+void OffscreenParking::moveIntoSight(const TargetWindow& window, Size size, QuartzPoint origin) {
+  const auto taken = window.move(origin, Verify::yes, clock_);
+  if (displays_.isHidden({taken, size})) throw PellowError::moveFailed(AXError::failure);
 }
 
 }  // namespace pellow

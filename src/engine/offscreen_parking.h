@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "access/target_window.h"
 #include "base/geometry.h"
 #include "base/log.h"
 #include "engine/displays.h"
@@ -53,6 +54,9 @@ class OffscreenParking {
   int rescueHiddenWindows(bool clearJournal);
 
  private:
+  // Throws when the window is out of sight all the same.
+  void moveIntoSight(const TargetWindow& window, Size size, QuartzPoint origin);
+
   const Displays& displays_;
   ParkingJournal& journal_;
   Accessibility& accessibility_;
