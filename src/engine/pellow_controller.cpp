@@ -125,9 +125,16 @@ void PellowController::start() {
   subscriptions_.push_back(
       around_.notifications.observe(TabStore::didChange, [this] { tabsDidChange(); }));
 
-  strip_ = std::make_unique<TabStripController>(TabStripController::Surroundings{
-      store_, around_.zones, around_.preferences, around_.userDefaults, around_.screens,
-      around_.panels, around_.notifications});
+  strip_ = std::make_unique<TabStripController>(
+      TabStripController::Surroundings{.tabs = store_,
+                                       .zones = around_.zones,
+                                       .preferences = around_.preferences,
+                                       .defaults = around_.userDefaults,
+                                       .clock = around_.clock,
+                                       .mainQueue = around_.queues.main(),
+                                       .screens = around_.screens,
+                                       .panels = around_.panels,
+                                       .notifications = around_.notifications});
   strip_->onActivate = [this](const std::vector<UUID>& ids) { restore(ids); };
 
   subscriptions_.push_back(around_.workspace.onDidActivateApplication([this](ProcessID pid) {
@@ -345,17 +352,20 @@ Task<> PellowController::pruneDead() {
 void PellowController::restoreAllBlocking() {
   // Not started: the journal is still that of a previous run.
   if (!strip_) return;
-  displays_.recordMainHeight();  // a change may be on its way
   auto underWay = triggers_.lateMinimizes();
   for (const auto& entry : ledger_.entries())
     if (entry.tab) underWay.push_back(*entry.tab);
   tasks_.cancel();
   bulkActions_.dropWaiting();
-  for (const auto& tab : underWay) mechanisms_.revealBlocking(tab);
+  const auto putBack = [this](const TabItem& tab) {
+    displays_.recordMainHeight();  // what is blocked here hears of no change
+    mechanisms_.revealBlocking(tab);
+  };
+  for (const auto& tab : underWay) putBack(tab);
 
   std::vector<UUID> ids;
   for (const auto& tab : store_.tabs()) {
-    mechanisms_.revealBlocking(tab);
+    putBack(tab);
     ids.push_back(tab.id);
   }
   store_.remove(ids);

@@ -10,6 +10,8 @@
 namespace pellow {
 namespace {
 
+constexpr Seconds frameTime = 1.0 / 60;
+
 // What the tabs of one entry have in common.
 std::string groupKey(const TabItem& tab, UUID zoneID) {
   const auto application = tab.bundleID.value_or(std::to_string(tab.window.pid));
@@ -38,11 +40,18 @@ TabStripController::TabStripController(const Surroundings& surroundings) : aroun
     subscriptions_.push_back(
         around_.notifications.observe(name, [this, react] { (this->*react)(); }));
   };
-  observe(TabStore::didChange, &TabStripController::refresh);
+  observe(TabStore::didChange, &TabStripController::tabsDidChange);
   observe(ZoneStore::didChange, &TabStripController::rebuildAndRefresh);
   observe(Preferences::didChange, &TabStripController::rebuildAndRefresh);
   subscriptions_.push_back(around_.screens.onDidChangeParameters([this] { rebuildAndRefresh(); }));
   rebuildAndRefresh();
+}
+
+void TabStripController::tabsDidChange() {
+  if (refreshSoon_) return;
+  const auto wait = nextFrame_ - around_.clock.now();
+  if (wait <= 0) return refresh();
+  refreshSoon_ = around_.mainQueue.after(wait, [this] { refresh(); });
 }
 
 void TabStripController::rebuildAndRefresh() {
@@ -73,6 +82,8 @@ std::unique_ptr<TabStripPanel> TabStripController::makePanel() {
 }
 
 void TabStripController::refresh() {
+  refreshSoon_.cancel();
+  nextFrame_ = around_.clock.now() + frameTime;
   const auto all = makeEntries();
   for (const auto& zone : around_.zones.zones()) {
     const auto entries = inZone(all, zone.id);

@@ -14,7 +14,9 @@
 #include "model/preferences.h"
 #include "model/tab_store.h"
 #include "model/zone_store.h"
+#include "platform/clock.h"
 #include "platform/panels.h"
+#include "platform/queues.h"
 #include "platform/screens.h"
 #include "platform/user_defaults.h"
 #include "strips/strip_entry.h"
@@ -33,6 +35,8 @@ class TabStripController {
     const ZoneStore& zones;
     const Preferences& preferences;
     const UserDefaults& defaults;
+    Clock& clock;
+    MainQueue& mainQueue;
     Screens& screens;
     Panels& panels;
     NotificationCenter& notifications;
@@ -44,7 +48,8 @@ class TabStripController {
   // The user clicked an entry that stands for these tabs.
   std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
 
-  // Renders every panel anew with what it should show now.
+  // Renders every panel anew with what it should show now. Tabs that come and go by the hundred are
+  // shown once in a frame of the display, the first at once.
   void refresh();
 
   // The entries of one zone, in the order of the tab store.
@@ -68,6 +73,7 @@ class TabStripController {
     auto operator<=>(const PanelKey&) const = default;
   };
 
+  void tabsDidChange();
   void rebuildPanels();
   void rebuildAndRefresh();
   std::unique_ptr<TabStripPanel> makePanel();
@@ -79,6 +85,8 @@ class TabStripController {
   Surroundings around_;
   std::map<PanelKey, std::unique_ptr<TabStripPanel>> panels_;
   std::vector<Subscription> subscriptions_;
+  Subscription refreshSoon_;
+  Seconds nextFrame_ = 0;  // when the tabs may be shown again
 };
 
 }  // namespace pellow

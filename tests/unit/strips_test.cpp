@@ -26,7 +26,12 @@ class Strips : public testing::Test {
     desktop.setDefault(key, std::move(value));
     notifications.post(Preferences::didChange);
   }
-  const View& tabs() { return *desktop.panel("pellow-strip").view("tabs"); }
+  // As they are shown now, and in the next frame of the display.
+  const View& shownTabs() { return *desktop.panel("pellow-strip").view("tabs"); }
+  const View& tabs() {
+    desktop.run(0.02);
+    return shownTabs();
+  }
 
   SimulatedPlatform platform;
   simulated::SimulatedDesktop& desktop = platform.desktop();
@@ -34,8 +39,9 @@ class Strips : public testing::Test {
   Preferences preferences{platform.userDefaults(), notifications};
   ZoneStore zones{platform.userDefaults(), notifications, platform.uuidSource()};
   TabStore store{notifications, platform.workspace()};
-  TabStripController strips{{store, zones, preferences, platform.userDefaults(), platform.screens(),
-                             platform.panels(), notifications}};
+  TabStripController strips{{store, zones, preferences, platform.userDefaults(), platform.clock(),
+                             platform.queues().main(), platform.screens(), platform.panels(),
+                             notifications}};
 };
 
 TEST_F(Strips, AnEmptyZoneIsAShortStrip) {
@@ -47,8 +53,11 @@ TEST_F(Strips, AnEmptyZoneIsAShortStrip) {
 TEST_F(Strips, TabsFollowTheStore) {
   const auto first = tab("First", "a");
   const auto second = tab("Second", "b");
+  tabs();
   store.add(first);
+  EXPECT_EQ(shownTabs().children.size(), 1) << "at once";
   store.add(second);
+  EXPECT_EQ(shownTabs().children.size(), 1) << "not twice in one frame";
   ASSERT_EQ(tabs().children.size(), 2);
   EXPECT_EQ(tabs().children[0].look.accessibleName, "First");
   EXPECT_GT(tabs().children[0].frame.minY(), tabs().children[1].frame.minY());
