@@ -20,6 +20,11 @@ xcb_visualid_t visualWithAlpha(const xcb_screen_t* screen) {
   throw std::runtime_error("the X server has no windows with alpha");
 }
 
+xcb_rectangle_t rectangle(PixelRect rect) {
+  return {static_cast<std::int16_t>(rect.x), static_cast<std::int16_t>(rect.y),
+          static_cast<std::uint16_t>(rect.width), static_cast<std::uint16_t>(rect.height)};
+}
+
 }  // namespace
 
 PaintedWindow::PaintedWindow(const DesktopSession& desktop, PixelRect place, Looks looks)
@@ -43,11 +48,10 @@ void PaintedWindow::create(PixelRect place) {
   xcb_create_colormap(raw, XCB_COLORMAP_ALLOC_NONE, colours, screen_->root, visual);
   const std::array<std::uint32_t, 4> values{0, looks_.isManaged ? 0u : 1u, XCB_EVENT_MASK_EXPOSURE,
                                             colours};
+  const auto area = rectangle(place);
   xcb_create_window(
-      raw, looks_.hasAlpha ? 32 : screen_->root_depth, window_, screen_->root,
-      static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y),
-      static_cast<std::uint16_t>(place.width), static_cast<std::uint16_t>(place.height), 0,
-      XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
+      raw, looks_.hasAlpha ? 32 : screen_->root_depth, window_, screen_->root, area.x, area.y,
+      area.width, area.height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
       XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
       values.data());
   std::array<std::uint32_t, 18> hints{1 | 2};  // the user chose position and size
@@ -79,23 +83,21 @@ void PaintedWindow::draw() {
   }
   const auto context = xcb_generate_id(raw);
   xcb_create_gc(raw, context, window_, 0, nullptr);
-  const auto half = static_cast<std::uint16_t>(place_.width / 2);
-  const auto height = static_cast<std::uint16_t>(place_.height);
-  const auto fill = [&](std::uint32_t colour, const xcb_rectangle_t& area) {
+  const int half = place_.width / 2;
+  const auto fill = [&](std::uint32_t colour, PixelRect part) {
+    const auto area = rectangle(part);
     xcb_change_gc(raw, context, XCB_GC_FOREGROUND, &colour);
     xcb_poly_fill_rectangle(raw, window_, context, 1, &area);
   };
-  fill(looks_.left, {0, 0, half, height});
-  fill(looks_.right, {static_cast<std::int16_t>(half), 0, half, height});
+  fill(looks_.left, {0, 0, half, place_.height});
+  fill(looks_.right, {half, 0, half, place_.height});
   xcb_free_gc(raw, context);
   std::free(xcb_get_input_focus_reply(raw, xcb_get_input_focus(raw), nullptr));
   ++timesDrawn_;
 }
 
 void PaintedWindow::shape(PixelRect part) {
-  const xcb_rectangle_t area{static_cast<std::int16_t>(part.x), static_cast<std::int16_t>(part.y),
-                             static_cast<std::uint16_t>(part.width),
-                             static_cast<std::uint16_t>(part.height)};
+  const auto area = rectangle(part);
   auto* const raw = connection_.get();
   xcb_shape_rectangles(raw, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED,
                        window_, 0, 0, 1, &area);

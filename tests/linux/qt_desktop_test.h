@@ -10,6 +10,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platforms/linux/qt/qt_application.h"
 #include "platforms/linux/system/pollable_main_queue.h"
@@ -82,6 +84,19 @@ class QtDesktopTest : public testing::Test {
     for (const char letter : letters) desktop.type({static_cast<KeySym>(letter)});
   }
 
+  std::function<void()> note(const std::string& what) {
+    return [this, what] { heard.push_back(what); };
+  }
+
+  // Whether these, and nothing else, are heard by and by; then forgets them.
+  testing::AssertionResult hears(const std::vector<std::string>& expected) {
+    const bool came = until([&] { return heard.size() >= expected.size(); });
+    const auto all = std::exchange(heard, {});
+    if (came && all == expected) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "heard: " << testing::PrintToString(all);
+  }
+
+  std::vector<std::string> heard;
   DesktopSession desktop;
   Log log{[](LogLevel, std::string_view message) { ADD_FAILURE() << message; }};
   std::optional<QtApplication> application;

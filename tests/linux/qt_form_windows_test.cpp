@@ -6,12 +6,8 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QScrollArea>
 #include <QSlider>
-#include <QStyle>
-#include <QStyleOptionSlider>
 #include <QTabBar>
-#include <vector>
 
 #include "tests/linux/qt_desktop_test.h"
 
@@ -23,15 +19,12 @@ class QtFormWindowsTest : public QtDesktopTest {
   void SetUp() override {
     QtDesktopTest::SetUp();
     windows.emplace();
+    window = windows->makeWindow("pellow-settings", "Settings of Pellow");
   }
 
   // Shows a form of one pane in front.
   void present(std::vector<FormElement> elements) {
-    present(Form{{{"Pane", std::move(elements)}}});
-  }
-  void present(Form form) {
-    if (!window) window = windows->makeWindow("pellow-settings", "Settings of Pellow");
-    window->setForm(std::move(form));
+    show(std::move(elements));
     window->present();
     ASSERT_TRUE(until([&] { return hasKeyboard(); }));
   }
@@ -49,30 +42,19 @@ class QtFormWindowsTest : public QtDesktopTest {
 
   // The one that is seen first, from top to bottom.
   template <class Widget>
-  Widget* find(const std::string& text = {}) {
+  Widget* find(const char* text = nullptr) {
     for (auto* const top : QApplication::topLevelWidgets())
       for (auto* const widget : top->findChildren<Widget*>())
-        if (widget->isVisible() && !widget->isWindow() && (text.empty() || textOf(*widget) == text))
+        if (widget->isVisible() && !widget->isWindow() &&
+            (!text || widget->property("text").toString() == text))
           return widget;
     return nullptr;
   }
-  template <class Widget>
-  static std::string textOf(const Widget& widget) {
-    if constexpr (requires { widget.text(); }) return widget.text().toStdString();
-    return {};
+  void clickButton(const char* text) {
+    auto* const button = find<QAbstractButton>(text);
+    click(placeOf(*button, {8, button->height() / 2}));
   }
 
-  std::function<void()> note(const std::string& what) {
-    return [this, what] { heard.push_back(what); };
-  }
-  bool hears(const std::vector<std::string>& expected) {
-    const bool came = until([&] { return heard.size() >= expected.size(); });
-    EXPECT_EQ(heard, expected);
-    heard.clear();
-    return came;
-  }
-
-  std::vector<std::string> heard;
   std::optional<QtFormWindows> windows;
   std::unique_ptr<FormWindow> window;
 };
@@ -99,36 +81,33 @@ TEST_F(QtFormWindowsTest, ATextFieldTellsOnceWhatWasTypedAndShowsTheFormAgain) {
   ASSERT_TRUE(field);
   EXPECT_EQ(field->width(), 150);
   EXPECT_EQ(field->accessibleName(), "Name");
-  const auto enter = [&](std::string_view words) {
+  const auto enter = [&](const char* words) {
     desktop.type({key::control, 'a'});
     type(words);
-    ASSERT_TRUE(until([&] { return textOf(*field) == words; }));
+    ASSERT_TRUE(until([&] { return field->text() == words; }));
   };
 
   clickInto(field);
   enter("no");
   desktop.type({key::returnKey});
   EXPECT_TRUE(hears({"no"}));
-  EXPECT_EQ(textOf(*field), "Main") << "the form has not taken it";
+  EXPECT_EQ(field->text(), "Main") << "the form has not taken it";
   EXPECT_TRUE(field->hasFocus());
 
   // A form that comes meanwhile leaves what is being typed alone.
   enter("keep");
   show(form());
-  EXPECT_EQ(textOf(*field), "keep");
+  EXPECT_EQ(field->text(), "keep");
   type("er");
-  ASSERT_TRUE(until([&] { return textOf(*field) == "keeper"; }));
-  click(middleOf(*find<QAbstractButton>("Elsewhere")));
+  ASSERT_TRUE(until([&] { return field->text() == "keeper"; }));
+  clickButton("Elsewhere");
   EXPECT_TRUE(hears({"keeper", "elsewhere"}));
-  EXPECT_EQ(textOf(*field), "keeper");
+  EXPECT_EQ(field->text(), "keeper");
 
-  clickInto(field);
-  click(middleOf(*find<QAbstractButton>("Elsewhere")));
-  EXPECT_TRUE(hears({"elsewhere"})) << "nothing was typed";
   clickInto(field);
   enter("gone");
   desktop.type({key::escape});
-  EXPECT_TRUE(until([&] { return textOf(*field) == "keeper"; }));
+  EXPECT_TRUE(until([&] { return field->text() == "keeper"; }));
   enter("keep me");
   desktop.type({key::control, 'w'});
   EXPECT_TRUE(hears({"keep me"})) << "closing the window leaves the field";
@@ -171,7 +150,7 @@ TEST_F(QtFormWindowsTest, ADragOnASliderGoesOnWhileTheFormChangesAroundIt) {
     EXPECT_NEAR(value, 20 + 52 * to / 184.0, 3);
     EXPECT_EQ(find<QSlider>(), slider);
     EXPECT_TRUE(slider->isSliderDown());
-    EXPECT_TRUE(find<QLabel>(fmt::format("{:.0f} pt", value)));
+    EXPECT_TRUE(find<QLabel>(fmt::format("{:.0f} pt", value).c_str()));
   }
   desktop.movePointer(from.x() + 900, from.y() + 200);
   ASSERT_TRUE(until([&] { return value == 72; }));
@@ -179,9 +158,8 @@ TEST_F(QtFormWindowsTest, ADragOnASliderGoesOnWhileTheFormChangesAroundIt) {
   ASSERT_TRUE(until([&] { return !slider->isSliderDown(); }));
   EXPECT_TRUE(std::ranges::is_sorted(values));
 
-  const auto count = values.size();
   click(placeOf(*slider, {100, slider->height() / 2}));
-  ASSERT_TRUE(until([&] { return values.size() > count; }));
+  ASSERT_TRUE(until([&] { return value < 72; }));
   EXPECT_NEAR(value, 46, 2) << "a press takes the knob below the pointer";
 }
 
@@ -202,14 +180,14 @@ TEST_F(QtFormWindowsTest, ControlsTellWhatTheUserDoesAndShowWhatTheFormSays) {
   present(form());
   auto* const popUp = find<QComboBox>();
   EXPECT_EQ(popUp->currentIndex(), -1);
-  click(middleOf(*find<QAbstractButton>("Disabled")));
-  click(placeOf(*find<QAbstractButton>("Save && close"), {8, 8}));
+  clickButton("Disabled");
+  clickButton("Save && close");
   EXPECT_TRUE(hears({"on"}));
   show(form());
   EXPECT_FALSE(find<QAbstractButton>("Save && close")->isChecked()) << "the form says otherwise";
   isOn = true;
   show(form());
-  click(placeOf(*find<QAbstractButton>("Save && close"), {8, 8}));
+  clickButton("Save && close");
   EXPECT_TRUE(hears({"off"}));
 
   click(middleOf(*popUp));
@@ -224,7 +202,7 @@ TEST_F(QtFormWindowsTest, ControlsTellWhatTheUserDoesAndShowWhatTheFormSays) {
   EXPECT_EQ(popUp->currentIndex(), 1);
   auto* const radio = find<QAbstractButton>("Default");
   EXPECT_TRUE(radio->isChecked());
-  click(placeOf(*radio, {8, 8}));
+  clickButton("Default");
   EXPECT_TRUE(hears({"radio"}));
   EXPECT_TRUE(radio->isChecked()) << "a radio button does not go off by a click";
 }
@@ -237,7 +215,6 @@ TEST_F(QtFormWindowsTest, WhatAControlDoesMayTakeItAwayAndTheWindowToo) {
                                                heard.push_back(typed);
                                                show(form(false));
                                              }}});
-    if (both) elements.push_back({"remove", PushButton{"Remove", note("removed")}});
     elements.push_back({"end", PushButton{"End", [&] {
                                             heard.push_back("end");
                                             window.reset();
@@ -250,31 +227,29 @@ TEST_F(QtFormWindowsTest, WhatAControlDoesMayTakeItAwayAndTheWindowToo) {
   desktop.type({key::returnKey});
   EXPECT_TRUE(hears({"a"}));
   EXPECT_FALSE(find<QLineEdit>());
-  EXPECT_FALSE(find<QAbstractButton>("Remove"));
   show(form(true));
-  EXPECT_TRUE(find<QLineEdit>());
   work();
 
   // A field whose text is thrown away with it tells nothing.
   clickInto(find<QLineEdit>());
   type("b");
-  ASSERT_TRUE(until([&] { return textOf(*find<QLineEdit>()) == "b"; }));
+  ASSERT_TRUE(until([&] { return find<QLineEdit>()->text() == "b"; }));
   show(form(false));
   ASSERT_TRUE(until([&] { return find<QAbstractButton>("End")->y() < 60; }));
-  click(middleOf(*find<QAbstractButton>("End")));
+  clickButton("End");
   EXPECT_TRUE(hears({"end"}));
   EXPECT_TRUE(until([&] { return shown("pellow-settings") == 0; }));
 }
 
 TEST_F(QtFormWindowsTest, TheWindowIsAnOrdinaryOneThatClosingOnlyHides) {
-  const std::string longText(300, 'm');
+  std::string words = "mmmmmmmmmmmmmmmmmmmm";
+  for (int i = 0; i < 15; ++i) words += " word";
   const Form form{{{"General", {text("t", "Section", FormTextStyle::section)}},
-                   {"Long",
-                    {text("long", "word " + longText.substr(0, 20) +
-                                      " word word word word "
-                                      "word word word word word word word word word")}},
+                   {"Long", {text("long", words)}},
                    {"Third", {}}}};
-  present(form);
+  window->setForm(form);
+  window->present();
+  ASSERT_TRUE(until([&] { return hasKeyboard(); }));
   const auto id = shown("pellow-settings");
   EXPECT_EQ(desktop.bytes(id, "WM_CLASS"), std::string("pellow-settings\0pellow\0", 23));
   EXPECT_EQ(desktop.bytes(id, "_NET_WM_NAME"), "Settings of Pellow");

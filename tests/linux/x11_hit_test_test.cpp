@@ -1,5 +1,4 @@
 #include <cstdlib>
-#include <map>
 #include <set>
 
 #include "tests/desktop/window_manager_choice.h"
@@ -10,22 +9,6 @@
 
 namespace pellow::desktop {
 namespace {
-
-// Sets a variable of this process's own environment for as long as it lives.
-class EnvironmentChange {
- public:
-  EnvironmentChange(std::string name, const std::string& value) : name_(std::move(name)) {
-    if (const char* old = std::getenv(name_.c_str())) old_ = old;
-    setenv(name_.c_str(), value.c_str(), 1);
-  }
-  EnvironmentChange(const EnvironmentChange&) = delete;
-  EnvironmentChange& operator=(const EnvironmentChange&) = delete;
-  ~EnvironmentChange() { old_ ? setenv(name_.c_str(), old_->c_str(), 1) : unsetenv(name_.c_str()); }
-
- private:
-  std::string name_;
-  std::optional<std::string> old_;
-};
 
 // A title bar with the minimize button somewhere, and how its user chooses it.
 struct Arrangement {
@@ -96,17 +79,19 @@ Command withSettings(const Command& command, const Arrangement& arrangement) {
 
 class X11HitTest : public testing::Test {
  protected:
+  ~X11HitTest() override {
+    setenv("HOME", home_.c_str(), 1);
+    for (const auto* name : {"XDG_CONFIG_HOME", "GSETTINGS_BACKEND"}) unsetenv(name);
+  }
+
   void start(const Arrangement& arrangement = {}) {
     x11.reset();
-    environment.clear();
     desktop = std::make_unique<DesktopSession>(
         DesktopOptions{.windowManager = withSettings(chosenManager().command, arrangement)});
     const std::string home = desktop->environment().at("HOME");
-    for (const auto& [name, value] :
-         std::map<std::string, std::string>{{"HOME", home},
-                                            {"XDG_CONFIG_HOME", desktop->configHome()},
-                                            {"GSETTINGS_BACKEND", "keyfile"}})
-      environment.push_back(std::make_unique<EnvironmentChange>(name, value));
+    setenv("HOME", home.c_str(), 1);
+    setenv("XDG_CONFIG_HOME", desktop->configHome().c_str(), 1);
+    setenv("GSETTINGS_BACKEND", "keyfile", 1);
     x11 = X11Desktop::open(desktop->display(), 1,
                            {[](const std::string&) { return std::nullopt; }, [] { return false; }},
                            log)
@@ -178,7 +163,7 @@ class X11HitTest : public testing::Test {
     }
   }
 
-  std::vector<std::unique_ptr<EnvironmentChange>> environment;
+  const std::string home_ = std::getenv("HOME") ? std::getenv("HOME") : "/";
   std::unique_ptr<DesktopSession> desktop;
   Log log{[](LogLevel, std::string_view message) { ADD_FAILURE() << message; }};
   std::unique_ptr<X11Desktop> x11;

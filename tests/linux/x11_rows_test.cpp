@@ -29,12 +29,9 @@ TEST_F(X11Rows, ShadedWindowsAreNotMinimizedAndComeBackShaded) {
       x11->accessibility().observe(x11->accessibility().application(pid), "AXWindowMiniaturized",
                                    [&](const AXElement&) { heard.push_back("minimized"); });
   const auto home = desktop.frame(window);
-  const auto shade = [&] {
-    desktop.changeState(window, "_NET_WM_STATE_SHADED", true);
-    ASSERT_TRUE(eventually([&] { return isShaded(window); }));
-    ASSERT_TRUE(x11->processEvents());
-  };
-  ASSERT_NO_FATAL_FAILURE(shade());
+  desktop.changeState(window, "_NET_WM_STATE_SHADED", true);
+  ASSERT_TRUE(eventually([&] { return isShaded(window); }));
+  ASSERT_TRUE(x11->processEvents());
   EXPECT_EQ(read<bool>(element, "AXMinimized"), false);
   EXPECT_TRUE(heard.empty());
 
@@ -150,12 +147,9 @@ TEST_F(X11Rows, DocksKeepTheirSideOfTheirMonitor) {
   int changes = 0;
   const auto observer = x11->screens().onDidChangeParameters([&] { ++changes; });
   const auto expectVisible = [&](const std::vector<AppKitRect>& expected) {
-    const auto visible = [&] {
-      std::vector<AppKitRect> found;
-      for (const auto& screen : x11->screens().all()) found.push_back(screen.visibleFrame);
-      return found;
-    };
-    EXPECT_TRUE(until([&] { return visible() == expected; })) << testing::PrintToString(visible());
+    EXPECT_TRUE(until([&] {
+      return std::ranges::equal(x11->screens().all(), expected, {}, &Screen::visibleFrame);
+    })) << testing::PrintToString(expected);
     EXPECT_GT(std::exchange(changes, 0), 0);
   };
   Monitors monitors(desktop.display());
@@ -171,16 +165,20 @@ TEST_F(X11Rows, DocksKeepTheirSideOfTheirMonitor) {
   expectVisible({{0, 0, 640, 750}, {640, 200, 640, 550}});
   client.destroy(top);
   expectVisible({left, right});
-  const auto side = client.openDock({1240, 0, 40, 600}, "right");
-  expectVisible({left, {640, 200, 600, 600}});
-  client.destroy(side);
-  expectVisible({left, right});
-  const auto start = client.openDock({0, 0, 40, 800}, "left");
-  expectVisible({{40, 0, 600, 800}, right});
-  client.destroy(start);
-  expectVisible({left, right});
-  client.openDock({0, 760, 640, 40}, "bottom");
-  expectVisible({{0, 40, 640, 760}, right});
+  struct Case {
+    const char* side;
+    PixelRect dock;
+    std::vector<AppKitRect> visible;
+  };
+  for (const auto& [side, dock, visible] :
+       {Case{"right", {1240, 0, 40, 600}, {left, {640, 200, 600, 600}}},
+        Case{"left", {0, 0, 40, 800}, {{40, 0, 600, 800}, right}},
+        Case{"bottom", {0, 760, 640, 40}, {{0, 40, 640, 760}, right}}}) {
+    const auto window = client.openDock(dock, side);
+    expectVisible(visible);
+    client.destroy(window);
+    expectVisible({left, right});
+  }
 }
 
 }  // namespace

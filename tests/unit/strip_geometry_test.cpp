@@ -38,14 +38,6 @@ TEST(StripRun, FollowsTheEdgeAndTheDisplay) {
   EXPECT_EQ(StripRun::make(left, std::nullopt, false).available, 0);
 }
 
-TEST(StripGeometry, AnEmptyStripIsNoTallerThanItsPadding) {
-  for (const bool horizontal : {false, true}) {
-    const auto geometry = StripGeometry::make({}, {.horizontal = horizontal, .available = 100});
-    EXPECT_EQ(geometry.panelSize(), (Size{44, 10}));
-    EXPECT_TRUE(geometry.laneThickness().empty());
-  }
-}
-
 TEST(StripGeometry, WrapsAtTheFirstTabThatWouldPassTheEnd) {
   // 30 + 4 + 30 + 4 + 30 = 98
   const StripGeometry fits(tabs(3), {.available = 98});
@@ -57,10 +49,8 @@ TEST(StripGeometry, WrapsAtTheFirstTabThatWouldPassTheEnd) {
   EXPECT_EQ(wraps.offsetInLane(), (std::vector<double>{0, 34, 0}));
   EXPECT_EQ(wraps.panelSize(), (Size{30 + 4 + 30 + 10, 64 + 10}));
 
-  const StripGeometry unlimited(tabs(50), {.available = 0});
-  EXPECT_EQ(unlimited.laneOf().back(), 0);
-  const StripGeometry negative(tabs(50), {.available = -5});
-  EXPECT_EQ(negative.laneOf().back(), 0);
+  for (const double available : {0.0, -5.0})
+    EXPECT_EQ(StripGeometry(tabs(50), {.available = available}).laneOf().back(), 0) << "unlimited";
 }
 
 TEST(StripGeometry, TheFourthLaneTakesTheSurplus) {
@@ -81,11 +71,9 @@ TEST(StripGeometry, ALaneIsAsThickAsItsThickestTab) {
 
   const StripGeometry titled({{20, true}}, {.horizontal = true});
   EXPECT_EQ(titled.panelSize(), (Size{106 + 10, 16.4 + 10}));
-}
-
-TEST(StripGeometry, OnlyTheWidthHasAMinimum) {
-  EXPECT_EQ(StripGeometry(tabs(1, 14), {.horizontal = true}).panelSize(), (Size{44, 24}));
-  EXPECT_EQ(StripGeometry(tabs(1, 14), {.horizontal = false}).panelSize(), (Size{44, 24}));
+  for (const bool horizontal : {true, false})
+    EXPECT_EQ(StripGeometry(tabs(1, 14), {.horizontal = horizontal}).panelSize(), (Size{44, 24}))
+        << "only the width has a minimum";
 }
 
 TEST(StripGeometry, ShrinksOnlyWhatFourLanesWouldNotHold) {
@@ -221,15 +209,12 @@ TEST(StripPlacement, DroppingSnapsToANearEdge) {
 }
 
 TEST(StripPlacement, ADroppedStripStaysWhereItWasDropped) {
-  for (const double x : {1100.0, 1333.25, 1600.0}) {
-    const AppKitRect frame(x, -333, 100, 200);
-    const auto placement = StripPlacement::forDropped(frame, visible, 48);
-    const auto again =
-        stripFrame(zoneAt(placement.position, placement.snap), frame.size, visible, true);
-    EXPECT_EQ(placement.snap, std::nullopt);
-    EXPECT_NEAR(again.minX(), x, near);
-    EXPECT_NEAR(again.minY(), -333, near);
-  }
+  const AppKitRect frame(1333.25, -333, 100, 200);
+  const auto [position, snap] = StripPlacement::forDropped(frame, visible, 48);
+  const auto again = stripFrame(zoneAt(position, snap), frame.size, visible, true);
+  EXPECT_EQ(snap, std::nullopt);
+  EXPECT_NEAR(again.minX(), 1333.25, near);
+  EXPECT_NEAR(again.minY(), -333, near);
 }
 
 }  // namespace
