@@ -11,6 +11,7 @@ namespace {
 constexpr Seconds settleTime = 2;
 constexpr Seconds restoreBatchExtra = 1.5;
 constexpr Seconds ownEcho = 0.5;
+constexpr int putBacksAtMost = 3;
 
 // The side that a zone's windows are slid to: its own, or the nearer one.
 StripEdge parkingSide(const TabZone& zone) {
@@ -352,22 +353,23 @@ Task<> PellowController::pruneDead() {
 void PellowController::restoreAllBlocking() {
   // Not started: the journal is still that of a previous run.
   if (!strip_) return;
-  auto underWay = triggers_.lateMinimizes();
+  auto away = triggers_.lateMinimizes();
   for (const auto& entry : ledger_.entries())
-    if (entry.tab) underWay.push_back(*entry.tab);
+    if (entry.tab) away.push_back(*entry.tab);
+  away.insert(away.end(), store_.tabs().begin(), store_.tabs().end());
   tasks_.cancel();
   bulkActions_.dropWaiting();
-  const auto putBack = [this](const TabItem& tab) {
-    displays_.recordMainHeight();  // what is blocked here hears of no change
-    mechanisms_.revealBlocking(tab);
-  };
-  for (const auto& tab : underWay) putBack(tab);
+
+  // What blocks here hears of no change of the displays, and windows may answer slowly.
+  for (int attempt = 0; attempt < putBacksAtMost; ++attempt) {
+    const auto screens = around_.screens.all();
+    displays_.recordMainHeight();
+    for (const auto& tab : away) mechanisms_.revealBlocking(tab);
+    if (around_.screens.all() == screens) break;
+  }
 
   std::vector<UUID> ids;
-  for (const auto& tab : store_.tabs()) {
-    putBack(tab);
-    ids.push_back(tab.id);
-  }
+  for (const auto& tab : store_.tabs()) ids.push_back(tab.id);
   store_.remove(ids);
   journal_.write({});
 }
