@@ -474,7 +474,7 @@ std::string World::plug(int side) {
   auto& desktop = platform_->desktop();
   const auto& screens = desktop.screens();
   if (std::ssize(screens) >= mostDisplays) return "";
-  const auto& size = pick(std::array{Size{1920, 1080}, Size{1280, 800}}, side / 3);
+  const auto size = pick(std::array{Size{1920, 1080}, Size{1280, 800}}, side / 3);
   AppKitPoint origin;
   if (!screens.empty()) {
     const auto right =
