@@ -10,7 +10,6 @@
 namespace pellow {
 namespace {
 
-constexpr Seconds settleTime = 2;
 constexpr std::size_t lateMinimizesAtMost = 64;
 
 // The frames of an application's windows that are not minimized.
@@ -32,7 +31,7 @@ void AutomaticTriggers::windowWasMinimized(const TargetWindow& window) {
   if (const auto tab = takeLateMinimize(window)) return onMinimizedLate(*tab);
   if (!boolean(around_.userDefaults, preference::pellowOnMinimize)) return;
   if (around_.echoes.isMinimizeSuppressed()) return;
-  around_.echoes.settle(window.pid, settleTime);
+  around_.echoes.settle(window.pid, EchoGuard::settleTime);
   around_.log.standard("Window minimized elsewhere; pellowing it");
   onPellow(window);
 }

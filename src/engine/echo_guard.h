@@ -22,6 +22,9 @@ class EchoGuard {
   void suppressMinimize(Seconds duration);
   bool isMinimizeSuppressed() const;
 
+  // How long an application takes to calm down after one of its windows was put away.
+  static constexpr Seconds settleTime = 2;
+
   // Activations and changes of focus of one application.
   void settle(ProcessID pid, Seconds duration);
   bool isSettling(ProcessID pid) const;

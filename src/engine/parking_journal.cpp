@@ -1,6 +1,5 @@
 #include "engine/parking_journal.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "base/json.h"

@@ -8,7 +8,6 @@
 namespace pellow {
 namespace {
 
-constexpr Seconds settleTime = 2;
 constexpr Seconds restoreBatchExtra = 1.5;
 constexpr Seconds ownEcho = 0.5;
 constexpr int putBacksAtMost = 3;
@@ -188,7 +187,7 @@ Task<> PellowController::pellowApp(TargetWindow window, std::optional<UUID> zone
   if (!hasTabForApp(window.pid)) co_return co_await pellow(window, zone.id, mechanism);
   // Its tab stayed when somebody else brought it back.
   if (!around_.workspace.hide(window.pid)) failures_.report(PellowError::hideFailed());
-  echoes_.settle(window.pid, settleTime);
+  echoes_.settle(window.pid, EchoGuard::settleTime);
 }
 
 Task<> PellowController::pellowWindows(TargetWindow window, Mechanism mechanism, TabZone zone,
@@ -237,7 +236,7 @@ Task<> PellowController::park(TargetWindow window, Mechanism mechanism, TabZone 
 // The window is minimized, and stays so until its tab brings it back.
 void PellowController::keepInDock(TabItem tab) {
   tab.mechanism = Mechanism::minimize;
-  echoes_.settle(tab.window.pid, settleTime);
+  echoes_.settle(tab.window.pid, EchoGuard::settleTime);
   store_.add(std::move(tab));
 }
 
@@ -245,12 +244,13 @@ void PellowController::keepInDock(TabItem tab) {
 // only when the window is hidden.
 Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone,
                                  bool wasMinimized) {
-  const auto tabFrame = strip_->projectedTabFrame(zone.id);
+  const auto tabFrame =
+      shouldAnimate(tab.mechanism) ? strip_->projectedTabFrame(zone.id) : std::nullopt;
   claim.setTab(tab);
   const auto hiding = co_await mechanisms_.hide(tab, parkingSide(zone));
   if (hiding.mayBeHidden) {
     store_.add(tab);
-    echoes_.settle(tab.window.pid, settleTime);
+    echoes_.settle(tab.window.pid, EchoGuard::settleTime);
     if (tabFrame) flyOut(tab, *tabFrame);
   }
   if (!hiding.failure) co_return;
@@ -286,7 +286,8 @@ void PellowController::restore(const std::vector<UUID>& ids) {
   std::list<Returning> returning;
   for (const auto& tab : store_.tabs()) {
     if (std::ranges::find(ids, tab.id) == ids.end()) continue;
-    returning.push_back({tab, ledger_.claim(tab.window), strip_->frame(tab.id)});
+    returning.push_back({tab, ledger_.claim(tab.window), std::nullopt});
+    if (shouldAnimate(tab.mechanism)) returning.back().tabFrame = strip_->frame(tab.id);
     returning.back().claim.setTab(tab);
   }
   if (returning.empty()) return;
@@ -422,7 +423,7 @@ bool PellowController::shouldAnimate(Mechanism mechanism) const {
 }
 
 void PellowController::flyOut(const TabItem& tab, const AppKitRect& tabFrame) {
-  if (!shouldAnimate(tab.mechanism) || !tab.originalFrame) return;
+  if (!tab.originalFrame) return;
   const auto& image = tab.snapshot ? tab.snapshot : tab.icon;
   if (!image) return;
   flights_.flyOut(*image,
@@ -433,7 +434,7 @@ void PellowController::flyOut(const TabItem& tab, const AppKitRect& tabFrame) {
 void PellowController::flyBack(const Returning& returning) {
   const auto& tab = returning.tab;
   const auto& image = tab.snapshot ? tab.snapshot : tab.icon;
-  if (!shouldAnimate(tab.mechanism) || !returning.tabFrame || !image || !tab.originalFrame) return;
+  if (!returning.tabFrame || !image || !tab.originalFrame) return;
   const QuartzRect home{tab.mechanism == Mechanism::offscreen
                             ? parking_.restoreOrigin(*tab.originalFrame)
                             : tab.originalFrame->origin,

@@ -123,7 +123,7 @@ class PellowController {
   struct Returning {
     TabItem tab;
     Ledger::Claim claim;
-    std::optional<AppKitRect> tabFrame;  // where it stood on the screen
+    std::optional<AppKitRect> tabFrame;  // where it stood on the screen, for its flight
   };
 
   Task<> pellowFocusedWindow();
