@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include <fmt/ranges.h>
+
 #include "platforms/simulated/simulated_panels.h"
 #include "platforms/simulated/simulated_system.h"
 
@@ -62,6 +64,16 @@ class Element : public AXElement::Object {
   Answer copyAttribute(std::string_view attribute) const override {
     if (const auto error = arrive(AXCall::read, attribute)) return std::unexpected(*error);
     return read(attribute);
+  }
+  std::vector<Answer> copyMultipleAttributeValues(
+      std::span<const std::string_view> attributes) const override {
+    std::vector<Answer> answers;
+    const auto failure = arrive(AXCall::read, fmt::format("{}", fmt::join(attributes, ", ")));
+    for (const auto attribute : attributes) {
+      const auto error = failure ? failure : orderedFault(AXCall::read, attribute);
+      answers.push_back(error ? Answer(std::unexpected(*error)) : read(attribute));
+    }
+    return answers;
   }
   std::expected<void, AXError> setAttribute(std::string_view attribute,
                                             const AXValue& value) override {

@@ -1,17 +1,13 @@
 #include "access/ax.h"
 
-#include <utility>
-#include <variant>
+#include <array>
 
 namespace pellow::AX {
 namespace {
 
 template <class T>
 std::optional<T> read(const AXElement& element, std::string_view attribute) {
-  auto value = element.copyAttribute(attribute);
-  auto* const held = value ? std::get_if<T>(&*value) : nullptr;
-  if (!held) return std::nullopt;
-  return std::move(*held);
+  return held<T>(element.copyAttribute(attribute));
 }
 
 }  // namespace
@@ -45,10 +41,11 @@ std::vector<AXElement> children(const AXElement& element, std::string_view attri
 }
 
 std::optional<QuartzRect> frame(const AXElement& element) {
-  const auto position = read<QuartzPoint>(element, attribute::position);
-  if (!position) return std::nullopt;
-  const auto size = read<Size>(element, attribute::size);
-  if (!size) return std::nullopt;
+  constexpr std::array both{attribute::position, attribute::size};
+  const auto answers = element.copyMultipleAttributeValues(both);
+  const auto position = held<QuartzPoint>(answers[0]);
+  const auto size = held<Size>(answers[1]);
+  if (!position || !size) return std::nullopt;
   return QuartzRect(*position, *size);
 }
 

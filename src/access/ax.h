@@ -1,16 +1,18 @@
 #pragma once
 
+#include <expected>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "base/geometry.h"
 #include "platform/accessibility.h"
 
-// Typed readers of other applications' attributes. Each reads one attribute and answers nothing
-// when that fails in any way: an error, no value, a value of another type. They block until the
-// other application answers, at most for the element's messaging timeout; any thread.
+// Typed readers of other applications' attributes. Each is one call and answers nothing when that
+// fails in any way: an error, no value, a value of another type. They block until the other
+// application answers, at most for the element's messaging timeout; any thread.
 namespace pellow::AX {
 
 namespace attribute {
@@ -45,6 +47,13 @@ inline constexpr Seconds systemWide = 0.1;
 inline constexpr Seconds application = 0.25;
 inline constexpr Seconds windowChange = 5.0;  // worth waiting for, off the main thread
 }  // namespace timeout
+
+// What an answer holds, or nothing.
+template <class T>
+std::optional<T> held(const std::expected<AXValue, AXError>& answer) {
+  const auto* const value = answer ? std::get_if<T>(&*answer) : nullptr;
+  return value ? std::optional(*value) : std::nullopt;
+}
 
 // The element of the whole system, with its short timeout. Whoever asks it again and again (the
 // hover trigger) makes it once and keeps it.

@@ -1,5 +1,6 @@
 #include "access/target_window.h"
 
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -64,6 +65,22 @@ std::optional<TargetWindow> TargetWindow::frontmost(Accessibility& accessibility
 bool TargetWindow::isGone() const {
   const auto role = element.copyAttribute(AX::attribute::role);
   return !role && role.error() == AXError::invalidUIElement;
+}
+
+WindowState TargetWindow::state() const {
+  element.setMessagingTimeout(AX::timeout::windowChange);
+  constexpr std::array attributes{AX::attribute::role, AX::attribute::title,
+                                  AX::attribute::position, AX::attribute::size,
+                                  AX::attribute::minimized};
+  const auto answers = element.copyMultipleAttributeValues(attributes);
+  const auto& role = answers[0];
+  if (!role && role.error() == AXError::cannotComplete) return {.answers = false};
+  WindowState state{.title = AX::held<std::string>(answers[1]).value_or(""),
+                    .isMinimized = AX::held<bool>(answers[4]).value_or(false)};
+  const auto position = AX::held<QuartzPoint>(answers[2]);
+  const auto size = AX::held<Size>(answers[3]);
+  if (position && size) state.frame = QuartzRect(*position, *size);
+  return state;
 }
 
 QuartzPoint TargetWindow::move(QuartzPoint point, Verify verify, Clock& clock) const {

@@ -2,6 +2,7 @@
 
 #include <expected>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "base/geometry.h"
@@ -13,6 +14,14 @@ namespace pellow {
 
 // Whether a move waits until the window reports its new place.
 enum class Verify { no, yes };
+
+// What a window says of itself.
+struct WindowState {
+  std::string title;
+  std::optional<QuartzRect> frame;
+  bool isMinimized = false;
+  bool answers = true;  // its application did, in time
+};
 
 // One window of another application.
 struct TargetWindow {
@@ -38,6 +47,10 @@ struct TargetWindow {
   // Whether the window is surely gone (`invalidUIElement`), not merely slow or failing otherwise.
   // Any thread.
   bool isGone() const;
+
+  // Read in one call, which waits for a slow application as long as a change of the window does.
+  // Any thread.
+  WindowState state() const;
 
   // Moves the window's top left corner. With `Verify::yes` it waits until the window stands within
   // 2 points of `point` on both axes, at most 0.6 s, and answers where it stands then, which may be

@@ -56,19 +56,14 @@ Task<> BulkActions::pellowApps(bool onlyPinned, std::vector<TargetWindow> exclud
     if (application.bundleID)
       if (const auto zone = around_.zones.pinnedZone(*application.bundleID)) pin = zone->id;
     if (onlyPinned && !pin) continue;
-    if (const auto window = co_await anyWindow(application.pid))
-      co_await pellowApp(*window, pin, excluding);
+    auto windows = co_await around_.axQueue.ax(
+        [&] { return TargetWindow::windows(around_.accessibility, application.pid); });
+    if (!windows.empty()) co_await pellowApp(application, std::move(windows), pin, excluding);
   }
   auto bulk = around_.failures.endBulk();
   if (bulk.failures.empty()) co_return;
   if (bulk.refusedOffscreen.empty()) co_return around_.failures.report(bulk.failures);
   around_.tasks.start(offerToMinimize(std::move(bulk)));
-}
-
-Task<std::optional<TargetWindow>> BulkActions::anyWindow(ProcessID pid) {
-  const auto windows = co_await around_.axQueue.ax(
-      [&] { return TargetWindow::windows(around_.accessibility, pid); });
-  co_return windows.empty() ? std::nullopt : std::optional(windows.front());
 }
 
 Task<> BulkActions::offerToMinimize(FailureReports::Bulk bulk) {

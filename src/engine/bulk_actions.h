@@ -33,9 +33,10 @@ class BulkActions {
 
   explicit BulkActions(const Surroundings& surroundings) : around_(surroundings) {}
 
-  // Puts all windows of this window's application away but those excluded, and reports failures.
-  std::function<Task<>(TargetWindow window, std::optional<UUID> zoneID,
-                       std::vector<TargetWindow> excluding)>
+  // Puts the windows of an application, all it has and at least one, away but those excluded, and
+  // reports failures.
+  std::function<Task<>(RunningApplication application, std::vector<TargetWindow> windows,
+                       std::optional<UUID> zoneID, std::vector<TargetWindow> excluding)>
       pellowApp;
   // Minimizes a window to a tab, unless it has one.
   std::function<Task<>(TargetWindow window)> minimizeInstead;
@@ -57,7 +58,6 @@ class BulkActions {
   Task<> everything();
   Task<> everythingElse();
   Task<> pellowApps(bool onlyPinned, std::vector<TargetWindow> excluding);
-  Task<std::optional<TargetWindow>> anyWindow(ProcessID pid);
   Task<> offerToMinimize(FailureReports::Bulk bulk);
 
   Surroundings around_;

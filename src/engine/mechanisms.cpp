@@ -18,6 +18,14 @@ std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minim
 
 }  // namespace
 
+void Mechanisms::prepare(const std::vector<const TabItem*>& tabs, StripEdge side) {
+  std::vector<ParkedWindows::Departure> departures;
+  for (const auto* tab : tabs)
+    if (tab->mechanism == Mechanism::offscreen)
+      departures.push_back({*tab, around_.parking.parkOrigin(*tab->originalFrame, side)});
+  if (departures.size() > 1) around_.parkedWindows.recordAhead(departures);
+}
+
 Task<Mechanisms::Hiding> Mechanisms::hide(const TabItem& tab, StripEdge side) {
   switch (tab.mechanism) {
     case Mechanism::minimize:
@@ -42,7 +50,7 @@ Task<Mechanisms::Hiding> Mechanisms::minimize(const TabItem& tab) {
 // that nobody can say anything about may be hidden.
 Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(const TabItem& tab, StripEdge side) {
   const auto target = around_.parking.parkOrigin(*tab.originalFrame, side);
-  if (!around_.parkedWindows.record(tab, target))
+  if (!around_.parkedWindows.record({tab, target}))
     co_return Hiding{.failure = PellowError::moveFailed(AXError::failure)};
 
   Hiding hiding;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "access/ax_queue.h"
 #include "access/pellow_error.h"
@@ -39,6 +40,10 @@ class Mechanisms {
     bool mayBeHidden = false;            // it needs its tab
     std::optional<PellowError> failure;  // for the user; besides a hidden window, too
   };
+
+  // Writes down at once what must be on disk before the windows of these tabs are hidden, one after
+  // another: each is hidden next, or else forgotten.
+  void prepare(const std::vector<const TabItem*>& tabs, StripEdge side);
 
   // Hides the window by the tab's mechanism; `side` is for `offscreen`. A window that would stay in
   // sight is put back.

@@ -1,17 +1,41 @@
 #include "engine/parked_windows.h"
 
+#include <algorithm>
 #include <unordered_set>
 #include <utility>
 
 namespace pellow {
 
-bool ParkedWindows::record(const TabItem& tab, QuartzPoint parkedOrigin) {
-  if (!tab.bundleID) return true;
-  recorded_.push_back(
-      {tab.id, {*tab.bundleID, tab.title, tab.originalFrame->origin, parkedOrigin}});
+std::optional<ParkedWindows::Recorded> ParkedWindows::recorded(const Departure& departure) {
+  const auto& tab = departure.tab;
+  if (!tab.bundleID) return std::nullopt;
+  return Recorded{tab.id,
+                  {*tab.bundleID, tab.title, tab.originalFrame->origin, departure.parkedOrigin}};
+}
+
+bool ParkedWindows::record(const Departure& departure) {
+  auto entry = recorded(departure);
+  if (!entry) return true;
+  const auto ahead = std::ranges::find(recorded_, entry->tab, &Recorded::tab);
+  if (ahead != recorded_.end() && ahead->record == entry->record) {
+    ahead->isAhead = false;
+    return true;
+  }
+  if (ahead != recorded_.end()) recorded_.erase(ahead);
+  recorded_.push_back(std::move(*entry));
   if (write()) return true;
-  forget(tab);
+  forget(departure.tab);
   return false;
+}
+
+void ParkedWindows::recordAhead(const std::vector<Departure>& departures) {
+  const auto before = recorded_.size();
+  for (const auto& departure : departures)
+    if (auto entry = recorded(departure)) recorded_.push_back(std::move(*entry));
+  for (auto entry = recorded_.begin() + before; entry != recorded_.end(); ++entry)
+    entry->isAhead = true;
+  // What is not on disk is written once more by itself.
+  if (recorded_.size() > before && !write()) recorded_.resize(before);
 }
 
 void ParkedWindows::forget(const TabItem& tab) {
@@ -25,7 +49,9 @@ void ParkedWindows::dropStaleRecords() {
   for (const auto& entry : ledger_.entries())
     if (entry.tab) tabs.insert(entry.tab->id);
   for (const auto& tab : store_.tabs()) tabs.insert(tab.id);
-  const auto isStale = [&](const Recorded& each) { return !tabs.contains(each.tab); };
+  const auto isStale = [&](const Recorded& each) {
+    return !each.isAhead && !tabs.contains(each.tab);
+  };
   if (std::erase_if(recorded_, isStale) > 0) write();
 }
 

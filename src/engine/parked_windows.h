@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "base/uuid.h"
@@ -17,8 +18,18 @@ class ParkedWindows {
   ParkedWindows(ParkingJournal& journal, const TabStore& store, const Ledger& ledger)
       : journal_(journal), store_(store), ledger_(ledger) {}
 
+  // A window that is about to move.
+  struct Departure {
+    const TabItem& tab;
+    QuartzPoint parkedOrigin;
+  };
+
   // Before the tab's window moves to `parkedOrigin`: false when that cannot be kept.
-  bool record(const TabItem& tab, QuartzPoint parkedOrigin);
+  bool record(const Departure& departure);
+
+  // The same for windows that move one after another, in one write. For each `record` or `forget`
+  // follows in time.
+  void recordAhead(const std::vector<Departure>& departures);
 
   // The tab's window is not parked any more.
   void forget(const TabItem& tab);
@@ -31,8 +42,10 @@ class ParkedWindows {
   struct Recorded {
     UUID tab;
     ParkingRecord record;
+    bool isAhead = false;  // its window has not begun to move
   };
 
+  static std::optional<Recorded> recorded(const Departure& departure);
   bool write();
 
   ParkingJournal& journal_;

@@ -12,6 +12,10 @@ constexpr Seconds restoreBatchExtra = 1.5;
 constexpr Seconds ownEcho = 0.5;
 constexpr int putBacksAtMost = 3;
 
+// Of one application in one go. Between the look at the first one and the move of the last nobody
+// should have the time to drag it elsewhere.
+constexpr std::size_t parkedTogether = 16;
+
 // The side that a zone's windows are slid to: its own, or the nearer one.
 StripEdge parkingSide(const TabZone& zone) {
   if (zone.snap == StripEdge::left || zone.snap == StripEdge::right) return *zone.snap;
@@ -95,9 +99,9 @@ void PellowController::setCallbacks() {
   };
   triggers_.onMinimizedLate = [this](const TabItem& tab) { store_.add(tab); };
   triggers_.onRestore = [this](UUID tab) { restore({tab}); };
-  bulkActions_.pellowApp = [this](TargetWindow window, std::optional<UUID> zoneID,
-                                  std::vector<TargetWindow> excluding) {
-    return pellowApp(std::move(window), zoneID, std::move(excluding));
+  bulkActions_.pellowApp = [this](RunningApplication application, std::vector<TargetWindow> windows,
+                                  std::optional<UUID> zoneID, std::vector<TargetWindow> excluding) {
+    return pellowApp(std::move(application), std::move(windows), zoneID, std::move(excluding));
   };
   bulkActions_.minimizeInstead = [this](TargetWindow window) {
     return pellow(std::move(window), std::nullopt, Mechanism::minimize);
@@ -152,85 +156,124 @@ Task<> PellowController::pellowFocusedWindow() {
   const auto window = co_await axQueue_.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, around_.workspace); });
   if (!window || window->pid == around_.ownProcess) throw PellowError::noFocusedWindow();
-  if (around_.preferences.mechanism() == Mechanism::hideApp) {
-    co_await pellowApp(*window, std::nullopt, {});
-  } else {
-    co_await pellow(*window, std::nullopt, std::nullopt);
-  }
+  const bool hides = around_.preferences.mechanism() == Mechanism::hideApp;
+  const auto application = around_.workspace.application(window->pid);
+  if (hides && application) co_return co_await pellowApp(*application, {*window}, {}, {});
+  co_await pellow(*window, std::nullopt, std::nullopt);
 }
 
 Task<> PellowController::pellow(TargetWindow window, std::optional<UUID> zoneID,
                                 std::optional<Mechanism> mechanism) {
   if (isTaken(window)) co_return;
-  const auto zone = chooseZone(window, zoneID);
+  const auto application = around_.workspace.application(window.pid);
+  if (!application) co_return failures_.report(PellowError::windowGone());
+  const auto zone = chooseZone(*application, zoneID);
   const auto chosen = mechanism.value_or(around_.preferences.mechanism());
+  if (chosen == Mechanism::hideApp) {
+    co_await hideApp(*application, window, zone);
+  } else {
+    failures_.report(co_await park(*application, {window}, chosen, zone));
+  }
+}
+
+// For hiding the whole application its first window stands for all.
+Task<> PellowController::pellowApp(RunningApplication application,
+                                   std::vector<TargetWindow> windows, std::optional<UUID> zoneID,
+                                   std::vector<TargetWindow> excluding) {
+  const auto pid = application.pid;
+  const auto zone = chooseZone(application, zoneID);
+  const auto mechanism = around_.preferences.mechanism();
+  // Hiding the application would take the windows with it that shall stay.
+  const bool someStay = std::ranges::find(excluding, pid, &TargetWindow::pid) != excluding.end();
+  if (mechanism != Mechanism::hideApp || someStay) {
+    std::erase_if(windows, [&](const TargetWindow& window) {
+      return std::ranges::find(excluding, window) != excluding.end();
+    });
+    const bool hides = mechanism == Mechanism::hideApp;
+    co_return co_await pellowWindows(application, windows, hides ? Mechanism::offscreen : mechanism,
+                                     zone);
+  }
+  if (!hasTabForApp(pid)) {
+    if (!isTaken(windows.front())) co_await hideApp(application, windows.front(), zone);
+    co_return;
+  }
+  // Its tab stayed when somebody else brought it back.
+  if (!around_.workspace.hide(pid)) failures_.report(PellowError::hideFailed());
+  echoes_.settle(pid, EchoGuard::settleTime);
+}
+
+Task<> PellowController::pellowWindows(RunningApplication application,
+                                       std::vector<TargetWindow> windows, Mechanism mechanism,
+                                       TabZone zone) {
+  std::vector<PellowError> failures;
+  for (auto next = windows.begin(); next != windows.end();) {
+    std::vector<TargetWindow> together;
+    for (; next != windows.end() && together.size() < parkedTogether; ++next)
+      if (!isTaken(*next)) together.push_back(*next);
+    if (together.empty()) continue;
+    const auto failed = co_await park(application, std::move(together), mechanism, zone);
+    failures.insert(failures.end(), failed.begin(), failed.end());
+  }
+  failures_.report(failures);
+}
+
+Task<> PellowController::hideApp(RunningApplication application, TargetWindow window,
+                                 TabZone zone) {
+  auto claim = ledger_.claim(window);
+  const auto state = (co_await read({window})).front();
+  Leaving leaving{std::move(claim), makeTab(window, application, state, Mechanism::hideApp, zone),
+                  state.isMinimized};
+  if (state.frame) co_await photograph(leaving);
   try {
-    if (chosen == Mechanism::hideApp) {
-      co_await hideApp(window, zone);
-    } else {
-      co_await park(window, chosen, zone);
-    }
+    co_await putAway(leaving, zone);
   } catch (const PellowError& error) {
     failures_.report(error);
   }
 }
 
-Task<> PellowController::pellowApp(TargetWindow window, std::optional<UUID> zoneID,
-                                   std::vector<TargetWindow> excluding) {
-  const auto mechanism = around_.preferences.mechanism();
-  const auto zone = chooseZone(window, zoneID);
-  if (mechanism != Mechanism::hideApp)
-    co_return co_await pellowWindows(window, mechanism, zone, std::move(excluding));
-  // Hiding the application would take the windows with it that shall stay.
-  if (std::ranges::find(excluding, window.pid, &TargetWindow::pid) != excluding.end())
-    co_return co_await pellowWindows(window, Mechanism::offscreen, zone, std::move(excluding));
-  if (!hasTabForApp(window.pid)) co_return co_await pellow(window, zone.id, mechanism);
-  // Its tab stayed when somebody else brought it back.
-  if (!around_.workspace.hide(window.pid)) failures_.report(PellowError::hideFailed());
-  echoes_.settle(window.pid, EchoGuard::settleTime);
-}
+// Windows of one application. What can be done for all of them at once comes first; then they go
+// one after another. The failures are those of single windows.
+Task<std::vector<PellowError>> PellowController::park(RunningApplication application,
+                                                      std::vector<TargetWindow> windows,
+                                                      Mechanism mechanism, TabZone zone) {
+  std::list<Ledger::Claim> claims;
+  for (const auto& window : windows) claims.push_back(ledger_.claim(window));
+  const auto states = co_await read(windows);
 
-Task<> PellowController::pellowWindows(TargetWindow window, Mechanism mechanism, TabZone zone,
-                                       std::vector<TargetWindow> excluding) {
-  const auto windows = co_await axQueue_.ax(
-      [&] { return TargetWindow::windows(around_.accessibility, window.pid); });
   std::vector<PellowError> failures;
-  for (const auto& each : windows) {
-    if (std::ranges::find(excluding, each) != excluding.end() || isTaken(each)) continue;
+  std::list<Leaving> leaving;
+  for (std::size_t i = 0; i < windows.size(); ++i, claims.pop_front()) {
+    const auto& state = states[i];
+    if (!state.answers)
+      failures.push_back(unanswered(mechanism));
+    else if (!state.frame)
+      failures.push_back(PellowError::windowGone());
+    else
+      leaving.push_back({std::move(claims.front()),
+                         makeTab(windows[i], application, state, mechanism, zone),
+                         state.isMinimized});
+  }
+  std::vector<const TabItem*> tabs;
+  for (auto& each : leaving) {
+    co_await photograph(each);
+    tabs.push_back(&each.tab);
+  }
+  mechanisms_.prepare(tabs, parkingSide(zone));
+  for (; !leaving.empty(); leaving.pop_front()) {
     try {
-      co_await park(each, mechanism, zone);
+      co_await putAway(leaving.front(), zone);
     } catch (const PellowError& error) {
       failures.push_back(error);
     }
   }
-  failures_.report(failures);
+  co_return failures;
 }
 
-Task<> PellowController::hideApp(TargetWindow window, TabZone zone) {
-  auto claim = ledger_.claim(window);
-  const auto application = around_.workspace.application(window.pid);
-  if (!application) throw PellowError::windowGone();
-  const auto state = co_await read(window);
-
-  auto tab = makeTab(window, *application, state, Mechanism::hideApp, zone);
-  if (state.frame)
-    tab.snapshot = co_await snapshots_.snapshotIfEnabled(window.pid, state.title, *state.frame);
-  co_await putAway(std::move(tab), claim, zone, state.isMinimized);
-}
-
-Task<> PellowController::park(TargetWindow window, Mechanism mechanism, TabZone zone) {
-  auto claim = ledger_.claim(window);
-  const auto application = around_.workspace.application(window.pid);
-  const auto state = co_await read(window);
-  if (!state.answers) throw unanswered(mechanism);
-  if (!application || !state.frame) throw PellowError::windowGone();
-
-  auto tab = makeTab(window, *application, state, mechanism, zone);
-  tab.snapshot = state.isMinimized
-                     ? snapshots_.cachedSnapshot(window.element)
-                     : co_await snapshots_.snapshotIfEnabled(window.pid, state.title, *state.frame);
-  if (mechanism == Mechanism::minimize && state.isMinimized) co_return keepInDock(std::move(tab));
-  co_await putAway(std::move(tab), claim, zone, state.isMinimized);
+Task<> PellowController::photograph(Leaving& leaving) {
+  auto& tab = leaving.tab;
+  tab.snapshot = leaving.wasMinimized ? snapshots_.cachedSnapshot(tab.window.element)
+                                      : co_await snapshots_.snapshotIfEnabled(
+                                            tab.window.pid, tab.title, *tab.originalFrame);
 }
 
 // The window is minimized, and stays so until its tab brings it back.
@@ -242,11 +285,12 @@ void PellowController::keepInDock(TabItem tab) {
 
 // From the claim on there is somebody who knows how to put the window back; the tab becomes public
 // only when the window is hidden.
-Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone,
-                                 bool wasMinimized) {
+Task<> PellowController::putAway(Leaving& leaving, TabZone zone) {
+  const auto& tab = leaving.tab;
+  if (tab.mechanism == Mechanism::minimize && leaving.wasMinimized) co_return keepInDock(tab);
   const auto tabFrame =
       shouldAnimate(tab.mechanism) ? strip_->projectedTabFrame(zone.id) : std::nullopt;
-  claim.setTab(tab);
+  leaving.claim.setTab(tab);
   const auto hiding = co_await mechanisms_.hide(tab, parkingSide(zone));
   if (hiding.mayBeHidden) {
     store_.add(tab);
@@ -255,22 +299,22 @@ Task<> PellowController::putAway(TabItem tab, Ledger::Claim& claim, TabZone zone
   }
   if (!hiding.failure) co_return;
   // Away already, unless somebody has brought it back meanwhile.
-  if (wasMinimized && !hiding.mayBeHidden && (co_await read(tab.window)).isMinimized)
-    co_return keepInDock(std::move(tab));
+  if (leaving.wasMinimized && !hiding.mayBeHidden &&
+      (co_await read({tab.window})).front().isMinimized)
+    co_return keepInDock(tab);
   if (hiding.failure->code() == PellowError::Code::moveRefused) failures_.noteRefusal(tab.window);
   if (*hiding.failure == PellowError::minimizeFailed(AXError::cannotComplete))
     triggers_.expectLateMinimize(tab);
   throw PellowError(*hiding.failure);
 }
 
-Task<PellowController::WindowState> PellowController::read(TargetWindow window) {
+// One that does not answer in time stands for those after it: they are of one application.
+Task<std::vector<WindowState>> PellowController::read(std::vector<TargetWindow> windows) {
   co_return co_await axQueue_.ax([&] {
-    window.element.setMessagingTimeout(AX::timeout::windowChange);
-    const auto role = window.element.copyAttribute(AX::attribute::role);
-    if (!role && role.error() == AXError::cannotComplete) return WindowState{.answers = false};
-    return WindowState{AX::string(window.element, AX::attribute::title).value_or(""),
-                       AX::frame(window.element),
-                       AX::boolean(window.element, AX::attribute::minimized).value_or(false)};
+    std::vector<WindowState> states;
+    for (const auto& window : windows)
+      states.push_back(states.empty() || states.back().answers ? window.state() : states.back());
+    return states;
   });
 }
 
@@ -387,11 +431,11 @@ bool PellowController::hasTabForApp(ProcessID pid) const {
   });
 }
 
-TabZone PellowController::chooseZone(const TargetWindow& window, std::optional<UUID> zoneID) const {
+TabZone PellowController::chooseZone(const RunningApplication& application,
+                                     std::optional<UUID> zoneID) const {
   if (zoneID) return around_.zones.zone(zoneID);
-  const auto application = around_.workspace.application(window.pid);
-  if (!application || !application->bundleID) return around_.zones.defaultZone();
-  const auto pinned = around_.zones.pinnedZone(*application->bundleID);
+  if (!application.bundleID) return around_.zones.defaultZone();
+  const auto pinned = around_.zones.pinnedZone(*application.bundleID);
   return pinned.value_or(around_.zones.defaultZone());
 }
 

@@ -111,12 +111,11 @@ class PellowController {
   bool isIdle() const { return tasks_.isIdle(); }
 
  private:
-  // What is known of a window before it is touched.
-  struct WindowState {
-    std::string title;
-    std::optional<QuartzRect> frame;
-    bool isMinimized = false;
-    bool answers = true;  // its application did, in time
+  // A window on its way to being a tab.
+  struct Leaving {
+    Ledger::Claim claim;
+    TabItem tab;
+    bool wasMinimized;
   };
 
   // A tab on its way back to being a window.
@@ -129,15 +128,18 @@ class PellowController {
   Task<> pellowFocusedWindow();
   Task<> pellow(TargetWindow window, std::optional<UUID> zoneID,
                 std::optional<Mechanism> mechanism);
-  Task<> pellowApp(TargetWindow window, std::optional<UUID> zoneID,
-                   std::vector<TargetWindow> excluding);
-  Task<> pellowWindows(TargetWindow window, Mechanism mechanism, TabZone zone,
-                       std::vector<TargetWindow> excluding);
-  Task<> hideApp(TargetWindow window, TabZone zone);
-  Task<> park(TargetWindow window, Mechanism mechanism, TabZone zone);
-  Task<> putAway(TabItem tab, Ledger::Claim& claim, TabZone zone, bool wasMinimized);
+  Task<> pellowApp(RunningApplication application, std::vector<TargetWindow> windows,
+                   std::optional<UUID> zoneID, std::vector<TargetWindow> excluding);
+  Task<> pellowWindows(RunningApplication application, std::vector<TargetWindow> windows,
+                       Mechanism mechanism, TabZone zone);
+  Task<> hideApp(RunningApplication application, TargetWindow window, TabZone zone);
+  Task<std::vector<PellowError>> park(RunningApplication application,
+                                      std::vector<TargetWindow> windows, Mechanism mechanism,
+                                      TabZone zone);
+  Task<> photograph(Leaving& leaving);
+  Task<> putAway(Leaving& leaving, TabZone zone);
   void keepInDock(TabItem tab);
-  Task<WindowState> read(TargetWindow window);
+  Task<std::vector<WindowState>> read(std::vector<TargetWindow> windows);
 
   Task<> restoreBatch(std::list<Returning> returning);
   Task<> restore(const Returning& returning);
@@ -145,7 +147,7 @@ class PellowController {
 
   bool isTaken(const TargetWindow& window) const;
   bool hasTabForApp(ProcessID pid) const;
-  TabZone chooseZone(const TargetWindow& window, std::optional<UUID> zoneID) const;
+  TabZone chooseZone(const RunningApplication& application, std::optional<UUID> zoneID) const;
   TabItem makeTab(const TargetWindow& window, const RunningApplication& application,
                   const WindowState& state, Mechanism mechanism, const TabZone& zone);
   void setCallbacks();

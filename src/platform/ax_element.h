@@ -2,6 +2,7 @@
 
 #include <expected>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -43,6 +44,9 @@ class AXElement {
 
   // Points and sizes are in Quartz space.
   std::expected<AXValue, AXError> copyAttribute(std::string_view attribute) const;
+  // Several in one call, which the messaging timeout bounds as a whole; an answer for each.
+  std::vector<std::expected<AXValue, AXError>> copyMultipleAttributeValues(
+      std::span<const std::string_view> attributes) const;
   std::expected<void, AXError> setAttribute(std::string_view attribute, const AXValue& value) const;
   std::expected<void, AXError> performAction(std::string_view action) const;
 
@@ -61,6 +65,8 @@ class AXElement::Object {
   virtual std::expected<ProcessID, AXError> pid() const = 0;
   virtual void setMessagingTimeout(Seconds timeout) = 0;
   virtual std::expected<AXValue, AXError> copyAttribute(std::string_view attribute) const = 0;
+  virtual std::vector<std::expected<AXValue, AXError>> copyMultipleAttributeValues(
+      std::span<const std::string_view> attributes) const = 0;
   virtual std::expected<void, AXError> setAttribute(std::string_view attribute,
                                                     const AXValue& value) = 0;
   virtual std::expected<void, AXError> performAction(std::string_view action) = 0;
@@ -75,6 +81,10 @@ inline void AXElement::setMessagingTimeout(Seconds timeout) const {
 }
 inline std::expected<AXValue, AXError> AXElement::copyAttribute(std::string_view attribute) const {
   return object_->copyAttribute(attribute);
+}
+inline std::vector<std::expected<AXValue, AXError>> AXElement::copyMultipleAttributeValues(
+    std::span<const std::string_view> attributes) const {
+  return object_->copyMultipleAttributeValues(attributes);
 }
 inline std::expected<void, AXError> AXElement::setAttribute(std::string_view attribute,
                                                             const AXValue& value) const {

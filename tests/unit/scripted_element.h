@@ -37,6 +37,12 @@ class ScriptedElement final : public AXElement::Object {
     if (found == attributes.end()) return std::unexpected(AXError::attributeUnsupported);
     return found->second();
   }
+  std::vector<Answer> copyMultipleAttributeValues(
+      std::span<const std::string_view> names) const override {
+    std::vector<Answer> answers;
+    for (const auto name : names) answers.push_back(copyAttribute(name));
+    return answers;
+  }
   std::expected<void, AXError> setAttribute(std::string_view attribute,
                                             const AXValue& value) override {
     writes.emplace_back(attribute, value);

@@ -82,8 +82,8 @@ TEST_F(TriggersStory, AnEchoIsKnownForTwoSeconds) {
   mail.activate();
   inbox.answersAfter(1);
   desktop.press(17, Program::modifiers);
-  // Reading takes 4 s; the write of "AXMinimized" is on its way for the fifth.
-  desktop.run(4.5);
+  // Reading takes a second; the write of "AXMinimized" is on its way for the next.
+  desktop.run(1.5);
   list.minimize();
   desktop.run(0.2);
   EXPECT_TRUE(program->tabs().empty()) << "taken for an echo";
