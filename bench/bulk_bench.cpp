@@ -110,7 +110,7 @@ class Desk {
       while (!(this->*condition)(guest)) {
         if (Clock::now() - start > tooLong)
           throw std::runtime_error(fmt::format("waited in vain until {}", what));
-        std::this_thread::sleep_for(std::chrono::microseconds(200));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
       }
     }
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();

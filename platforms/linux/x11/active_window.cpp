@@ -38,8 +38,8 @@ void ActiveWindow::refresh() {
 void ActiveWindow::windowChanged() {
   const Deadline deadline = deadlineIn(serverPatience);
   const auto now = look(server_, window_, Facet::state, deadline);
-  const bool isAway = now ? isIconified(server_, now->state, currentDesktop(server_, deadline))
-                          : now.error() == AXError::invalidUIElement;
+  const bool isAway =
+      now ? isIconified(server_, now->state, deadline) : now.error() == AXError::invalidUIElement;
   if (!isAway) return;
   window_ = {};
   pid_ = 0;

@@ -60,8 +60,7 @@ void ApplicationEvents::watch(xcb_window_t window, ProcessID pid) {
   // A dialog goes with the window that it belongs to; that says nothing about the dialog.
   const auto kind = found.front().kind;
   if (kind == WindowKind::furniture || kind == WindowKind::dialog) return;
-  watched.isMinimized =
-      isMinimized(server_, found.front().state, currentDesktop(server_, deadline));
+  watched.isMinimized = isMinimized(server_, found.front().state, deadline);
   watched.changes = std::move(changes);
 }
 
@@ -75,7 +74,7 @@ void ApplicationEvents::windowChanged(xcb_window_t window) {
     if (facts.error() == AXError::invalidUIElement) watched_.erase(found);
     return;
   }
-  const bool isNow = isMinimized(server_, facts->state, currentDesktop(server_, deadline));
+  const bool isNow = isMinimized(server_, facts->state, deadline);
   const bool wasBefore = std::exchange(watched.isMinimized, isNow);
   if (wasBefore || !isNow) return;
   if (!server_.windowManagerSupports(server_.atoms().netWMStateHidden) || isDesktopShown()) return;

@@ -74,19 +74,22 @@ std::vector<ProcessID> owningProcesses(X11Server& server, const std::vector<xcb_
                                        Deadline deadline) {
   auto& connection = server.connection();
   if (connection.isLost()) return std::vector<ProcessID>(windows.size(), 0);
-  std::set<Client> clients;
-  for (const auto window : windows) clients.insert(clientOf(connection, window));
-  const auto known = askServer(connection, clients, deadline);
-
   std::vector<ProcessID> owners;
-  owners.reserve(windows.size());
+  std::set<Client> clients;
   for (const auto window : windows) {
-    const auto client = clientOf(connection, window);
-    const auto found = known.find(client);
-    owners.push_back(found != known.end()
-                         ? found->second
-                         : askWindow(server, connection, window, deadline)
-                               .value_or(numberWithoutProcess(connection, client)));
+    // A process that has ended may have left the number of its window to another.
+    const auto known = server.knownOwner(window).value_or(0);
+    owners.push_back(isAlive(known) ? known : 0);
+    if (owners.back() == 0) clients.insert(clientOf(connection, window));
+  }
+  const auto processes = askServer(connection, clients, deadline);
+  for (std::size_t i = 0; i < windows.size(); ++i) {
+    if (owners[i] != 0) continue;
+    const auto client = clientOf(connection, windows[i]);
+    const auto found = processes.find(client);
+    owners[i] = found != processes.end() ? found->second
+                                         : askWindow(server, connection, windows[i], deadline)
+                                               .value_or(numberWithoutProcess(connection, client));
   }
   return owners;
 }

@@ -6,10 +6,10 @@
 
 namespace pellow {
 
-// The processes that own the windows, in the same order; 0 for a window that is gone. The X server
-// knows the process at the other end of a local connection; failing that a window of this machine
-// may name its own. What remains, such as a program on another machine, gets a negative number of
-// its connection's own.
+// The processes that own the windows, in the same order; 0 for a window that has been gone for a
+// while. The X server knows the process at the other end of a local connection; failing that a
+// window of this machine may name its own. What remains, such as a program on another machine, gets
+// a negative number of its connection's own.
 std::vector<ProcessID> owningProcesses(X11Server& server, const std::vector<xcb_window_t>& windows,
                                        Deadline deadline);
 

@@ -17,17 +17,25 @@ void ParkingGuard::windowManagerChanged() {
 }
 
 void ParkingGuard::handle(const xcb_generic_event_t& event) {
-  if ((event.response_type & 0x7f) == XCB_CONFIGURE_NOTIFY)
-    moved_.insert(reinterpret_cast<const xcb_configure_notify_event_t&>(event).window);
+  if ((event.response_type & 0x7f) != XCB_CONFIGURE_NOTIFY) return;
+  const auto& configure = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+  moved_.insert(configure.window);
+  // What a window manager sends says where on the screen a window stands: mostly where it was put.
+  const bool isOfWindowManager = event.response_type & 0x80;
+  const PixelRect place{configure.x, configure.y, configure.width, configure.height};
+  if (!isOfWindowManager || server_.layout().showsMostOf(place))
+    perhapsBack_.insert(configure.window);
 }
 
 void ParkingGuard::dispatch() {
   const auto moved = std::exchange(moved_, {});
-  if (moved.empty()) return;
+  const auto perhapsBack = std::exchange(perhapsBack_, {});
   const bool isTakeover = std::chrono::steady_clock::now() < takeoverEnd_;
+  const auto& concerned = isTakeover ? moved : perhapsBack;
+  if (concerned.empty()) return;
   const Deadline deadline = deadlineIn(serverPatience);
   for (const auto& window : windowManager_.parkedWindows()) {
-    if (!moved.contains(window.window)) continue;
+    if (!concerned.contains(window.window)) continue;
     isTakeover ? windowManager_.parkAgain(window, deadline)
                : windowManager_.noteParkedMoved(window, deadline);
   }

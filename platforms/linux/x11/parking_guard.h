@@ -11,7 +11,8 @@ namespace pellow {
 // the will of the user. Main thread.
 class ParkingGuard {
  public:
-  explicit ParkingGuard(WindowManager& windowManager) : windowManager_(windowManager) {}
+  ParkingGuard(X11Server& server, WindowManager& windowManager)
+      : server_(server), windowManager_(windowManager) {}
 
   // A new window manager has adopted the windows, and may still arrange them for a moment.
   void windowManagerChanged();
@@ -21,8 +22,10 @@ class ParkingGuard {
   void dispatch();
 
  private:
+  X11Server& server_;
   WindowManager& windowManager_;
   std::set<xcb_window_t> moved_;
+  std::set<xcb_window_t> perhapsBack_;  // some of those that have moved
   Deadline takeoverEnd_;
 };
 

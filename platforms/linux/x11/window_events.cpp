@@ -11,20 +11,27 @@ constexpr Seconds serverPatience = 2;
 }  // namespace
 
 Subscription WindowEvents::observe(xcb_window_t window, std::function<void()> changed) {
+  if (selected_.insert(window).second) select(window);
+  return observers_[window].add(std::move(changed));
+}
+
+void WindowEvents::select(xcb_window_t window) {
   const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
   const auto cookie =
       xcb_change_window_attributes_checked(events_.raw(), window, XCB_CW_EVENT_MASK, &mask);
   // Waits, for a look at the window over another connection must not overtake the selection. The
   // window may be gone; that is for the look to find.
   (void)events_.check(cookie, deadlineIn(serverPatience));
-  return observers_[window].add(std::move(changed));
 }
 
 void WindowEvents::handle(const xcb_generic_event_t& event) {
   switch (event.response_type & 0x7f) {
-    case XCB_DESTROY_NOTIFY:
-      changed_.insert(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+    case XCB_DESTROY_NOTIFY: {
+      const auto window = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
+      changed_.insert(window);
+      selected_.erase(window);  // another may come under its number
       break;
+    }
     case XCB_UNMAP_NOTIFY:
       changed_.insert(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window);
       break;
@@ -65,6 +72,7 @@ void WindowEvents::forgetUnobserved() {
     if (!observers.isEmpty()) return false;
     const std::uint32_t mask = XCB_EVENT_MASK_NO_EVENT;
     xcb_change_window_attributes(events_.raw(), window, XCB_CW_EVENT_MASK, &mask);
+    selected_.erase(window);
     return true;
   });
 }

@@ -28,11 +28,13 @@ class WindowEvents {
   void dispatch();
 
  private:
+  void select(xcb_window_t window);
   void forgetUnobserved();
 
   X11Server& server_;
   X11Connection& events_;
   std::map<xcb_window_t, HandlerList<void()>> observers_;
+  std::set<xcb_window_t> selected_;  // those whose events the server sends
   std::set<xcb_window_t> changed_;
 };
 

@@ -56,6 +56,7 @@ struct WindowManager::LeftState {
 namespace {
 
 // How long a window manager may take for one step.
+constexpr Seconds promptPatience = 0.02;
 constexpr Seconds movePatience = 0.25;
 constexpr Seconds settlePatience = 0.1;
 constexpr Seconds mapPatience = 0.1;
@@ -67,11 +68,14 @@ constexpr std::uint32_t iconicState = 3;
 
 constexpr Facet placeFacets = Facet::state | Facet::frame;
 
+}  // namespace
+
 // Hears of everything that happens to a window, for as long as somebody waits for it: a connection
 // that listened all the time would have to be read all the time.
-class Watch {
+class WindowManager::Watch {
  public:
-  Watch(X11Connection& connection, xcb_window_t window) : connection_(connection), window_(window) {
+  Watch(X11Server& server, xcb_window_t window)
+      : atoms_(server.atoms()), connection_(server.connection()), window_(window) {
     connection_.dropEvents();
     select(window_, XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);
     // The frame around the window is a child of the root.
@@ -88,27 +92,25 @@ class Watch {
   }
 
   // Asks the window manager something that it answers in turn, after all that it was asked before:
-  // how large the frame of a window would be that is never shown.
-  void ask(const X11Atoms& atoms) {
+  // how large the frame of a window would be that is never shown. It costs it a good deal of work.
+  void ask() {
     const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
     question_ = xcb_generate_id(connection_.raw());
     xcb_create_window(connection_.raw(), XCB_COPY_FROM_PARENT, question_, connection_.root(), 0, 0,
                       1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                       XCB_CW_EVENT_MASK, &mask);
-    connection_.sendToWindowManager(question_, atoms.netRequestFrameExtents, {});
+    connection_.sendToWindowManager(question_, atoms_.netRequestFrameExtents, {});
   }
   bool isAnswered() const { return isAnswered_; }
 
   // Waits for the next changes; false when none come.
   bool wait(Deadline deadline) {
-    auto event = connection_.waitForEvent(deadline);
-    if (!event) return false;
-    for (; event; event = connection_.pollForEvent()) {
-      const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
-      if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY && property.window == question_)
-        isAnswered_ = true;
+    while (auto event = connection_.waitForEvent(deadline)) {
+      bool isChange = false;
+      for (; event; event = connection_.pollForEvent()) isChange |= take(*event);
+      if (isChange) return true;
     }
-    return true;
+    return false;
   }
 
  private:
@@ -116,13 +118,28 @@ class Watch {
     xcb_change_window_attributes(connection_.raw(), window, XCB_CW_EVENT_MASK, &mask);
   }
 
+  // Whether it may tell of a change of the window.
+  bool take(const xcb_generic_event_t& event) {
+    const auto type = event.response_type & 0x7f;
+    if (type == 0) return true;  // the window is gone
+    if (type == XCB_PROPERTY_NOTIFY) {
+      const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+      if (property.window == question_) isAnswered_ = true;
+      return true;
+    }
+    // The events of structure all begin in the same way.
+    const auto& structure = reinterpret_cast<const xcb_unmap_notify_event_t&>(event);
+    const bool isOfQuestion =
+        question_ && (type == XCB_CREATE_NOTIFY || structure.window == question_);
+    return !isOfQuestion;
+  }
+
+  const X11Atoms& atoms_;
   X11Connection& connection_;
   xcb_window_t window_;
   xcb_window_t question_ = XCB_WINDOW_NONE;
   bool isAnswered_ = false;
 };
-
-}  // namespace
 
 std::expected<WindowFacts, AXError> WindowManager::waitUntil(const WindowKey& window, Facet facets,
                                                              Seconds patience, Deadline deadline,
@@ -130,7 +147,7 @@ std::expected<WindowFacts, AXError> WindowManager::waitUntil(const WindowKey& wi
   const Deadline end = std::min(deadlineIn(patience), deadline);
   // The requests that a caller made before are on their way; the selection of events follows them,
   // and the first look comes after it, so that nothing is missed.
-  Watch watch(server_.connection(), window.window);
+  Watch watch(server_, window.window);
   for (;;) {
     auto facts = look(server_, window, facets, deadline);
     if (!facts || condition(*facts)) return facts;
@@ -247,9 +264,7 @@ void WindowManager::askForMove(const WindowFacts& window, PixelPoint target) {
 
 std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& window,
                                                           PixelPoint target, Deadline deadline) {
-  askForMove(window, target);
-  auto facts = lookAfterItActed(
-      window.key(), deadline, [&](const WindowFacts& now) { return now.frame.origin() == target; });
+  auto facts = lookAfterMove(window, target, deadline);
   if (!facts || facts->frame.origin() == target) return facts;
 
   const auto layout = server_.layout();
@@ -261,13 +276,26 @@ std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& win
   return look(server_, window.key(), placeFacets, deadline);
 }
 
-std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(const WindowKey& window,
+// Most moves are done at once, and the first event tells of them.
+std::expected<WindowFacts, AXError> WindowManager::lookAfterMove(const WindowFacts& window,
+                                                                 PixelPoint target,
+                                                                 Deadline deadline) {
+  Watch watch(server_, window.window);
+  askForMove(window, target);
+  if (watch.wait(std::min(deadlineIn(promptPatience), deadline))) {
+    auto facts = look(server_, window.key(), placeFacets, deadline);
+    if (!facts || facts->frame.origin() == target) return facts;
+  }
+  return lookAfterItActed(watch, window.key(), deadline,
+                          [&](const WindowFacts& now) { return now.frame.origin() == target; });
+}
+
+std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(Watch& watch,
+                                                                    const WindowKey& window,
                                                                     Deadline deadline,
                                                                     const Condition& isDone) {
   const Deadline end = std::min(deadlineIn(movePatience), deadline);
-  Watch watch(server_.connection(), window.window);
-  if (server_.windowManagerSupports(server_.atoms().netRequestFrameExtents))
-    watch.ask(server_.atoms());
+  if (server_.windowManagerSupports(server_.atoms().netRequestFrameExtents)) watch.ask();
   for (;;) {
     const bool isAnswered = watch.isAnswered();
     auto facts = look(server_, window, placeFacets, deadline);
@@ -376,7 +404,11 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterStateChange(const Wi
   };
   auto facts = waitUntil(before.key(), placeFacets, movePatience, deadline, hasNewState);
   if (!facts || !hasNewState(*facts)) return facts;
-  facts = lookAfterItActed(before.key(), deadline, [](const WindowFacts&) { return false; });
+  {
+    Watch watch(server_, before.window);
+    const auto never = [](const WindowFacts&) { return false; };
+    facts = lookAfterItActed(watch, before.key(), deadline, never);
+  }
   if (!facts || facts->state.isExpanded() == before.state.isExpanded()) return facts;
   return waitUntil(before.key(), placeFacets, settlePatience, deadline,
                    [&](const WindowFacts& now) { return now.frame != before.frame; });
@@ -402,9 +434,8 @@ std::expected<void, AXError> WindowManager::takeUpStates(const WindowFacts& wind
 
 bool WindowManager::waitForIconified(const WindowKey& window, bool iconified, Seconds patience,
                                      Deadline deadline) {
-  const auto desktop = currentDesktop(server_, deadline);
   const auto isDone = [&](const WindowFacts& now) {
-    return isIconified(server_, now.state, desktop) == iconified;
+    return isIconified(server_, now.state, deadline) == iconified;
   };
   const auto facts = waitUntil(window, Facet::state, patience, deadline, isDone);
   return facts ? isDone(*facts) : facts.error() == AXError::invalidUIElement;
@@ -461,7 +492,7 @@ bool WindowManager::deiconify(const std::vector<WindowKey>& windows, Deadline de
 std::expected<void, AXError> WindowManager::minimize(const WindowKey& window, Deadline deadline) {
   const auto facts = look(server_, window, Facet::state, deadline);
   if (!facts) return std::unexpected(facts.error());
-  if (isMinimized(server_, facts->state, currentDesktop(server_, deadline))) return {};
+  if (isMinimized(server_, facts->state, deadline)) return {};
   if (iconify({window}, deadline)) return {};
   // It must not happen after it was reported as failed.
   xcb_map_window(server_.connection().raw(), window.window);
@@ -472,7 +503,7 @@ std::expected<void, AXError> WindowManager::minimize(const WindowKey& window, De
 std::expected<void, AXError> WindowManager::unminimize(const WindowKey& window, Deadline deadline) {
   const auto facts = look(server_, window, Facet::state, deadline);
   if (!facts) return std::unexpected(facts.error());
-  if (!isMinimized(server_, facts->state, currentDesktop(server_, deadline))) return {};
+  if (!isMinimized(server_, facts->state, deadline)) return {};
   bringToCurrentDesktop(*facts, deadline);
   if (!deiconify({window}, deadline)) return std::unexpected(AXError::cannotComplete);
   return {};
@@ -480,8 +511,7 @@ std::expected<void, AXError> WindowManager::unminimize(const WindowKey& window, 
 
 void WindowManager::bringToCurrentDesktop(const WindowFacts& window, Deadline deadline) {
   const auto desktop = currentDesktop(server_, deadline);
-  const auto own = window.state.desktop.value_or(desktop);
-  if (own == desktop || own == WindowFacts::allDesktops) return;
+  if (window.state.isOn(desktop)) return;
   server_.connection().sendToWindowManager(window.window, server_.atoms().netWMDesktop,
                                            {desktop, sourcePager, 0, 0, 0});
 }

@@ -61,6 +61,7 @@ class WindowManager {
 
  private:
   struct LeftState;
+  class Watch;
   using Condition = std::function<bool(const WindowFacts&)>;
   struct Parked {
     std::uint64_t id = 0;  // of the window
@@ -74,10 +75,13 @@ class WindowManager {
                                                 Seconds patience, Deadline deadline,
                                                 const Condition& condition);
 
-  // A look at a window that fulfils the condition, or else one after the window manager has done
-  // what it was asked before, or has had the time to.
-  std::expected<WindowFacts, AXError> lookAfterItActed(const WindowKey& window, Deadline deadline,
-                                                       const Condition& isDone);
+  // A look at a watched window that fulfils the condition, or else one after the window manager has
+  // done what it was asked before, or has had the time to.
+  std::expected<WindowFacts, AXError> lookAfterItActed(Watch& watch, const WindowKey& window,
+                                                       Deadline deadline, const Condition& isDone);
+  // The same after a request to move the frame to the target.
+  std::expected<WindowFacts, AXError> lookAfterMove(const WindowFacts& window, PixelPoint target,
+                                                    Deadline deadline);
   std::expected<WindowFacts, AXError> leaveStates(const WindowFacts& window, Deadline deadline);
   std::expected<void, AXError> takeUpStates(const WindowFacts& window, PixelPoint target,
                                             Deadline deadline);

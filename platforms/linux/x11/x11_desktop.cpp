@@ -72,7 +72,7 @@ struct X11Desktop::Parts {
         instanceLock(*events),
         windowManager(*server),
         windowEvents(*server, *events),
-        parkingGuard(windowManager),
+        parkingGuard(*server, windowManager),
         activeWindow(*server, windowEvents),
         accessibility(*server, windowManager, windowEvents, activeWindow),
         screens(*server, windowEvents, scale),
@@ -172,7 +172,10 @@ void X11Desktop::Parts::handle(const xcb_generic_event_t& event) {
 
 void X11Desktop::Parts::handleRootProperty(xcb_atom_t property) {
   const auto& atoms = server->atoms();
-  if (property == atoms.netClientList) windowsChanged = screensChanged = true;
+  if (property == atoms.netClientList) {
+    windowsChanged = screensChanged = true;
+    server->setOwners({});
+  }
   if (property == atoms.netWorkarea || property == atoms.netCurrentDesktop) screensChanged = true;
   if (property == atoms.netActiveWindow) activeWindowChanged = true;
   if (property == atoms.netSupported || property == atoms.netSupportingWMCheck)

@@ -25,6 +25,12 @@ class X11Element : public AXElement::Object {
   explicit X11Element(Context context) : context_(context) {}
 
   void setMessagingTimeout(Seconds timeout) override { timeout_ = timeout; }
+  std::vector<Answer> copyMultipleAttributeValues(
+      std::span<const std::string_view> attributes) const override {
+    std::vector<Answer> answers;
+    for (const auto attribute : attributes) answers.push_back(copyAttribute(attribute));
+    return answers;
+  }
   std::expected<void, AXError> setAttribute(std::string_view, const AXValue&) override {
     return std::unexpected(AXError::attributeUnsupported);
   }
@@ -56,6 +62,8 @@ class WindowElement : public X11Element {
   std::expected<ProcessID, AXError> pid() const override { return pid_; }
 
   Answer copyAttribute(std::string_view attribute) const override;
+  std::vector<Answer> copyMultipleAttributeValues(
+      std::span<const std::string_view> attributes) const override;
   Outcome setAttribute(std::string_view attribute, const AXValue& value) override;
   Outcome performAction(std::string_view action) override;
 
@@ -72,15 +80,7 @@ class WindowElement : public X11Element {
     if (found && found->state.withdrawn) return std::unexpected(AXError::invalidUIElement);
     return found;
   }
-  template <class Read>
-  Answer read(Facet facets, Read value) const {
-    const auto found = facts(facets);
-    if (!found) return std::unexpected(found.error());
-    return AXValue(value(*found));
-  }
-  QuartzRect frame(const WindowFacts& found) const {
-    return server().layout().toQuartz(found.frame);
-  }
+  Answer value(std::string_view attribute, const WindowFacts& found) const;
   Outcome setMinimized(bool minimized);
 
   const WindowKey window_;
@@ -136,24 +136,43 @@ std::string subrole(WindowKind kind) {
   return "AXUnknown";
 }
 
+// What to look at for an attribute of a window; nothing that it does not have.
+std::optional<Facet> facetOf(std::string_view attribute) {
+  if (attribute == "AXRole" || attribute == "AXMinimized" || attribute == "AXParent")
+    return Facet::state;
+  if (attribute == "AXSubrole") return Facet::kind;
+  if (attribute == "AXTitle") return Facet::title;
+  if (attribute == "AXPosition" || attribute == "AXSize") return Facet::frame;
+  return std::nullopt;
+}
+
+Answer WindowElement::value(std::string_view attribute, const WindowFacts& found) const {
+  if (attribute == "AXSubrole") return subrole(found.kind);
+  if (attribute == "AXTitle") return found.title;
+  if (attribute == "AXPosition") return server().layout().toQuartz(found.frame).origin;
+  if (attribute == "AXSize") return server().layout().toQuartz(found.frame).size;
+  if (attribute == "AXMinimized") return isMinimized(server(), found.state, deadline());
+  if (attribute == "AXParent") return applicationElement(context(), pid_);
+  return std::string("AXWindow");
+}
+
 Answer WindowElement::copyAttribute(std::string_view attribute) const {
-  if (attribute == "AXRole")
-    return read(Facet::state, [](const auto&) { return std::string("AXWindow"); });
-  if (attribute == "AXSubrole")
-    return read(Facet::kind, [](const auto& found) { return subrole(found.kind); });
-  if (attribute == "AXTitle")
-    return read(Facet::title, [](const auto& found) { return found.title; });
-  if (attribute == "AXPosition")
-    return read(Facet::frame, [this](const auto& found) { return frame(found).origin; });
-  if (attribute == "AXSize")
-    return read(Facet::frame, [this](const auto& found) { return frame(found).size; });
-  if (attribute == "AXMinimized")
-    return read(Facet::state, [this](const auto& found) {
-      return isMinimized(server(), found.state, currentDesktop(server(), deadline()));
-    });
-  if (attribute == "AXParent")
-    return read(Facet::state, [this](const auto&) { return applicationElement(context(), pid_); });
-  return std::unexpected(AXError::attributeUnsupported);
+  return copyMultipleAttributeValues({&attribute, 1}).front();
+}
+
+std::vector<Answer> WindowElement::copyMultipleAttributeValues(
+    std::span<const std::string_view> attributes) const {
+  auto facets = Facet::state;
+  for (const auto attribute : attributes) facets = facets | facetOf(attribute).value_or(facets);
+  const auto found = facts(facets);
+  std::vector<Answer> answers;
+  for (const auto attribute : attributes) {
+    if (!facetOf(attribute))
+      answers.emplace_back(std::unexpected(AXError::attributeUnsupported));
+    else
+      answers.push_back(found ? value(attribute, *found) : std::unexpected(found.error()));
+  }
+  return answers;
 }
 
 Outcome WindowElement::setAttribute(std::string_view attribute, const AXValue& value) {
@@ -239,10 +258,9 @@ Answer ApplicationElement::windows() const {
   if (windows.empty() && !isAlive(pid_)) return std::unexpected(AXError::invalidUIElement);
   std::vector<AXElement> elements;
   for (const auto& window : windows) {
-    const auto own = window.state.desktop.value_or(desktop);
-    const bool isHere = own == desktop || own == WindowFacts::allDesktops;
     // A crash may have left windows off the monitors that are looked for on another desktop.
-    if (isHere || window.state.isPutAway() || isMinimized(server(), window.state, desktop))
+    if (window.state.isOn(desktop) || window.state.isPutAway() ||
+        isMinimized(server(), window.state, end))
       elements.push_back(element(window));
   }
   return AXValue(std::move(elements));

@@ -93,9 +93,8 @@ std::expected<std::vector<ShareableWindow>, SystemError> X11ScreenCapture::listW
     return std::unexpected(SystemError{"The connection to the X server is lost."});
   const auto desktop = currentDesktop(server_, deadline);
   std::erase_if(facts, [&](const WindowFacts& window) {
-    const auto own = window.state.desktop.value_or(desktop);
-    const bool isHere = own == desktop || own == WindowFacts::allDesktops;
-    return !isHere || !window.state.viewable || isIconified(server_, window.state, desktop);
+    return !window.state.isOn(desktop) || !window.state.viewable ||
+           isIconified(server_, window.state, deadline);
   });
 
   std::vector<xcb_window_t> ids;

@@ -108,6 +108,31 @@ bool X11Server::settleWindowManager(Deadline deadline) {
   return true;
 }
 
+void X11Server::setOwners(std::map<xcb_window_t, ProcessID> owners) {
+  const std::lock_guard lock(mutex_);
+  owners_ = std::move(owners);
+  if (!owners_.empty())
+    std::erase_if(parents_, [&](const auto& entry) { return !owners_.contains(entry.first); });
+}
+
+std::optional<ProcessID> X11Server::knownOwner(xcb_window_t window) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = owners_.find(window);
+  if (found == owners_.end()) return std::nullopt;
+  return found->second;
+}
+
+void X11Server::setParent(xcb_window_t window, xcb_window_t parent) {
+  const std::lock_guard lock(mutex_);
+  parents_[window] = parent;
+}
+
+xcb_window_t X11Server::lastParent(xcb_window_t window) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = parents_.find(window);
+  return found == parents_.end() ? XCB_WINDOW_NONE : found->second;
+}
+
 void X11Server::setFrontWindow(ProcessID pid, WindowKey window) {
   const std::lock_guard lock(mutex_);
   frontWindows_[pid] = window;

@@ -54,6 +54,15 @@ class X11Server {
   // The list of clients has changed: true when a new window manager has settled by that.
   bool settleWindowManager(Deadline deadline);
 
+  // The processes that own the windows in the list of clients, since the main thread has found out
+  // and until that list changes: asking the server costs it a look at every client.
+  void setOwners(std::map<xcb_window_t, ProcessID> owners);
+  std::optional<ProcessID> knownOwner(xcb_window_t window) const;
+
+  // The window that was found around another one, the last time that somebody looked.
+  void setParent(xcb_window_t window, xcb_window_t parent);
+  xcb_window_t lastParent(xcb_window_t window) const;
+
   // The window of an application that was raised last.
   void setFrontWindow(ProcessID pid, WindowKey window);
   std::optional<WindowKey> frontWindow(ProcessID pid) const;
@@ -83,6 +92,8 @@ class X11Server {
   std::set<xcb_atom_t> supported_;
   std::string windowManagerName_;
   std::optional<Reign> settled_;
+  std::map<xcb_window_t, ProcessID> owners_;
+  std::map<xcb_window_t, xcb_window_t> parents_;
   std::map<ProcessID, WindowKey> frontWindows_;
 };
 

@@ -63,6 +63,8 @@ WindowLook::WindowLook(X11Server& server, X11Connection& connection, xcb_window_
         connection.pending<xcb_get_geometry_reply_t>(xcb_get_geometry(connection.raw(), window)));
     position_.emplace(connection.pending<xcb_translate_coordinates_reply_t>(
         xcb_translate_coordinates(connection.raw(), window, connection.root(), 0, 0)));
+    tree_.emplace(
+        connection.pending<xcb_query_tree_reply_t>(xcb_query_tree(connection.raw(), window)));
     ask(atoms.netFrameExtents);
     ask(atoms.gtkFrameExtents);
   }
@@ -136,14 +138,16 @@ void WindowLook::readState(WindowFacts::State& state) {
 void WindowLook::readFrame(WindowFacts& facts) {
   const auto geometry = take(geometry_);
   const auto position = take(position_);
+  const auto tree = take(tree_);
   const auto decoration = next();
   const auto shadow = next();
-  if (!geometry || !position) return;
+  if (!geometry || !position || !tree) return;
   const PixelRect content{position->dst_x, position->dst_y, geometry->width, geometry->height};
   const PixelRect outer = grown(content, extents(decoration));
   facts.content = content;
   facts.outerCorner = outer.origin();
   facts.frame = shrunk(outer, extents(shadow));
+  facts.parent = tree->parent;
 }
 
 WindowKind WindowLook::readKind() {
@@ -187,14 +191,31 @@ enum class FrameMotion {
   goesOn,    // told by its size, which is not that of what it is around
 };
 
-FrameMotion frameMotion(X11Server& server, const WindowFacts& window, Deadline deadline) {
-  if (!server.windowManagerName().starts_with("Openbox")) return FrameMotion::none;
-  const auto frame = outermostWindow(server, window.window, deadline);
-  const auto place = frame ? placeOf(server, *frame, deadline) : std::unexpected(frame.error());
-  if (!place) return FrameMotion::none;
+FrameMotion frameMotion(const WindowFacts& window, const PixelRect& frame) {
   const int around = 2 * (window.content.x - window.outerCorner.x);
-  if (place->width != window.content.width + around) return FrameMotion::goesOn;
-  return place->origin() == window.outerCorner ? FrameMotion::none : FrameMotion::happened;
+  if (frame.width != window.content.width + around) return FrameMotion::goesOn;
+  return frame.origin() == window.outerCorner ? FrameMotion::none : FrameMotion::happened;
+}
+
+// A look at a window and, in the same breath, at the frame around it.
+std::expected<WindowFacts, AXError> lookWithFrame(X11Server& server, xcb_window_t window,
+                                                  Facet facets, Deadline deadline,
+                                                  FrameMotion& motion) {
+  auto& connection = server.connection();
+  WindowLook windowLook(server, connection, window, facets);
+  const auto supposed = server.lastParent(window);
+  std::optional<PlaceLook> frameLook;
+  if (supposed) frameLook.emplace(connection, supposed);
+
+  auto facts = windowLook.collect(deadline);
+  motion = FrameMotion::none;
+  if (!facts || facts->parent == connection.root()) return facts;
+  if (facts->parent != supposed) {
+    server.setParent(window, facts->parent);
+    frameLook.emplace(connection, facts->parent);
+  }
+  if (const auto frame = frameLook->collect(deadline)) motion = frameMotion(*facts, *frame);
+  return facts;
 }
 
 }  // namespace
@@ -204,12 +225,16 @@ std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& win
   constexpr Seconds patience = 0.3;
   constexpr std::chrono::milliseconds step{5};
   const Deadline end = std::min(deadlineIn(patience), deadline);
+  const bool framesMove = server.windowManagerName().starts_with("Openbox");
   for (;;) {
-    auto facts = WindowLook(server, server.connection(), window.window, facets).collect(deadline);
+    auto motion = FrameMotion::none;
+    auto facts =
+        has(facets, Facet::frame) && framesMove
+            ? lookWithFrame(server, window.window, facets, deadline, motion)
+            : WindowLook(server, server.connection(), window.window, facets).collect(deadline);
     if (facts && facts->id != window.id) return std::unexpected(AXError::invalidUIElement);
-    if (!facts || !has(facets, Facet::frame)) return facts;
-    const auto motion = frameMotion(server, *facts, deadline);
-    if (motion == FrameMotion::none || std::chrono::steady_clock::now() + step > end) return facts;
+    if (!facts || motion == FrameMotion::none) return facts;
+    if (std::chrono::steady_clock::now() + step > end) return facts;
     if (motion == FrameMotion::goesOn) std::this_thread::sleep_for(step);
   }
 }
@@ -245,18 +270,14 @@ void giveIdentities(X11Server& server, std::vector<WindowFacts>& windows, Deadli
   std::erase_if(windows, [](const WindowFacts& facts) { return facts.id == 0; });
 }
 
-bool isIconified(const X11Server& server, const WindowFacts::State& state,
-                 std::uint32_t currentDesktop) {
+bool isIconified(X11Server& server, const WindowFacts::State& state, Deadline deadline) {
   if (server.windowManagerSupports(server.atoms().netWMStateHidden))
     return state.hidden && !state.shaded;
-  const bool isHere = !state.desktop || *state.desktop == currentDesktop ||
-                      *state.desktop == WindowFacts::allDesktops;
-  return state.iconic && isHere;
+  return state.iconic && state.isOn(currentDesktop(server, deadline));
 }
 
-bool isMinimized(const X11Server& server, const WindowFacts::State& state,
-                 std::uint32_t currentDesktop) {
-  return !state.belongsToHiddenApplication && isIconified(server, state, currentDesktop);
+bool isMinimized(X11Server& server, const WindowFacts::State& state, Deadline deadline) {
+  return !state.belongsToHiddenApplication && isIconified(server, state, deadline);
 }
 
 std::expected<xcb_window_t, AXError> outermostWindow(X11Server& server, xcb_window_t window,
@@ -273,18 +294,23 @@ std::expected<xcb_window_t, AXError> outermostWindow(X11Server& server, xcb_wind
   }
 }
 
-std::expected<PixelRect, AXError> placeOf(X11Server& server, xcb_window_t window,
-                                          Deadline deadline) {
-  auto& connection = server.connection();
-  auto pendingGeometry =
-      connection.pending<xcb_get_geometry_reply_t>(xcb_get_geometry(connection.raw(), window));
-  auto pendingOrigin = connection.pending<xcb_translate_coordinates_reply_t>(
-      xcb_translate_coordinates(connection.raw(), window, connection.root(), 0, 0));
-  const auto geometry = pendingGeometry.collect(deadline);
+PlaceLook::PlaceLook(X11Connection& connection, xcb_window_t window)
+    : geometry_(
+          connection.pending<xcb_get_geometry_reply_t>(xcb_get_geometry(connection.raw(), window))),
+      origin_(connection.pending<xcb_translate_coordinates_reply_t>(
+          xcb_translate_coordinates(connection.raw(), window, connection.root(), 0, 0))) {}
+
+std::expected<PixelRect, AXError> PlaceLook::collect(Deadline deadline) {
+  const auto geometry = geometry_.collect(deadline);
   if (!geometry) return std::unexpected(geometry.error());
-  const auto origin = pendingOrigin.collect(deadline);
+  const auto origin = origin_.collect(deadline);
   if (!origin) return std::unexpected(origin.error());
   return PixelRect{(*origin)->dst_x, (*origin)->dst_y, (*geometry)->width, (*geometry)->height};
+}
+
+std::expected<PixelRect, AXError> placeOf(X11Server& server, xcb_window_t window,
+                                          Deadline deadline) {
+  return PlaceLook(server.connection(), window).collect(deadline);
 }
 
 std::vector<xcb_window_t> clientList(X11Server& server, xcb_atom_t list, Deadline deadline) {

@@ -47,6 +47,10 @@ struct WindowFacts {
     std::optional<std::uint32_t> desktop;     // `allDesktops` for a sticky window
     std::vector<std::uint32_t> leftState;     // what _PELLOW_STATE remembers
 
+    bool isOn(std::uint32_t currentDesktop) const {
+      const auto own = desktop.value_or(currentDesktop);
+      return own == currentDesktop || own == allDesktops;
+    }
     bool isExpanded() const { return fullScreen || maximizedHorizontally || maximizedVertically; }
     // Whether Pellow has moved it off the monitors and not yet back.
     bool isPutAway() const { return !leftState.empty() && leftState[0] & putAway; }
@@ -58,6 +62,7 @@ struct WindowFacts {
   PixelRect frame;         // with the decoration, without client-side shadows
   PixelRect content;       // the client window itself
   PixelPoint outerCorner;  // top left with the decoration and with client-side shadows
+  xcb_window_t parent = XCB_WINDOW_NONE;  // known with the frame
   WindowKind kind = WindowKind::standard;
   std::string instanceName;  // the two halves of WM_CLASS
   std::string className;
@@ -100,6 +105,7 @@ class WindowLook {
   std::optional<PendingReply<xcb_get_window_attributes_reply_t>> attributes_;
   std::optional<PendingReply<xcb_get_geometry_reply_t>> geometry_;
   std::optional<PendingReply<xcb_translate_coordinates_reply_t>> position_;
+  std::optional<PendingReply<xcb_query_tree_reply_t>> tree_;
 };
 
 // A look at a known window: `invalidUIElement` also when its XID stands for another one now.
@@ -114,19 +120,27 @@ std::vector<WindowFacts> lookAtAll(X11Server& server, const std::vector<xcb_wind
 void giveIdentities(X11Server& server, std::vector<WindowFacts>& windows, Deadline deadline);
 
 // Whether the window manager has iconified it, on anybody's behalf.
-bool isIconified(const X11Server& server, const WindowFacts::State& state,
-                 std::uint32_t currentDesktop);
+bool isIconified(X11Server& server, const WindowFacts::State& state, Deadline deadline);
 
 // Whether a user would say that it is minimized, by itself and not with its application.
-// `currentDesktop` as _NET_CURRENT_DESKTOP says.
-bool isMinimized(const X11Server& server, const WindowFacts::State& state,
-                 std::uint32_t currentDesktop);
+bool isMinimized(X11Server& server, const WindowFacts::State& state, Deadline deadline);
 
 // The window itself or the one around it that is a child of the root.
 std::expected<xcb_window_t, AXError> outermostWindow(X11Server& server, xcb_window_t window,
                                                      Deadline deadline);
 
-// Where a window without a frame stands on the X screen.
+// A question where a window without a frame stands on the X screen, under way.
+class PlaceLook {
+ public:
+  PlaceLook(X11Connection& connection, xcb_window_t window);
+
+  std::expected<PixelRect, AXError> collect(Deadline deadline);
+
+ private:
+  PendingReply<xcb_get_geometry_reply_t> geometry_;
+  PendingReply<xcb_translate_coordinates_reply_t> origin_;
+};
+
 std::expected<PixelRect, AXError> placeOf(X11Server& server, xcb_window_t window,
                                           Deadline deadline);
 

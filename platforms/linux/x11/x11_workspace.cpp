@@ -46,12 +46,6 @@ bool isInTaskbar(const WindowFacts& window) {
   return window.kind == WindowKind::standard && !window.state.skipsTaskbar;
 }
 
-// Windows of other desktops are left alone.
-bool isHere(const WindowFacts& window, std::uint32_t desktop) {
-  const auto own = window.state.desktop.value_or(desktop);
-  return own == desktop || own == WindowFacts::allDesktops;
-}
-
 template <class Name>
 std::optional<std::string> nonEmpty(const Name& name) {
   return name.empty() ? std::nullopt : std::optional<std::string>(name);
@@ -187,13 +181,15 @@ std::optional<ProcessID> X11Workspace::frontmostApplication() {
 
 bool X11Workspace::activate(ProcessID pid) {
   constexpr Facet facets = Facet::state | Facet::kind;
-  const auto desktop = currentDesktop(server_, deadlineIn(serverPatience));
+  const Deadline deadline = deadlineIn(serverPatience);
+  const auto desktop = currentDesktop(server_, deadline);
   const auto isOut = [&](const WindowFacts& window) {
     return window.kind != WindowKind::furniture && !window.state.withdrawn &&
-           !window.state.belongsToHiddenApplication && !isMinimized(server_, window.state, desktop);
+           !window.state.belongsToHiddenApplication &&
+           !isMinimized(server_, window.state, deadline);
   };
   if (const auto front = server_.frontWindow(pid)) {
-    const auto facts = look(server_, *front, facets, deadlineIn(serverPatience));
+    const auto facts = look(server_, *front, facets, deadline);
     if (facts && isOut(*facts)) {
       windowManager_.activate(front->window);
       return true;
@@ -205,13 +201,12 @@ bool X11Workspace::activate(ProcessID pid) {
   for (const auto& window : own)
     if (isOut(window)) out[window.window] = &window;
 
-  const auto stacking =
-      clientList(server_, server_.atoms().netClientListStacking, deadlineIn(serverPatience));
+  const auto stacking = clientList(server_, server_.atoms().netClientListStacking, deadline);
   // One on another desktop only where there is none on this one.
   std::optional<xcb_window_t> top;
   for (const auto window : stacking)
     if (out.contains(window) &&
-        (!top || isHere(*out[window], desktop) || !isHere(*out[*top], desktop)))
+        (!top || out[window]->state.isOn(desktop) || !out[*top]->state.isOn(desktop)))
       top = window;
   if (top) windowManager_.activate(*top);
   return true;
@@ -245,7 +240,8 @@ bool X11Workspace::hide(ProcessID pid) {
   std::vector<WindowKey> shown;
   giveIdentities(server_, own, deadline);
   for (const auto& window : own)
-    if (isHere(window, desktop) && !isIconified(server_, window.state, desktop))
+    // Windows of other desktops are left alone.
+    if (window.state.isOn(desktop) && !isIconified(server_, window.state, deadline))
       shown.push_back(window.key());
   // The marks come first, so that nobody ever takes one of these windows for minimized.
   for (const auto& window : shown) markHidden(window.window, true);
@@ -279,7 +275,7 @@ void X11Workspace::hiddenWindowChanged(xcb_window_t window) {
   const Deadline deadline = deadlineIn(serverPatience);
   const auto facts =
       WindowLook(server_, server_.connection(), window, Facet::state).collect(deadline);
-  if (!facts || isIconified(server_, facts->state, currentDesktop(server_, deadline))) return;
+  if (!facts || isIconified(server_, facts->state, deadline)) return;
   const ProcessID owner = owningProcesses(server_, {window}, deadline).front();
   if (owner != 0) unhide(owner);
 }
@@ -329,6 +325,7 @@ void X11Workspace::notice(const Owners& now) {
     if (!isKnown && !launched_.contains(pid)) fresh.push_back(window);
   }
   owners_ = now;
+  server_.setOwners(now);
   std::vector<ProcessID> launches;
   for (const auto& window : lookAtAll(server_, fresh, faceFacets, deadlineIn(serverPatience)))
     if (const auto pid = now.at(window.window); isInTaskbar(window) && launched_.insert(pid).second)
