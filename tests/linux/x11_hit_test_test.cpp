@@ -1,4 +1,7 @@
+#include <signal.h>
+
 #include <cstdlib>
+#include <fstream>
 #include <set>
 
 #include "tests/desktop/window_manager_choice.h"
@@ -92,6 +95,10 @@ class X11HitTest : public testing::Test {
     setenv("HOME", home.c_str(), 1);
     setenv("XDG_CONFIG_HOME", desktop->configHome().c_str(), 1);
     setenv("GSETTINGS_BACKEND", "keyfile", 1);
+    forgetEverything();
+  }
+
+  void forgetEverything() {
     x11 = X11Desktop::open(desktop->display(), 1,
                            {[](const std::string&) { return std::nullopt; }, [] { return false; }},
                            log)
@@ -189,18 +196,100 @@ TEST_F(X11HitTest, MinimizeButton) {
   }
 }
 
-TEST_F(X11HitTest, HeaderBar) {
+class X11HeaderBarTest : public X11HitTest {
+ protected:
+  // An application with a header bar, on the accessibility bus or on none.
+  void openHitori(bool isOnBus) {
+    hitori.reset();
+    ASSERT_TRUE(eventually([&] { return desktop->clients().empty(); }));
+    hitori = desktop->start({"/usr/games/hitori"}, {{"GSETTINGS_BACKEND", "memory"},
+                                                    {"NO_AT_BRIDGE", isOnBus ? "0" : "1"}});
+    ASSERT_TRUE(eventually([&] { return !desktop->clients().empty(); }));
+    window = desktop->clients().front();
+    ASSERT_TRUE(desktop->activate(window));
+    ASSERT_TRUE(eventually([&] { return desktop->isShown(window); }));
+    bar = desktop->frame(window);
+    bar.height = 75;
+  }
+
+  // An application that comes to it starts the accessibility bus.
+  std::unique_ptr<ChildProcess> startSessionBus() {
+    auto bus =
+        desktop->start({"dbus-daemon", "--session", "--nofork", "--print-address",
+                        "--address=" + desktop->environment().at("DBUS_SESSION_BUS_ADDRESS")});
+    EXPECT_TRUE(bus->readLine());
+    return bus;
+  }
+
+  // Puts the buttons of GTK where nobody would look for them.
+  void arrange(const std::string& layout) {
+    const auto folder = desktop->configHome() / "gtk-3.0";
+    std::filesystem::create_directory(folder);
+    std::ofstream(folder / "settings.ini") << "[Settings]\ngtk-decoration-layout=" << layout;
+    std::ofstream(folder / "gtk.css") << "headerbar { padding: 10px 90px; }";
+  }
+
+  bool isButtonAt(const PixelRect& place) {
+    return isButton(at(place.x + place.width / 2.0, place.y + place.height / 2.0));
+  }
+  static PixelRect placeOf(const AXElement& button) {
+    const auto origin = read<QuartzPoint>(button, "AXPosition").value();
+    const auto size = read<Size>(button, "AXSize").value();
+    return {int(origin.x), int(origin.y), int(size.width), int(size.height)};
+  }
+
+  std::unique_ptr<ChildProcess> hitori;
+  WindowID window = 0;
+  PixelRect bar;
+};
+
+TEST_F(X11HeaderBarTest, HeaderBar) {
   start();
-  const auto hitori = desktop->start({"/usr/games/hitori"}, {{"GSETTINGS_BACKEND", "memory"}});
-  ASSERT_TRUE(eventually([&] { return !desktop->clients().empty(); }));
-  const auto window = desktop->clients().front();
-  ASSERT_TRUE(desktop->activate(window));
-  ASSERT_TRUE(eventually([&] { return desktop->isShown(window); }));
-  auto bar = desktop->frame(window);
-  bar.height = 60;
+  ASSERT_NO_FATAL_FAILURE(openHitori(false));
   const auto button = onlyButton(bar);
   ASSERT_TRUE(button);
   expectClicksMinimize(*button, window);
+}
+
+TEST_F(X11HeaderBarTest, SaysItselfWhereItsButtonsAre) {
+  start();
+  auto bus = startSessionBus();
+  PixelRect told;
+  for (const auto* layout : {"close,minimize:maximize", "menu:minimize,maximize,close"}) {
+    SCOPED_TRACE(layout);
+    arrange(layout);
+    ASSERT_NO_FATAL_FAILURE(openHitori(true));
+    forgetEverything();
+    const auto button = onlyButton(bar);
+    ASSERT_TRUE(button);
+    ASSERT_NO_FATAL_FAILURE(expectClicksMinimize(*button, window));
+    told = placeOf(*button);
+  }
+
+  // An application that hangs is not waited for, and is not asked again at every move.
+  const auto pid = static_cast<pid_t>(desktop->values(window, "_NET_WM_PID").at(0));
+  ASSERT_EQ(kill(pid, SIGSTOP), 0);
+  forgetEverything();
+  const auto system = x11->accessibility().systemWide();
+  system.setMessagingTimeout(1);
+  const auto begin = std::chrono::steady_clock::now();
+  std::optional<PixelRect> guessed;
+  for (int x = bar.x; x < bar.x + bar.width; x += 4) {
+    const auto found = x11->accessibility().elementAtPosition(system, {double(x), bar.y + 20.0});
+    if (isButton(found)) guessed = placeOf(*found);
+  }
+  // Half a second for each of a hundred would be fifty.
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+  ASSERT_TRUE(guessed);
+  EXPECT_TRUE(isButtonAt(*guessed));
+  EXPECT_FALSE(isButtonAt(told));
+  ASSERT_EQ(kill(pid, SIGCONT), 0);
+  EXPECT_TRUE(eventually([&] { return isButtonAt(told) && !isButtonAt(*guessed); }));
+
+  // The address of the bus may outlive it.
+  bus.reset();
+  ASSERT_NO_FATAL_FAILURE(openHitori(false));
+  EXPECT_TRUE(isButtonAt(*guessed));
 }
 
 TEST_F(X11HitTest, FindsWindowsAndNothingElse) {

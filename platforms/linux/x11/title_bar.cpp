@@ -44,6 +44,10 @@ struct Bar {
   std::optional<ButtonPlace> minimizePlace(const ButtonLayout& layout) const {
     return pellow::minimizePlace(layout, [this](TitleButton button) { return shows(button); });
   }
+  int numberShown(const std::vector<TitleButton>& side) const {
+    return static_cast<int>(
+        std::ranges::count_if(side, [this](TitleButton button) { return shows(button); }));
+  }
 };
 
 // A window of a frame.
@@ -268,6 +272,16 @@ PixelRect headerBarArea(const WindowFacts& window, bool hasShadow, double scale)
           static_cast<int>(std::lround(headerBarHeight * scale))};
 }
 
+// An application may leave out buttons of the layout, and its own may stand in their place: then
+// one cannot tell which is which.
+std::optional<PixelRect> toldAt(const HeaderBars::Buttons& told, const Bar& bar,
+                                const ButtonLayout& layout, const ButtonPlace& place) {
+  const auto& buttons = place.isLeft ? told.left : told.right;
+  const int expected = bar.numberShown(place.isLeft ? layout.left : layout.right);
+  if (std::ssize(buttons) != expected) return std::nullopt;
+  return buttons[static_cast<std::size_t>(place.number)];
+}
+
 // GTK leaves these marks on windows, and asks for no decoration for those with a header bar.
 bool hasHeaderBar(const XProperty& hints, const XProperty& variant, bool hasShadow) {
   constexpr std::uint32_t saysDecorations = 2;
@@ -308,7 +322,9 @@ std::optional<PixelRect> TitleBars::minimizeButton(xcb_window_t client, Deadline
     return place ? std::optional(*place) : std::nullopt;
   }
   const auto place = bar.minimizePlace(layout);
-  return place ? paintedAt(area, *place, style.pitch) : std::nullopt;
+  if (!place) return std::nullopt;
+  const auto told = isDecorated ? std::nullopt : headerBars_.buttons(*window, deadline);
+  return told ? toldAt(*told, bar, layout, *place) : paintedAt(area, *place, style.pitch);
 }
 
 ButtonLayout TitleBars::layoutOf(const TitleBarStyle& style, Deadline deadline) {

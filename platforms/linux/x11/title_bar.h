@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "platforms/linux/x11/button_layout.h"
+#include "platforms/linux/x11/header_bar.h"
 #include "platforms/linux/x11/pixel_rect.h"
 #include "platforms/linux/x11/x11_server.h"
 
@@ -21,12 +22,13 @@ struct TitleBarStyle;
 //   metacity, marco, KWin,    painted: computed from the size of the title bar and the layout in
 //   all others                the settings, or the default one; its middle is right, while its
 //                             edges vary by some pixels with the theme
-//   GTK header bars           the same, with the height of the usual theme
+//   GTK header bars           where the application says its buttons are, told apart by the layout;
+//                             painted ones with the height of the usual theme where it says nothing
 //
 // Any thread. Reads settings anew after some seconds; never waits beyond the deadline.
 class TitleBars {
  public:
-  explicit TitleBars(X11Server& server) : server_(server) {}
+  explicit TitleBars(X11Server& server) : server_(server), headerBars_(server) {}
 
   // In pixels of the X screen; nothing when the window is gone, has no such button or may not be
   // minimized.
@@ -42,6 +44,7 @@ class TitleBars {
   ButtonLayout layoutOf(const TitleBarStyle& style, Deadline deadline);
 
   X11Server& server_;
+  HeaderBars headerBars_;
   std::mutex mutex_;
   std::map<const TitleBarStyle*, Reading> readings_;
 };

@@ -8,6 +8,7 @@ namespace pellow {
 
 // The numbers of the X server for the names that the adapter uses; the same on all connections.
 struct X11Atoms {
+  xcb_atom_t atSpiBus = 0;
   xcb_atom_t gtkFrameExtents = 0;
   xcb_atom_t gtkThemeVariant = 0;
   xcb_atom_t motifWMHints = 0;
