@@ -87,12 +87,19 @@ void TabStripController::refresh() {
   const auto all = makeEntries();
   for (const auto& zone : around_.zones.zones()) {
     const auto entries = inZone(all, zone.id);
-    for (const auto& screen : screens(zone)) {
-      if (!screen.displayID) continue;
-      const auto panel = panels_.find({*screen.displayID, zone.id});
-      if (panel != panels_.end()) panel->second->render(entries, screen, zone);
-    }
+    for (const auto& screen : screensWithPanel(zone))
+      panels_.at({*screen.displayID, zone.id})->render(entries, screen, zone);
   }
+}
+
+// Not where the panels would be if they were made now: the main display is another one as soon as
+// the user looks at a window there.
+std::vector<Screen> TabStripController::screensWithPanel(const TabZone& zone) const {
+  auto all = around_.screens.all();
+  std::erase_if(all, [&](const Screen& screen) {
+    return !screen.displayID || !panels_.contains({*screen.displayID, zone.id});
+  });
+  return all;
 }
 
 std::vector<StripEntry> TabStripController::entries(UUID zoneID) const {
@@ -154,7 +161,7 @@ StripGeometry TabStripController::geometry(const std::vector<StripItem>& items, 
 
 std::optional<AppKitRect> TabStripController::projectedTabFrame(UUID zoneID) const {
   const auto zone = around_.zones.zone(zoneID);
-  const auto shownOn = screens(zone);
+  const auto shownOn = screensWithPanel(zone);
   if (shownOn.empty()) return std::nullopt;
   auto all = items(entries(zone.id));
   all.push_back({zone.tabSize.value_or(around_.preferences.tabSize()),
@@ -170,7 +177,7 @@ std::optional<AppKitRect> TabStripController::frame(UUID tabID) const {
       return std::ranges::find(entry.tabIDs, tabID) != entry.tabIDs.end();
     });
     if (holder == shown.end()) continue;
-    const auto shownOn = screens(zone);
+    const auto shownOn = screensWithPanel(zone);
     if (shownOn.empty()) return std::nullopt;
     return geometry(items(shown), zone, shownOn.front())
         .itemFrameOnScreen(static_cast<std::size_t>(holder - shown.begin()), zone,

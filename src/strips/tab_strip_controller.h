@@ -48,8 +48,9 @@ class TabStripController {
   // The user clicked an entry that stands for these tabs.
   std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
 
-  // Renders every panel anew with what it should show now. Tabs that come and go by the hundred are
-  // shown once in a frame of the display, the first at once.
+  // Renders every panel anew with what it should show now, also one on a display that was the main
+  // one when it came. Tabs that come and go by the hundred are shown once in a frame of the
+  // display, the first at once.
   void refresh();
 
   // The entries of one zone, in the order of the tab store.
@@ -59,10 +60,11 @@ class TabStripController {
   // main one.
   std::vector<Screen> screens(const TabZone& zone) const;
 
-  // Where a new tab of the zone would appear; nothing when the zone has no display.
+  // Where a new tab of the zone would appear; nothing when the zone has no panel.
   std::optional<AppKitRect> projectedTabFrame(UUID zoneID) const;
 
-  // Where the entry that holds the tab is, on the zone's first display; nothing when none shows it.
+  // Where the entry that holds the tab is, on the first display with a panel of its zone; nothing
+  // when none shows it.
   std::optional<AppKitRect> frame(UUID tabID) const;
 
  private:
@@ -77,6 +79,7 @@ class TabStripController {
   void rebuildPanels();
   void rebuildAndRefresh();
   std::unique_ptr<TabStripPanel> makePanel();
+  std::vector<Screen> screensWithPanel(const TabZone& zone) const;
   std::vector<StripEntry> makeEntries() const;
   StripEntry makeEntry(const TabItem& tab, const TabZone& zone) const;
   StripGeometry geometry(const std::vector<StripItem>& items, const TabZone& zone,

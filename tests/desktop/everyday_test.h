@@ -24,11 +24,13 @@ class Everyday : public testing::Test {
     PixelRect home;
   };
 
-  void launch(const nlohmann::json& defaults = nlohmann::json::object()) {
+  // `changes` go over the environment of the desktop.
+  void launch(const nlohmann::json& defaults = nlohmann::json::object(),
+              const Environment& changes = {}) {
     const auto file = PellowProgram::defaultsFile(desktop);
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file) << defaults;
-    pellow = std::make_unique<PellowProgram>(desktop);
+    pellow = std::make_unique<PellowProgram>(desktop, std::vector<std::string>{}, changes);
     ASSERT_TRUE(pellow->isReady()) << pellow->process().standardError();
   }
 

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "tests/linux/monitors.h"
+#include "tests/desktop/monitors.h"
 #include "tests/linux/qt_desktop_test.h"
 
 namespace pellow::desktop {
@@ -206,7 +206,7 @@ TEST_F(QtPanelsTest, ThePointerGoesThroughAPanelThatIgnoresIt) {
 class ScaledQtPanelsTest : public QtPanelsTest {
  protected:
   void SetUp() override {
-    monitors.plug("left", {0, 0, 640, 800}, false, true);
+    monitors.plug("left", {0, 0, 640, 800});
     monitors.plug("right", {640, 100, 640, 600}, true);
     startQt(2);
   }

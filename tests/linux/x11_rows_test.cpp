@@ -1,7 +1,7 @@
 #include <algorithm>
 
+#include "tests/desktop/monitors.h"
 #include "tests/desktop/window_manager_choice.h"
-#include "tests/linux/monitors.h"
 #include "tests/linux/x11_desktop_test.h"
 
 // What the adapter makes of the less common states of windows, applications and screens. The window
@@ -153,8 +153,8 @@ TEST_F(X11Rows, DocksKeepTheirSideOfTheirMonitor) {
     EXPECT_GT(std::exchange(changes, 0), 0);
   };
   Monitors monitors(desktop.display());
-  monitors.plug("left", {0, 0, 640, 800}, true, true);
-  monitors.plug("right", {640, 0, 640, 600}, false);
+  monitors.plug("left", {0, 0, 640, 800}, true);
+  monitors.plug("right", {640, 0, 640, 600});
   ASSERT_TRUE(until([&] { return x11->screens().all().size() == 2; }));
   changes = 0;
   const AppKitRect left{0, 0, 640, 800};

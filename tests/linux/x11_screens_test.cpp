@@ -1,4 +1,4 @@
-#include "tests/linux/monitors.h"
+#include "tests/desktop/monitors.h"
 #include "tests/linux/x11_desktop_test.h"
 
 namespace pellow::desktop {
@@ -29,9 +29,9 @@ TEST_F(X11DesktopTest, MonitorsComeAndGoAroundWindows) {
   };
   // Three of them; the primary one is neither the first nor at the origin of the X screen.
   Monitors monitors(desktop.display());
-  monitors.plug("left", {0, 0, 480, 800}, false, true);
+  monitors.plug("left", {0, 0, 480, 800});
   monitors.plug("middle", {480, 100, 480, 600}, true);
-  monitors.plug("right", {960, 0, 320, 800}, false);
+  monitors.plug("right", {960, 0, 320, 800});
   expectFrames({{0, 0, 480, 600}, {-480, -100, 480, 800}, {480, -100, 320, 800}});
   const auto leftID = x11->screens().all()[1].displayID;
 
@@ -48,11 +48,11 @@ TEST_F(X11DesktopTest, MonitorsComeAndGoAroundWindows) {
   // Parked beside the left monitor, which goes.
   move(element, 1 - 480.0 - home.width, home.y - 100.0);
   for (const auto* name : {"right", "middle", "left"}) monitors.unplug(name);
-  monitors.plug("middle", {0, 0, 960, 800}, true, true);
+  monitors.plug("middle", {0, 0, 960, 800}, true);
   expectFrames({{0, 0, 960, 800}});
   move(element, 200, 100);
   EXPECT_EQ(desktop.frame(window), (PixelRect{200, 100, home.width, home.height}));
-  monitors.plug("left", {960, 0, 320, 800}, false);
+  monitors.plug("left", {960, 0, 320, 800});
   expectFrames({{0, 0, 960, 800}, {960, 0, 320, 800}});
   EXPECT_EQ(x11->screens().all()[1].displayID, leftID);
 }

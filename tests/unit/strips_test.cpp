@@ -174,6 +174,17 @@ TEST_F(Strips, ZonesHavePanelsOnTheirDisplays) {
   zones.remove(second.id);
   EXPECT_EQ(desktop.panels("pellow-strip").size(), 1);
   EXPECT_EQ(tabs().children.size(), 1);
+
+  // The panel stays where it is, and up to date, when another display becomes the main one.
+  const auto latest = tab("Latest", "b");
+  desktop.launch("Notes").openWindow("Shopping", {1500, 100, 800, 600});
+  ASSERT_EQ(platform.screens().main()->displayID, 7);
+  const auto projected = strips.projectedTabFrame(zones.defaultZone().id);
+  store.add(latest);
+  EXPECT_EQ(tabs().children.size(), 2);
+  EXPECT_EQ(onSecondDisplay(), 0);
+  EXPECT_EQ(strips.frame(latest.id), projected);
+  EXPECT_LT(projected->maxX(), 1440);
 }
 
 }  // namespace

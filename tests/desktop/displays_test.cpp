@@ -1,0 +1,194 @@
+#include "tests/desktop/everyday_test.h"
+#include "tests/desktop/monitors.h"
+
+// Several monitors, beside and above each other, that come and go while windows are away.
+
+namespace pellow::desktop {
+namespace {
+
+PixelRect intersection(const PixelRect& a, const PixelRect& b) {
+  const int x = std::max(a.x, b.x);
+  const int y = std::max(a.y, b.y);
+  return {x, y, std::max(std::min(a.x + a.width, b.x + b.width) - x, 0),
+          std::max(std::min(a.y + a.height, b.y + b.height) - y, 0)};
+}
+
+class Displays : public Everyday {
+ protected:
+  // The window manager starts anew, and knows them.
+  void plugAll(const std::map<std::string, PixelRect>& all, const std::string& primaryName) {
+    for (const auto& [name, place] : all) plug(name, place, name == primaryName);
+    desktop.restartWindowManager();
+  }
+
+  void plug(const std::string& name, PixelRect place, bool isPrimary = false) {
+    plugged[name] = place;
+    monitors.plug(name, place, isPrimary);
+  }
+
+  void unplug(const std::string& name) {
+    plugged.erase(name);
+    monitors.unplug(name);
+  }
+
+  // By the key, to this place. No monitor shows more of it than a sliver.
+  void putAway(const Guest& guest, int x, int y) {
+    const PixelRect parked{x, y, guest.home.width, guest.home.height};
+    ASSERT_TRUE(desktop.activate(guest.window));
+    press('t');
+    ASSERT_TRUE(eventually([&] { return desktop.frame(guest.window) == parked; }))
+        << desktop.frame(guest.window) << " is not " << parked << "\n"
+        << pellow->process().standardError();
+    for (const auto& [name, monitor] : plugged) {
+      const auto seen = intersection(parked, monitor);
+      EXPECT_TRUE(seen.width <= sliver || seen.height == 0) << name << " shows " << seen;
+    }
+  }
+
+  // There are strips at these places and nowhere else.
+  void expectStrips(const std::vector<PixelRect>& places) {
+    EXPECT_TRUE(eventually([&] { return std::ranges::is_permutation(strips(), places); }))
+        << testing::PrintToString(strips()) << " are not " << testing::PrintToString(places);
+  }
+
+  std::vector<PixelRect> strips() const {
+    std::vector<PixelRect> found;
+    for (const auto strip : desktop.shownWindows("pellow", "pellow-strip"))
+      found.push_back(desktop.content(strip));
+    return found;
+  }
+
+  int sliver = 1;
+  Monitors monitors{desktop.display()};
+  std::map<std::string, PixelRect> plugged;
+  TestClient client{desktop};
+};
+
+// The X screen shrinks to the monitor that is left, and grows again.
+TEST_F(Displays, AMonitorGoesAndComesWhileItsWindowsAreAway) {
+  const PixelRect left{0, 100, 600, 700};
+  const PixelRect right{600, 0, 680, 800};
+  plugAll({{"left", left}, {"right", right}}, "right");
+  auto letter = open(client, "Letter", {40, 180, 420, 300});
+  const auto sums = open(client, "Sums", {91, 433, 333, 251});
+  const auto note = open(client, "Note", {700, 90, 400, 300});
+  ASSERT_NO_FATAL_FAILURE(launch({{"tabsOnAllScreens", true}}));
+  for (const auto& guest : {letter, sums, note}) ASSERT_NO_FATAL_FAILURE(putAway(guest, 1279, 772));
+  const PixelRect leftStrip{600 - 50, 450 - 60, 44, 120};
+  const PixelRect rightStrip{1280 - 50, 400 - 60, 44, 120};
+  expectStrips({leftStrip, rightStrip});
+
+  unplug("left");
+  plug("right", {0, 0, 680, 800}, true);
+  monitors.resizeScreen(680, 800);
+  expectStrips({{680 - 50, 400 - 60, 44, 120}});
+  pellow->clickTab(0);
+  letter.home = {0, 180, letter.home.width, letter.home.height};
+  expectHome({letter});
+  ASSERT_TRUE(hasTabs(2));
+
+  monitors.resizeScreen(1280, 800);
+  plug("right", right, true);
+  plug("left", left);
+  EXPECT_TRUE(eventually([&] { return strips().size() == 2; })) << testing::PrintToString(strips());
+  press('r');
+  expectHome({sums, note});
+  expectAllIsOver();
+}
+
+TEST_F(Displays, AMonitorGoesAndTheProgramIsKilled) {
+  const PixelRect left{0, 0, 600, 700};
+  const PixelRect right{600, 0, 680, 800};
+  for (const bool shrinks : {false, true}) {
+    SCOPED_TRACE(shrinks);
+    plugAll({{"left", left}, {"right", right}}, "right");
+    const std::vector guests{open(client, "Letter", {40, 80, 420, 300}),
+                             open(client, "Note", {700, 90, 400, 300})};
+    ASSERT_NO_FATAL_FAILURE(launch());
+    for (const auto& guest : guests) ASSERT_NO_FATAL_FAILURE(putAway(guest, 1279, 772));
+    unplug("left");
+    pellow->process().kill();
+    if (shrinks) {
+      plug("right", {0, 0, 680, 800}, true);
+      monitors.resizeScreen(680, 800);
+    }
+    pellow = std::make_unique<PellowProgram>(desktop);
+    ASSERT_TRUE(pellow->isReady());
+    for (const auto& [window, home] : guests) {
+      const auto frame = desktop.frame(window);
+      EXPECT_EQ(intersection(frame, plugged["right"]), frame) << pellow->process().standardError();
+    }
+    if (!shrinks) EXPECT_EQ(desktop.frame(guests[1].window), guests[1].home);
+    expectAllIsOver();
+    pellow.reset();
+    for (const auto& guest : guests) client.destroy(guest.window);
+  }
+}
+
+TEST_F(Displays, OfMonitorsAboveEachOtherTheOutermostOneCounts) {
+  struct Arrangement {
+    std::string primary;
+    PixelRect top;
+    PixelRect bottom;
+    int rightY;  // where windows are parked
+    int leftY;
+  };
+  for (const auto& [primary, top, bottom, rightY, leftY] :
+       {Arrangement{"bottom", {300, 0, 980, 400}, {0, 400, 900, 400}, 372, 772},
+        Arrangement{"top", {0, 0, 900, 400}, {300, 400, 980, 400}, 772, 372},
+        Arrangement{"top", {0, 0, 1280, 400}, {0, 400, 1280, 400}, 372, 372}}) {
+    SCOPED_TRACE(testing::PrintToString(top) + " above " + testing::PrintToString(bottom));
+    plugAll({{"top", top}, {"bottom", bottom}}, primary);
+    const std::vector guests{open(client, "Above", {420, 60, 360, 250}),
+                             open(client, "Across", {350, 270, 430, 300}),
+                             open(client, "Below", {330, 470, 411, 233})};
+    for (const std::string edge : {"right", "left"}) {
+      SCOPED_TRACE(edge);
+      ASSERT_NO_FATAL_FAILURE(launch({{"edge", edge}}));
+      for (const auto& guest : guests) {
+        if (edge == "right") ASSERT_NO_FATAL_FAILURE(putAway(guest, 1279, rightY));
+        if (edge == "left") ASSERT_NO_FATAL_FAILURE(putAway(guest, 1 - guest.home.width, leftY));
+      }
+      // The strip stays where it came, below, whatever monitor the slivers are on.
+      const int x = edge == "right" ? bottom.x + bottom.width - 50 : bottom.x + 6;
+      expectStrips({{x, 600 - 60, 44, 120}});
+      pellow->clickTab(1);
+      expectHome({guests[1]});
+      EXPECT_TRUE(hasTabs(2));
+      pellow->process().send(SIGTERM);
+      EXPECT_EQ(pellow->process().exitStatus(), 0);
+      expectHome(guests);
+      ASSERT_TRUE(desktop.activate(guests[2].window));
+    }
+    for (const auto& guest : guests) client.destroy(guest.window);
+  }
+}
+
+TEST_F(Displays, AWindowAndTheStripsAreExactAtTwoPixelsAPoint) {
+  sliver = 2;
+  const PixelRect left{0, 60, 602, 740};
+  const PixelRect right{602, 0, 678, 800};
+  plugAll({{"left", left}, {"right", right}}, "right");
+  const auto letter = open(client, "Letter", {41, 181, 421, 301});
+  const auto note = open(client, "Note", {701, 91, 403, 303});
+  ASSERT_NO_FATAL_FAILURE(launch({{"tabsOnAllScreens", true}}, {{"QT_SCALE_FACTOR", "2"}}));
+  expectStrips({{602 - 100, 430 - 60, 88, 120}, {1280 - 100, 400 - 60, 88, 120}});
+  const PixelRect leftStrip{602 - 100, 430 - 44, 88, 88};
+  const PixelRect rightStrip{1280 - 100, 400 - 44, 88, 88};
+  for (const auto& [guest, other, strip] :
+       {std::tuple{letter, note, leftStrip}, {note, letter, rightStrip}}) {
+    ASSERT_NO_FATAL_FAILURE(putAway(guest, 1278, 744));
+    expectStrips({leftStrip, rightStrip});
+    unplug("left");
+    expectStrips({rightStrip});
+    plug("left", left);
+    expectStrips({leftStrip, rightStrip});
+    ASSERT_TRUE(desktop.activate(other.window));
+    desktop.click(strip.x + 44, strip.y + 44);
+    expectHome({guest});
+    EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == guest.window; }));
+  }
+}
+
+}  // namespace
+}  // namespace pellow::desktop
