@@ -3,6 +3,13 @@
 #include <utility>
 
 namespace pellow {
+namespace {
+
+// Applications are put away a few at a time: in one go up to here, and so that the first windows go
+// at once.
+constexpr std::size_t enoughWindows = 16;
+
+}  // namespace
 
 void BulkActions::pellowPinnedApps() {
   if (around_.zones.pins.empty()) return around_.failures.report(PellowError::nothingPinned());
@@ -33,9 +40,9 @@ Task<> BulkActions::runWaiting() {
   isRunning_ = false;
 }
 
-Task<> BulkActions::pinnedApps() { co_await pellowApps(/*onlyPinned=*/true, {}); }
+Task<> BulkActions::pinnedApps() { co_await pellowAll(/*onlyPinned=*/true, {}); }
 
-Task<> BulkActions::everything() { co_await pellowApps(/*onlyPinned=*/false, {}); }
+Task<> BulkActions::everything() { co_await pellowAll(/*onlyPinned=*/false, {}); }
 
 Task<> BulkActions::everythingElse() {
   const auto focused = co_await around_.axQueue.ax(
@@ -44,11 +51,13 @@ Task<> BulkActions::everythingElse() {
     around_.failures.report(PellowError::noFocusedWindow());
     co_return;
   }
-  co_await pellowApps(/*onlyPinned=*/false, {*focused});
+  co_await pellowAll(/*onlyPinned=*/false, {*focused});
 }
 
-Task<> BulkActions::pellowApps(bool onlyPinned, std::vector<TargetWindow> excluding) {
+Task<> BulkActions::pellowAll(bool onlyPinned, std::vector<TargetWindow> excluding) {
   around_.failures.beginBulk();
+  std::vector<AppWindows> together;
+  std::size_t windowsTogether = 0;
   for (const auto& application : around_.workspace.runningApplications()) {
     if (application.activationPolicy != ActivationPolicy::regular) continue;
     if (application.pid == around_.ownProcess) continue;
@@ -58,8 +67,14 @@ Task<> BulkActions::pellowApps(bool onlyPinned, std::vector<TargetWindow> exclud
     if (onlyPinned && !pin) continue;
     auto windows = co_await around_.axQueue.ax(
         [&] { return TargetWindow::windows(around_.accessibility, application.pid); });
-    if (!windows.empty()) co_await pellowApp(application, std::move(windows), pin, excluding);
+    if (windows.empty()) continue;
+    windowsTogether += windows.size();
+    together.push_back({application, std::move(windows), pin});
+    if (windowsTogether < enoughWindows) continue;
+    co_await pellowApps(std::exchange(together, {}), excluding);
+    windowsTogether = 0;
   }
+  if (!together.empty()) co_await pellowApps(together, excluding);
   auto bulk = around_.failures.endBulk();
   if (bulk.failures.empty()) co_return;
   if (bulk.refusedOffscreen.empty()) co_return around_.failures.report(bulk.failures);

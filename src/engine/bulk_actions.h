@@ -16,6 +16,13 @@
 
 namespace pellow {
 
+// An application and all the windows that it has.
+struct AppWindows {
+  RunningApplication application;
+  std::vector<TargetWindow> windows;  // at least one
+  std::optional<UUID> zoneID;         // where it is pinned
+};
+
 // The three commands that put many windows away at once. One runs at a time, in the order in which
 // they were asked for; each goes on past every failure and tells all of them at its end. Main
 // thread.
@@ -33,11 +40,9 @@ class BulkActions {
 
   explicit BulkActions(const Surroundings& surroundings) : around_(surroundings) {}
 
-  // Puts the windows of an application, all it has and at least one, away but those excluded, and
-  // reports failures.
-  std::function<Task<>(RunningApplication application, std::vector<TargetWindow> windows,
-                       std::optional<UUID> zoneID, std::vector<TargetWindow> excluding)>
-      pellowApp;
+  // Puts the windows of these applications away but those excluded, and reports failures.
+  std::function<Task<>(std::vector<AppWindows> applications, std::vector<TargetWindow> excluding)>
+      pellowApps;
   // Minimizes a window to a tab, unless it has one.
   std::function<Task<>(TargetWindow window)> minimizeInstead;
 
@@ -57,7 +62,7 @@ class BulkActions {
   Task<> pinnedApps();
   Task<> everything();
   Task<> everythingElse();
-  Task<> pellowApps(bool onlyPinned, std::vector<TargetWindow> excluding);
+  Task<> pellowAll(bool onlyPinned, std::vector<TargetWindow> excluding);
   Task<> offerToMinimize(FailureReports::Bulk bulk);
 
   Surroundings around_;

@@ -18,20 +18,21 @@ std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minim
 
 }  // namespace
 
-void Mechanisms::prepare(const std::vector<const TabItem*>& tabs, StripEdge side) {
-  std::vector<ParkedWindows::Departure> departures;
-  for (const auto* tab : tabs)
-    if (tab->mechanism == Mechanism::offscreen)
-      departures.push_back({*tab, around_.parking.parkOrigin(*tab->originalFrame, side)});
-  if (departures.size() > 1) around_.parkedWindows.recordAhead(departures);
+void Mechanisms::prepare(const std::vector<Departure>& departures) {
+  std::vector<ParkedWindows::Departure> parked;
+  for (const auto& [tab, side] : departures)
+    if (tab.mechanism == Mechanism::offscreen)
+      parked.push_back({tab, around_.parking.parkOrigin(*tab.originalFrame, side)});
+  if (parked.size() > 1) around_.parkedWindows.recordAhead(parked);
 }
 
-Task<Mechanisms::Hiding> Mechanisms::hide(const TabItem& tab, StripEdge side) {
+Task<Mechanisms::Hiding> Mechanisms::hide(Departure departure) {
+  const auto& tab = departure.tab;
   switch (tab.mechanism) {
     case Mechanism::minimize:
       co_return co_await minimize(tab);
     case Mechanism::offscreen:
-      co_return co_await slideOffscreen(tab, side);
+      co_return co_await slideOffscreen(departure);
     case Mechanism::hideApp:
       break;
   }
@@ -48,8 +49,9 @@ Task<Mechanisms::Hiding> Mechanisms::minimize(const TabItem& tab) {
 
 // Record first, then move, then look: a window that stays in sight goes back and needs no tab. One
 // that nobody can say anything about may be hidden.
-Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(const TabItem& tab, StripEdge side) {
-  const auto target = around_.parking.parkOrigin(*tab.originalFrame, side);
+Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(Departure departure) {
+  const auto& tab = departure.tab;
+  const auto target = around_.parking.parkOrigin(*tab.originalFrame, departure.side);
   if (!around_.parkedWindows.record({tab, target}))
     co_return Hiding{.failure = PellowError::moveFailed(AXError::failure)};
 

@@ -41,13 +41,18 @@ class Mechanisms {
     std::optional<PellowError> failure;  // for the user; besides a hidden window, too
   };
 
-  // Writes down at once what must be on disk before the windows of these tabs are hidden, one after
-  // another: each is hidden next, or else forgotten.
-  void prepare(const std::vector<const TabItem*>& tabs, StripEdge side);
+  // A window to hide, and to which side if it is slid.
+  struct Departure {
+    const TabItem& tab;
+    StripEdge side;
+  };
 
-  // Hides the window by the tab's mechanism; `side` is for `offscreen`. A window that would stay in
-  // sight is put back.
-  Task<Hiding> hide(const TabItem& tab, StripEdge side);
+  // Writes down at once what must be on disk before these windows are hidden, one after another.
+  // `hide` must follow for each.
+  void prepare(const std::vector<Departure>& departures);
+
+  // Hides the window by the tab's mechanism. A window that would stay in sight is put back.
+  Task<Hiding> hide(Departure departure);
 
   // Undoes it, raises the window and activates its application. Throws when the window is not
   // back; a raise that fails is only logged.
@@ -58,7 +63,7 @@ class Mechanisms {
 
  private:
   Task<Hiding> minimize(const TabItem& tab);
-  Task<Hiding> slideOffscreen(const TabItem& tab, StripEdge side);
+  Task<Hiding> slideOffscreen(Departure departure);
   Task<bool> slideBack(const TabItem& tab);
   Task<> moveHome(const TabItem& tab);
   Task<> unminimize(const TargetWindow& window);

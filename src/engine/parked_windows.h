@@ -27,8 +27,8 @@ class ParkedWindows {
   // Before the tab's window moves to `parkedOrigin`: false when that cannot be kept.
   bool record(const Departure& departure);
 
-  // The same for windows that move one after another, in one write. For each `record` or `forget`
-  // follows in time.
+  // The same for windows that will move one after another, in one write. `record` must follow for
+  // each, and has nothing left to do where this has succeeded.
   void recordAhead(const std::vector<Departure>& departures);
 
   // The tab's window is not parked any more.

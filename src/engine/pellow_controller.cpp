@@ -99,9 +99,9 @@ void PellowController::setCallbacks() {
   };
   triggers_.onMinimizedLate = [this](const TabItem& tab) { store_.add(tab); };
   triggers_.onRestore = [this](UUID tab) { restore({tab}); };
-  bulkActions_.pellowApp = [this](RunningApplication application, std::vector<TargetWindow> windows,
-                                  std::optional<UUID> zoneID, std::vector<TargetWindow> excluding) {
-    return pellowApp(std::move(application), std::move(windows), zoneID, std::move(excluding));
+  bulkActions_.pellowApps = [this](std::vector<AppWindows> applications,
+                                   std::vector<TargetWindow> excluding) {
+    return pellowApps(std::move(applications), std::move(excluding));
   };
   bulkActions_.minimizeInstead = [this](TargetWindow window) {
     return pellow(std::move(window), std::nullopt, Mechanism::minimize);
@@ -126,8 +126,10 @@ void PellowController::start() {
   displays_.recordMainHeight();
   subscriptions_.push_back(
       around_.screens.onDidChangeParameters([this] { displays_.recordMainHeight(); }));
-  subscriptions_.push_back(
-      around_.notifications.observe(TabStore::didChange, [this] { tabsDidChange(); }));
+  // In a moment: while tabs come one after another, the next window must not wait for it.
+  subscriptions_.push_back(around_.notifications.observe(TabStore::didChange, [this] {
+    bookkeeping_ = around_.queues.main().async([this] { tabsDidChange(); });
+  }));
 
   strip_ = std::make_unique<TabStripController>(
       TabStripController::Surroundings{.tabs = store_,
@@ -158,115 +160,119 @@ Task<> PellowController::pellowFocusedWindow() {
   if (!window || window->pid == around_.ownProcess) throw PellowError::noFocusedWindow();
   const bool hides = around_.preferences.mechanism() == Mechanism::hideApp;
   const auto application = around_.workspace.application(window->pid);
-  if (hides && application) co_return co_await pellowApp(*application, {*window}, {}, {});
+  if (hides && application) co_return co_await pellowApps({{*application, {*window}, {}}}, {});
   co_await pellow(*window, std::nullopt, std::nullopt);
 }
 
-Task<> PellowController::pellow(TargetWindow window, std::optional<UUID> zoneID,
+Task<> PellowController::pellow(TargetWindow target, std::optional<UUID> zoneID,
                                 std::optional<Mechanism> mechanism) {
-  if (isTaken(window)) co_return;
-  const auto application = around_.workspace.application(window.pid);
+  if (isTaken(target)) co_return;
+  const auto application = around_.workspace.application(target.pid);
   if (!application) co_return failures_.report(PellowError::windowGone());
   const auto zone = chooseZone(*application, zoneID);
   const auto chosen = mechanism.value_or(around_.preferences.mechanism());
-  if (chosen == Mechanism::hideApp) {
-    co_await hideApp(*application, window, zone);
-  } else {
-    failures_.report(co_await park(*application, {window}, chosen, zone));
-  }
+  const Chosen window{*application, target, chosen, zone};
+  if (chosen == Mechanism::hideApp) co_return co_await hideApp(window);
+  co_await pellowWindows({window});
 }
 
-// For hiding the whole application its first window stands for all.
-Task<> PellowController::pellowApp(RunningApplication application,
-                                   std::vector<TargetWindow> windows, std::optional<UUID> zoneID,
-                                   std::vector<TargetWindow> excluding) {
-  const auto pid = application.pid;
-  const auto zone = chooseZone(application, zoneID);
-  const auto mechanism = around_.preferences.mechanism();
-  // Hiding the application would take the windows with it that shall stay.
-  const bool someStay = std::ranges::find(excluding, pid, &TargetWindow::pid) != excluding.end();
-  if (mechanism != Mechanism::hideApp || someStay) {
-    std::erase_if(windows, [&](const TargetWindow& window) {
-      return std::ranges::find(excluding, window) != excluding.end();
-    });
-    const bool hides = mechanism == Mechanism::hideApp;
-    co_return co_await pellowWindows(application, windows, hides ? Mechanism::offscreen : mechanism,
-                                     zone);
+Task<> PellowController::pellowApps(std::vector<AppWindows> applications,
+                                    std::vector<TargetWindow> excluding) {
+  const auto preferred = around_.preferences.mechanism();
+  std::vector<Chosen> chosen;
+  for (const auto& [application, windows, zoneID] : applications) {
+    const auto pid = application.pid;
+    const auto zone = chooseZone(application, zoneID);
+    // Hiding the application would take the windows with it that shall stay.
+    const bool someStay = std::ranges::find(excluding, pid, &TargetWindow::pid) != excluding.end();
+    const bool hides = preferred == Mechanism::hideApp;
+    if (hides && !someStay) {
+      // One window stands for all.
+      const Chosen first{application, windows.front(), preferred, zone};
+      if (hasTabForApp(pid))
+        hideAppAgain(pid);
+      else
+        co_await hideApp(first);
+      continue;
+    }
+    for (const auto& window : windows)
+      if (std::ranges::find(excluding, window) == excluding.end())
+        chosen.push_back({application, window, hides ? Mechanism::offscreen : preferred, zone});
   }
-  if (!hasTabForApp(pid)) {
-    if (!isTaken(windows.front())) co_await hideApp(application, windows.front(), zone);
-    co_return;
-  }
-  // Its tab stayed when somebody else brought it back.
-  if (!around_.workspace.hide(pid)) failures_.report(PellowError::hideFailed());
-  echoes_.settle(pid, EchoGuard::settleTime);
+  co_await pellowWindows(std::move(chosen));
 }
 
-Task<> PellowController::pellowWindows(RunningApplication application,
-                                       std::vector<TargetWindow> windows, Mechanism mechanism,
-                                       TabZone zone) {
+Task<> PellowController::pellowWindows(std::vector<Chosen> windows) {
   std::vector<PellowError> failures;
   for (auto next = windows.begin(); next != windows.end();) {
-    std::vector<TargetWindow> together;
+    std::vector<Chosen> together;
     for (; next != windows.end() && together.size() < parkedTogether; ++next)
-      if (!isTaken(*next)) together.push_back(*next);
-    if (together.empty()) continue;
-    const auto failed = co_await park(application, std::move(together), mechanism, zone);
+      if (!isTaken(next->window)) together.push_back(*next);
+    if (together.empty()) break;
+    const auto failed = co_await park(std::move(together));
     failures.insert(failures.end(), failed.begin(), failed.end());
   }
   failures_.report(failures);
 }
 
-Task<> PellowController::hideApp(RunningApplication application, TargetWindow window,
-                                 TabZone zone) {
-  auto claim = ledger_.claim(window);
-  const auto state = (co_await read({window})).front();
-  Leaving leaving{std::move(claim), makeTab(window, application, state, Mechanism::hideApp, zone),
-                  state.isMinimized};
+// Its tab stayed when somebody else brought it back.
+void PellowController::hideAppAgain(ProcessID pid) {
+  if (!around_.workspace.hide(pid)) failures_.report(PellowError::hideFailed());
+  echoes_.settle(pid, EchoGuard::settleTime);
+}
+
+Task<> PellowController::hideApp(Chosen chosen) {
+  if (isTaken(chosen.window)) co_return;
+  auto claim = ledger_.claim(chosen.window);
+  const auto state = (co_await read({chosen.window})).front();
+  auto leaving = makeLeaving(chosen, state, std::move(claim));
   if (state.frame) co_await photograph(leaving);
   try {
-    co_await putAway(leaving, zone);
+    co_await putAway(leaving);
   } catch (const PellowError& error) {
     failures_.report(error);
   }
 }
 
-// Windows of one application. What can be done for all of them at once comes first; then they go
-// one after another. The failures are those of single windows.
-Task<std::vector<PellowError>> PellowController::park(RunningApplication application,
-                                                      std::vector<TargetWindow> windows,
-                                                      Mechanism mechanism, TabZone zone) {
+// What can be done for all of them at once comes first; then they go one after another. The
+// failures are those of single windows.
+Task<std::vector<PellowError>> PellowController::park(std::vector<Chosen> windows) {
   std::list<Ledger::Claim> claims;
-  for (const auto& window : windows) claims.push_back(ledger_.claim(window));
-  const auto states = co_await read(windows);
+  std::vector<TargetWindow> targets;
+  for (const auto& chosen : windows) {
+    claims.push_back(ledger_.claim(chosen.window));
+    targets.push_back(chosen.window);
+  }
+  const auto states = co_await read(std::move(targets));
 
   std::vector<PellowError> failures;
   std::list<Leaving> leaving;
   for (std::size_t i = 0; i < windows.size(); ++i, claims.pop_front()) {
-    const auto& state = states[i];
-    if (!state.answers)
-      failures.push_back(unanswered(mechanism));
-    else if (!state.frame)
+    if (!states[i].answers)
+      failures.push_back(unanswered(windows[i].mechanism));
+    else if (!states[i].frame)
       failures.push_back(PellowError::windowGone());
     else
-      leaving.push_back({std::move(claims.front()),
-                         makeTab(windows[i], application, state, mechanism, zone),
-                         state.isMinimized});
+      leaving.push_back(makeLeaving(windows[i], states[i], std::move(claims.front())));
   }
-  std::vector<const TabItem*> tabs;
+  std::vector<Mechanisms::Departure> departures;
   for (auto& each : leaving) {
     co_await photograph(each);
-    tabs.push_back(&each.tab);
+    departures.push_back(each.departure());
   }
-  mechanisms_.prepare(tabs, parkingSide(zone));
+  mechanisms_.prepare(departures);
   for (; !leaving.empty(); leaving.pop_front()) {
     try {
-      co_await putAway(leaving.front(), zone);
+      co_await putAway(leaving.front());
     } catch (const PellowError& error) {
       failures.push_back(error);
     }
   }
   co_return failures;
+}
+
+Mechanisms::Departure PellowController::Leaving::departure() const {
+  return {tab, parkingSide(zone)};
 }
 
 Task<> PellowController::photograph(Leaving& leaving) {
@@ -285,13 +291,13 @@ void PellowController::keepInDock(TabItem tab) {
 
 // From the claim on there is somebody who knows how to put the window back; the tab becomes public
 // only when the window is hidden.
-Task<> PellowController::putAway(Leaving& leaving, TabZone zone) {
+Task<> PellowController::putAway(Leaving& leaving) {
   const auto& tab = leaving.tab;
   if (tab.mechanism == Mechanism::minimize && leaving.wasMinimized) co_return keepInDock(tab);
   const auto tabFrame =
-      shouldAnimate(tab.mechanism) ? strip_->projectedTabFrame(zone.id) : std::nullopt;
+      shouldAnimate(tab.mechanism) ? strip_->projectedTabFrame(leaving.zone.id) : std::nullopt;
   leaving.claim.setTab(tab);
-  const auto hiding = co_await mechanisms_.hide(tab, parkingSide(zone));
+  const auto hiding = co_await mechanisms_.hide(leaving.departure());
   if (hiding.mayBeHidden) {
     store_.add(tab);
     echoes_.settle(tab.window.pid, EchoGuard::settleTime);
@@ -308,12 +314,15 @@ Task<> PellowController::putAway(Leaving& leaving, TabZone zone) {
   throw PellowError(*hiding.failure);
 }
 
-// One that does not answer in time stands for those after it: they are of one application.
+// One that does not answer in time stands for those after it of the same application.
 Task<std::vector<WindowState>> PellowController::read(std::vector<TargetWindow> windows) {
   co_return co_await axQueue_.ax([&] {
     std::vector<WindowState> states;
-    for (const auto& window : windows)
-      states.push_back(states.empty() || states.back().answers ? window.state() : states.back());
+    std::optional<ProcessID> silent;
+    for (const auto& window : windows) {
+      states.push_back(window.pid == silent ? WindowState{.answers = false} : window.state());
+      if (!states.back().answers) silent = window.pid;
+    }
     return states;
   });
 }
@@ -439,19 +448,21 @@ TabZone PellowController::chooseZone(const RunningApplication& application,
   return pinned.value_or(around_.zones.defaultZone());
 }
 
-TabItem PellowController::makeTab(const TargetWindow& window, const RunningApplication& application,
-                                  const WindowState& state, Mechanism mechanism,
-                                  const TabZone& zone) {
-  return {.id = around_.uuids.next(),
-          .window = window,
-          .appName = application.localizedName,
-          .bundleID = application.bundleID,
-          .title = state.title,
-          .icon = application.icon,
-          .mechanism = mechanism,
-          .screenID = state.frame ? displays_.screenID(*state.frame) : std::nullopt,
-          .originalFrame = state.frame,
-          .zoneID = zone.id};
+PellowController::Leaving PellowController::makeLeaving(const Chosen& chosen,
+                                                        const WindowState& state,
+                                                        Ledger::Claim claim) {
+  const auto& [application, window, mechanism, zone] = chosen;
+  TabItem tab{.id = around_.uuids.next(),
+              .window = window,
+              .appName = application.localizedName,
+              .bundleID = application.bundleID,
+              .title = state.title,
+              .icon = application.icon,
+              .mechanism = mechanism,
+              .screenID = state.frame ? displays_.screenID(*state.frame) : std::nullopt,
+              .originalFrame = state.frame,
+              .zoneID = zone.id};
+  return {std::move(claim), std::move(tab), zone, state.isMinimized};
 }
 
 void PellowController::tabsDidChange() {

@@ -111,11 +111,22 @@ class PellowController {
   bool isIdle() const { return tasks_.isIdle(); }
 
  private:
-  // A window on its way to being a tab.
+  // A window that is to become a tab of this zone.
+  struct Chosen {
+    RunningApplication application;
+    TargetWindow window;
+    Mechanism mechanism;
+    TabZone zone;
+  };
+
+  // A window on its way to that.
   struct Leaving {
     Ledger::Claim claim;
     TabItem tab;
+    TabZone zone;
     bool wasMinimized;
+
+    Mechanisms::Departure departure() const;
   };
 
   // A tab on its way back to being a window.
@@ -126,18 +137,15 @@ class PellowController {
   };
 
   Task<> pellowFocusedWindow();
-  Task<> pellow(TargetWindow window, std::optional<UUID> zoneID,
+  Task<> pellow(TargetWindow target, std::optional<UUID> zoneID,
                 std::optional<Mechanism> mechanism);
-  Task<> pellowApp(RunningApplication application, std::vector<TargetWindow> windows,
-                   std::optional<UUID> zoneID, std::vector<TargetWindow> excluding);
-  Task<> pellowWindows(RunningApplication application, std::vector<TargetWindow> windows,
-                       Mechanism mechanism, TabZone zone);
-  Task<> hideApp(RunningApplication application, TargetWindow window, TabZone zone);
-  Task<std::vector<PellowError>> park(RunningApplication application,
-                                      std::vector<TargetWindow> windows, Mechanism mechanism,
-                                      TabZone zone);
+  Task<> pellowApps(std::vector<AppWindows> applications, std::vector<TargetWindow> excluding);
+  Task<> pellowWindows(std::vector<Chosen> windows);
+  void hideAppAgain(ProcessID pid);
+  Task<> hideApp(Chosen chosen);
+  Task<std::vector<PellowError>> park(std::vector<Chosen> windows);
   Task<> photograph(Leaving& leaving);
-  Task<> putAway(Leaving& leaving, TabZone zone);
+  Task<> putAway(Leaving& leaving);
   void keepInDock(TabItem tab);
   Task<std::vector<WindowState>> read(std::vector<TargetWindow> windows);
 
@@ -148,8 +156,7 @@ class PellowController {
   bool isTaken(const TargetWindow& window) const;
   bool hasTabForApp(ProcessID pid) const;
   TabZone chooseZone(const RunningApplication& application, std::optional<UUID> zoneID) const;
-  TabItem makeTab(const TargetWindow& window, const RunningApplication& application,
-                  const WindowState& state, Mechanism mechanism, const TabZone& zone);
+  Leaving makeLeaving(const Chosen& chosen, const WindowState& state, Ledger::Claim claim);
   void setCallbacks();
   void tabsDidChange();
 
@@ -176,6 +183,7 @@ class PellowController {
   MinimizeWatcher minimizeWatcher_;
   std::unique_ptr<TabStripController> strip_;  // from `start` on
   std::vector<Subscription> subscriptions_;
+  Subscription bookkeeping_;
   TaskScope tasks_;  // ends first: its tasks use everything above
 };
 

@@ -68,14 +68,20 @@ constexpr std::uint32_t iconicState = 3;
 
 constexpr Facet placeFacets = Facet::state | Facet::frame;
 
+// Whether a window manager has done what it allows of a move: on one axis at least as asked.
+bool hasFollowed(PixelPoint before, PixelPoint now, PixelPoint target) {
+  return (now.x == target.x && before.x != target.x) || (now.y == target.y && before.y != target.y);
+}
+
 }  // namespace
 
 // Hears of everything that happens to a window, for as long as somebody waits for it: a connection
 // that listened all the time would have to be read all the time.
 class WindowManager::Watch {
  public:
-  Watch(X11Server& server, xcb_window_t window)
-      : atoms_(server.atoms()), connection_(server.connection()), window_(window) {
+  // `frame` is the window around it, if that is known: other windows are none of its business.
+  explicit Watch(X11Server& server, xcb_window_t window, xcb_window_t frame = XCB_WINDOW_NONE)
+      : atoms_(server.atoms()), connection_(server.connection()), window_(window), frame_(frame) {
     connection_.dropEvents();
     select(window_, XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);
     // The frame around the window is a child of the root.
@@ -127,16 +133,17 @@ class WindowManager::Watch {
       if (property.window == question_) isAnswered_ = true;
       return true;
     }
+    if (type == XCB_CREATE_NOTIFY) return false;
     // The events of structure all begin in the same way.
     const auto& structure = reinterpret_cast<const xcb_unmap_notify_event_t&>(event);
-    const bool isOfQuestion =
-        question_ && (type == XCB_CREATE_NOTIFY || structure.window == question_);
-    return !isOfQuestion;
+    if (structure.window == window_ || structure.window == frame_) return true;
+    return !frame_ && structure.window != question_;
   }
 
   const X11Atoms& atoms_;
   X11Connection& connection_;
   xcb_window_t window_;
+  xcb_window_t frame_;
   xcb_window_t question_ = XCB_WINDOW_NONE;
   bool isAnswered_ = false;
 };
@@ -273,18 +280,25 @@ std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& win
   if (!leaves && !isAway) return facts;
   if (const auto pushed = pushFrame(*facts, target, deadline); !pushed)
     return std::unexpected(pushed.error());
-  return look(server_, window.key(), placeFacets, deadline);
+  const int dx = target.x - facts->frame.x;
+  const int dy = target.y - facts->frame.y;
+  facts->content = facts->content.at({facts->content.x + dx, facts->content.y + dy});
+  facts->outerCorner = {facts->outerCorner.x + dx, facts->outerCorner.y + dy};
+  facts->frame = facts->frame.at(target);
+  return facts;
 }
 
 // Most moves are done at once, and the first event tells of them.
 std::expected<WindowFacts, AXError> WindowManager::lookAfterMove(const WindowFacts& window,
                                                                  PixelPoint target,
                                                                  Deadline deadline) {
-  Watch watch(server_, window.window);
+  Watch watch(server_, window.window, window.parent);
   askForMove(window, target);
-  if (watch.wait(std::min(deadlineIn(promptPatience), deadline))) {
+  const Deadline prompt = std::min(deadlineIn(promptPatience), deadline);
+  while (watch.wait(prompt)) {
     auto facts = look(server_, window.key(), placeFacets, deadline);
     if (!facts || facts->frame.origin() == target) return facts;
+    if (hasFollowed(window.frame.origin(), facts->frame.origin(), target)) return facts;
   }
   return lookAfterItActed(watch, window.key(), deadline,
                           [&](const WindowFacts& now) { return now.frame.origin() == target; });
@@ -311,7 +325,9 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(Watch& watch
 // like any other.
 std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window, PixelPoint target,
                                                       Deadline deadline) {
-  const auto frameWindow = outermostWindow(server_, window.window, deadline);
+  const bool isFramed = window.parent != server_.connection().root();
+  const auto frameWindow =
+      isFramed ? outermostWindow(server_, window.parent, deadline) : window.window;
   if (!frameWindow) return std::unexpected(frameWindow.error());
   auto& connection = server_.connection();
   // The window manager may be late and move the window just now; nothing may happen between the
