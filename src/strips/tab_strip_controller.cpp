@@ -10,7 +10,10 @@
 namespace pellow {
 namespace {
 
+// Between two pictures of the strips: a frame of the display or, with many tabs, a time in
+// proportion to what drawing them costs.
 constexpr Seconds frameTime = 1.0 / 60;
+constexpr Seconds timeForTab = 0.0005;
 
 // What the tabs of one entry have in common.
 std::string groupKey(const TabItem& tab, UUID zoneID) {
@@ -83,8 +86,9 @@ std::unique_ptr<TabStripPanel> TabStripController::makePanel() {
 
 void TabStripController::refresh() {
   refreshSoon_.cancel();
-  nextFrame_ = around_.clock.now() + frameTime;
   const auto all = makeEntries();
+  const auto pause = std::max(frameTime, timeForTab * static_cast<double>(all.size()));
+  nextFrame_ = around_.clock.now() + pause;
   for (const auto& zone : around_.zones.zones()) {
     const auto entries = inZone(all, zone.id);
     for (const auto& screen : screensWithPanel(zone))

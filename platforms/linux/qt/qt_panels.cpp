@@ -73,7 +73,7 @@ class QtPanels::QtPanel final : public Panel {
   void setIgnoresMouseEvents(bool ignores) override { canvas_->setIgnoresMouseEvents(ignores); }
 
   void orderFront() override {
-    if (canvas_->isVisible()) return canvas_->raise();
+    if (canvas_->isVisible()) return panels_.raise(*canvas_);
     panels_.hints_.prepareForMapping(window(), level_);
     canvas_->show();
     canvas_->raise();
@@ -85,6 +85,8 @@ class QtPanels::QtPanel final : public Panel {
   }
 
   bool isVisible() const override { return canvas_->isVisible(); }
+
+  xcb_window_t window() const { return static_cast<xcb_window_t>(canvas_->winId()); }
 
   void compositorChanged() { canvas_->setTranslucent(panels_.compositor_.isRunning()); }
 
@@ -132,8 +134,6 @@ class QtPanels::QtPanel final : public Panel {
     done_.cancel();
   }
 
-  xcb_window_t window() const { return static_cast<xcb_window_t>(canvas_->winId()); }
-
   QtPanels& panels_;
   PanelCanvas* canvas_;  // deletes itself when it has been given up
   Look start_;
@@ -153,6 +153,13 @@ QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels)
 }
 
 QtPanels::~QtPanels() = default;
+
+// A window manager that raises a window puts all windows in order, and there may be hundreds.
+void QtPanels::raise(PanelCanvas& canvas) {
+  std::set<xcb_window_t> own;
+  for (const auto* const panel : panels_) own.insert(panel->window());
+  if (!hints_.isInFront(static_cast<xcb_window_t>(canvas.winId()), own)) canvas.raise();
+}
 
 std::unique_ptr<Panel> QtPanels::makePanel(std::string name) {
   return std::make_unique<QtPanel>(*this, std::move(name));

@@ -27,6 +27,8 @@ class QtPanels final : public Panels {
  private:
   class QtPanel;
 
+  void raise(PanelCanvas& canvas);
+
   MainQueue& queue_;
   ToPixels toPixels_;
   PictureSource pictures_;

@@ -3,6 +3,7 @@
 #include <xcb/shape.h>
 
 #include <algorithm>
+#include <ranges>
 
 #include "platforms/linux/qt/qt_display.h"
 
@@ -26,7 +27,8 @@ WindowHints::WindowHints()
       skipTaskbar_(internAtom(connection_, "_NET_WM_STATE_SKIP_TASKBAR")),
       skipPager_(internAtom(connection_, "_NET_WM_STATE_SKIP_PAGER")),
       desktop_(internAtom(connection_, "_NET_WM_DESKTOP")),
-      activeWindow_(internAtom(connection_, "_NET_ACTIVE_WINDOW")) {}
+      activeWindow_(internAtom(connection_, "_NET_ACTIVE_WINDOW")),
+      stacking_(internAtom(connection_, "_NET_CLIENT_LIST_STACKING")) {}
 
 void WindowHints::setName(xcb_window_t window, const std::string& name) const {
   using namespace std::string_literals;
@@ -57,6 +59,20 @@ void WindowHints::prepareForMapping(xcb_window_t window, PanelLevel level) const
                       skipPager_});
   xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, desktop_, XCB_ATOM_CARDINAL, 32,
                       1, &allDesktops);
+}
+
+bool WindowHints::isInFront(xcb_window_t window, const std::set<xcb_window_t>& butFor) const {
+  const auto cookie = xcb_get_property(connection_, 0, rootWindow(connection_), stacking_,
+                                       XCB_ATOM_WINDOW, 0, UINT32_MAX / 4);
+  const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_, cookie, nullptr));
+  if (!reply) return false;
+  const auto* const first = static_cast<xcb_window_t*>(xcb_get_property_value(reply.get()));
+  const auto count = static_cast<std::size_t>(xcb_get_property_value_length(reply.get())) / 4;
+  for (const auto each : std::span(first, count) | std::views::reverse) {
+    if (each == window) return true;
+    if (!butFor.contains(each)) return false;
+  }
+  return false;
 }
 
 void WindowHints::changeLevel(xcb_window_t window, PanelLevel level) const {

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -34,6 +35,9 @@ class WindowHints {
   // Brings an ordinary window to the front with the keyboard, whatever has it now.
   void activate(xcb_window_t window) const;
 
+  // Whether the window manager keeps no window in front of it but those of this set.
+  bool isInFront(xcb_window_t window, const std::set<xcb_window_t>& butFor) const;
+
   // Moves a mapped window to the level.
   void changeLevel(xcb_window_t window, PanelLevel level) const;
 
@@ -52,6 +56,7 @@ class WindowHints {
   xcb_atom_t skipPager_;
   xcb_atom_t desktop_;
   xcb_atom_t activeWindow_;
+  xcb_atom_t stacking_;
 };
 
 }  // namespace pellow

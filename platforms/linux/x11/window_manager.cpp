@@ -79,19 +79,20 @@ bool hasFollowed(PixelPoint before, PixelPoint now, PixelPoint target) {
 // that listened all the time would have to be read all the time.
 class WindowManager::Watch {
  public:
-  // `frame` is the window around it, if that is known: other windows are none of its business.
-  explicit Watch(X11Server& server, xcb_window_t window, xcb_window_t frame = XCB_WINDOW_NONE)
-      : atoms_(server.atoms()), connection_(server.connection()), window_(window), frame_(frame) {
+  Watch(X11Server& server, xcb_window_t window)
+      : atoms_(server.atoms()), connection_(server.connection()), window_(window) {
+    const auto parent = server.lastParent(window);
+    if (parent != connection_.root()) frame_ = parent;
     connection_.dropEvents();
     select(window_, XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);
-    // The frame around the window is a child of the root.
-    select(connection_.root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+    // Not the children of the root: the server would visit every window on the screen.
+    if (frame_) select(frame_, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
   }
   Watch(const Watch&) = delete;
   Watch& operator=(const Watch&) = delete;
   ~Watch() {
     select(window_, XCB_EVENT_MASK_NO_EVENT);
-    select(connection_.root(), XCB_EVENT_MASK_NO_EVENT);
+    if (frame_) select(frame_, XCB_EVENT_MASK_NO_EVENT);
     if (question_) xcb_destroy_window(connection_.raw(), question_);
     connection_.flush();
     connection_.dropEvents();
@@ -133,17 +134,15 @@ class WindowManager::Watch {
       if (property.window == question_) isAnswered_ = true;
       return true;
     }
-    if (type == XCB_CREATE_NOTIFY) return false;
     // The events of structure all begin in the same way.
     const auto& structure = reinterpret_cast<const xcb_unmap_notify_event_t&>(event);
-    if (structure.window == window_ || structure.window == frame_) return true;
-    return !frame_ && structure.window != question_;
+    return structure.window == window_ || structure.window == frame_;
   }
 
   const X11Atoms& atoms_;
   X11Connection& connection_;
   xcb_window_t window_;
-  xcb_window_t frame_;
+  xcb_window_t frame_ = XCB_WINDOW_NONE;
   xcb_window_t question_ = XCB_WINDOW_NONE;
   bool isAnswered_ = false;
 };
@@ -292,7 +291,7 @@ std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& win
 std::expected<WindowFacts, AXError> WindowManager::lookAfterMove(const WindowFacts& window,
                                                                  PixelPoint target,
                                                                  Deadline deadline) {
-  Watch watch(server_, window.window, window.parent);
+  Watch watch(server_, window.window);
   askForMove(window, target);
   const Deadline prompt = std::min(deadlineIn(promptPatience), deadline);
   while (watch.wait(prompt)) {

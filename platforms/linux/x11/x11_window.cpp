@@ -210,10 +210,7 @@ std::expected<WindowFacts, AXError> lookWithFrame(X11Server& server, xcb_window_
   auto facts = windowLook.collect(deadline);
   motion = FrameMotion::none;
   if (!facts || facts->parent == connection.root()) return facts;
-  if (facts->parent != supposed) {
-    server.setParent(window, facts->parent);
-    frameLook.emplace(connection, facts->parent);
-  }
+  if (facts->parent != supposed) frameLook.emplace(connection, facts->parent);
   if (const auto frame = frameLook->collect(deadline)) motion = frameMotion(*facts, *frame);
   return facts;
 }
@@ -233,6 +230,7 @@ std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& win
             ? lookWithFrame(server, window.window, facets, deadline, motion)
             : WindowLook(server, server.connection(), window.window, facets).collect(deadline);
     if (facts && facts->id != window.id) return std::unexpected(AXError::invalidUIElement);
+    if (facts && has(facets, Facet::frame)) server.setParent(window.window, facts->parent);
     if (!facts || motion == FrameMotion::none) return facts;
     if (std::chrono::steady_clock::now() + step > end) return facts;
     if (motion == FrameMotion::goesOn) std::this_thread::sleep_for(step);
