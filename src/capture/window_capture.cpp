@@ -1,6 +1,9 @@
 #include "capture/window_capture.h"
 
+#include <array>
 #include <cmath>
+#include <functional>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -15,11 +18,26 @@ using Picture = std::expected<Image, SystemError>;
 
 constexpr double tolerance = 2.0;  // points
 constexpr int titleAloneScore = 3;
+constexpr Seconds patience = 2;
 
 bool isNear(double a, double b) { return std::abs(a - b) <= tolerance; }
 
 std::unexpected<SystemError> failure(const PellowError& error) {
   return std::unexpected(SystemError{error.errorDescription()});
+}
+
+// Takes silence for a failure after a while.
+template <class Result>
+Answer<Result>::Ask inTime(MainQueue& queue, typename Answer<Result>::Ask ask) {
+  return [&queue, ask = std::move(ask)](std::function<void(Result)> onAnswer) {
+    auto waiting = std::make_shared<std::array<Subscription, 2>>();
+    (*waiting)[0] =
+        queue.after(patience, [onAnswer] { onAnswer(failure(PellowError::captureFailed())); });
+    (*waiting)[1] = ask(onAnswer);
+    return Subscription([waiting] {
+      for (auto& each : *waiting) each.cancel();
+    });
+  };
 }
 
 }  // namespace
@@ -52,18 +70,19 @@ std::optional<ShareableWindow> WindowCapture::bestMatch(std::span<const Shareabl
 Task<std::expected<Image, SystemError>> WindowCapture::capture(ProcessID pid, std::string title,
                                                                QuartzRect frame) {
   if (!screenCapture_.preflightAccess()) co_return failure(PellowError::screenRecordingDenied());
-  auto windows = co_await Answer<Windows>(
-      [this](auto onWindows) { return screenCapture_.shareableWindows(std::move(onWindows)); });
+  auto windows = co_await Answer<Windows>(inTime<Windows>(mainQueue_, [this](auto onWindows) {
+    return screenCapture_.shareableWindows(std::move(onWindows));
+  }));
   if (!windows) co_return std::unexpected(windows.error());
 
   std::erase_if(*windows, [pid](const ShareableWindow& window) { return window.owner != pid; });
   const auto window = bestMatch(*windows, title, frame);
   if (!window) co_return failure(PellowError::captureFailed());
-  co_return co_await Answer<Picture>([this, &window](auto onImage) {
+  co_return co_await Answer<Picture>(inTime<Picture>(mainQueue_, [this, &window](auto onImage) {
     return screenCapture_.captureImage(*window, static_cast<int>(window->frame.width()),
                                        static_cast<int>(window->frame.height()),
                                        std::move(onImage));
-  });
+  }));
 }
 
 }  // namespace pellow

@@ -9,6 +9,7 @@
 #include "base/geometry.h"
 #include "base/task.h"
 #include "platform/image.h"
+#include "platform/queues.h"
 #include "platform/screen_capture.h"
 #include "platform/system_error.h"
 
@@ -19,10 +20,12 @@ namespace pellow {
 // and frame. Main thread.
 class WindowCapture {
  public:
-  explicit WindowCapture(ScreenCapture& screenCapture) : screenCapture_(screenCapture) {}
+  WindowCapture(ScreenCapture& screenCapture, MainQueue& mainQueue)
+      : screenCapture_(screenCapture), mainQueue_(mainQueue) {}
 
   // A picture of a window on the screen, one pixel for a point; `title` and `frame` as
-  // Accessibility tells them. The error is a sentence. Several captures may run at once.
+  // Accessibility tells them. The error is a sentence. A system that does not answer within 2 s has
+  // failed: windows wait for their pictures. Several captures may run at once.
   Task<std::expected<Image, SystemError>> capture(ProcessID pid, std::string title,
                                                   QuartzRect frame);
 
@@ -37,6 +40,7 @@ class WindowCapture {
 
  private:
   ScreenCapture& screenCapture_;
+  MainQueue& mainQueue_;
 };
 
 }  // namespace pellow

@@ -54,6 +54,7 @@ PellowController::PellowController(const Surroundings& surroundings)
                   .axQueue = axQueue_,
                   .clock = around_.clock,
                   .log = around_.log,
+                  .mainQueue = around_.queues.main(),
                   .screenCapture = around_.screenCapture,
                   .userDefaults = around_.userDefaults}),
       flights_(around_.panels, around_.userDefaults),

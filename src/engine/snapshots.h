@@ -13,6 +13,7 @@
 #include "capture/window_capture.h"
 #include "platform/clock.h"
 #include "platform/image.h"
+#include "platform/queues.h"
 #include "platform/screen_capture.h"
 #include "platform/user_defaults.h"
 
@@ -29,12 +30,13 @@ class Snapshots {
     AXQueue& axQueue;
     const Clock& clock;
     const Log& log;
+    MainQueue& mainQueue;
     ScreenCapture& screenCapture;
     const UserDefaults& userDefaults;
   };
 
   explicit Snapshots(const Surroundings& surroundings)
-      : around_(surroundings), capture_(around_.screenCapture) {}
+      : around_(surroundings), capture_(around_.screenCapture, around_.mainQueue) {}
 
   // The user wants pictures and the system does not allow them; called once.
   std::function<void()> onScreenRecordingDenied;

@@ -59,6 +59,14 @@ TEST_F(PictureStory, AWindowIsPhotographedBeforeItGoes) {
   EXPECT_TRUE(desktop.hasLogged(std::string(noSnapshot) + "The camera is broken."));
   program->pressRestoreAll();
 
+  // No window waits for a camera for ever.
+  desktop.capturesAfter(simulated::never);
+  program->pressPellow();
+  ASSERT_EQ(program->tabs().size(), 1);
+  EXPECT_FALSE(snapshot());
+  desktop.capturesAfter(0);
+  program->pressRestoreAll();
+
   desktop.setDefault("useThumbnails", false);
   program->pressPellow();
   EXPECT_FALSE(snapshot());

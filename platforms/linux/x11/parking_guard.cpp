@@ -11,8 +11,8 @@ constexpr Seconds timeToArrange = 3;
 
 }  // namespace
 
-void ParkingGuard::windowManagerChanged() {
-  takeoverEnd_ = deadlineIn(timeToArrange);
+void ParkingGuard::arrangementBegins() {
+  arrangementEnd_ = deadlineIn(timeToArrange);
   for (const auto& window : windowManager_.parkedWindows()) moved_.insert(window.window);
 }
 
@@ -30,13 +30,13 @@ void ParkingGuard::handle(const xcb_generic_event_t& event) {
 void ParkingGuard::dispatch() {
   const auto moved = std::exchange(moved_, {});
   const auto perhapsBack = std::exchange(perhapsBack_, {});
-  const bool isTakeover = std::chrono::steady_clock::now() < takeoverEnd_;
-  const auto& concerned = isTakeover ? moved : perhapsBack;
+  const bool isArranged = std::chrono::steady_clock::now() < arrangementEnd_;
+  const auto& concerned = isArranged ? moved : perhapsBack;
   if (concerned.empty()) return;
   const Deadline deadline = deadlineIn(serverPatience);
   for (const auto& window : windowManager_.parkedWindows()) {
     if (!concerned.contains(window.window)) continue;
-    isTakeover ? windowManager_.parkAgain(window, deadline)
+    isArranged ? windowManager_.parkAgain(window, deadline)
                : windowManager_.noteParkedMoved(window, deadline);
   }
 }

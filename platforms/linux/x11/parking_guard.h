@@ -6,16 +6,17 @@
 
 namespace pellow {
 
-// Puts windows that are parked beyond the monitors back there when another window manager takes
-// over and drags them into sight. One that is brought back at any other time is left alone: that is
-// the will of the user. Main thread.
+// Puts windows that are parked beyond the monitors back there when they are dragged into sight by a
+// window manager that takes over, or that arranges the windows on other monitors than before. One
+// that is brought back at any other time is left alone: that is the will of the user. Main thread.
 class ParkingGuard {
  public:
   ParkingGuard(X11Server& server, WindowManager& windowManager)
       : server_(server), windowManager_(windowManager) {}
 
-  // A new window manager has adopted the windows, and may still arrange them for a moment.
-  void windowManagerChanged();
+  // The window manager may arrange all windows for a moment: it is a new one and has adopted them,
+  // or the monitors have changed.
+  void arrangementBegins();
 
   // Notes an event of a window; the next `dispatch` acts on it.
   void handle(const xcb_generic_event_t& event);
@@ -26,7 +27,7 @@ class ParkingGuard {
   WindowManager& windowManager_;
   std::set<xcb_window_t> moved_;
   std::set<xcb_window_t> perhapsBack_;  // some of those that have moved
-  Deadline takeoverEnd_;
+  Deadline arrangementEnd_;
 };
 
 }  // namespace pellow

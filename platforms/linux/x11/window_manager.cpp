@@ -239,7 +239,8 @@ void WindowManager::parkAgain(const WindowKey& window, Deadline deadline) {
     return;
   }
   const auto place = parked->second.place;
-  if (facts->frame.origin() == place) return;
+  if (facts->frame.origin() == place || server_.layout().showsMostOf(facts->frame.at(place)))
+    return;
   if (!std::exchange(parked->second.isAskedFor, true)) askForMove(*facts, place);
   (void)pushFrame(*facts, place, deadline);
   server_.connection().flush();

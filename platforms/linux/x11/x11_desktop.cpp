@@ -189,9 +189,9 @@ void X11Desktop::Parts::actOnChanges() {
   if (std::exchange(windowManagerChanged, false)) server->readWindowManager();
   if (windowsChanged && server->settleWindowManager(deadlineIn(serverPatience))) {
     windowEvents.noteAll();
-    parkingGuard.windowManagerChanged();
+    parkingGuard.arrangementBegins();
   }
-  if (std::exchange(screensChanged, false)) screens.refresh();
+  if (std::exchange(screensChanged, false) && screens.refresh()) parkingGuard.arrangementBegins();
   windowEvents.dispatch();
   parkingGuard.dispatch();
   if (std::exchange(windowsChanged, false)) {

@@ -111,12 +111,16 @@ Subscription X11Screens::onDidChangeParameters(std::function<void()> observer) {
   return observers_.add(std::move(observer));
 }
 
-void X11Screens::refresh() {
-  if (server_.connection().isLost()) return;
+bool X11Screens::refresh() {
+  if (server_.connection().isLost()) return false;
   auto layout = read();
-  if (layout == server_.layout()) return;
+  const auto before = server_.layout();
+  if (layout == before) return false;
+  const bool sameMonitors =
+      std::ranges::equal(layout.monitors, before.monitors, {}, &Monitor::frame, &Monitor::frame);
   server_.setLayout(std::move(layout));
   observers_.forEach([](const auto& observer) { observer(); });
+  return !sameMonitors;
 }
 
 ScreenLayout X11Screens::read() {

@@ -20,8 +20,8 @@ class X11Screens : public Screens {
   Subscription onDidChangeParameters(std::function<void()> observer) override;
 
   // Something that the layout depends on may have changed: reads it anew and tells the observers
-  // if it has.
-  void refresh();
+  // if it has. Whether a monitor has come, gone or moved.
+  bool refresh();
 
  private:
   ScreenLayout read();
