@@ -12,7 +12,7 @@ constexpr Seconds restoreBatchExtra = 1.5;
 constexpr Seconds ownEcho = 0.5;
 constexpr int putBacksAtMost = 3;
 
-// Of one application in one go. Between the look at the first one and the move of the last nobody
+// Between the look at the first one and the move of the last nobody
 // should have the time to drag it elsewhere.
 constexpr std::size_t parkedTogether = 16;
 
@@ -159,10 +159,11 @@ Task<> PellowController::pellowFocusedWindow() {
   const auto window = co_await axQueue_.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, around_.workspace); });
   if (!window || window->pid == around_.ownProcess) throw PellowError::noFocusedWindow();
-  const bool hides = around_.preferences.mechanism() == Mechanism::hideApp;
+  if (around_.preferences.mechanism() != Mechanism::hideApp)
+    co_return co_await pellow(*window, std::nullopt, std::nullopt);
   const auto application = around_.workspace.application(window->pid);
-  if (hides && application) co_return co_await pellowApps({{*application, {*window}, {}}}, {});
-  co_await pellow(*window, std::nullopt, std::nullopt);
+  if (!application) throw PellowError::windowGone();
+  co_await pellowApps({{*application, {*window}, {}}}, {});
 }
 
 Task<> PellowController::pellow(TargetWindow target, std::optional<UUID> zoneID,
