@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QStyle>
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -17,8 +18,9 @@
 namespace pellow {
 namespace {
 
-constexpr int textWidth = 380;   // points
-constexpr int buttonWidth = 88;  // points, at least
+constexpr int textWidth = 380;    // points
+constexpr int buttonWidth = 88;   // points, at least
+constexpr int buttonMargin = 16;  // points, at least, on both sides of its title
 
 QLabel* makeText(const std::string& text, QWidget* parent) {
   auto* const label = new QLabel(QString::fromStdString(text), parent);
@@ -66,7 +68,8 @@ std::unique_ptr<QDialog> makeDialog(const Alert& alert) {
   buttons->addStretch();
   for (std::size_t index = 0; index < alert.buttons.size(); ++index) {
     auto* const button = new QPushButton(titleText(alert.buttons[index]), dialog.get());
-    button->setMinimumWidth(buttonWidth);
+    const int title = button->fontMetrics().horizontalAdvance(button->text());
+    button->setMinimumWidth(std::max(buttonWidth, title + 2 * buttonMargin));
     button->setAutoDefault(index == 0);
     button->setDefault(index == 0);
     QObject::connect(button, &QPushButton::clicked, dialog.get(),

@@ -48,7 +48,7 @@ void QtProcess::launchNewInstance(
   auto outcome = startProgram({ownExecutable()}, ProgramOutput::shared,
                               {std::string(relaunchedVariable) + "=1"});
   QMetaObject::invokeMethod(
-      qApp,
+      QCoreApplication::instance(),
       [onLaunched = std::move(onLaunched), outcome = std::move(outcome)] { onLaunched(outcome); },
       Qt::QueuedConnection);
 }
