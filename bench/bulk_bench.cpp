@@ -4,8 +4,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -44,9 +42,7 @@ double median(std::vector<double> times) {
 class Desk {
  public:
   Desk(int applications, int windows) {
-    const auto file = PellowProgram::defaultsFile(desktop_);
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file) << R"({"animateFlight": false})";
+    PellowProgram::writeDefaults(desktop_, {{"animateFlight", false}});
     for (int index = 0; index < applications; ++index)
       clients_.push_back(
           std::make_unique<TestClient>(desktop_, "Application" + std::to_string(index)));

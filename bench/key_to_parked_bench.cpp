@@ -4,8 +4,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -56,9 +54,7 @@ void measure() {
   DesktopSession desktop;
   TestClient client(desktop);
   // What the script minimizes is not to become a tab.
-  const auto defaults = PellowProgram::defaultsFile(desktop);
-  std::filesystem::create_directories(defaults.parent_path());
-  std::ofstream(defaults) << R"({"pellowOnMinimize": false})";
+  PellowProgram::writeDefaults(desktop, {{"pellowOnMinimize", false}});
   PellowProgram pellow(desktop);
   if (!pellow.isReady()) throw std::runtime_error("Pellow does not start");
   // The script has a window of its own: openbox animates one that it minimizes for a while after.

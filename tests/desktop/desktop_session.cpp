@@ -7,23 +7,24 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <system_error>
+#include <type_traits>
 
 #include "tests/desktop/eventually.h"
 
 namespace pellow::desktop {
 namespace {
 
-template <class Reply>
-using ReplyPointer = std::unique_ptr<Reply, decltype(&std::free)>;
-
-// Takes the reply out of any xcb_…_reply function; empty where the server answered an error.
-template <class Cookie, class Reply>
-ReplyPointer<Reply> reply(xcb_connection_t* connection, Cookie cookie,
-                          Reply* (*take)(xcb_connection_t*, Cookie, xcb_generic_error_t**)) {
+// Asks the server by a request of xcb and takes the reply by its …_reply function; empty where the
+// server answered an error.
+template <class Cookie, class Reply, class... Parameters>
+std::unique_ptr<Reply, decltype(&std::free)> ask(
+    xcb_connection_t* connection, Cookie (*request)(xcb_connection_t*, Parameters...),
+    Reply* (*takeReply)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
+    std::type_identity_t<Parameters>... arguments) {
   xcb_generic_error_t* error = nullptr;
-  ReplyPointer<Reply> result(take(connection, cookie, &error), std::free);
+  auto* const reply = takeReply(connection, request(connection, arguments...), &error);
   std::free(error);
-  return result;
+  return {reply, std::free};
 }
 
 std::filesystem::path makeTemporaryFolder() {
@@ -174,7 +175,7 @@ void DesktopSession::seeItManage() {
 }
 
 WindowID DesktopSession::activeWindow() const {
-  const auto windows = rootWindows("_NET_ACTIVE_WINDOW");
+  const auto windows = values(root_, "_NET_ACTIVE_WINDOW");
   return windows.empty() ? 0 : windows[0];
 }
 
@@ -187,8 +188,7 @@ std::vector<WindowID> DesktopSession::shownWindows(std::string_view windowClass,
 }
 
 std::vector<WindowID> DesktopSession::outermostWindows() const {
-  const auto tree =
-      reply(connection_.get(), xcb_query_tree(connection_.get(), root_), xcb_query_tree_reply);
+  const auto tree = ask(connection_.get(), xcb_query_tree, xcb_query_tree_reply, root_);
   if (!tree) throw std::runtime_error("the server is gone");
   const auto* children = xcb_query_tree_children(tree.get());
   std::vector<WindowID> windows(children, children + xcb_query_tree_children_length(tree.get()));
@@ -198,8 +198,7 @@ std::vector<WindowID> DesktopSession::outermostWindows() const {
 
 bool DesktopSession::isShown(WindowID window) const {
   const auto attributes =
-      reply(connection_.get(), xcb_get_window_attributes(connection_.get(), window),
-            xcb_get_window_attributes_reply);
+      ask(connection_.get(), xcb_get_window_attributes, xcb_get_window_attributes_reply, window);
   return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
          attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
 }
@@ -212,8 +211,7 @@ PixelRect DesktopSession::workArea() const {
 }
 
 bool DesktopSession::exists(WindowID window) const {
-  return reply(connection_.get(), xcb_get_geometry(connection_.get(), window),
-               xcb_get_geometry_reply) != nullptr;
+  return ask(connection_.get(), xcb_get_geometry, xcb_get_geometry_reply, window) != nullptr;
 }
 
 PixelRect DesktopSession::frame(WindowID window) const {
@@ -232,11 +230,9 @@ PixelRect DesktopSession::frame(WindowID window) const {
 }
 
 PixelRect DesktopSession::content(WindowID window) const {
-  const auto geometry =
-      reply(connection_.get(), xcb_get_geometry(connection_.get(), window), xcb_get_geometry_reply);
-  const auto origin =
-      reply(connection_.get(), xcb_translate_coordinates(connection_.get(), window, root_, 0, 0),
-            xcb_translate_coordinates_reply);
+  const auto geometry = ask(connection_.get(), xcb_get_geometry, xcb_get_geometry_reply, window);
+  const auto origin = ask(connection_.get(), xcb_translate_coordinates,
+                          xcb_translate_coordinates_reply, window, root_, 0, 0);
   if (!geometry || !origin) return {};
   return {origin->dst_x, origin->dst_y, geometry->width, geometry->height};
 }
@@ -251,10 +247,8 @@ std::vector<std::uint32_t> DesktopSession::values(WindowID window,
 }
 
 std::string DesktopSession::bytes(WindowID window, std::string_view property) const {
-  const auto answer = reply(
-      connection_.get(),
-      xcb_get_property(connection_.get(), 0, window, atom(property), XCB_ATOM_ANY, 0, 1 << 20),
-      xcb_get_property_reply);
+  const auto answer = ask(connection_.get(), xcb_get_property, xcb_get_property_reply, 0, window,
+                          atom(property), XCB_ATOM_ANY, 0, 1 << 20);
   if (!answer) return {};
   return {static_cast<const char*>(xcb_get_property_value(answer.get())),
           static_cast<std::size_t>(xcb_get_property_value_length(answer.get()))};
@@ -273,13 +267,10 @@ Picture DesktopSession::picture(PixelRect part) const {
   Picture picture{.width = right - left, .height = bottom - top};
   if (picture.width == 0 || picture.height == 0) return picture;
 
-  const auto answer =
-      reply(connection_.get(),
-            xcb_get_image(connection_.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, root_,
-                          static_cast<std::int16_t>(left), static_cast<std::int16_t>(top),
-                          static_cast<std::uint16_t>(picture.width),
-                          static_cast<std::uint16_t>(picture.height), ~0U),
-            xcb_get_image_reply);
+  const auto answer = ask(connection_.get(), xcb_get_image, xcb_get_image_reply,
+                          XCB_IMAGE_FORMAT_Z_PIXMAP, root_, static_cast<std::int16_t>(left),
+                          static_cast<std::int16_t>(top), static_cast<std::uint16_t>(picture.width),
+                          static_cast<std::uint16_t>(picture.height), ~0U);
   if (!answer) throw std::runtime_error("the server gives no image");
   const auto* data = reinterpret_cast<const std::uint32_t*>(xcb_get_image_data(answer.get()));
   picture.pixels.assign(data, data + std::size_t(picture.width) * picture.height);
@@ -291,22 +282,6 @@ void DesktopSession::type(std::initializer_list<KeySym> chord) {
   for (const auto keySym : chord) fakeInput(XCB_KEY_PRESS, keycode(keySym));
   for (auto iterator = std::rbegin(chord); iterator != std::rend(chord); ++iterator)
     fakeInput(XCB_KEY_RELEASE, keycode(*iterator));
-  sync();
-}
-
-void DesktopSession::movePointer(int x, int y) {
-  fakeInput(XCB_MOTION_NOTIFY, 0, x, y);
-  sync();
-}
-
-void DesktopSession::press(std::uint8_t button) {
-  fakeInput(XCB_BUTTON_PRESS, button);
-  sync();
-}
-
-void DesktopSession::release(std::uint8_t button) {
-  fakeInput(XCB_BUTTON_RELEASE, button);
-  sync();
 }
 
 void DesktopSession::click(int x, int y, std::uint8_t button) {
@@ -368,22 +343,15 @@ bool DesktopSession::answersPing(WindowID window) {
 }
 
 xcb_atom_t DesktopSession::atom(std::string_view name) const {
-  const auto answer = reply(
-      connection_.get(),
-      xcb_intern_atom(connection_.get(), 0, static_cast<std::uint16_t>(name.size()), name.data()),
-      xcb_intern_atom_reply);
+  const auto answer = ask(connection_.get(), xcb_intern_atom, xcb_intern_atom_reply, 0,
+                          static_cast<std::uint16_t>(name.size()), name.data());
   if (!answer) throw std::runtime_error("the server is gone");
   return answer->atom;
 }
 
-std::vector<WindowID> DesktopSession::rootWindows(std::string_view property) const {
-  return values(root_, property);
-}
-
 void DesktopSession::collectShown(WindowID parent, const std::string& nameAndClass,
                                   std::vector<WindowID>& found) const {
-  const auto tree =
-      reply(connection_.get(), xcb_query_tree(connection_.get(), parent), xcb_query_tree_reply);
+  const auto tree = ask(connection_.get(), xcb_query_tree, xcb_query_tree_reply, parent);
   if (!tree) return;
   const auto* children = xcb_query_tree_children(tree.get());
   for (int index = 0; index < xcb_query_tree_children_length(tree.get()); ++index) {
@@ -416,14 +384,14 @@ void DesktopSession::askWindowManager(WindowID window, std::string_view type,
 void DesktopSession::fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) const {
   xcb_test_fake_input(connection_.get(), type, detail, XCB_CURRENT_TIME, root_,
                       static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
+  sync();
 }
 
 std::uint8_t DesktopSession::keycode(KeySym keySym) const {
   const auto* setup = xcb_get_setup(connection_.get());
   const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-  const auto mapping = reply(connection_.get(),
-                             xcb_get_keyboard_mapping(connection_.get(), setup->min_keycode, count),
-                             xcb_get_keyboard_mapping_reply);
+  const auto mapping = ask(connection_.get(), xcb_get_keyboard_mapping,
+                           xcb_get_keyboard_mapping_reply, setup->min_keycode, count);
   if (!mapping) throw std::runtime_error("the server has no keyboard");
   const auto* keySyms = xcb_get_keyboard_mapping_keysyms(mapping.get());
   const auto columns = mapping->keysyms_per_keycode;
@@ -435,7 +403,7 @@ std::uint8_t DesktopSession::keycode(KeySym keySym) const {
 }
 
 void DesktopSession::sync() const {
-  (void)reply(connection_.get(), xcb_get_input_focus(connection_.get()), xcb_get_input_focus_reply);
+  (void)ask(connection_.get(), xcb_get_input_focus, xcb_get_input_focus_reply);
 }
 
 }  // namespace pellow::desktop

@@ -98,8 +98,8 @@ class DesktopSession {
   void killServer();
 
   // The windows that the window manager manages, oldest first; the same from bottom to top.
-  std::vector<WindowID> clients() const { return rootWindows("_NET_CLIENT_LIST"); }
-  std::vector<WindowID> stacking() const { return rootWindows("_NET_CLIENT_LIST_STACKING"); }
+  std::vector<WindowID> clients() const { return values(root_, "_NET_CLIENT_LIST"); }
+  std::vector<WindowID> stacking() const { return values(root_, "_NET_CLIENT_LIST_STACKING"); }
   WindowID activeWindow() const;
 
   // The windows on the screen whose WM_CLASS holds this class and instance name.
@@ -129,10 +129,10 @@ class DesktopSession {
 
   // Presses the keys in this order and releases them in reverse.
   void type(std::initializer_list<KeySym> chord);
-  void movePointer(int x, int y);
+  void movePointer(int x, int y) { fakeInput(XCB_MOTION_NOTIFY, 0, x, y); }
   // The button goes down or up where the pointer is; 1 is the left one, 3 the right one.
-  void press(std::uint8_t button = 1);
-  void release(std::uint8_t button = 1);
+  void press(std::uint8_t button = 1) { fakeInput(XCB_BUTTON_PRESS, button); }
+  void release(std::uint8_t button = 1) { fakeInput(XCB_BUTTON_RELEASE, button); }
   // Moves the pointer there and clicks the button.
   void click(int x, int y, std::uint8_t button = 1);
 
@@ -166,7 +166,6 @@ class DesktopSession {
   xcb_atom_t atom(std::string_view name) const;
   void askWindowManager(WindowID window, std::string_view type,
                         std::initializer_list<std::uint32_t> data) const;
-  std::vector<WindowID> rootWindows(std::string_view property) const;
   void collectShown(WindowID parent, const std::string& nameAndClass,
                     std::vector<WindowID>& found) const;
   void sendMessage(WindowID destination, std::uint32_t mask, WindowID window, std::string_view type,

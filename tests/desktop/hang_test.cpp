@@ -10,10 +10,7 @@ class Hang : public Everyday {
  protected:
   void expectRoundTrip(const Guest& guest) {
     const int tabs = pellow->tabCount();
-    ASSERT_TRUE(desktop.activate(guest.window));
-    press('t');
-    ASSERT_TRUE(eventually([&] { return isAway(guest); }));
-    ASSERT_TRUE(hasTabs(tabs + 1));
+    ASSERT_NO_FATAL_FAILURE(putOffScreen(guest));
     pellow->clickTab(tabs);
     expectHome({guest});
     EXPECT_TRUE(hasTabs(tabs));
@@ -31,10 +28,7 @@ TEST_F(Hang, AnApplicationThatHangsHoldsNobodyUp) {
   const auto note = open(client, "Note", {600, 300, 400, 300});
   ASSERT_NO_FATAL_FAILURE(launch());
   sleeper.process().send(SIGSTOP);
-  ASSERT_TRUE(desktop.activate(letter.window));
-  press('t');
-  ASSERT_TRUE(hasTabs(1));
-  EXPECT_TRUE(isAway(letter));
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(letter));
   expectRoundTrip(note);
   press('a');
   expectAway({letter, list, note});
@@ -53,17 +47,6 @@ TEST_F(Hang, AnApplicationThatHangsHoldsNobodyUp) {
   sleeper.setTitle(list.window, "List, at last");
   press('r');
   expectHome({letter, list, note});
-  expectAllIsOver();
-
-  // It dies without having woken.
-  sleeper.process().send(SIGSTOP);
-  press('a');
-  ASSERT_TRUE(hasTabs(3));
-  sleeper.process().kill();
-  EXPECT_TRUE(hasTabs(1));
-  EXPECT_TRUE(eventually([&] { return pellow->journal().size() == 1; }));
-  press('r');
-  expectHome({note});
   expectAllIsOver();
 }
 
@@ -87,8 +70,7 @@ TEST_F(Hang, AWindowManagerThatHangsDelaysAndLosesNothing) {
   desktop.windowManager().send(SIGSTOP);
   press('a');
   EXPECT_TRUE(eventually([&] { return pellow->journal().size() == 2; }));
-  pellow->process().send(SIGTERM);
-  EXPECT_EQ(pellow->process().exitStatus(), 0);
+  end();
   desktop.windowManager().send(SIGCONT);
   expectHome({letter, note});
 }

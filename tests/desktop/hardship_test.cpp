@@ -1,4 +1,5 @@
 #include <atomic>
+#include <fstream>
 #include <thread>
 
 #include "tests/desktop/window_managers_test.h"
@@ -11,38 +12,36 @@ namespace {
 using Hardship = WindowManagers;
 
 TEST_F(Hardship, WindowsThatComeAndGoDoNotDisturbTheOthers) {
-  const auto window = client.open("Guest", {150, 120, 500, 300});
-  const auto home = desktop.frame(window);
+  const auto guest = open(client, "Guest", {150, 120, 500, 300});
   TestClient first(desktop, "First");
   TestClient second(desktop, "Second");
   ASSERT_NO_FATAL_FAILURE(launch());
   first.storm(60);
   second.storm(60);
   for (int round = 0; round < 30; ++round) {
-    desktop.type({key::control, key::alt, key::super, 't'});
-    if (round % 5 == 0) desktop.type({key::control, key::alt, key::super, 'r'});
+    press('t');
+    if (round % 5 == 0) press('r');
   }
   first.awaitCalm();
   second.awaitCalm();
   // Keys may have met no window at all, and be told so one after another.
-  pellow->process().send(SIGTERM);
-  EXPECT_EQ(pellow->process().exitStatus(), 0) << pellow->process().standardError();
-  expectBack(window, home);
+  end();
+  expectHome({guest});
   EXPECT_TRUE(pellow->journal().empty());
 
   ASSERT_NO_FATAL_FAILURE(launch());
-  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(guest));
   // Somebody has the server for himself while a key is pressed and a tab is clicked.
   first.grabServer(2000);
   pellow->clickTab(0);
-  expectBack(window, home);
+  expectHome({guest});
   expectAllIsOver();
 }
 
 TEST_F(Hardship, ALostServerEndsTheProgramWithASentence) {
-  const auto window = client.open("Guest", {150, 120, 500, 300});
+  const auto guest = open(client, "Guest", {150, 120, 500, 300});
   ASSERT_NO_FATAL_FAILURE(launch());
-  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(guest));
   desktop.killServer();
   EXPECT_EQ(pellow->process().exitStatus(), 1);
   const auto said = pellow->process().standardError();
@@ -51,9 +50,8 @@ TEST_F(Hardship, ALostServerEndsTheProgramWithASentence) {
 }
 
 TEST_F(Hardship, TheFileOfTheUserDefaultsIsWholeAndAheadOfTheWindows) {
-  const auto window = client.open("Guest", {150, 120, 500, 300});
-  const auto home = desktop.frame(window);
-  ASSERT_NO_FATAL_FAILURE(launchWith("offscreen"));
+  const auto guest = open(client, "Guest", {150, 120, 500, 300});
+  ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", "offscreen"}}));
   std::atomic<bool> isOver = false;
   std::atomic<int> halfWritten = 0;
   std::jthread reader([&, file = PellowProgram::defaultsFile(desktop)] {
@@ -64,29 +62,19 @@ TEST_F(Hardship, TheFileOfTheUserDefaultsIsWholeAndAheadOfTheWindows) {
     }
   });
   for (int round = 0; round < 20; ++round) {
-    ASSERT_TRUE(desktop.activate(window));
-    desktop.type({key::control, key::alt, key::super, 't'});
+    ASSERT_TRUE(desktop.activate(guest.window));
+    press('t');
     // Without a pause: a record that was written after the move would not be there yet.
-    while (desktop.frame(window) == home) ASSERT_TRUE(pellow->process().isRunning());
+    while (desktop.frame(guest.window) == guest.home) ASSERT_TRUE(pellow->process().isRunning());
     ASSERT_EQ(pellow->journal().size(), 1u) << "round " << round;
-    ASSERT_TRUE(eventually([&] { return pellow->tabCount() == 1; }));
+    ASSERT_TRUE(hasTabs(1));
     pellow->clickTab(0);
-    expectBack(window, home);
+    expectHome({guest});
     expectAllIsOver();
   }
   isOver = true;
   reader.join();
   EXPECT_EQ(halfWritten, 0);
-
-  const auto floats = [&] { return pellow->defaults().value("floatAboveWindows", true); };
-  const bool before = floats();
-  desktop.type({key::control, key::alt, key::super, 'f'});
-  EXPECT_TRUE(eventually([&] { return floats() != before; }));
-  desktop.type({key::control, key::alt, key::super, 'f'});
-  EXPECT_TRUE(eventually(
-      [&] { return pellow->timesLogged("info Shortcut fired: toggleFloatAbove") == 2; }));
-  end();
-  EXPECT_EQ(floats(), before);
 }
 
 }  // namespace

@@ -20,13 +20,8 @@ int lengthOf(int tabs) {
 
 }  // namespace
 
-PellowProgram::PellowProgram(DesktopSession& desktop, const std::vector<std::string>& arguments,
-                             const Environment& changes)
-    : desktop_(desktop) {
-  std::vector<std::string> command{PELLOW_BINARY};
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  process_ = desktop.start(command, changes);
-}
+PellowProgram::PellowProgram(DesktopSession& desktop, const Environment& changes)
+    : desktop_(desktop), process_(desktop.start({PELLOW_BINARY}, changes)) {}
 
 bool PellowProgram::isReady() {
   return eventually([this] { return strip() != 0 || !process_->isRunning(); }) &&
@@ -53,6 +48,12 @@ void PellowProgram::clickTab(int index) const {
 
 std::filesystem::path PellowProgram::defaultsFile(const DesktopSession& desktop) {
   return desktop.configHome() / "pellow" / "defaults.json";
+}
+
+void PellowProgram::writeDefaults(const DesktopSession& desktop, const nlohmann::json& defaults) {
+  const auto file = defaultsFile(desktop);
+  std::filesystem::create_directories(file.parent_path());
+  std::ofstream(file) << defaults;
 }
 
 nlohmann::json PellowProgram::defaults() const {

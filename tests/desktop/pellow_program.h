@@ -12,8 +12,7 @@ namespace pellow::desktop {
 // The real program on a private desktop, seen as its user and other programs see it.
 class PellowProgram {
  public:
-  explicit PellowProgram(DesktopSession& desktop, const std::vector<std::string>& arguments = {},
-                         const Environment& changes = {});
+  explicit PellowProgram(DesktopSession& desktop, const Environment& changes = {});
 
   // Waits until its strip shows and its main loop runs: keys, clicks and signals arrive from now.
   bool isReady();
@@ -34,6 +33,7 @@ class PellowProgram {
 
   // The user defaults as they are on disk; an empty object without a file.
   static std::filesystem::path defaultsFile(const DesktopSession& desktop);
+  static void writeDefaults(const DesktopSession& desktop, const nlohmann::json& defaults);
   nlohmann::json defaults() const;
 
   // The records of the parked-window journal on disk.

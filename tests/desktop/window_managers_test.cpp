@@ -1,5 +1,7 @@
 #include "tests/desktop/window_managers_test.h"
 
+#include <filesystem>
+
 namespace pellow::desktop {
 namespace {
 
@@ -10,26 +12,25 @@ bool overlaps(const PixelRect& a, const PixelRect& b) {
 constexpr PixelRect place{150, 120, 500, 300};
 
 TEST_F(WindowManagers, OffScreen) {
-  const auto window = client.open("Guest", place);
-  const auto home = desktop.frame(window);
+  const auto guest = open(client, "Guest", place);
   ASSERT_NO_FATAL_FAILURE(launch());
-  ASSERT_NO_FATAL_FAILURE(putAway(window));
+  ASSERT_NO_FATAL_FAILURE(putAway(guest));
   const auto parked = pellow->journal().at(0).at("parkedOrigin");
-  const PixelRect expected{parked.at(0), parked.at(1), home.width, home.height};
+  const PixelRect expected{parked.at(0), parked.at(1), guest.home.width, guest.home.height};
   EXPECT_EQ(expected.x, desktop.screen().width - 1);
-  EXPECT_EQ(desktop.frame(window), expected);
+  EXPECT_EQ(desktop.frame(guest.window), expected);
 
   // It stays there whatever happens to it and to others.
   ASSERT_TRUE(desktop.activate(client.open("Other", {300, 300, 300, 200})));
-  client.setTitle(window, "Guest, renamed");
-  ASSERT_TRUE(desktop.activate(window));
-  EXPECT_EQ(desktop.frame(window), expected);
+  client.setTitle(guest.window, "Guest, renamed");
+  ASSERT_TRUE(desktop.activate(guest.window));
+  EXPECT_EQ(desktop.frame(guest.window), expected);
 }
 
 TEST_F(WindowManagers, SliverOnly) {
-  const auto window = client.open("Guest", place);
+  const auto guest = open(client, "Guest", place);
   ASSERT_NO_FATAL_FAILURE(launch());
-  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(guest));
   // The screen without the bars of the window manager, the strip and the sliver.
   const auto inSight = [&] {
     auto part = desktop.workArea();
@@ -45,34 +46,34 @@ TEST_F(WindowManagers, SliverOnly) {
   };
   ASSERT_TRUE(eventually([&] { return desktop.shownWindows("pellow", "pellow-flight").empty(); }));
   const auto whileParked = inSight();
-  client.destroy(window);
-  ASSERT_TRUE(eventually([&] { return pellow->tabCount() == 0; }));
+  client.destroy(guest.window);
+  ASSERT_TRUE(hasTabs(0));
   EXPECT_TRUE(eventually([&] { return inSight() == whileParked; }));
 }
 
 TEST_F(WindowManagers, BackInPlace) {
   const auto area = desktop.workArea();
-  const auto window = client.open("Guest", place);
-  const auto corner = client.open("Corner", {area.x, area.y, 300, 200});
-  const auto small = client.open("Small", {900, 350, 160, 90});
+  const auto guest = open(client, "Guest", place);
+  const auto corner = open(client, "Corner", {area.x, area.y, 300, 200});
+  const auto small = open(client, "Small", {900, 350, 160, 90});
   ASSERT_NO_FATAL_FAILURE(launch());
-  for (const auto each : {window, corner, small}) {
+  for (const auto& each : {guest, corner, small}) {
     ASSERT_NO_FATAL_FAILURE(expectRoundTrips(each));
-    EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == each; }));
+    EXPECT_TRUE(becomesActive(each));
   }
 }
 
 TEST_F(WindowManagers, Minimize) {
-  const auto window = client.open("Guest", place);
+  const auto guest = open(client, "Guest", place);
   client.open("Other", {300, 300, 300, 200});
-  const auto home = desktop.frame(window);
-  ASSERT_NO_FATAL_FAILURE(launchWith("minimize"));
+  ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", "minimize"}}));
   for (const bool byClick : {true, false}) {
-    ASSERT_NO_FATAL_FAILURE(putAway(window));
-    EXPECT_FALSE(desktop.isShown(window));
-    byClick ? pellow->clickTab(0) : pressRestoreAll();
-    expectBack(window, home);
-    EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == window; }));
+    ASSERT_NO_FATAL_FAILURE(putAway(guest));
+    EXPECT_FALSE(desktop.isShown(guest.window));
+    EXPECT_TRUE(pellow->journal().empty());
+    byClick ? pellow->clickTab(0) : press('r');
+    expectHome({guest});
+    EXPECT_TRUE(becomesActive(guest));
     expectAllIsOver();
   }
 }
@@ -102,17 +103,17 @@ TEST_F(WindowManagers, FullScreen) {
 }
 
 TEST_F(WindowManagers, Undecorated) {
-  const auto window = client.openUndecorated("Bare", place);
-  EXPECT_EQ(desktop.frame(window), desktop.content(window));
+  const auto bare = guestOf(client.openUndecorated("Bare", place));
+  EXPECT_EQ(bare.home, desktop.content(bare.window));
   ASSERT_NO_FATAL_FAILURE(launch());
-  expectRoundTrips(window);
+  expectRoundTrips(bare);
 }
 
 TEST_F(WindowManagers, OwnShadow) {
-  const auto window = client.openWithShadow("Shadowed", place);
-  EXPECT_EQ(desktop.frame(window).width, place.width);
+  const auto shadowed = guestOf(client.openWithShadow("Shadowed", place));
+  EXPECT_EQ(shadowed.home.width, place.width);
   ASSERT_NO_FATAL_FAILURE(launch());
-  expectRoundTrips(window);
+  expectRoundTrips(shadowed);
 }
 
 TEST_F(WindowManagers, Strip) {
@@ -147,33 +148,29 @@ TEST_F(WindowManagers, Strip) {
 }
 
 TEST_F(WindowManagers, AfterCrash) {
-  const auto large = client.open("Large", {200, 200, 400, 250});
-  client.maximize(large);
-  ASSERT_NO_FATAL_FAILURE(awaitState(large, "_NET_WM_STATE_MAXIMIZED_HORZ"));
-  const auto window = client.open("Guest", place);
-  const auto home = desktop.frame(window);
-  const auto largeHome = desktop.frame(large);
+  const auto maximized = client.open("Large", {200, 200, 400, 250});
+  client.maximize(maximized);
+  ASSERT_NO_FATAL_FAILURE(awaitState(maximized, "_NET_WM_STATE_MAXIMIZED_HORZ"));
+  const auto large = guestOf(maximized);
+  const auto guest = open(client, "Guest", place);
   ASSERT_NO_FATAL_FAILURE(launch());
-  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
-  ASSERT_NO_FATAL_FAILURE(putOffScreen(large));
+  for (const auto& each : {guest, large}) ASSERT_NO_FATAL_FAILURE(putOffScreen(each));
   pellow->process().kill();
 
   ASSERT_NO_FATAL_FAILURE(launch());
-  expectBack(window, home);
-  expectBack(large, largeHome);
-  EXPECT_TRUE(desktop.hasState(large, "_NET_WM_STATE_MAXIMIZED_HORZ"));
+  expectHome({guest, large});
+  EXPECT_TRUE(desktop.hasState(maximized, "_NET_WM_STATE_MAXIMIZED_HORZ"));
+  EXPECT_TRUE(pellow->hasLogged("info Recovered 2 window(s) stranded by a previous run"));
   expectAllIsOver();
 }
 
 TEST_F(WindowManagers, Replaced) {
-  const auto window = client.open("Guest", place);
-  const auto second = client.open("Second", {300, 250, 400, 250});
-  const auto home = desktop.frame(window);
-  const auto secondHome = desktop.frame(second);
+  const std::vector guests{open(client, "Guest", place),
+                           open(client, "Second", {300, 250, 400, 250})};
   ASSERT_NO_FATAL_FAILURE(launch());
-  ASSERT_NO_FATAL_FAILURE(putOffScreen(window));
-  ASSERT_NO_FATAL_FAILURE(putOffScreen(second));
+  for (const auto& each : guests) ASSERT_NO_FATAL_FAILURE(putOffScreen(each));
 
+  const auto manager = chosenManager();
   if (manager.replace.empty()) {
     note("can neither take over nor be replaced; killed and started again instead.");
     desktop.restartWindowManager();
@@ -184,18 +181,16 @@ TEST_F(WindowManagers, Replaced) {
   }
   ASSERT_TRUE(desktop.answersPing(pellow->strip()));
   // Whatever the new one has made of them, no more than the sliver stays in sight.
-  for (const auto each : {window, second})
-    EXPECT_TRUE(eventually([&] { return isAway(each); })) << desktop.frame(each);
+  expectAway(guests);
   ASSERT_EQ(pellow->tabCount(), 2);
   // The last step of a restore gives the window the keys; the next one must not overtake it.
-  pellow->clickTab(0);
-  expectBack(window, home);
-  EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == window; }));
-  pressRestoreAll();
-  expectBack(second, secondHome);
-  EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == second; }));
+  for (const auto& each : guests) {
+    pellow->clickTab(0);
+    expectHome({each});
+    EXPECT_TRUE(becomesActive(each));
+  }
   expectAllIsOver();
-  ASSERT_NO_FATAL_FAILURE(expectRoundTrips(window));
+  ASSERT_NO_FATAL_FAILURE(expectRoundTrips(guests[0]));
 }
 
 struct Application {
@@ -255,21 +250,21 @@ TEST_P(RealApplications, AwayAndBack) {
       << running->standardError();
   ASSERT_TRUE(desktop.activate(window));
   ASSERT_NO_FATAL_FAILURE(awaitCalm(window));
-  const auto home = desktop.frame(window);
+  const auto guest = guestOf(window);
   for (const std::string mechanism : {"offscreen", "minimize"}) {
     SCOPED_TRACE(mechanism);
-    ASSERT_NO_FATAL_FAILURE(launchWith(mechanism));
+    ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", mechanism}}));
     for (int round = 0; round < 2; ++round) {
-      ASSERT_NO_FATAL_FAILURE(putAway(window));
-      EXPECT_TRUE(mechanism == "minimize" ? !desktop.isShown(window) : isAway(window));
+      ASSERT_NO_FATAL_FAILURE(putAway(guest));
+      EXPECT_TRUE(mechanism == "minimize" ? !desktop.isShown(window) : isAway(guest));
       pellow->clickTab(0);
-      expectBack(window, home);
-      EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == window; }));
+      expectHome({guest});
+      EXPECT_TRUE(becomesActive(guest));
       expectAllIsOver();
     }
     end();
     // The animation of a window manager may still be going on.
-    EXPECT_TRUE(eventually([&] { return desktop.frame(window) == home; }));
+    expectHome({guest});
   }
 }
 

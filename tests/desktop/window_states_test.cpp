@@ -11,42 +11,33 @@ constexpr auto horizontal = "_NET_WM_STATE_MAXIMIZED_HORZ";
 constexpr auto vertical = "_NET_WM_STATE_MAXIMIZED_VERT";
 constexpr auto fullScreen = "_NET_WM_STATE_FULLSCREEN";
 
-// A window and how it was before it went away.
-struct Guest {
-  WindowID window = 0;
-  States states;
-  PixelRect home;
-
-  bool has(const std::string& state) const {
-    return std::ranges::find(states, state) != states.end();
-  }
-};
-
 class WindowStates : public WindowManagers {
  protected:
+  // A window and how it was before it went away.
+  struct Guest : Everyday::Guest {
+    States states;
+
+    bool has(const std::string& state) const {
+      return std::ranges::find(states, state) != states.end();
+    }
+  };
+
   Guest openIn(const States& states) {
     const int offset = 20 * static_cast<int>(guests.size());
-    Guest guest{client.open("Guest " + std::to_string(guests.size()),
-                            {100 + offset, 90 + offset, 420, 260}),
-                states,
-                {}};
+    const auto window = client.open("Guest " + std::to_string(guests.size()),
+                                    {100 + offset, 90 + offset, 420, 260});
+    const Guest wanted{{}, states};
     // Both at once, as everybody asks for it: some window managers mix up two wishes in a row.
-    if (guest.has(horizontal) && guest.has(vertical)) client.maximize(guest.window);
+    const bool isMaximized = wanted.has(horizontal) && wanted.has(vertical);
+    if (isMaximized) client.maximize(window);
     for (const auto& state : states) {
-      const bool isMaximizing = state != fullScreen && guest.has(horizontal) && guest.has(vertical);
-      if (!isMaximizing) desktop.changeState(guest.window, state, true);
-      EXPECT_TRUE(eventually([&] { return desktop.hasState(guest.window, state); })) << state;
+      if (state == fullScreen || !isMaximized) desktop.changeState(window, state, true);
+      EXPECT_TRUE(eventually([&] { return desktop.hasState(window, state); })) << state;
     }
     awaitFinished();
     // A full-screen window may count as maximized, too, or not.
-    guest.states = statesOf(guest.window);
-    guest.home = desktop.frame(guest.window);
-    guests.push_back(guest);
-    return guest;
+    return guests.emplace_back(Guest{guestOf(window), statesOf(window)});
   }
-
-  // When the window manager shows another window, it has finished with those before.
-  void awaitFinished() { client.destroy(client.open("Next", {400, 300, 200, 100})); }
 
   States statesOf(WindowID window) const {
     States states{horizontal, vertical, fullScreen};
@@ -54,22 +45,17 @@ class WindowStates : public WindowManagers {
     return states;
   }
 
+  // On whatever desktop it is.
   void expectGuestBack(const Guest& guest) {
     EXPECT_TRUE(eventually([&] {
       return statesOf(guest.window) == guest.states && desktop.frame(guest.window) == guest.home &&
              desktop.values(guest.window, "_PELLOW_STATE").empty();
     })) << testing::PrintToString(guest.states)
-        << testing::PrintToString(statesOf(guest.window)) << desktop.frame(guest.window)
-        << " is not " << guest.home << "\n"
-        << pellow->process().standardError();
+        << testing::PrintToString(statesOf(guest.window)) << story(guest);
   }
 
-  bool isMinimized(WindowID window) const {
-    return desktop.hasState(window, "_NET_WM_STATE_HIDDEN") && !desktop.isShown(window);
-  }
-
-  std::uint32_t desktopOf(WindowID window) const {
-    return desktop.values(window, "_NET_WM_DESKTOP").at(0);
+  std::uint32_t desktopOf(const Guest& guest) const {
+    return desktop.values(guest.window, "_NET_WM_DESKTOP").at(0);
   }
 
   std::vector<Guest> guests;
@@ -82,10 +68,10 @@ TEST_F(WindowStates, AreKeptByEveryWayAwayAndBack) {
   for (const std::string mechanism : {"offscreen", "minimize"}) {
     SCOPED_TRACE(mechanism);
     for (const bool byClick : {true, false}) {
-      ASSERT_NO_FATAL_FAILURE(launchWith(mechanism));
-      for (const auto& guest : guests) ASSERT_NO_FATAL_FAILURE(putAway(guest.window));
+      ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", mechanism}}));
+      for (const auto& guest : guests) ASSERT_NO_FATAL_FAILURE(putAway(guest));
       for (const auto& guest : guests)
-        EXPECT_TRUE(mechanism == "minimize" ? isMinimized(guest.window) : isAway(guest.window))
+        EXPECT_TRUE(mechanism == "minimize" ? isMinimized(guest) : isAway(guest))
             << testing::PrintToString(guest.states);
       if (byClick) {
         for (const auto& guest : guests) {
@@ -93,9 +79,9 @@ TEST_F(WindowStates, AreKeptByEveryWayAwayAndBack) {
           if (guest.states == States{fullScreen}) break;
           pellow->clickTab(0);
           expectGuestBack(guest);
-          EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == guest.window; }));
+          EXPECT_TRUE(becomesActive(guest));
         }
-        pressRestoreAll();
+        press('r');
         for (const auto& guest : guests) expectGuestBack(guest);
         expectAllIsOver();
       }
@@ -122,51 +108,50 @@ TEST_F(WindowStates, WindowsOfOtherDesktopsAreLeftAlone) {
   const auto minimized = openIn({});
   desktop.sendToDesktop(sticky.window, DesktopSession::allDesktops);
   desktop.sendToDesktop(there.window, 1);
-  ASSERT_TRUE(eventually([&] {
-    return desktopOf(sticky.window) == DesktopSession::allDesktops && desktopOf(there.window) == 1;
-  }));
-  ASSERT_NO_FATAL_FAILURE(launchWith("minimize"));
-  ASSERT_NO_FATAL_FAILURE(putAway(minimized.window));
-  EXPECT_TRUE(isMinimized(minimized.window));
+  ASSERT_TRUE(eventually(
+      [&] { return desktopOf(sticky) == DesktopSession::allDesktops && desktopOf(there) == 1; }));
+  ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", "minimize"}}));
+  ASSERT_NO_FATAL_FAILURE(putAway(minimized));
+  EXPECT_TRUE(isMinimized(minimized));
 
   // Tabs survive a switch, and what they stand for comes to the desktop that the user is on.
   ASSERT_TRUE(desktop.switchTo(1));
   EXPECT_EQ(pellow->tabCount(), 1);
-  ASSERT_NO_FATAL_FAILURE(putAway(there.window));
+  ASSERT_NO_FATAL_FAILURE(putAway(there));
   pellow->clickTab(0);
   expectGuestBack(minimized);
-  EXPECT_TRUE(eventually([&] { return desktopOf(minimized.window) == 1; }));
-  EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == minimized.window; }));
+  EXPECT_TRUE(eventually([&] { return desktopOf(minimized) == 1; }));
+  EXPECT_TRUE(becomesActive(minimized));
   end();
   EXPECT_TRUE(desktop.isShown(there.window));
-  EXPECT_EQ(desktopOf(here.window), 0);
+  EXPECT_EQ(desktopOf(here), 0);
 
   ASSERT_TRUE(desktop.switchTo(0));
-  ASSERT_NO_FATAL_FAILURE(launchWith("offscreen"));
-  for (const auto& guest : {here, sticky}) ASSERT_NO_FATAL_FAILURE(putAway(guest.window));
+  ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", "offscreen"}}));
+  for (const auto& guest : {here, sticky}) ASSERT_NO_FATAL_FAILURE(putAway(guest));
   ASSERT_TRUE(desktop.switchTo(1));
-  EXPECT_TRUE(isAway(sticky.window));
+  EXPECT_TRUE(isAway(sticky));
   EXPECT_EQ(pellow->tabCount(), 2);
   pellow->clickTab(0);
   expectGuestBack(here);
-  EXPECT_TRUE(eventually([&] { return desktopOf(here.window) == 1; }));
-  EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == here.window; }));
+  EXPECT_TRUE(eventually([&] { return desktopOf(here) == 1; }));
+  EXPECT_TRUE(becomesActive(here));
   pellow->clickTab(0);
   expectGuestBack(sticky);
-  EXPECT_EQ(desktopOf(sticky.window), DesktopSession::allDesktops);
+  EXPECT_EQ(desktopOf(sticky), DesktopSession::allDesktops);
   expectAllIsOver();
   end();
 
   // After a crash, they are found on whatever desktop they are.
   ASSERT_NO_FATAL_FAILURE(launch());
-  ASSERT_NO_FATAL_FAILURE(putAway(here.window));
+  ASSERT_NO_FATAL_FAILURE(putAway(here));
   pellow->process().kill();
   ASSERT_TRUE(desktop.switchTo(0));
   ASSERT_NO_FATAL_FAILURE(launch());
   EXPECT_TRUE(pellow->hasLogged("info Recovered 1 window(s) stranded by a previous run"))
       << pellow->process().standardError();
   expectGuestBack(here);
-  EXPECT_EQ(desktopOf(here.window), 1);
+  EXPECT_EQ(desktopOf(here), 1);
   expectAllIsOver();
 }
 

@@ -11,6 +11,8 @@
 
 #include "platforms/linux/updates/feed_updates.h"
 #include "platforms/linux/updates/version_order.h"
+#include "platforms/simulated/simulated_desktop.h"
+#include "platforms/simulated/simulated_platform.h"
 #include "tests/desktop/eventually.h"
 
 // Updates, with a feed on a server of the test's own.
@@ -113,22 +115,6 @@ class FeedServer {
 
 std::string ok(const std::string& body) { return "HTTP/1.1 200 OK\r\n\r\n" + body; }
 
-class MemoryDefaults final : public UserDefaults {
- public:
-  std::optional<DefaultsValue> value(std::string_view key) const override {
-    const auto found = values.find(key);
-    return found == values.end() ? std::nullopt : std::optional(found->second);
-  }
-  std::expected<void, SystemError> set(std::string_view key, DefaultsValue newValue,
-                                       Durability) override {
-    values.insert_or_assign(std::string(key), std::move(newValue));
-    return {};
-  }
-  void registerDefaults(std::map<std::string, DefaultsValue>) override {}
-
-  std::map<std::string, DefaultsValue, std::less<>> values;
-};
-
 // Keeps delayed work until the test runs it.
 class HeldQueue final : public MainQueue {
  public:
@@ -158,38 +144,6 @@ class HeldQueue final : public MainQueue {
   std::map<int, std::pair<Seconds, Work>> waiting_;
 };
 
-class ShownAlerts final : public Alerts {
- public:
-  Subscription show(Alert alert, std::function<void(std::size_t)> onChosen) override {
-    shown = std::move(alert);
-    choose = std::move(onChosen);
-    return Subscription([this] { shown.reset(); });
-  }
-
-  std::optional<Alert> shown;
-  std::function<void(std::size_t)> choose;
-};
-
-class Browser final : public Workspace {
- public:
-  bool open(std::string_view url) override {
-    opened.emplace_back(url);
-    return isInstalled;
-  }
-  std::vector<RunningApplication> runningApplications() override { return {}; }
-  std::optional<RunningApplication> application(ProcessID) override { return {}; }
-  std::optional<ProcessID> frontmostApplication() override { return {}; }
-  bool hide(ProcessID) override { return false; }
-  bool unhide(ProcessID) override { return false; }
-  bool activate(ProcessID) override { return false; }
-  Subscription onDidActivateApplication(std::function<void(ProcessID)>) override { return {}; }
-  Subscription onDidLaunchApplication(std::function<void(ProcessID)>) override { return {}; }
-  Subscription onDidTerminateApplication(std::function<void(ProcessID)>) override { return {}; }
-
-  Strings opened;
-  bool isInstalled = true;
-};
-
 class FeedUpdatesTest : public testing::Test {
  protected:
   static constexpr Seconds day = 24 * 60 * 60;
@@ -197,10 +151,10 @@ class FeedUpdatesTest : public testing::Test {
 
   void launch(const std::string& address) {
     updates.emplace(FeedUpdates::Build{.version = "1.9", .feed = address, .patience = patience},
-                    FeedUpdates::Around{.defaults = defaults,
+                    FeedUpdates::Around{.defaults = platform.userDefaults(),
                                         .queue = queue,
-                                        .alerts = alerts,
-                                        .workspace = browser,
+                                        .alerts = platform.alerts(),
+                                        .workspace = platform.workspace(),
                                         .log = log,
                                         .now = [this] { return now; }});
     updates->start({.willShowUpdate =
@@ -216,10 +170,18 @@ class FeedUpdatesTest : public testing::Test {
   }
 
   // What the user is told.
+  std::string told() const {
+    const auto alerts = desktop.alerts();
+    return alerts.empty() ? "" : alerts[0].messageText + " " + alerts[0].informativeText;
+  }
   std::string ask() {
     updates->checkForUpdates();
-    EXPECT_TRUE(until([&] { return alerts.shown.has_value(); }));
-    return alerts.shown ? alerts.shown->messageText + " " + alerts.shown->informativeText : "";
+    EXPECT_TRUE(until([&] { return !told().empty(); }));
+    return told();
+  }
+  void choose(std::string_view button) {
+    desktop.choose(button);
+    desktop.runUntilQuiet();
   }
   static bool until(const std::function<bool()>& holds) {
     return eventually([&] {
@@ -233,10 +195,9 @@ class FeedUpdatesTest : public testing::Test {
   char* arguments_[2] = {name_, nullptr};
   QCoreApplication application_{count_, arguments_};
   FeedServer server;
-  MemoryDefaults defaults;
+  simulated::SimulatedPlatform platform;
+  simulated::SimulatedDesktop& desktop = platform.desktop();
   HeldQueue queue;
-  ShownAlerts alerts;
-  Browser browser;
   Strings logged;
   Log log{[this](LogLevel, std::string_view message) { logged.emplace_back(message); }};
   Seconds now = 1'000'000;
@@ -250,7 +211,7 @@ TEST_F(FeedUpdatesTest, AreLookedForOnceADayWithoutAWord) {
   EXPECT_TRUE(queue.delays().empty()) << "there is no feed";
   EXPECT_TRUE(ask().starts_with("This Pellow has no update feed. "));
   story.clear();
-  alerts.choose(0);
+  choose("OK");
 
   launchWith(ok(feed(item("1.10"))));
   EXPECT_EQ(updates->sinceLastCheck(), std::nullopt);
@@ -259,7 +220,7 @@ TEST_F(FeedUpdatesTest, AreLookedForOnceADayWithoutAWord) {
   EXPECT_EQ(story, (Strings{"found 1.10"}));
   EXPECT_EQ(queue.delays(), (std::vector<Seconds>{day}));
   EXPECT_EQ(updates->sinceLastCheck(), 0);
-  EXPECT_EQ(alerts.shown, std::nullopt);
+  EXPECT_EQ(told(), "");
   EXPECT_TRUE(server.requests.at(0).contains("User-Agent: Pellow/1.9\r\n")) << server.requests[0];
 
   // The next launch goes on where this one was; so does one after a long pause.
@@ -291,16 +252,17 @@ TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
   EXPECT_EQ(ask(),
             "A new version of Pellow is available. Pellow 2.0 is out; you have version 1.9.");
   EXPECT_EQ(story, (Strings{"shown 2.0", "attention"}));
-  alerts.choose(1);
-  EXPECT_EQ(alerts.shown, std::nullopt);
-  EXPECT_TRUE(browser.opened.empty());
+  choose("Later");
+  EXPECT_EQ(told(), "");
+  EXPECT_TRUE(desktop.openedURLs().empty());
   ask();
-  alerts.choose(0);
-  EXPECT_EQ(browser.opened, (Strings{"https://x.org/get"}));
-  browser.isInstalled = false;
+  choose("Open Download Page");
+  EXPECT_EQ(desktop.openedURLs(), (Strings{"https://x.org/get"}));
+  desktop.refuseURLs();
   ask();
-  alerts.choose(0);
-  EXPECT_EQ(alerts.shown->informativeText, "https://x.org/get");
+  choose("Open Download Page");
+  EXPECT_EQ(told(), "No program to open web pages with was found. https://x.org/get");
+  choose("OK");
 
   // Whoever asks while the schedule looks hears of what that finds.
   story.clear();
@@ -321,10 +283,10 @@ TEST_F(FeedUpdatesTest, SayWhatWentWrong) {
   server.answers["/other"] = ok(feed(""));
   struct Case {
     std::string answer;
-    std::string told;
+    std::string sentence;
   };
   const auto problem = "Pellow could not look for updates. ";
-  for (const auto& [answer, told] : {
+  for (const auto& [answer, sentence] : {
            Case{"HTTP/1.1 404 Not Found\r\n\r\n", problem + unread + "the server answers 404."},
            Case{ok("<html/>"), problem + std::string("The update feed is no RSS feed.")},
            Case{ok(std::string(FeedDownload::largestAnswer, ' ') + feed(item("9"))),
@@ -333,9 +295,9 @@ TEST_F(FeedUpdatesTest, SayWhatWentWrong) {
                 "Pellow is up to date. Version 1.9 is the newest one."},
        }) {
     server.answers["/feed"] = answer;
-    EXPECT_EQ(ask(), told);
+    EXPECT_EQ(ask(), sentence);
     EXPECT_EQ(std::exchange(story, {}), (Strings{"modal"}));
-    alerts.choose(0);
+    choose("OK");
   }
 
   // A server that says nothing blocks nothing, and is not asked twice at once.
@@ -344,9 +306,9 @@ TEST_F(FeedUpdatesTest, SayWhatWentWrong) {
   const auto before = server.requests.size();
   EXPECT_TRUE(until([&] { return server.requests.size() > before; }));
   updates->checkForUpdates();
-  EXPECT_EQ(alerts.shown, std::nullopt);
+  EXPECT_EQ(told(), "");
   queue.run(patience);
-  EXPECT_EQ(alerts.shown->informativeText, unread + "the server does not answer in time.");
+  EXPECT_EQ(told(), problem + unread + "the server does not answer in time.");
   EXPECT_EQ(server.requests.size(), before + 1);
   updates->checkForUpdates();
   updates.reset();  // with a download under way

@@ -38,19 +38,14 @@ TEST_F(X11DesktopTest, TellsOfWindowsMinimizedByAnybodyAndOfNothingElse) {
     ASSERT_TRUE(until([&] { return heard.size() >= expected.size(); }));
     EXPECT_EQ(heard, expected);
   };
-  ASSERT_TRUE(desktop.switchTo(1));
-  EXPECT_TRUE(windows(*x11, pid).empty());
-  ASSERT_TRUE(x11->processEvents());
-  ASSERT_TRUE(desktop.switchTo(0));
-  ASSERT_TRUE(x11->processEvents());
-  ASSERT_TRUE(desktop.showBareDesktop(true));
-  ASSERT_TRUE(x11->processEvents());
-  ASSERT_TRUE(desktop.showBareDesktop(false));
-  ASSERT_TRUE(x11->processEvents());
-  ASSERT_TRUE(x11->workspace().hide(pid));
-  ASSERT_TRUE(x11->processEvents());
-  ASSERT_TRUE(x11->workspace().unhide(pid));
-  ASSERT_TRUE(x11->processEvents());
+  const std::vector<std::function<bool()>> nothingForIt{
+      [&] { return desktop.switchTo(1) && windows(*x11, pid).empty(); },
+      [&] { return desktop.switchTo(0); },
+      [&] { return desktop.showBareDesktop(true); },
+      [&] { return desktop.showBareDesktop(false); },
+      [&] { return x11->workspace().hide(pid); },
+      [&] { return x11->workspace().unhide(pid); }};
+  for (const auto& act : nothingForIt) ASSERT_TRUE(act() && x11->processEvents());
 
   desktop.iconify(second);
   expectHeard({"Second"});

@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "platforms/linux/x11/x11_connection.h"
+#include "tests/linux/painted_window.h"
 #include "tests/linux/x11_desktop_test.h"
 
 namespace pellow::desktop {
@@ -48,13 +48,7 @@ TEST_F(X11DesktopTest, PointerMovementsGoToOneChainOnly) {
   auto global = x11->eventMonitors().addGlobalPointerMoved([&] { heard.push_back("global"); });
   auto local = x11->eventMonitors().addLocalPointerMoved([&] { heard.push_back("local"); });
   ASSERT_TRUE(global && local);
-  const auto own = X11Connection::open(desktop.display()).value();
-  const auto window = xcb_generate_id(own->raw());
-  const std::uint32_t unmanaged = 1;
-  xcb_create_window(own->raw(), XCB_COPY_FROM_PARENT, window, own->root(), 300, 300, 100, 100, 0,
-                    XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
-                    &unmanaged);
-  ASSERT_TRUE(own->check(xcb_map_window_checked(own->raw(), window), deadlineIn(10)));
+  const PaintedWindow own(desktop, {300, 300, 100, 100}, {.isManaged = false});
 
   for (int x = 10; x < 200; x += 10) desktop.movePointer(x, 20);
   ASSERT_TRUE(until([&] { return !heard.empty(); }));

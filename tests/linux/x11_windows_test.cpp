@@ -72,14 +72,14 @@ TEST_F(X11DesktopTest, WhatIsGoneStaysGone) {
   const auto other = windowNamed(*x11, pid, "Survivor");
 
   std::vector<std::string> heard;
-  const auto destroyed = x11->accessibility().observe(
-      element, "AXUIElementDestroyed", [&](const AXElement&) { heard.push_back("old destroyed"); });
-  const auto neverDestroyed = x11->accessibility().observe(
-      other, "AXUIElementDestroyed",
-      [&](const AXElement&) { heard.push_back("survivor destroyed"); });
+  const auto listen = [&](const AXElement& to, const char* notification, const char* word) {
+    return x11->accessibility().observe(
+        to, notification, [&heard, word](const AXElement&) { heard.push_back(word); });
+  };
+  const auto destroyed = listen(element, "AXUIElementDestroyed", "old destroyed");
+  const auto neverDestroyed = listen(other, "AXUIElementDestroyed", "survivor destroyed");
   ASSERT_TRUE(destroyed && neverDestroyed);
-  EXPECT_EQ(x11->accessibility().observe(other, "AXUnheardOf", [](const AXElement&) {}).error(),
-            AXError::notificationUnsupported);
+  EXPECT_EQ(errorOf(listen(other, "AXUnheardOf", "")), AXError::notificationUnsupported);
   const auto ended = x11->workspace().onDidTerminateApplication(
       [&](ProcessID process) { heard.push_back(process == oldPid ? "ended" : "wrong"); });
 
@@ -90,10 +90,7 @@ TEST_F(X11DesktopTest, WhatIsGoneStaysGone) {
   EXPECT_EQ(heard, (std::vector<std::string>{"ended", "old destroyed"}));
   expectGone(element);
 
-  EXPECT_EQ(x11->accessibility()
-                .observe(element, "AXUIElementDestroyed", [](const AXElement&) {})
-                .error(),
-            AXError::invalidUIElement);
+  EXPECT_EQ(errorOf(listen(element, "AXUIElementDestroyed", "")), AXError::invalidUIElement);
   EXPECT_EQ(errorOf(x11->accessibility().application(oldPid).copyAttribute("AXWindows")),
             AXError::invalidUIElement);
   EXPECT_EQ(read<bool>(other, "AXMinimized"), false);

@@ -214,7 +214,6 @@ std::optional<Step> parseStep(const std::vector<std::string>& words) {
 }  // namespace
 
 bool canBeLater(Verb verb) { return row(verb).canBeLater; }
-int numbersOf(Verb verb) { return row(verb).numbers; }
 
 std::string text(const Step& step) {
   std::string line(row(step.verb).name);

@@ -99,7 +99,5 @@ History generate(std::uint64_t seed, int steps, bool faults);
 
 // Whether the verb can be ordered for later.
 bool canBeLater(Verb verb);
-// How many numbers it takes.
-int numbersOf(Verb verb);
 
 }  // namespace pellow::random

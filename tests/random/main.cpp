@@ -1,8 +1,10 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -59,46 +61,38 @@ double secondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-bool setFlag(Options& options, std::string_view option) {
-  bool* const flag = option == "--keep-going" ? &options.keepsGoing
-                     : option == "--print"    ? &options.prints
-                     : option == "--calls"    ? &options.calls
-                                              : nullptr;
-  if (flag) *flag = true;
-  if (option == "--no-shrink") options.shrinks = false;
-  return flag || option == "--no-shrink";
-}
-
-// Throws when the value is none for this option.
-bool setValue(Options& options, std::string_view option, const std::string& value) {
-  if (option == "--seed") {
-    options.seed = std::stoull(value);
-  } else if (option == "--seeds") {
-    options.seeds = std::stoull(value);
-  } else if (option == "--steps") {
-    options.steps = std::stoull(value);
-  } else if (option == "--minutes") {
-    options.minutes = std::stod(value);
-  } else if (option == "--length") {
-    options.length = std::stoi(value);
-  } else if (option == "--faults" && (value == "on" || value == "off")) {
-    options.faults = value == "on";
-  } else if (option == "--replay") {
-    options.replay = value;
-  } else {
-    return false;
-  }
-  return true;
+// Whether there is such an option. Throws when there is no such value for it.
+bool set(Options& options, std::string_view option, const std::function<std::string()>& value) {
+  const std::map<std::string_view, std::function<void()>> setters{
+      {"--seed", [&] { options.seed = std::stoull(value()); }},
+      {"--seeds", [&] { options.seeds = std::stoull(value()); }},
+      {"--steps", [&] { options.steps = std::stoull(value()); }},
+      {"--minutes", [&] { options.minutes = std::stod(value()); }},
+      {"--length", [&] { options.length = std::stoi(value()); }},
+      {"--faults",
+       [&] {
+         options.faults = std::map<std::string, bool>{{"on", true}, {"off", false}}.at(value());
+       }},
+      {"--replay", [&] { options.replay = value(); }},
+      {"--keep-going", [&] { options.keepsGoing = true; }},
+      {"--no-shrink", [&] { options.shrinks = false; }},
+      {"--print", [&] { options.prints = true; }},
+      {"--calls", [&] { options.calls = true; }}};
+  const auto setter = setters.find(option);
+  if (setter != setters.end()) setter->second();
+  return setter != setters.end();
 }
 
 std::optional<Options> parseOptions(std::span<char* const> words) {
   Options options;
   try {
-    for (std::size_t index = 0; index < words.size(); ++index) {
-      const std::string_view option = words[index];
-      if (setFlag(options, option)) continue;
-      if (++index == words.size() || !setValue(options, option, words[index])) return std::nullopt;
-    }
+    auto word = words.begin();
+    const auto next = [&] {
+      if (word == words.end()) throw std::out_of_range("no value");
+      return std::string(*word++);
+    };
+    while (word != words.end())
+      if (const auto option = next(); !set(options, option, next)) return std::nullopt;
   } catch (const std::logic_error&) {
     return std::nullopt;
   }

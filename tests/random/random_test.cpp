@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 #include "platforms/simulated/simulated_platform.h"
@@ -52,22 +51,6 @@ TEST(RandomHistories, AreReadAsTheyArePrinted) {
             (History{3, {{Verb::press, {0, 12}, 40}, {Verb::start}}}));
   for (const auto* nonsense : {"fly", "press x", "press 1 2 3 4", "press @", "seed", "run -1"})
     EXPECT_FALSE(parse(nonsense)) << nonsense;
-}
-
-TEST(RandomHistories, ShrinkToWhatMatters) {
-  const auto fails = [](const History& history) {
-    const auto press = std::ranges::find_if(history.steps, [](const Step& step) {
-      return step.verb == Verb::press && step.numbers[0] >= 11;
-    });
-    return std::find_if(press, history.steps.end(), [](const Step& step) {
-             return step.verb == Verb::settle;
-           }) != history.steps.end();
-  };
-  auto history = generate(7, length, false);
-  history.steps.push_back({Verb::press, {977}, 30});
-  history.steps.push_back({Verb::settle, {5}});
-  ASSERT_TRUE(fails(history));
-  EXPECT_EQ(text(shrink(history, fails)), "seed 7; press 11; settle");
 }
 
 // Who did it decides whether the program owes a window its tab.

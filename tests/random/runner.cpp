@@ -15,27 +15,23 @@
 #include "tests/random/world.h"
 
 namespace pellow::random {
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, details, steps, calls, story, log, portCalls)
+
 namespace {
 
 constexpr unsigned longestPlay = 120;  // seconds of the real clock: whoever needs more, hangs
 constexpr std::string_view beginOfOutcome = "\x01outcome\x01";
 
 std::string encode(const Outcome& outcome) {
-  nlohmann::json json{{"details", outcome.details}, {"steps", outcome.steps},
-                      {"calls", outcome.calls},     {"story", outcome.story},
-                      {"log", outcome.log},         {"portCalls", outcome.portCalls}};
+  nlohmann::json json = outcome;
   if (outcome.promise) json["promise"] = *outcome.promise;
   return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 Outcome decode(std::string_view text) {
   const auto json = nlohmann::json::parse(text);
-  Outcome outcome{.details = json.at("details"),
-                  .steps = json.at("steps"),
-                  .calls = json.at("calls"),
-                  .story = json.at("story"),
-                  .log = json.at("log"),
-                  .portCalls = json.at("portCalls")};
+  auto outcome = json.get<Outcome>();
   if (json.contains("promise")) outcome.promise = json.at("promise").get<std::string>();
   return outcome;
 }

@@ -92,7 +92,6 @@ void Sightings::lookAtApplications(const DesktopState& desktop, Seconds now, Doe
 }
 
 void Sightings::look(const DesktopState& desktop, Seconds now, Doer doer, const IsAway& isAway) {
-  hasChanged_ = false;
   std::erase_if(windows_, [&](const auto& entry) { return !desktop.window(entry.first); });
   lookAtApplications(desktop, now, doer);
   if (desktop.frontmost) wereFrontmost_.insert(*desktop.frontmost);
@@ -152,7 +151,6 @@ void Sightings::lookAtWindow(const DesktopState& desktop, const WindowState& win
     seen.wasInHand = true;
   if (doer == Doer::others && seen.isMinimized != before.isMinimized) seen.wasInHand = true;
   if (seen.frame == before.frame && seen.isMinimized == before.isMinimized && !isNew) return;
-  hasChanged_ = true;
   if (doer == Doer::program && !isNew) judge(desktop, window, before);
   if (doer == Doer::program && !isNew && window.frame.size != before.frame.size)
     misdeed_ = fmt::format("{} has another size than before", nameOf(desktop, window));

@@ -75,8 +75,6 @@ class Sightings {
   std::vector<ProcessID> hiddenApplications() const;
   // Since the program runs, it may have been refused to watch the application.
   bool mayBeUnwatched(ProcessID pid) const;
-  // Something differed at the last look.
-  bool hasChanged() const { return hasChanged_; }
 
   // The program begins to end.
   void beginsToEnd();
@@ -110,7 +108,6 @@ class Sightings {
   std::set<simulated::WindowID> askedBefore_;  // by a program that is gone
   std::set<ProcessID> wereFrontmost_;          // since all was quiet
   std::vector<Screen> screens_;
-  bool hasChanged_ = false;
   std::optional<std::string> misdeed_;
 };
 

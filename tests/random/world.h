@@ -95,9 +95,8 @@ class World {
   std::optional<int> callsUntilCrash_;
   std::optional<Crash> crash_;
   bool isEnding_ = false;
-  std::set<simulated::WindowID>
-      awayAtTheEnd_;         // what the program had to do with as it began to end
-  bool isWatching_ = false;  // in the middle of a look
+  // What the program had to do with as it began to end.
+  std::set<simulated::WindowID> awayAtTheEnd_;
   std::size_t logAtStart_ = 0;
   bool hasBegun_ = false;
   int displays_ = 1;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <map>
 #include <string_view>
 #include <utility>
@@ -48,6 +49,12 @@ constexpr auto places = std::to_array<QuartzPoint>(
 constexpr auto keys = std::to_array<std::uint16_t>({17, 0, 14, 15, 17, 35, 17, 17, 15, 3, 17, 17});
 
 constexpr int mostDisplays = 3;
+
+// What happens, in words and in fact.
+struct Change {
+  std::string words;
+  std::function<void()> make;
+};
 
 // An element by number, round and round.
 template <class List>
@@ -226,52 +233,33 @@ std::string World::manners(int which, int manner, int detail) {
   const auto& desktop = platform_->desktop().state();
   if (owesSomething(desktop, found->pid())) return "";
   const auto name = nameOf(desktop, *desktop.window(found->id()));
-  const auto with = [&](const std::string& what) { return name + " from now on " + what; };
   const int call = 1 + detail % 12;
-  switch (manner % 16) {
-    case 1:
-      found->answersAfter((50 + detail) / 1000.0);
-      return with(fmt::format("answers after {} ms", 50 + detail));
-    case 2:
-      found->answersAfter(6).actsLate();
-      return with("answers after 6 s and acts late");
-    case 3:
-      found->answersAfter(6);
-      return with("answers after 6 s");
-    case 4:
-      found->refusesToMove();
-      return with("refuses to move");
-    case 5:
-      found->clampsToDisplay();
-      return with("stays inside of the displays");
-    case 6:
-      found->snapsToGrid(detail % 2 == 0 ? 10 : 64);
-      return with("snaps to a grid");
-    case 7:
-      found->movesTo([](QuartzPoint asked) { return QuartzPoint{asked.x, 30}; });
-      return with("moves sideways only");
-    case 8:
-      found->closesDuring(call);
-      return with(fmt::format("waits for call {} to close", call));
-    case 9:
-      found->failsNext("AXMinimized", AXError::failure, AXCall::write);
-      return with("fails when it is minimized or unminimized, once");
-    case 10:
-      found->failsNext("AXPosition", AXError::cannotComplete, AXCall::write);
-      return with("fails when it is moved, once");
-    case 11:
-      found->failsNext("AXPosition", AXError::failure, AXCall::read);
-      return with("fails when it is asked where it is, once");
-    case 12:
-      found->failsNext("AXRaise", AXError::cannotComplete);
-      return with("fails when it is raised, once");
-    case 13:
-      found->actsLate();
-      return with("acts late when its application hangs");
-    default:
-      found->behaves();
-      return with("behaves");
-  }
+  // The last ones of 16 are the first one, too.
+  const std::vector<Change> manners{
+      {"behaves", [&] { found->behaves(); }},
+      {fmt::format("answers after {} ms", 50 + detail),
+       [&] { found->answersAfter((50 + detail) / 1000.0); }},
+      {"answers after 6 s and acts late", [&] { found->answersAfter(6).actsLate(); }},
+      {"answers after 6 s", [&] { found->answersAfter(6); }},
+      {"refuses to move", [&] { found->refusesToMove(); }},
+      {"stays inside of the displays", [&] { found->clampsToDisplay(); }},
+      {"snaps to a grid", [&] { found->snapsToGrid(detail % 2 == 0 ? 10 : 64); }},
+      {"moves sideways only",
+       [&] { found->movesTo([](QuartzPoint asked) { return QuartzPoint{asked.x, 30}; }); }},
+      {fmt::format("waits for call {} to close", call), [&] { found->closesDuring(call); }},
+      {"fails when it is minimized or unminimized, once",
+       [&] { found->failsNext("AXMinimized", AXError::failure, AXCall::write); }},
+      {"fails when it is moved, once",
+       [&] { found->failsNext("AXPosition", AXError::cannotComplete, AXCall::write); }},
+      {"fails when it is asked where it is, once",
+       [&] { found->failsNext("AXPosition", AXError::failure, AXCall::read); }},
+      {"fails when it is raised, once",
+       [&] { found->failsNext("AXRaise", AXError::cannotComplete); }},
+      {"acts late when its application hangs", [&] { found->actsLate(); }}};
+  const auto kind = static_cast<std::size_t>(manner % 16);
+  const auto& [words, make] = manners[kind < manners.size() ? kind : 0];
+  make();
+  return name + " from now on " + words;
 }
 
 std::string World::temper(int which, int temper, int detail) {
@@ -314,73 +302,58 @@ std::string World::actOnWindow(Verb verb, int which, int detail) {
   const auto name = nameOf(desktop, *desktop.window(found->id()));
   const Application owner =
       platform_->desktop().application(desktop.application(found->pid())->identity.localizedName);
-  switch (verb) {
-    case Verb::rename:
-      sightings_.renamed(found->pid());
-      found->rename(std::string(pick(titles, detail)));
-      return fmt::format("{} renames itself to \"{}\"", name, pick(titles, detail));
-    case Verb::resize:
-      found->resize(pick(sizes, detail));
-      return fmt::format("{} resizes itself to {} x {}", name, pick(sizes, detail).width,
-                         pick(sizes, detail).height);
-    case Verb::minimize:
-      found->minimize();
-      return fmt::format("the user minimizes {}", name);
-    case Verb::unminimize:
-      found->unminimize();
-      return fmt::format("the user unminimizes {}", name);
-    case Verb::close:
-      found->close();
-      return fmt::format("{} closes", name);
-    case Verb::move: {
-      const auto place = placeOn(desktop, detail, places.size());
-      found->moveTo(place);
-      return fmt::format("the user moves {} to ({}, {})", name, place.x, place.y);
-    }
-    case Verb::raise:
-      found->raise();
-      return fmt::format("{} is raised", name);
-    case Verb::choose:
-      found->unminimize();
-      owner.activate();
-      found->raise();
-      return fmt::format("the user chooses {} from the menu of its application", name);
-    default:
-      return "";
-  }
+  const auto& title = pick(titles, detail);
+  const auto& size = pick(sizes, detail);
+  const auto place = placeOn(desktop, detail, places.size());
+  const std::map<Verb, Change> changes{
+      {Verb::rename,
+       {fmt::format("{} renames itself to \"{}\"", name, title),
+        [&] {
+          sightings_.renamed(found->pid());
+          found->rename(std::string(title));
+        }}},
+      {Verb::resize,
+       {fmt::format("{} resizes itself to {} x {}", name, size.width, size.height),
+        [&] { found->resize(size); }}},
+      {Verb::minimize, {"the user minimizes " + name, [&] { found->minimize(); }}},
+      {Verb::unminimize, {"the user unminimizes " + name, [&] { found->unminimize(); }}},
+      {Verb::close, {name + " closes", [&] { found->close(); }}},
+      {Verb::move,
+       {fmt::format("the user moves {} to ({}, {})", name, place.x, place.y),
+        [&] { found->moveTo(place); }}},
+      {Verb::raise, {name + " is raised", [&] { found->raise(); }}},
+      {Verb::choose, {"the user chooses " + name + " from the menu of its application", [&] {
+                        found->unminimize();
+                        owner.activate();
+                        found->raise();
+                      }}}};
+  const auto& [words, make] = changes.at(verb);
+  make();
+  return words;
 }
 
 std::string World::actOnApplication(Verb verb, int which, int detail) {
   const auto found = application(which);
   if (!found) return "";
   const auto name = platform_->desktop().state().application(found->pid())->identity.localizedName;
-  switch (verb) {
-    case Verb::hang:
-      found->hangs();
-      if (detail % 3 == 0) return name + " hangs";
-      for (const auto& each : found->windows()) each.actsLate();
-      return name + " hangs, and will do later what it is asked";
-    case Verb::wake:
-      found->wakes();
-      return name + " answers again";
-    case Verb::quitApplication:
-      found->quit();
-      return name + " quits";
-    case Verb::killApplication:
-      found->kill();
-      return name + " is killed";
-    case Verb::activate:
-      found->activate();
-      return name + " is activated";
-    case Verb::hide:
-      found->hide();
-      return "the user hides " + name;
-    case Verb::unhide:
-      found->unhide();
-      return "the user unhides " + name;
-    default:
-      return "";
-  }
+  const bool actsLate = detail % 3 != 0;
+  const std::map<Verb, Change> changes{
+      {Verb::hang,
+       {name + (actsLate ? " hangs, and will do later what it is asked" : " hangs"),
+        [&] {
+          found->hangs();
+          if (!actsLate) return;
+          for (const auto& each : found->windows()) each.actsLate();
+        }}},
+      {Verb::wake, {name + " answers again", [&] { found->wakes(); }}},
+      {Verb::quitApplication, {name + " quits", [&] { found->quit(); }}},
+      {Verb::killApplication, {name + " is killed", [&] { found->kill(); }}},
+      {Verb::activate, {name + " is activated", [&] { found->activate(); }}},
+      {Verb::hide, {"the user hides " + name, [&] { found->hide(); }}},
+      {Verb::unhide, {"the user unhides " + name, [&] { found->unhide(); }}}};
+  const auto& [words, make] = changes.at(verb);
+  make();
+  return words;
 }
 
 // The user and the program

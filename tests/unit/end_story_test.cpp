@@ -36,9 +36,13 @@ struct Windows {
   }
 
   void expectHome(SimulatedDesktop& desktop, const std::string& when) const {
-    expectHome(desktop.counterpart(list), {100, 120, 800, 600}, when);
-    expectHome(desktop.counterpart(letter), {300, 200, 400, 300}, when);
-    expectHome(desktop.counterpart(inbox), {0, 30, 500, 500}, when);
+    for (const auto& [window, home] : {std::pair{list, QuartzRect{100, 120, 800, 600}},
+                                       {letter, {300, 200, 400, 300}},
+                                       {inbox, {0, 30, 500, 500}}}) {
+      const auto now = desktop.counterpart(window);
+      EXPECT_EQ(now.frame(), home) << now.title() << ", " << when;
+      EXPECT_FALSE(now.isMinimized()) << now.title() << ", " << when;
+    }
   }
 
   SimulatedApplication notes;
@@ -46,12 +50,6 @@ struct Windows {
   SimulatedWindow list;
   SimulatedWindow letter;
   SimulatedWindow inbox;
-
- private:
-  static void expectHome(const SimulatedWindow& window, QuartzRect frame, const std::string& when) {
-    EXPECT_EQ(window.frame(), frame) << window.title() << ", " << when;
-    EXPECT_FALSE(window.isMinimized()) << window.title() << ", " << when;
-  }
 };
 
 TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
@@ -78,29 +76,6 @@ TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
       windows.expectHome(desktop, mechanism);
       EXPECT_FALSE(windows.notes.isHidden());
       EXPECT_FALSE(windows.mail.isHidden());
-      EXPECT_TRUE(program.journalOnDisk().empty());
-    }
-  }
-}
-
-// The signal comes at any moment of putting away and bringing back slow windows.
-TEST(EndStory, ASignalInTheMiddleLosesNothing) {
-  for (const auto* mechanism : {"minimize", "offscreen"}) {
-    for (int moment = 0; moment < 60; ++moment) {
-      SimulatedPlatform platform({.seed = static_cast<std::uint64_t>(moment + 1)});
-      auto& desktop = platform.desktop();
-      desktop.setDefault("mechanism", mechanism);
-      const Windows windows(desktop);
-      Program program(platform);
-      windows.pellowAll(program);
-      desktop.delayAnswers(0.1);
-      windows.mail.activate();
-      desktop.press(15, Program::modifiers);
-      desktop.after(0.05 * moment, [&] { desktop.signal(TerminationSignal::terminate); });
-      desktop.after(1, [&] { desktop.press(17, Program::modifiers); });
-      desktop.runUntilQuiet();
-      EXPECT_EQ(desktop.exitStatus(), 0);
-      windows.expectHome(desktop, fmt::format("{}, signal after {} s", mechanism, 0.05 * moment));
       EXPECT_TRUE(program.journalOnDisk().empty());
     }
   }

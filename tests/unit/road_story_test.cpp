@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/json.h"
 #include "tests/unit/program.h"
 
 // From a key press to a tab and back, as the user sees it.
@@ -16,6 +17,7 @@ using simulated::SimulatedWindow;
 using testing::Test;
 
 constexpr QuartzRect home{100, 120, 800, 600};
+constexpr auto failed = "Pellow could not complete that action\n";
 
 class RoadStory : public Test {
  protected:
@@ -122,19 +124,17 @@ TEST_F(RoadStory, AWindowIsPutAwayOnce) {
 }
 
 TEST_F(RoadStory, TheZoneChoosesTheSideAndThePinTheZone) {
-  auto zone = [&](const char* id, ZonePosition position, const char* snap) {
-    return fmt::format(R"({{"id":"{}","name":"{}","position":[{},{}],"showsName":false{}}})", id,
-                       id[0], position.x, position.y, snap);
+  const auto id = [](char letter) {
+    return *UUID::parse(letter + std::string("0000000-0000-0000-0000-000000000000"));
   };
-  const auto top = "A0000000-0000-0000-0000-000000000000";
-  const auto floating = "B0000000-0000-0000-0000-000000000000";
-  const auto left = "C0000000-0000-0000-0000-000000000000";
-  desktop.setDefault("zones", DefaultsData{"[" + zone(top, {0.5, 0}, R"(,"snap":"top")") + "," +
-                                           zone(floating, {0.49, 0.5}, "") + "," +
-                                           zone(left, {0, 0.5}, R"(,"snap":"left")") + "]"});
-  desktop.setDefault("pinnedApps",
-                     DefaultsData{fmt::format(
-                         R"({{"com.example.mail":"{}","com.example.web":"{}"}})", left, floating)});
+  const auto store = [&](const char* key, const nlohmann::json& value) {
+    desktop.setDefault(key, DefaultsData{value.dump()});
+  };
+  store("zones", std::vector<TabZone>{
+                     {.id = id('A'), .name = "A", .position = {0.5, 0}, .snap = StripEdge::top},
+                     {.id = id('B'), .name = "B", .position = {0.49, 0.5}},
+                     {.id = id('C'), .name = "C", .position = {0, 0.5}, .snap = StripEdge::left}});
+  store("pinnedApps", {{"com.example.mail", id('C').text()}, {"com.example.web", id('B').text()}});
   const auto list = openNotes();
   launch();
   program->pressPellow();
@@ -157,23 +157,16 @@ TEST_F(RoadStory, TheZoneChoosesTheSideAndThePinTheZone) {
 TEST_F(RoadStory, AWindowThatStaysInSightGoesBackAndHasNoTab) {
   const auto list = openNotes();
   launch();
-  const auto refusal = "Notes will not let its window be moved off-screen.";
-  const auto expectRefused = [&] {
-    EXPECT_EQ(list.frame(), home);
-    EXPECT_TRUE(program->tabs().empty());
-    EXPECT_TRUE(program->journalOnDisk().empty());
-    ASSERT_EQ(desktop.alerts().size(), 1);
-    EXPECT_EQ(desktop.alerts()[0].messageText, "Pellow could not complete that action");
-    EXPECT_EQ(desktop.alerts()[0].informativeText, refusal);
-    EXPECT_EQ(desktop.alerts()[0].style, AlertStyle::warning);
-    desktop.choose("OK");
-    desktop.runUntilQuiet();
-    EXPECT_TRUE(desktop.alerts().empty());
-  };
-
+  const auto refusal = std::string(failed) + "Notes will not let its window be moved off-screen.";
   list.refusesToMove();
   program->pressPellow();
-  expectRefused();
+  EXPECT_EQ(list.frame(), home);
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_TRUE(program->journalOnDisk().empty());
+  ASSERT_EQ(desktop.alerts().size(), 1);
+  EXPECT_EQ(desktop.alerts()[0].style, AlertStyle::warning);
+  EXPECT_EQ(program->answerAlert(), refusal);
+  EXPECT_TRUE(desktop.alerts().empty());
 
   // Six percent of its width stay on the display, then five.
   const auto stopsAt = [](double x) {
@@ -185,8 +178,7 @@ TEST_F(RoadStory, AWindowThatStaysInSightGoesBackAndHasNoTab) {
   list.movesTo(stopsAt(1440 - 48));
   program->pressPellow();
   EXPECT_EQ(list.frame(), fullHeight);
-  ASSERT_EQ(desktop.alerts().size(), 1);
-  desktop.choose("OK");
+  EXPECT_EQ(program->answerAlert(), refusal);
   list.movesTo(stopsAt(1440 - 40));
   program->pressPellow();
   EXPECT_EQ(program->tabs().size(), 1);
@@ -212,10 +204,9 @@ TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
   letter.failsNext("AXMinimized", AXError::cannotComplete, simulated::AXCall::write);
   program->pressPellow();
   EXPECT_TRUE(program->tabs().empty());
-  ASSERT_EQ(desktop.alerts().size(), 1);
-  EXPECT_EQ(desktop.alerts()[0].informativeText,
-            "Could not minimize the window (the app did not respond in time).");
-  desktop.choose("OK");
+  EXPECT_EQ(
+      program->answerAlert(),
+      std::string(failed) + "Could not minimize the window (the app did not respond in time).");
 
   // Two of two fail to come back: both keep their tabs, and one alert tells of both.
   program->pressPellow();
@@ -226,10 +217,9 @@ TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
     window.failsNext("AXMinimized", AXError::cannotComplete, simulated::AXCall::write);
   program->pressRestoreAll();
   EXPECT_EQ(program->tabs().size(), 2);
-  ASSERT_EQ(desktop.alerts().size(), 1);
-  EXPECT_EQ(desktop.alerts()[0].informativeText,
-            "Could not restore the window (the app did not respond in time).\n\nAnd 1 more.");
-  desktop.choose("OK");
+  EXPECT_EQ(program->answerAlert(),
+            std::string(failed) +
+                "Could not restore the window (the app did not respond in time).\n\nAnd 1 more.");
 
   // A window that comes back but not to the front is back.
   letter.failsNext("AXRaise", AXError::cannotComplete);
@@ -242,8 +232,7 @@ TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
   // Nothing to pellow.
   notes->quit();
   program->pressPellow();
-  ASSERT_EQ(desktop.alerts().size(), 1);
-  EXPECT_EQ(desktop.alerts()[0].informativeText, "No focused window to pellow.");
+  EXPECT_EQ(program->answerAlert(), std::string(failed) + "No focused window to pellow.");
 }
 
 TEST_F(RoadStory, AWindowWhoseFateIsUnknownKeepsATab) {

@@ -12,11 +12,10 @@
 //   title ID TEXT
 //   state ID ATOM [ATOM]                  asks the window manager to set window states
 //   map ID
-//   destroy ID                            answers "destroyed ID", as does a close button
+//   destroy ID
 //   reconnect                             loses all windows and starts anew, with the same XIDs
 //   grab MILLISECONDS                     answers "grabbed"; has the server for itself that long
 //   storm ROUNDS                          answers "calm" after windows came and went so often
-//   quit
 //
 // The one argument is the class of the windows.
 
@@ -65,11 +64,11 @@ class Client {
 
   bool isConnected() const { return screen_ != nullptr; }
 
-  // Lives until "quit", the end of the input or of the server.
+  // Lives until the end of the input or of the server.
   void run() {
     std::string input;
-    while (!xcb_connection_has_error(connection_) && !quits_) {
-      handleEvents();
+    while (!xcb_connection_has_error(connection_)) {
+      dropEvents();
       xcb_flush(connection_);
       pollfd sources[] = {{STDIN_FILENO, POLLIN, 0},
                           {xcb_get_file_descriptor(connection_), POLLIN, 0}};
@@ -96,49 +95,40 @@ class Client {
   void obey(std::istringstream line) {
     constexpr std::string_view kinds = " new bare shadowed dialog anonymous typed skipping dock ";
     std::string command;
-    xcb_window_t window = 0;
+    std::uint32_t number = 0;  // mostly that of a window
     line >> command;
     if (kinds.contains(' ' + command + ' ')) {
       Place place;
       std::string detail;
-      if (command == "dialog") line >> window;
+      if (command == "dialog") line >> number;
       if (command == "typed" || command == "dock") line >> detail;
       line >> place;
-      const auto opened = open(command, restOfLine(line), place, window, detail);
+      const auto opened = open(command, restOfLine(line), place, number, detail);
       xcb_flush(connection_);
       std::cout << "window " << opened << std::endl;
-    } else if (command == "strut") {
+      return;
+    }
+    line >> number;
+    if (command == "strut") {
       std::string side;
       std::uint32_t depth = 0;
-      line >> window >> side >> depth;
-      keepSide(window, side, depth, 0, UINT16_MAX);
-    } else if (command == "title") {
-      line >> window;
-      setTitle(window, restOfLine(line));
-    } else if (command == "state") {
+      line >> side >> depth;
+      keepSide(number, side, depth, 0, UINT16_MAX);
+    }
+    if (command == "title") setTitle(number, restOfLine(line));
+    if (command == "state") {
       std::string first;
       std::string second;
-      line >> window >> first >> second;
-      addState(window, first, second);
-    } else if (command == "map") {
-      line >> window;
-      xcb_map_window(connection_, window);
-    } else if (command == "destroy") {
-      line >> window;
-      destroy(window);
-    } else if (command == "reconnect") {
+      line >> first >> second;
+      addState(number, first, second);
+    }
+    if (command == "map") xcb_map_window(connection_, number);
+    if (command == "destroy") xcb_destroy_window(connection_, number);
+    if (command == "grab") grab(std::chrono::milliseconds(number));
+    if (command == "storm") storm(static_cast<int>(number));
+    if (command == "reconnect") {
       xcb_disconnect(connection_);
       connect();
-    } else if (command == "grab") {
-      int milliseconds = 0;
-      line >> milliseconds;
-      grab(std::chrono::milliseconds(milliseconds));
-    } else if (command == "storm") {
-      int rounds = 0;
-      line >> rounds;
-      storm(rounds);
-    } else if (command == "quit") {
-      quits_ = true;
     }
   }
 
@@ -164,7 +154,6 @@ class Client {
       setValues(window, "_NET_WM_PID", XCB_ATOM_CARDINAL, {static_cast<std::uint32_t>(getpid())});
     }
     setTitle(window, title);
-    setValues(window, "WM_PROTOCOLS", XCB_ATOM_ATOM, {atom("WM_DELETE_WINDOW")});
     setValues(window, "_NET_WM_ICON", XCB_ATOM_CARDINAL, icon());
     // The user chose position and size; the window manager shall keep them.
     std::vector<std::uint32_t> hints(18);
@@ -270,19 +259,8 @@ class Client {
                    reinterpret_cast<const char*>(&message));
   }
 
-  void destroy(xcb_window_t window) {
-    xcb_destroy_window(connection_, window);
-    xcb_flush(connection_);
-    std::cout << "destroyed " << window << std::endl;
-  }
-
-  void handleEvents() {
-    while (auto* event = xcb_poll_for_event(connection_)) {
-      const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> owner(event, std::free);
-      if ((event->response_type & 0x7f) != XCB_CLIENT_MESSAGE) continue;
-      const auto& message = *reinterpret_cast<const xcb_client_message_event_t*>(event);
-      if (message.data.data32[0] == atom("WM_DELETE_WINDOW")) destroy(message.window);
-    }
+  void dropEvents() {
+    while (auto* event = xcb_poll_for_event(connection_)) std::free(event);
   }
 
   // One size, its left half of one colour, its right half of another.
@@ -321,7 +299,6 @@ class Client {
   std::string windowClass_;
   xcb_connection_t* connection_ = nullptr;
   xcb_screen_t* screen_ = nullptr;
-  bool quits_ = false;
 };
 
 }  // namespace

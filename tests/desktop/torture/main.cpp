@@ -17,27 +17,20 @@ constexpr int reportEvery = 50;
 
 struct Options {
   int kills = 1000;
-  unsigned seed = 1;
+  int seed = 1;
 };
-
-[[noreturn]] void refuse() {
-  fmt::print(stderr, "Usage: torture [--kills N] [--seed N]\n");
-  std::exit(2);
-}
 
 Options parse(int count, char** arguments) {
   Options options;
   for (int index = 1; index < count; index += 2) {
     char* end = nullptr;
     const auto number = index + 1 < count ? std::strtol(arguments[index + 1], &end, 10) : -1;
-    if (number < 0 || *end != '\0') refuse();
     const std::string_view name = arguments[index];
-    if (name == "--kills")
-      options.kills = static_cast<int>(number);
-    else if (name == "--seed")
-      options.seed = static_cast<unsigned>(number);
-    else
-      refuse();
+    if (number < 0 || *end != '\0' || (name != "--kills" && name != "--seed")) {
+      fmt::print(stderr, "Usage: torture [--kills N] [--seed N]\n");
+      std::exit(2);
+    }
+    (name == "--kills" ? options.kills : options.seed) = static_cast<int>(number);
   }
   return options;
 }
@@ -55,7 +48,7 @@ void print(const Torture::Tally& tally) {
 int main(int count, char** arguments) {
   const auto options = parse(count, arguments);
   try {
-    Torture torture(options.seed, std::cout);
+    Torture torture(static_cast<unsigned>(options.seed), std::cout);
     while (torture.tally().kills < options.kills) {
       torture.kill();
       const auto kills = torture.tally().kills;

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -17,7 +15,7 @@ namespace {
 constexpr const char* applications[] = {"Editor", "Editor", "Terminal", "Viewer"};
 
 // What the user has minimized is none of the program's business here.
-constexpr const char* defaults = R"({"mechanism": "offscreen", "pellowOnMinimize": false})";
+const nlohmann::json defaults{{"mechanism", "offscreen"}, {"pellowOnMinimize", false}};
 
 constexpr std::size_t renamed = 2;
 constexpr std::size_t undecorated = 4;
@@ -31,9 +29,7 @@ void demand(bool holds, const std::string& what) {
 }  // namespace
 
 Torture::Torture(unsigned seed, std::ostream& report) : random_(seed), report_(report) {
-  const auto file = PellowProgram::defaultsFile(desktop_);
-  std::filesystem::create_directories(file.parent_path());
-  std::ofstream(file) << defaults;
+  PellowProgram::writeDefaults(desktop_, defaults);
   for (const auto* name : applications)
     clients_.push_back(std::make_unique<TestClient>(desktop_, name));
   openWindows();
@@ -77,11 +73,9 @@ void Torture::pause(int milliseconds) {
   std::this_thread::sleep_for(longest * random(10000) / 10000);
 }
 
-// Waits for the end of the animation with which openbox does it.
 void Torture::minimize(const Guest& guest) {
   desktop_.iconify(guest.window);
-  demand(eventually([&] { return !desktop_.isShown(guest.window) && isHome(guest); }),
-         "no window is minimized");
+  demand(eventually([&] { return !desktop_.isShown(guest.window); }), "no window is minimized");
 }
 
 void Torture::putEverythingAway() {
@@ -90,49 +84,46 @@ void Torture::putEverythingAway() {
          "not everything was put away:\n" + pellow_->process().standardError());
 }
 
-void Torture::beginRestoreAll() {
-  putEverythingAway();
-  press('r');
-}
-
-void Torture::beginClick() {
-  putEverythingAway();
-  demand(eventually([this] { return pellow_->tabCount() == std::ssize(guests_); }),
-         "not every window has a tab");
-  pellow_->clickTab(random(static_cast<int>(guests_.size())));
-}
-
-void Torture::beginTurnAround() {
-  press('a');
-  pause(100);
-  press('r');
-}
-
-// The program is killed once more while it repairs what the first kill has left.
-void Torture::beginRecovery() {
-  press('a');
-  pause(100);
-  pellow_->process().kill();
-  pellow_ = std::make_unique<PellowProgram>(desktop_);
+std::vector<Torture::Scene> Torture::scenes() {
+  const auto all = static_cast<int>(guests_.size());
+  const auto restoreAll = [this] {
+    putEverythingAway();
+    press('r');
+  };
+  const auto click = [this, all] {
+    putEverythingAway();
+    demand(eventually([&] { return pellow_->tabCount() == all; }), "not every window has a tab");
+    pellow_->clickTab(random(all));
+  };
+  const auto turnAround = [this] {
+    press('a');
+    pause(100);
+    press('r');
+  };
+  // The program is killed once more while it repairs what the first kill has left.
+  const auto recover = [this] {
+    press('a');
+    pause(100);
+    pellow_->process().kill();
+    pellow_ = std::make_unique<PellowProgram>(desktop_);
+  };
+  return {{"putting one window away", 20, 1, [this] { press('t'); }},
+          {"putting everything away", 100, all, [this] { press('a'); }},
+          {"focus mode", 100, all - 1, [this] { press('e'); }},
+          {"restoring everything", 100, all, restoreAll},
+          {"restoring one window", 20, 1, click},
+          {"restoring in the middle of putting away", 100, all, turnAround},
+          {"recovery", 300, all, recover}};
 }
 
 void Torture::kill() {
-  const auto all = static_cast<int>(guests_.size());
-  const Scene scenes[] = {
-      {"putting one window away", &Torture::beginFrontmost, 20, 1},
-      {"putting everything away", &Torture::beginEverything, 100, all},
-      {"focus mode", &Torture::beginFocusMode, 100, all - 1},
-      {"restoring everything", &Torture::beginRestoreAll, 100, all},
-      {"restoring one window", &Torture::beginClick, 20, 1},
-      {"restoring in the middle of putting away", &Torture::beginTurnAround, 100, all},
-      {"recovery", &Torture::beginRecovery, 300, all}};
-  const auto& scene = scenes[random(std::size(scenes))];
-
-  const auto& frontmost = guests_[random(all)];
+  const auto all = scenes();
+  const auto& scene = all[random(static_cast<int>(all.size()))];
+  const auto& frontmost = guests_[random(static_cast<int>(guests_.size()))];
   demand(desktop_.activate(frontmost.window), "no window becomes active");
   minimize(guests_[minimized]);
 
-  (this->*scene.begin)();
+  scene.begin();
   pause(scene.milliseconds);
   pellow_->process().kill();
 
@@ -183,6 +174,8 @@ void Torture::look(const Scene& scene, const std::string& scars) {
   desktop_.activate(guests_.back().window);
   for (std::size_t index = 0; index < guests_.size(); ++index) {
     const auto& guest = guests_[index];
+    // Its frame may still be on its way to the taskbar, whence openbox puts it back at the end.
+    if (index == minimized) (void)eventually([&] { return isHome(guest); });
     const bool lost = isLost(guest);
     if (!lost && isHome(guest)) continue;
     ++(lost ? tally_.lost : tally_.misplaced);

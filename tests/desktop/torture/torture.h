@@ -52,9 +52,9 @@ class Torture {
   // What is going on when the program is killed, and how long after its beginning at most.
   struct Scene {
     const char* name;
-    void (Torture::*begin)();
     int milliseconds;
     int windows;  // how many it puts away or brings back
+    std::function<void()> begin;
   };
 
   void openWindows();
@@ -67,13 +67,7 @@ class Torture {
   void pause(int milliseconds);
   int random(int end) { return std::uniform_int_distribution(0, end - 1)(random_); }
 
-  void beginFrontmost() { press('t'); }
-  void beginEverything() { press('a'); }
-  void beginFocusMode() { press('e'); }
-  void beginRestoreAll();
-  void beginClick();
-  void beginTurnAround();
-  void beginRecovery();
+  std::vector<Scene> scenes();
 
   bool isHome(const Guest& guest) const;
   bool isLost(const Guest& guest) const;
