@@ -68,11 +68,6 @@ constexpr std::uint32_t iconicState = 3;
 
 constexpr Facet placeFacets = Facet::state | Facet::frame;
 
-// Whether a window manager has done what it allows of a move: on one axis at least as asked.
-bool hasFollowed(PixelPoint before, PixelPoint now, PixelPoint target) {
-  return (now.x == target.x && before.x != target.x) || (now.y == target.y && before.y != target.y);
-}
-
 }  // namespace
 
 // Hears of everything that happens to a window, for as long as somebody waits for it: a connection
@@ -297,8 +292,8 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterMove(const WindowFac
   const Deadline prompt = std::min(deadlineIn(promptPatience), deadline);
   while (watch.wait(prompt)) {
     auto facts = look(server_, window.key(), placeFacets, deadline);
-    if (!facts || facts->frame.origin() == target) return facts;
-    if (hasFollowed(window.frame.origin(), facts->frame.origin(), target)) return facts;
+    // Wherever it has gone, it is as far as the window manager lets it.
+    if (!facts || facts->frame.origin() != window.frame.origin()) return facts;
   }
   return lookAfterItActed(watch, window.key(), deadline,
                           [&](const WindowFacts& now) { return now.frame.origin() == target; });
