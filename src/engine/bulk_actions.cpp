@@ -3,13 +3,6 @@
 #include <utility>
 
 namespace pellow {
-namespace {
-
-// Applications are put away a few at a time: in one go up to here, and so that the first windows go
-// at once.
-constexpr std::size_t enoughWindows = 16;
-
-}  // namespace
 
 void BulkActions::pellowPinnedApps() {
   if (around_.zones.pins.empty()) return around_.failures.report(PellowError::nothingPinned());
@@ -57,7 +50,7 @@ Task<> BulkActions::everythingElse() {
 Task<> BulkActions::pellowAll(bool onlyPinned, std::vector<TargetWindow> excluding) {
   around_.failures.beginBulk();
   std::vector<AppWindows> together;
-  std::size_t windowsTogether = 0;
+  std::size_t gathered = 0;
   for (const auto& application : around_.workspace.runningApplications()) {
     if (application.activationPolicy != ActivationPolicy::regular) continue;
     if (application.pid == around_.ownProcess) continue;
@@ -68,11 +61,11 @@ Task<> BulkActions::pellowAll(bool onlyPinned, std::vector<TargetWindow> excludi
     auto windows = co_await around_.axQueue.ax(
         [&] { return TargetWindow::windows(around_.accessibility, application.pid); });
     if (windows.empty()) continue;
-    windowsTogether += windows.size();
+    gathered += windows.size();
     together.push_back({application, std::move(windows), pin});
-    if (windowsTogether < enoughWindows) continue;
+    if (gathered < windowsTogether) continue;
     co_await pellowApps(std::exchange(together, {}), excluding);
-    windowsTogether = 0;
+    gathered = 0;
   }
   if (!together.empty()) co_await pellowApps(together, excluding);
   auto bulk = around_.failures.endBulk();

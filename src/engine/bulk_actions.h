@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <optional>
@@ -28,6 +29,10 @@ struct AppWindows {
 // thread.
 class BulkActions {
  public:
+  // How many windows go in one go. Between the look at the first one and the move of the last
+  // nobody should have the time to drag it elsewhere.
+  static constexpr std::size_t windowsTogether = 16;
+
   struct Surroundings {
     Accessibility& accessibility;
     AXQueue& axQueue;

@@ -12,10 +12,6 @@ constexpr Seconds restoreBatchExtra = 1.5;
 constexpr Seconds ownEcho = 0.5;
 constexpr int putBacksAtMost = 3;
 
-// Between the look at the first one and the move of the last nobody
-// should have the time to drag it elsewhere.
-constexpr std::size_t parkedTogether = 16;
-
 // The side that a zone's windows are slid to: its own, or the nearer one.
 StripEdge parkingSide(const TabZone& zone) {
   if (zone.snap == StripEdge::left || zone.snap == StripEdge::right) return *zone.snap;
@@ -208,7 +204,7 @@ Task<> PellowController::pellowWindows(std::vector<Chosen> windows) {
   std::vector<PellowError> failures;
   for (auto next = windows.begin(); next != windows.end();) {
     std::vector<Chosen> together;
-    for (; next != windows.end() && together.size() < parkedTogether; ++next)
+    for (; next != windows.end() && together.size() < BulkActions::windowsTogether; ++next)
       if (!isTaken(next->window)) together.push_back(*next);
     if (together.empty()) break;
     const auto failed = co_await park(std::move(together));
