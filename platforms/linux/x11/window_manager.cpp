@@ -336,6 +336,9 @@ std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window,
       xcb_get_geometry(connection.raw(), *frameWindow));
   const auto now = WindowLook(server_, connection, window.window, Facet::frame).collect(deadline);
   if (!now) return std::unexpected(now.error());
+  // Another window manager has framed it meanwhile, or none does any more: what was its outermost
+  // window may now be one inside of a frame.
+  if (now->parent != window.parent) return pushFrame(*now, target, deadline);
   const auto geometry = pending.collect(deadline);
   if (!geometry) return std::unexpected(geometry.error());
   if (now->frame.origin() == target) return {};
