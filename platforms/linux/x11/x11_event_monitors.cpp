@@ -77,8 +77,8 @@ std::optional<Subscription> X11EventMonitors::addGlobalKeyDown(
   if (isFirst) {
     map();
     readModifiers();
-    listen();
   }
+  if (!listen()) return std::nullopt;
   return subscription;
 }
 
@@ -90,18 +90,18 @@ std::optional<Subscription> X11EventMonitors::addLocalKeyDown(
 std::optional<Subscription> X11EventMonitors::addGlobalPointerMoved(std::function<void()> handler) {
   if (!inputOpcode_ || events_.isLost()) return std::nullopt;
   auto subscription = globalMoved_.add(std::move(handler));
-  listen();
+  if (!listen()) return std::nullopt;
   return subscription;
 }
 
 std::optional<Subscription> X11EventMonitors::addLocalPointerMoved(std::function<void()> handler) {
   if (!inputOpcode_ || events_.isLost()) return std::nullopt;
   auto subscription = localMoved_.add(std::move(handler));
-  listen();
+  if (!listen()) return std::nullopt;
   return subscription;
 }
 
-void X11EventMonitors::listen() {
+bool X11EventMonitors::listen() {
   const bool keys = !global_.isEmpty();
   const bool movements = !globalMoved_.isEmpty() || !localMoved_.isEmpty();
   struct {
@@ -110,8 +110,9 @@ void X11EventMonitors::listen() {
   } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
               (keys ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS} : 0) |
                   (movements ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0)};
-  xcb_input_xi_select_events(events_.raw(), events_.root(), 1, &selection.head);
-  events_.flush();
+  const auto cookie =
+      xcb_input_xi_select_events_checked(events_.raw(), events_.root(), 1, &selection.head);
+  return events_.check(cookie, deadlineIn(serverPatience)).has_value();
 }
 
 void X11EventMonitors::readModifiers() {
@@ -165,7 +166,10 @@ void X11EventMonitors::handleRawEvent(const xcb_generic_event_t& event) {
 }
 
 void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
-  if (global_.isEmpty()) return listen();  // for what is left to be heard
+  if (global_.isEmpty()) {
+    listen();  // for what is left to be heard
+    return;
+  }
   const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
   const bool isRepeat = (raw.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0;
   if (isRepeat || raw.detail > UINT8_MAX || ownWindowHasKeyboard_()) return;
@@ -181,7 +185,10 @@ void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
 }
 
 void X11EventMonitors::gatherMovements() {
-  if (globalMoved_.isEmpty() && localMoved_.isEmpty()) return listen();
+  if (globalMoved_.isEmpty() && localMoved_.isEmpty()) {
+    listen();
+    return;
+  }
   if (std::exchange(areMovementsGathered_, true)) return;
   const itimerspec once{.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = gatheringTime}};
   timerfd_settime(movementTimer_.number(), 0, &once, nullptr);

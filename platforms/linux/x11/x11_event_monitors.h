@@ -41,7 +41,8 @@ class X11EventMonitors : public EventMonitors {
   void tellOfMovements();
 
  private:
-  void listen();
+  // Asks the server for what is monitored; once it answers true, nothing is missed.
+  bool listen();
   void gatherMovements();
   bool isOwnWindowBelowPointer() const;
   void readModifiers();
