@@ -56,11 +56,9 @@ TEST_F(WindowManagers, BackInPlace) {
   const auto guest = open(client, "Guest", place);
   const auto corner = open(client, "Corner", {area.x, area.y, 300, 200});
   const auto small = open(client, "Small", {900, 350, 160, 90});
-  ASSERT_NO_FATAL_FAILURE(launch());
-  for (const auto& each : {guest, corner, small}) {
-    ASSERT_NO_FATAL_FAILURE(expectRoundTrips(each));
-    EXPECT_TRUE(becomesActive(each));
-  }
+  // Pictures fly over the strip all the time, and every click goes through them.
+  ASSERT_NO_FATAL_FAILURE(launch({{"animationDuration", 1.2}}));
+  for (const auto& each : {guest, corner, small}) ASSERT_NO_FATAL_FAILURE(expectRoundTrips(each));
 }
 
 TEST_F(WindowManagers, Minimize) {
@@ -183,12 +181,7 @@ TEST_F(WindowManagers, Replaced) {
   // Whatever the new one has made of them, no more than the sliver stays in sight.
   expectAway(guests);
   ASSERT_EQ(pellow->tabCount(), 2);
-  // The last step of a restore gives the window the keys; the next one must not overtake it.
-  for (const auto& each : guests) {
-    pellow->clickTab(0);
-    expectHome({each});
-    EXPECT_TRUE(becomesActive(each));
-  }
+  for (const auto& each : guests) ASSERT_NO_FATAL_FAILURE(bringBack(each, true));
   expectAllIsOver();
   ASSERT_NO_FATAL_FAILURE(expectRoundTrips(guests[0]));
 }

@@ -19,10 +19,20 @@ class WindowManagers : public Everyday {
       ASSERT_NO_FATAL_FAILURE(putOffScreen(guest));
       const auto away = desktop.frame(guest.window);
       EXPECT_EQ(std::pair(away.width, away.height), std::pair(guest.home.width, guest.home.height));
-      byClick ? pellow->clickTab(0) : press('r');
-      expectHome({guest});
+      ASSERT_NO_FATAL_FAILURE(bringBack(guest, byClick));
       expectAllIsOver();
     }
+  }
+
+  // The last step of a restore gives the window the keys. A window off the screen may have kept
+  // them, so another one takes them first; what comes next would overtake that step otherwise.
+  void bringBack(const Guest& guest, bool byClick) {
+    const auto bystander = client.open("Bystander", {700, 500, 200, 100});
+    ASSERT_TRUE(desktop.activate(bystander));
+    byClick ? pellow->clickTab(0) : press('r');
+    expectHome({guest});
+    EXPECT_TRUE(becomesActive(guest));
+    client.destroy(bystander);
   }
 
   // A window in a state in which it does not move: it leaves the state, and takes it up again.
@@ -35,8 +45,7 @@ class WindowManagers : public Everyday {
     ASSERT_TRUE(hasAll(true));
     ASSERT_NO_FATAL_FAILURE(putOffScreen(expanded));
     EXPECT_TRUE(hasAll(false));
-    pellow->clickTab(0);
-    expectHome({expanded});
+    ASSERT_NO_FATAL_FAILURE(bringBack(expanded, true));
     EXPECT_TRUE(eventually([&] { return hasAll(true); }));
     expectAllIsOver();
   }

@@ -98,15 +98,6 @@ void PanelCanvas::setIgnoresMouseEvents(bool ignores) {
   lookForPointerSoon();
 }
 
-// A window manager that puts a frame around the window hears of what the window does with the
-// pointer only from now on, and gives the frame no pointer either.
-bool PanelCanvas::nativeEvent(const QByteArray& type, void* message, qintptr* result) {
-  const auto* const event = static_cast<const xcb_generic_event_t*>(message);
-  if (ignoresMouseEvents_ && (event->response_type & 0x7F) == XCB_MAP_NOTIFY)
-    hints_.setIgnoresMouseEvents(static_cast<xcb_window_t>(winId()), true);
-  return QWidget::nativeEvent(type, message, result);
-}
-
 void PanelCanvas::giveUp() {
   givenUp_ = true;
   hide();

@@ -37,6 +37,7 @@ class PanelCanvas final : public QWidget {
   void setTranslucent(bool translucent);
 
   void setIgnoresMouseEvents(bool ignores);
+  bool ignoresMouseEvents() const { return ignoresMouseEvents_; }
 
   // Compares the pointer with the views once the current work is done, as one may have moved away
   // under the other.
@@ -55,7 +56,6 @@ class PanelCanvas final : public QWidget {
 
  protected:
   bool event(QEvent* event) override;
-  bool nativeEvent(const QByteArray& type, void* message, qintptr* result) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void closeEvent(QCloseEvent* event) override;

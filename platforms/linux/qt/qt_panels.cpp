@@ -75,6 +75,7 @@ class QtPanels::QtPanel final : public Panel {
   void orderFront() override {
     if (canvas_->isVisible()) return panels_.raise(*canvas_);
     panels_.hints_.prepareForMapping(window(), level_);
+    panels_.hints_.setManaged(window(), !canvas_->ignoresMouseEvents());
     canvas_->show();
     canvas_->raise();
   }

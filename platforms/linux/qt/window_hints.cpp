@@ -82,6 +82,11 @@ void WindowHints::changeLevel(xcb_window_t window, PanelLevel level) const {
   xcb_flush(connection_);
 }
 
+void WindowHints::setManaged(xcb_window_t window, bool managed) const {
+  const std::uint32_t overrides = managed ? 0 : 1;
+  xcb_change_window_attributes(connection_, window, XCB_CW_OVERRIDE_REDIRECT, &overrides);
+}
+
 void WindowHints::setIgnoresMouseEvents(xcb_window_t window, bool ignores) const {
   if (ignores) {
     xcb_shape_rectangles(connection_, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,

@@ -29,6 +29,11 @@ class WindowHints {
   // window that is not mapped; window managers forget it when they take a window away.
   void prepareForMapping(xcb_window_t window, PanelLevel level) const;
 
+  // Whether the window manager has a say in the window (override-redirect). One that has puts its
+  // own window around it, which stops the pointer whatever the inner one does. For a window that
+  // is not mapped.
+  void setManaged(xcb_window_t window, bool managed) const;
+
   // Whether the pointer goes through the window to what lies below.
   void setIgnoresMouseEvents(xcb_window_t window, bool ignores) const;
 
