@@ -1,9 +1,14 @@
 #include <fmt/format.h>
 
+#include <xcb/xcb.h>
+
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -20,6 +25,9 @@
 //
 // wmctrl asks for the move and goes on; Pellow writes each window's journal record to disk, moves
 // it, and looks where it stands. openbox leaves a tenth of what wmctrl moves on the screen.
+//
+// Beside them stands what no program can go below: the server's time to move the same frames to
+// where Pellow puts them, once each, asked for in one breath and without a window manager.
 
 namespace {
 
@@ -32,11 +40,24 @@ struct Times {
   std::vector<double> away;  // milliseconds
   std::vector<double> back;
   std::vector<double> scripted;  // wmctrl
+  std::vector<double> bare;      // the server alone
+  std::vector<double> own;       // Pellow's processor time for the way out, all threads
 };
 
 double median(std::vector<double> times) {
   std::ranges::sort(times);
   return times[times.size() / 2];
+}
+
+// The frame that the window manager has put around the window.
+xcb_window_t outermost(xcb_connection_t* connection, xcb_window_t window) {
+  for (;;) {
+    const std::unique_ptr<xcb_query_tree_reply_t, decltype(&std::free)> tree(
+        xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr), std::free);
+    if (!tree) throw std::runtime_error("a window is gone");
+    if (tree->parent == tree->root) return window;
+    window = tree->parent;
+  }
 }
 
 class Desk {
@@ -57,14 +78,17 @@ class Desk {
   }
 
   void turn(Times& times) {
+    const double before = processorTime();
     times.away.push_back(timeUntilAll("the windows are away", [&] { press('a'); }, &Desk::isAway));
     // The last window is away before its tab stands.
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    times.own.push_back(processorTime() - before);
     times.back.push_back(timeUntilAll("the windows are back", [&] { press('r'); }, &Desk::isBack));
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     times.scripted.push_back(
         timeUntilAll("wmctrl has moved the windows", [&] { runScript(true); }, &Desk::hasLeft));
     timeUntilAll("wmctrl has moved them back", [&] { runScript(false); }, &Desk::isBack);
+    times.bare.push_back(timeOfBareMoves());
   }
 
  private:
@@ -97,6 +121,49 @@ class Desk {
       throw std::runtime_error("wmctrl does not run");
   }
 
+  double timeOfBareMoves() const {
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection(
+        xcb_connect(desktop_.display().c_str(), nullptr), xcb_disconnect);
+    auto* const raw = connection.get();
+    const auto move = [&](xcb_window_t frame, int x, int y) {
+      const auto setBypass = [&](std::uint32_t bypass) {
+        xcb_change_window_attributes(raw, frame, XCB_CW_OVERRIDE_REDIRECT, &bypass);
+      };
+      const std::array<std::int32_t, 2> place{x, y};
+      setBypass(1);
+      xcb_configure_window(raw, frame, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place.data());
+      setBypass(0);
+    };
+    const auto sync = [&] {
+      std::free(xcb_get_input_focus_reply(raw, xcb_get_input_focus(raw), nullptr));
+    };
+    std::vector<xcb_window_t> frames;
+    for (const auto& guest : windows_) frames.push_back(outermost(raw, guest.window));
+    const auto screen = desktop_.screen();
+    sync();
+    const auto start = Clock::now();
+    for (const auto frame : frames) move(frame, screen.width - 1, screen.height - 28);
+    sync();
+    const auto end = Clock::now();
+    for (std::size_t index = 0; index < frames.size(); ++index)
+      move(frames[index], windows_[index].home.x, windows_[index].home.y);
+    sync();
+    return std::chrono::duration<double, std::milli>(end - start).count();
+  }
+
+  // Of Pellow since its start, in milliseconds.
+  double processorTime() const {
+    double nanoseconds = 0;
+    const auto threads =
+        std::filesystem::path("/proc") / std::to_string(pellow_->process().pid()) / "task";
+    for (const auto& thread : std::filesystem::directory_iterator(threads)) {
+      double ofThread = 0;
+      std::ifstream(thread.path() / "schedstat") >> ofThread;
+      nanoseconds += ofThread;
+    }
+    return nanoseconds / 1e6;
+  }
+
   // Looks at one window at a time, until it is where it should be: watching all of them all the
   // time would keep the server from its work.
   double timeUntilAll(const char* what, const std::function<void()>& begin, Condition condition) {
@@ -118,25 +185,27 @@ class Desk {
   std::unique_ptr<PellowProgram> pellow_;
 };
 
-// Milliseconds until all were away, in the median turn.
+// Milliseconds of the median turn.
 struct Medians {
   double away = 0;
   double scripted = 0;
+  double bare = 0;
+  double own = 0;
 };
 
 Medians measure(int applications, int windows, int turns) {
   Desk desk(applications, windows);
   Times times;
   for (int turn = 0; turn < turns; ++turn) desk.turn(times);
-  const auto away = median(times.away);
-  const auto scripted = median(times.scripted);
+  const Medians medians{median(times.away), median(times.scripted), median(times.bare),
+                        median(times.own)};
   fmt::print(
       "{:3} windows of {:2} applications: away {:7.1f} ms (best {:.1f}), wmctrl {:7.1f} ms, ratio "
-      "{:.2f}; back {:7.1f} ms\n",
-      windows, applications, away, std::ranges::min(times.away), scripted, away / scripted,
-      median(times.back));
+      "{:.2f}; the server alone {:5.1f} ms; Pellow's processor time {:5.1f} ms; back {:7.1f} ms\n",
+      windows, applications, medians.away, std::ranges::min(times.away), medians.scripted,
+      medians.away / medians.scripted, medians.bare, medians.own, median(times.back));
   std::fflush(stdout);
-  return {away, scripted};
+  return medians;
 }
 
 }  // namespace
@@ -151,8 +220,11 @@ int main(int count, char** arguments) {
     measure(50, 50, 7);
     const auto fifty = measure(1, 50, 7);
     const auto fiveHundred = measure(1, 500, 3);
-    fmt::print("500 windows take {:.1f} times as long as 50, by wmctrl {:.1f} times\n",
-               fiveHundred.away / fifty.away, fiveHundred.scripted / fifty.scripted);
+    fmt::print(
+        "500 windows take {:.1f} times as long as 50, by wmctrl {:.1f} times, the server alone "
+        "{:.1f} times, Pellow's processor time {:.1f} times\n",
+        fiveHundred.away / fifty.away, fiveHundred.scripted / fifty.scripted,
+        fiveHundred.bare / fifty.bare, fiveHundred.own / fifty.own);
     return EXIT_SUCCESS;
   } catch (const std::exception& error) {
     fmt::print(stderr, "{}\n", error.what());

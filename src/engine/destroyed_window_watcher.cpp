@@ -1,17 +1,18 @@
 #include "engine/destroyed_window_watcher.h"
 
-#include <utility>
-
 #include "access/ax.h"
 
 namespace pellow {
 
 void DestroyedWindowWatcher::watch(const std::vector<TabItem>& tabs) {
-  auto before = std::exchange(observers_, {});
+  ++round_;
   for (const auto& tab : tabs) {
-    const auto known = before.find(tab.id);
-    observers_.emplace(tab.id, known == before.end() ? observe(tab) : std::move(known->second));
+    const auto [known, isNew] = watched_.try_emplace(tab.id);
+    if (isNew) known->second.observer = observe(tab);
+    known->second.round = round_;
   }
+  if (watched_.size() == tabs.size()) return;
+  std::erase_if(watched_, [this](const auto& entry) { return entry.second.round != round_; });
 }
 
 Subscription DestroyedWindowWatcher::observe(const TabItem& tab) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <map>
+#include <unordered_map>
 #include <vector>
 
 #include "base/subscription.h"
@@ -25,11 +25,17 @@ class DestroyedWindowWatcher {
   void watch(const std::vector<TabItem>& tabs);
 
  private:
+  struct Watched {
+    Subscription observer;
+    int round = 0;  // the last one that knew its tab
+  };
+
   Subscription observe(const TabItem& tab);
 
   Accessibility& accessibility_;
   MainQueue& mainQueue_;
-  std::map<UUID, Subscription> observers_;
+  std::unordered_map<UUID, Watched> watched_;
+  int round_ = 0;
 };
 
 }  // namespace pellow
