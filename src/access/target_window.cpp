@@ -47,6 +47,7 @@ std::expected<std::vector<TargetWindow>, AXError> TargetWindow::everyWindow(
   if (auto* const elements = std::get_if<std::vector<AXElement>>(&*listed))
     for (auto& element : *elements)
       if (const auto owner = element.pid()) windows.push_back({std::move(element), *owner});
+  for (const auto& window : windows) window.element.setMessagingTimeout(AX::timeout::windowChange);
   return windows;
 }
 
@@ -62,8 +63,10 @@ std::optional<TargetWindow> TargetWindow::frontmost(Accessibility& accessibility
   return TargetWindow{std::move(*element), *owner};
 }
 
-bool TargetWindow::isGone() const {
+std::optional<bool> TargetWindow::isGone() const {
+  element.setMessagingTimeout(AX::timeout::application);
   const auto role = element.copyAttribute(AX::attribute::role);
+  if (!role && role.error() == AXError::cannotComplete) return std::nullopt;
   return !role && role.error() == AXError::invalidUIElement;
 }
 

@@ -44,9 +44,9 @@ struct TargetWindow {
   // The focused window of the frontmost application. Any thread.
   static std::optional<TargetWindow> frontmost(Accessibility& accessibility, Workspace& workspace);
 
-  // Whether the window is surely gone (`invalidUIElement`), not merely slow or failing otherwise.
-  // Any thread.
-  bool isGone() const;
+  // Whether the window is surely gone (`invalidUIElement`), not failing otherwise. Nothing when its
+  // application does not answer at once. Any thread.
+  std::optional<bool> isGone() const;
 
   // Read in one call, which waits for a slow application as long as a change of the window does.
   // Any thread.

@@ -37,7 +37,7 @@ void AutomaticTriggers::windowWasMinimized(const TargetWindow& window) {
 }
 
 void AutomaticTriggers::expectLateMinimize(const TabItem& tab) {
-  takeLateMinimize(tab.window);
+  forgetLateMinimize(tab.window);
   lateMinimizes_.push_back(tab);
   if (lateMinimizes_.size() > lateMinimizesAtMost) lateMinimizes_.erase(lateMinimizes_.begin());
 }
@@ -56,6 +56,7 @@ bool AutomaticTriggers::ignoresActivation(ProcessID pid) const {
 }
 
 void AutomaticTriggers::windowWasFocused(const TargetWindow& window) {
+  forgetLateMinimize(window);
   if (ignoresActivation(window.pid)) return;
   const auto& tabs = around_.store.tabs();
   const auto tab = std::ranges::find(tabs, window, &TabItem::window);
@@ -63,7 +64,7 @@ void AutomaticTriggers::windowWasFocused(const TargetWindow& window) {
 }
 
 Task<> AutomaticTriggers::reactToFocus(ProcessID pid, UUID tab) {
-  if (!co_await hasVisibleWindow(pid) || around_.echoes.isSettling(pid)) co_return;
+  if (!co_await hasVisibleWindow(pid) || ignoresActivation(pid)) co_return;
   around_.log.standard("Pellowed window was chosen from its app; restoring it");
   onRestore(tab);
 }
@@ -76,8 +77,8 @@ void AutomaticTriggers::appActivated(ProcessID pid) {
 }
 
 Task<> AutomaticTriggers::reactToActivation(ProcessID pid) {
-  if (around_.echoes.isSettling(pid)) co_return;
-  if (co_await hasVisibleWindow(pid)) co_return;
+  // Much may have happened when the application has answered.
+  if (co_await hasVisibleWindow(pid) || ignoresActivation(pid)) co_return;
   const auto& tabs = around_.store.tabs();
   for (const auto& tab : std::views::reverse(tabs)) {
     if (tab.window.pid != pid) continue;
@@ -87,11 +88,10 @@ Task<> AutomaticTriggers::reactToActivation(ProcessID pid) {
   }
 }
 
-// Whether the application shows a window that is neither a tab nor about to become one.
+// Whether the application shows a window that has no tab.
 Task<bool> AutomaticTriggers::hasVisibleWindow(ProcessID pid) {
   std::vector<TargetWindow> pellowed;
   for (const auto& tab : around_.store.tabs()) pellowed.push_back(tab.window);
-  for (const auto& entry : around_.ledger.entries()) pellowed.push_back(entry.window);
   const auto frames = co_await around_.axQueue.ax(
       [&] { return framesOnScreen(around_.accessibility, pid, pellowed); });
   co_return std::ranges::any_of(

@@ -51,6 +51,8 @@ class AutomaticTriggers {
   // The program asked for the window of this tab to be minimized and got no answer in time: should
   // that happen later, it needs its tab, whatever the user prefers.
   void expectLateMinimize(const TabItem& tab);
+  // Should it be minimized from now on, that is somebody else's wish.
+  void forgetLateMinimize(const TargetWindow& window) { takeLateMinimize(window); }
   const std::vector<TabItem>& lateMinimizes() const { return lateMinimizes_; }
 
  private:

@@ -37,7 +37,8 @@ Task<Mechanisms::Hiding> Mechanisms::hide(Departure departure) {
       break;
   }
   if (around_.workspace.hide(tab.window.pid)) co_return Hiding{.mayBeHidden = true};
-  co_return Hiding{.failure = PellowError::hideFailed()};
+  const bool runs = around_.workspace.application(tab.window.pid).has_value();
+  co_return Hiding{.failure = runs ? PellowError::hideFailed() : PellowError::windowGone()};
 }
 
 Task<Mechanisms::Hiding> Mechanisms::minimize(const TabItem& tab) {
@@ -130,8 +131,10 @@ Task<> Mechanisms::unminimize(const TargetWindow& window) {
 
 // A window that the user minimized, before it was put away or since, is not back in the Dock.
 Task<> Mechanisms::unminimizeIfNeeded(const TargetWindow& window) {
-  const auto isMinimized = co_await around_.axQueue.ax(
-      [&] { return AX::boolean(window.element, AX::attribute::minimized).value_or(false); });
+  const auto isMinimized = co_await around_.axQueue.ax([&] {
+    window.element.setMessagingTimeout(AX::timeout::windowChange);
+    return AX::boolean(window.element, AX::attribute::minimized).value_or(false);
+  });
   if (isMinimized) co_await unminimize(window);
 }
 
@@ -145,7 +148,7 @@ Task<> Mechanisms::bringToFront(const TargetWindow& window) {
   around_.workspace.activate(window.pid);
 }
 
-void Mechanisms::revealBlocking(const TabItem& tab) {
+std::expected<void, AXError> Mechanisms::revealBlocking(const TabItem& tab) {
   switch (tab.mechanism) {
     case Mechanism::hideApp:
       around_.workspace.unhide(tab.window.pid);
@@ -153,14 +156,12 @@ void Mechanisms::revealBlocking(const TabItem& tab) {
     case Mechanism::offscreen:
       if (!tab.originalFrame) break;
       tab.window.element.setMessagingTimeout(AX::timeout::windowChange);
-      // Nobody is left to tell of a failure.
-      (void)tab.window.element.setAttribute(AX::attribute::position,
-                                            around_.parking.restoreOrigin(*tab.originalFrame));
-      break;
+      return tab.window.element.setAttribute(AX::attribute::position,
+                                             around_.parking.restoreOrigin(*tab.originalFrame));
     case Mechanism::minimize:
-      (void)setMinimized(tab.window, false);
-      break;
+      return setMinimized(tab.window, false);
   }
+  return {};
 }
 
 }  // namespace pellow

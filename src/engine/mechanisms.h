@@ -1,5 +1,6 @@
 #pragma once
 
+#include <expected>
 #include <optional>
 #include <vector>
 
@@ -58,8 +59,9 @@ class Mechanisms {
   // back; a raise that fails is only logged.
   Task<> reveal(const TabItem& tab);
 
-  // Undoes it directly on the calling thread, without a word of failures, raise and activation.
-  void revealBlocking(const TabItem& tab);
+  // Undoes it directly on the calling thread, without a word of failures, raise and activation; the
+  // answer tells whether somebody has heard of it.
+  std::expected<void, AXError> revealBlocking(const TabItem& tab);
 
  private:
   Task<Hiding> minimize(const TabItem& tab);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -36,18 +36,25 @@ bool isParkedAt(const Candidate& candidate, const ParkingRecord& record) {
          std::abs(candidate.frame.minY() - record.parkedOrigin.y) <= matchDistance;
 }
 
-// Of every kind, as any focused window can be parked. Nothing when the application does not answer.
-std::optional<std::vector<Candidate>> candidates(Accessibility& accessibility, ProcessID pid) {
-  const auto windows = TargetWindow::everyWindow(accessibility, pid, AX::timeout::windowChange);
-  if (!windows && windows.error() == AXError::cannotComplete) return std::nullopt;
+// Those of an application, of whatever processes.
+struct Candidates {
   std::vector<Candidate> found;
-  if (!windows) return found;
-  for (const auto& window : *windows)
-    if (const auto frame = AX::frame(window.element))
-      found.push_back(
-          {window, AX::string(window.element, AX::attribute::title).value_or(""), *frame});
-  return found;
-}
+  bool areAll = true;  // everybody who was asked has answered
+
+  // Windows of every kind, as any focused window can be parked.
+  void add(Accessibility& accessibility, ProcessID pid) {
+    const auto windows = TargetWindow::everyWindow(accessibility, pid, AX::timeout::windowChange);
+    if (!windows) {
+      areAll = areAll && windows.error() != AXError::cannotComplete;
+      return;
+    }
+    for (const auto& window : *windows) {
+      const auto state = window.state();
+      areAll = areAll && state.answers;
+      if (state.frame) found.push_back({window, state.title, *state.frame});
+    }
+  }
+};
 
 // Pairs windows with records of their application. Where several windows were parked at one place,
 // the title tells which is which; a window whose title changed meanwhile takes what is left.
@@ -119,9 +126,9 @@ std::optional<QuartzPoint> OffscreenParking::onScreenOrigin(const QuartzRect& fr
 
 int OffscreenParking::recoverStrandedWindows() {
   std::vector<Pending> pending;
-  std::set<std::string> bundleIDs;
+  std::map<std::string, Candidates> candidates;  // by bundle identifier
   for (const auto& record : journal_.records()) {
-    bundleIDs.insert(record.bundleID);
+    candidates.try_emplace(record.bundleID);
     pending.push_back({record});
   }
   if (pending.empty()) return 0;
@@ -137,22 +144,21 @@ int OffscreenParking::recoverStrandedWindows() {
       log_.error("Could not recover {}: {}", candidate.title, error.errorDescription());
     }
   };
-  std::set<std::string> unanswered;
   for (const auto& application : workspace_.runningApplications()) {
-    if (!application.bundleID || !bundleIDs.contains(*application.bundleID)) continue;
-    if (auto found = candidates(accessibility_, application.pid)) {
-      pair(std::move(*found), pending, *application.bundleID, recover);
-    } else {
-      unanswered.insert(*application.bundleID);
-    }
+    const auto concerned = candidates.find(application.bundleID.value_or(""));
+    if (application.bundleID && concerned != candidates.end())
+      concerned->second.add(accessibility_, application.pid);
   }
+  for (const auto& [bundleID, each] : candidates) pair(each.found, pending, bundleID, recover);
 
-  std::vector<ParkingRecord> unmatched, kept;
+  std::vector<ParkingRecord> unmatched;
   for (const auto& entry : pending) {
     if (entry.matched) continue;
-    (unanswered.contains(entry.record.bundleID) ? kept : unmatched).push_back(entry.record);
+    if (candidates[entry.record.bundleID].areAll)
+      unmatched.push_back(entry.record);
+    else
+      journal_.keepForNextLaunch(entry.record);
   }
-  journal_.keepForNextLaunch(std::move(kept));
   journal_.write(unmatched);
   if (unmatched.empty()) return recovered;
 
@@ -184,9 +190,7 @@ int OffscreenParking::rescueHiddenWindows(bool clearJournal) {
       }
     }
   }
-  if (!clearJournal) return rescued;
-  journal_.keepForNextLaunch({});
-  journal_.write({});
+  if (clearJournal) journal_.clear();
   return rescued;
 }
 

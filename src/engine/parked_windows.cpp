@@ -43,6 +43,11 @@ void ParkedWindows::forget(const TabItem& tab) {
     write();
 }
 
+void ParkedWindows::keepForNextLaunch(const TabItem& tab) {
+  const auto found = std::ranges::find(recorded_, tab.id, &Recorded::tab);
+  if (found != recorded_.end()) journal_.keepForNextLaunch(found->record);
+}
+
 void ParkedWindows::dropStaleRecords() {
   if (recorded_.empty()) return;
   std::unordered_set<UUID> tabs;

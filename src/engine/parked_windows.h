@@ -34,6 +34,10 @@ class ParkedWindows {
   // The tab's window is not parked any more.
   void forget(const TabItem& tab);
 
+  // The tab's window could not be brought back and nobody is left to try: the record, if it has
+  // one, outlives this run.
+  void keepForNextLaunch(const TabItem& tab);
+
   // Drops records that belong to no tab: what closed windows and ended applications leave behind
   // would send the next launch looking for windows that do not exist.
   void dropStaleRecords();

@@ -36,6 +36,11 @@ ParkingJournal::ParkingJournal(UserDefaults& defaults, const Log& log)
   records_ = decodeJSON<std::vector<ParkingRecord>>(stored).value_or(std::vector<ParkingRecord>{});
 }
 
+void ParkingJournal::clear() {
+  kept_.clear();
+  write({});
+}
+
 bool ParkingJournal::write(std::vector<ParkingRecord> records) {
   records_ = std::move(records);
   auto stored = kept_;

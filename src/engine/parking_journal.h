@@ -37,8 +37,11 @@ class ParkingJournal {
 
   bool write(std::vector<ParkingRecord> records);
 
-  // From now on every write has these records besides its own: they are for the next launch.
-  void keepForNextLaunch(std::vector<ParkingRecord> records) { kept_ = std::move(records); }
+  // From now on every write has this record besides its own: it is for the next launch.
+  void keepForNextLaunch(ParkingRecord record) { kept_.push_back(std::move(record)); }
+
+  // Nothing is parked, and nothing is kept any more.
+  void clear();
 
  private:
   UserDefaults& defaults_;

@@ -1,6 +1,7 @@
 #include "engine/pellow_controller.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "access/ax.h"
@@ -94,7 +95,7 @@ void PellowController::setCallbacks() {
   triggers_.onPellow = [this](const TargetWindow& window) {
     tasks_.start(pellow(window, std::nullopt, std::nullopt));
   };
-  triggers_.onMinimizedLate = [this](const TabItem& tab) { store_.add(tab); };
+  triggers_.onMinimizedLate = [this](const TabItem& tab) { keepInDock(tab); };
   triggers_.onRestore = [this](UUID tab) { restore({tab}); };
   bulkActions_.pellowApps = [this](std::vector<AppWindows> applications,
                                    std::vector<TargetWindow> excluding) {
@@ -115,7 +116,7 @@ void PellowController::setCallbacks() {
     triggers_.windowWasMinimized(window);
   };
   minimizeWatcher_.onFocused = [this](const TargetWindow& window) {
-    if (!around_.alerts.isPresenting()) triggers_.windowWasFocused(window);
+    triggers_.windowWasFocused(window);
   };
 }
 
@@ -141,7 +142,7 @@ void PellowController::start() {
   strip_->onActivate = [this](const std::vector<UUID>& ids) { restore(ids); };
 
   subscriptions_.push_back(around_.workspace.onDidActivateApplication([this](ProcessID pid) {
-    if (!around_.alerts.isPresenting()) triggers_.appActivated(pid);
+    triggers_.appActivated(pid);
     tasks_.start(snapshots_.cacheSnapshotOfFocusedWindow(pid));
   }));
   minimizeWatcher_.start();
@@ -186,11 +187,12 @@ Task<> PellowController::pellowApps(std::vector<AppWindows> applications,
     const bool hides = preferred == Mechanism::hideApp;
     if (hides && !someStay) {
       // One window stands for all.
-      const Chosen first{application, windows.front(), preferred, zone};
+      const auto first =
+          std::ranges::find_if_not(windows, [this](const auto& each) { return isTaken(each); });
       if (hasTabForApp(pid))
         hideAppAgain(pid);
-      else
-        co_await hideApp(first);
+      else if (first != windows.end())
+        co_await hideApp({application, *first, preferred, zone});
       continue;
     }
     for (const auto& window : windows)
@@ -201,10 +203,12 @@ Task<> PellowController::pellowApps(std::vector<AppWindows> applications,
 }
 
 Task<> PellowController::pellowWindows(std::vector<Chosen> windows) {
+  // A picture takes its time, in which the windows that have been looked at could move.
+  const auto atOnce = snapshots_.isEnabled() ? 1 : BulkActions::windowsTogether;
   std::vector<PellowError> failures;
   for (auto next = windows.begin(); next != windows.end();) {
     std::vector<Chosen> together;
-    for (; next != windows.end() && together.size() < BulkActions::windowsTogether; ++next)
+    for (; next != windows.end() && together.size() < atOnce; ++next)
       if (!isTaken(next->window)) together.push_back(*next);
     if (together.empty()) break;
     const auto failed = co_await park(std::move(together));
@@ -283,6 +287,11 @@ Task<> PellowController::photograph(Leaving& leaving) {
 // The window is minimized, and stays so until its tab brings it back.
 void PellowController::keepInDock(TabItem tab) {
   tab.mechanism = Mechanism::minimize;
+  publish(std::move(tab));
+}
+
+void PellowController::publish(TabItem tab) {
+  triggers_.forgetLateMinimize(tab.window);
   echoes_.settle(tab.window.pid, EchoGuard::settleTime);
   store_.add(std::move(tab));
 }
@@ -297,15 +306,16 @@ Task<> PellowController::putAway(Leaving& leaving) {
   leaving.claim.setTab(tab);
   const auto hiding = co_await mechanisms_.hide(leaving.departure());
   if (hiding.mayBeHidden) {
-    store_.add(tab);
-    echoes_.settle(tab.window.pid, EchoGuard::settleTime);
+    publish(tab);
     if (tabFrame) flyOut(tab, *tabFrame);
   }
   if (!hiding.failure) co_return;
   // Away already, unless somebody has brought it back meanwhile.
   if (leaving.wasMinimized && !hiding.mayBeHidden &&
-      (co_await read({tab.window})).front().isMinimized)
+      (co_await read({tab.window})).front().isMinimized) {
+    around_.log.error("{}", hiding.failure->errorDescription());
     co_return keepInDock(tab);
+  }
   if (hiding.failure->code() == PellowError::Code::moveRefused) failures_.noteRefusal(tab.window);
   if (*hiding.failure == PellowError::minimizeFailed(AXError::cannotComplete))
     triggers_.expectLateMinimize(tab);
@@ -369,7 +379,8 @@ Task<> PellowController::restore(const Returning& returning) {
   std::optional<PellowError> failure;
   try {
     // An application that is merely slow still has its window.
-    if (!standsForApp(tab) && co_await axQueue_.ax([&] { return tab.window.isGone(); }))
+    if (!standsForApp(tab) &&
+        co_await axQueue_.ax([&] { return tab.window.isGone().value_or(false); }))
       throw PellowError::windowGone();
     flyBack(returning);
     co_await mechanisms_.reveal(tab);
@@ -393,9 +404,12 @@ Task<> PellowController::pruneDead() {
   const auto tabs = store_.tabs();
   const auto dead = co_await axQueue_.ax([&] {
     std::vector<UUID> ids;
+    std::set<ProcessID> silent;
     for (const auto& tab : tabs) {
-      tab.window.element.setMessagingTimeout(AX::timeout::application);
-      if (!standsForApp(tab) && tab.window.isGone()) ids.push_back(tab.id);
+      if (standsForApp(tab) || silent.contains(tab.window.pid)) continue;
+      const auto isGone = tab.window.isGone();
+      if (!isGone) silent.insert(tab.window.pid);
+      if (isGone.value_or(false)) ids.push_back(tab.id);
     }
     return ids;
   });
@@ -413,12 +427,17 @@ void PellowController::restoreAllBlocking() {
   bulkActions_.dropWaiting();
 
   // What blocks here hears of no change of the displays, and windows may answer slowly.
+  std::vector<TabItem> unanswered;
   for (int attempt = 0; attempt < putBacksAtMost; ++attempt) {
     const auto screens = around_.screens.all();
     displays_.recordMainHeight();
-    for (const auto& tab : away) mechanisms_.revealBlocking(tab);
+    unanswered.clear();
+    for (const auto& tab : away)
+      if (mechanisms_.revealBlocking(tab) == std::unexpected(AXError::cannotComplete))
+        unanswered.push_back(tab);
     if (around_.screens.all() == screens) break;
   }
+  for (const auto& tab : unanswered) parkedWindows_.keepForNextLaunch(tab);
 
   std::vector<UUID> ids;
   for (const auto& tab : store_.tabs()) ids.push_back(tab.id);

@@ -147,6 +147,7 @@ class PellowController {
   Task<> photograph(Leaving& leaving);
   Task<> putAway(Leaving& leaving);
   void keepInDock(TabItem tab);
+  void publish(TabItem tab);
   Task<std::vector<WindowState>> read(std::vector<TargetWindow> windows);
 
   Task<> restoreBatch(std::list<Returning> returning);

@@ -41,6 +41,9 @@ class Snapshots {
   // The user wants pictures and the system does not allow them; called once.
   std::function<void()> onScreenRecordingDenied;
 
+  // Whether there are pictures now.
+  bool isEnabled() const;
+
   // A picture of a window that is on the screen now, or none.
   Task<std::optional<Image>> snapshotIfEnabled(ProcessID pid, std::string title, QuartzRect frame);
 
@@ -58,7 +61,6 @@ class Snapshots {
     Seconds taken = 0;
   };
 
-  bool isEnabled() const;
   bool wasTakenWithin(const AXElement& window, Seconds age) const;
   void keep(const AXElement& window, Image image);
   const Snapshot* find(const AXElement& window) const;

@@ -90,6 +90,24 @@ TEST_F(BulkStory, EverythingIsEveryStandardWindowOfOrdinaryApplications) {
   EXPECT_FALSE(notes.isHidden() || mail.isHidden());
 }
 
+// One of its windows has a tab already.
+TEST_F(BulkStory, AnApplicationIsHiddenForItsOtherWindows) {
+  launch();
+  notes.activate();
+  for (const auto& first : {list, letter}) {
+    SCOPED_TRACE(first.title());
+    desktop.setDefault("mechanism", "offscreen");
+    first.raise();
+    program->pressPellow();
+    desktop.setDefault("mechanism", "hideApp");
+    program->pressEverything();
+    EXPECT_TRUE(notes.isHidden());
+    program->pressRestoreAll();
+    EXPECT_FALSE(notes.isHidden());
+    expectAllHome();
+  }
+}
+
 TEST_F(BulkStory, PinnedApplicationsGoToTheirZones) {
   launch();
   program->pressPinned();

@@ -130,6 +130,27 @@ TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
   EXPECT_EQ(next.desktop().counterpart(second).frame(), QuartzRect(700, 300, 600, 400));
 }
 
+// Of two processes, and one of them has changed its title.
+TEST(EndStory, ProcessesOfOneApplicationAreToldApart) {
+  SimulatedPlatform platform;
+  auto& desktop = platform.desktop();
+  const auto one = desktop.launch("One", "com.example.shell");
+  const auto first = one.openWindow("a", {10, 50, 600, 400});
+  const auto two = desktop.launch("Two", "com.example.shell");
+  const auto second = two.openWindow("b", {70, 30, 600, 400});
+  Program program(platform);
+  program.pressPellow();
+  one.activate();
+  program.pressPellow();
+  ASSERT_EQ(program.journalOnDisk().size(), 2);
+  first.rename("c");
+
+  SimulatedPlatform next(desktop.snapshot());
+  Program relaunched(next);
+  EXPECT_EQ(next.desktop().counterpart(first).frame(), QuartzRect(10, 50, 600, 400));
+  EXPECT_EQ(next.desktop().counterpart(second).frame(), QuartzRect(70, 30, 600, 400));
+}
+
 TEST(EndStory, RecoveryPairsRecordsAndWindows) {
   const auto journal = [](const std::vector<ParkingRecord>& records) {
     SimulatedPlatform scratch;
@@ -228,6 +249,19 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   }
   desktop.runUntilQuiet();
   for (const auto& record : program.journalOnDisk()) EXPECT_NE(record.title, "Twin");
+
+  // An application that hangs at the end.
+  program.pressRestoreAll();
+  stuck.activate();
+  program.pressPellow();
+  ASSERT_EQ(program.tabs(), std::vector<std::string>{"Report"});
+  stuck.hangs();
+  program.quit();
+  desktop.runUntilQuiet();
+  SimulatedPlatform fourth(desktop.snapshot());
+  fourth.desktop().application("Stuck").wakes();
+  Program afterHang(fourth);
+  EXPECT_EQ(fourth.desktop().counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
 }
 
 TEST(EndStory, AWindowThatWillNotMoveDoesNotStopTheLaunch) {

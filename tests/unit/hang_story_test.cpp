@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -63,6 +64,26 @@ TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
   EXPECT_EQ(report.frame(), QuartzRect(100, 120, 800, 600));
   EXPECT_TRUE(program.tabs().empty());
   EXPECT_TRUE(desktop.alerts().empty());
+}
+
+// However many windows it has put away, that looking for dead ones must ask it about.
+TEST(HangStory, ManyTabsOfItCostNoMoreThanOne) {
+  SimulatedPlatform platform;
+  auto& desktop = platform.desktop();
+  const auto stuck = desktop.launch("Stuck", "com.example.stuck");
+  for (int index = 0; index < 40; ++index) stuck.openWindow("Report", {100, 120, 800, 600});
+  const auto notes = desktop.launch("Notes", "com.example.notes");
+  notes.openWindow("Letter", {50, 60, 300, 300});
+  const auto list = notes.openWindow("Shopping", {300, 200, 400, 300});
+  Program program(platform);
+  program.pressEverything();
+  stuck.hangs();
+  for (const auto* const title : {"Letter", "Shopping"}) {
+    const auto& tabs = program.controller().store().tabs();
+    program.controller().restore({std::ranges::find(tabs, title, &TabItem::title)->id});
+    desktop.run(1);
+  }
+  EXPECT_EQ(list.frame(), QuartzRect(300, 200, 400, 300));
 }
 
 TEST(HangStory, WhatHangsInTheMiddleFinishesWhenItWakes) {

@@ -73,6 +73,16 @@ TEST_F(PictureStory, AWindowIsPhotographedBeforeItGoes) {
   EXPECT_TRUE(desktop.alerts().empty());
 }
 
+TEST_F(PictureStory, AWindowThatIsMovedBeforeItsTurnComesBackToItsNewPlace) {
+  desktop.capturesAfter(0.2);
+  launch();
+  desktop.after(0.1, [&] { inbox.moveTo({600, 200}); });
+  program->pressEverything();
+  ASSERT_EQ(program->tabs().size(), 2);
+  program->pressRestoreAll();
+  EXPECT_EQ(inbox.frame(), QuartzRect(600, 200, 500, 500));
+}
+
 TEST_F(PictureStory, AMissingPermissionIsToldOnce) {
   desktop.allowCapture(false);
   launch();

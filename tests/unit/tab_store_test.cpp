@@ -125,7 +125,7 @@ TEST_F(TabStoreTest, PrunesOnlyWhatIsSurelyGone) {
   const auto prune = [&] {
     std::vector<UUID> dead;
     for (const auto& each : store.tabs())
-      if (each.window.isGone()) dead.push_back(each.id);
+      if (each.window.isGone().value_or(false)) dead.push_back(each.id);
     noticed();
     store.pruneDead(dead);
     return noticed();

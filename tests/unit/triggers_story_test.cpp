@@ -140,6 +140,15 @@ TEST_F(TriggersStory, AnApplicationWithNothingToShowGetsItsLatestWindow) {
   later([&] { notes.activate(); });
   EXPECT_TRUE(program->tabs().empty());
 
+  // An open alert has no say in it.
+  pellow(list);
+  mail.activate();
+  program->pressPinned();
+  ASSERT_EQ(desktop.alerts().size(), 1);
+  later([&] { notes.activate(); });
+  EXPECT_TRUE(program->tabs().empty());
+  program->answerAlert();
+
   pellow(list);
   mail.activate();
   desktop.setDefault("restoreOnActivation", false);
@@ -252,6 +261,44 @@ TEST_F(TriggersStory, AWindowMinimizedTooLateGetsItsTabAllTheSame) {
   inbox.behaves();
   program->clickTab("Inbox");
   EXPECT_FALSE(inbox.isMinimized());
+
+  // One that never did it is not waited for once it has been put away in another way.
+  inbox.failsNext("AXMinimized", AXError::cannotComplete, AXCall::write);
+  mail.activate();
+  program->pressPellow();
+  EXPECT_FALSE(program->answerAlert().empty());
+  desktop.setDefault("mechanism", "offscreen");
+  pellow(inbox);
+  program->pressRestoreAll();
+  later([&] { inbox.minimize(); });
+  EXPECT_TRUE(program->tabs().empty());
+}
+
+// Whenever the application becomes active while its last window is on the way.
+TEST_F(TriggersStory, NothingComesBackWhileEverythingGoes) {
+  for (int moment = 1; moment <= 15; ++moment) {
+    SCOPED_TRACE(moment);
+    SimulatedPlatform fresh;
+    auto& desk = fresh.desktop();
+    const auto one = desk.launch("One", "com.example.one");
+    const auto old = one.openWindow("Old", home);
+    const auto late = one.openWindow("Late", {300, 120, 400, 300});
+    const auto two = desk.launch("Two", "com.example.two");
+    const auto other = two.openWindow("Other", {500, 220, 400, 300});
+    Program running(fresh);
+    one.activate();
+    old.raise();
+    running.pressPellow();
+    two.activate();
+    desk.run(settled);
+    late.answersAfter(0.2);
+    other.answersAfter(0.2);
+    desk.press(0, Program::modifiers);
+    desk.run(0.1 * moment);
+    one.activate();
+    desk.runUntilQuiet();
+    EXPECT_EQ(running.tabs(), (Tabs{"Old", "Late", "Other"}));
+  }
 }
 
 }  // namespace
