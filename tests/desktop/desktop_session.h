@@ -93,6 +93,7 @@ class DesktopSession {
   // Kills the window manager and starts it again.
   void restartWindowManager();
   ChildProcess& windowManager() { return *windowManager_; }
+  WindowID root() const { return root_; }
 
   // Kills the server in the middle of everything; nothing else can be asked of this desktop.
   void killServer();

@@ -35,6 +35,7 @@ TEST_F(Hang, AnApplicationThatHangsHoldsNobodyUp) {
   EXPECT_TRUE(hasTabs(3));
   EXPECT_TRUE(desktop.answersPing(pellow->strip()));
   pellow->clickTab(2);
+  ASSERT_TRUE(hasTabs(2));
   pellow->clickTab(0);
   expectHome({letter});
   press('r');

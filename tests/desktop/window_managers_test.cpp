@@ -244,12 +244,12 @@ TEST_P(RealApplications, AwayAndBack) {
   ASSERT_TRUE(desktop.activate(window));
   ASSERT_NO_FATAL_FAILURE(awaitCalm(window));
   const auto guest = guestOf(window);
-  for (const std::string mechanism : {"offscreen", "minimize"}) {
+  for (const std::string mechanism : {"offscreen", "minimize", "hideApp"}) {
     SCOPED_TRACE(mechanism);
     ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", mechanism}}));
     for (int round = 0; round < 2; ++round) {
       ASSERT_NO_FATAL_FAILURE(putAway(guest));
-      EXPECT_TRUE(mechanism == "minimize" ? !desktop.isShown(window) : isAway(guest));
+      EXPECT_TRUE(mechanism == "offscreen" ? isAway(guest) : !desktop.isShown(window));
       pellow->clickTab(0);
       expectHome({guest});
       EXPECT_TRUE(becomesActive(guest));

@@ -1,6 +1,8 @@
 #include "tests/random/history.h"
 
 #include <algorithm>
+#include <charconv>
+#include <concepts>
 #include <random>
 #include <ranges>
 #include <sstream>
@@ -187,13 +189,11 @@ class Generator {
   std::vector<std::pair<std::ptrdiff_t, Step>> planned_;
 };
 
-std::optional<int> parseNumber(std::string_view word) {
-  if (word.empty() || word.size() > 9) return std::nullopt;
-  int number = 0;
-  for (const char digit : word) {
-    if (digit < '0' || digit > '9') return std::nullopt;
-    number = number * 10 + (digit - '0');
-  }
+template <std::unsigned_integral Number>
+std::optional<Number> parseNumber(std::string_view word) {
+  Number number = 0;
+  const auto [end, error] = std::from_chars(word.begin(), word.end(), number);
+  if (error != std::errc() || end != word.end()) return std::nullopt;
   return number;
 }
 
@@ -204,7 +204,7 @@ std::optional<Step> parseStep(const std::vector<std::string>& words) {
   std::size_t next = 0;
   for (const auto& word : words | std::views::drop(1)) {
     const bool isLater = word.starts_with("@");
-    const auto number = parseNumber(std::string_view(word).substr(isLater ? 1 : 0));
+    const auto number = parseNumber<std::uint16_t>(std::string_view(word).substr(isLater ? 1 : 0));
     if (!number || (!isLater && next == step.numbers.size())) return std::nullopt;
     (isLater ? step.later : step.numbers[next++]) = *number;
   }
@@ -242,9 +242,9 @@ std::optional<History> parse(std::string_view text) {
     for (std::string word; split >> word;) words.push_back(word);
     if (words.empty()) continue;
     if (words.front() == "seed") {
-      const auto seed = words.size() == 2 ? parseNumber(words[1]) : std::nullopt;
+      const auto seed = words.size() == 2 ? parseNumber<std::uint64_t>(words[1]) : std::nullopt;
       if (!seed) return std::nullopt;
-      history.seed = static_cast<std::uint64_t>(*seed);
+      history.seed = *seed;
       continue;
     }
     const auto step = parseStep(words);
