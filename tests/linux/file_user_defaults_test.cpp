@@ -10,6 +10,7 @@
 #include <iterator>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platforms/linux/system/pollable_main_queue.h"
@@ -217,6 +218,44 @@ TEST_F(FileUserDefaultsTest, AWriteThatFailsSaysSoAndTheNextOneTakesItsValueAlon
   ASSERT_TRUE(
       defaults.set("journal", 1.0, Durability::immediate));  // the same value, unwritten yet
   EXPECT_EQ(parsed(file_), (nlohmann::json{{"journal", 1}, {"size", 3}}));
+}
+
+// As two Pellows of one user on two displays do.
+TEST_F(FileUserDefaultsTest, TwoProgramsOnOneFileKeepWhatTheOtherHasChanged) {
+  put(R"({"size": 1, "journal": 1, "theirs": null})");
+  auto& first = open();
+  FileUserDefaults second(file_, queue_, log_);
+  ASSERT_TRUE(first.set("journal", 2.0, Durability::immediate));
+  ASSERT_TRUE(second.set("size", 3.0, Durability::immediate));
+  ASSERT_TRUE(first.set("name", "first", Durability::eventual));
+  ASSERT_TRUE(second.set("name", "second", Durability::immediate));
+  EXPECT_EQ(parsed(file_), nlohmann::json::parse(R"({"size": 3, "journal": 2, "theirs": null,
+                                                     "name": "second"})"));
+  EXPECT_EQ(first.value("size"), DefaultsValue(1.0)) << "it goes by what it has read";
+  first.flush();
+  EXPECT_EQ(parsed(file_)["name"], "first") << "the later write of the same key stands";
+  EXPECT_EQ(parsed(file_)["size"], 3);
+
+  // Of a file that is gone or broken there is nothing to keep but what this program knows.
+  fs::remove(file_);
+  ASSERT_TRUE(second.set("journal", 4.0, Durability::immediate));
+  EXPECT_EQ(parsed(file_), nlohmann::json::parse(R"({"size": 3, "journal": 4, "theirs": null,
+                                                     "name": "second"})"));
+  put("half an edi");
+  ASSERT_TRUE(second.set("journal", 5.0, Durability::immediate));
+  EXPECT_EQ(parsed(file_)["size"], 3);
+  EXPECT_EQ(parsed(file_)["journal"], 5);
+  EXPECT_EQ(contentsOf(file_.native() + ".bad"), "half an edi");
+
+  const auto setMany = [](FileUserDefaults& defaults, const std::string& prefix) {
+    for (int number = 0; number < 50; ++number)
+      (void)defaults.set(prefix + std::to_string(number), 1.0, Durability::immediate);
+  };
+  const auto before = parsed(file_).size();
+  std::thread atOnce([&] { setMany(first, "a"); });
+  setMany(second, "b");
+  atOnce.join();
+  EXPECT_EQ(parsed(file_).size(), before + 100) << "both write at once";
 }
 
 TEST_F(FileUserDefaultsTest, LivesInTheConfigurationFolder) {

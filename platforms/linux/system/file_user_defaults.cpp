@@ -33,7 +33,12 @@ FileUserDefaults::FileUserDefaults(const std::filesystem::path& file, MainQueue&
   std::error_code error;
   if (auto target = std::filesystem::weakly_canonical(file, error); !error)
     file_ = std::move(target);
-  read();
+  if (auto contents = read()) {
+    stored_ = std::move(*contents).value_or(Json::object());
+  } else {
+    unusable_ = contents.error();
+    log_.warning("{}", unusable_->sentence);
+  }
 }
 
 FileUserDefaults::~FileUserDefaults() { flush(); }
@@ -52,9 +57,9 @@ std::expected<void, SystemError> FileUserDefaults::set(std::string_view key, Def
   const auto found = stored_.find(key);
   if (found == stored_.end() || *found != json) {
     stored_[std::string(key)] = std::move(json);
-    changed_ = true;
+    changed_.emplace(key);
   }
-  if (!changed_) return {};
+  if (changed_.empty()) return {};
   if (durability == Durability::immediate) return unusable_ ? std::unexpected(*unusable_) : write();
   if (!pendingWrite_) pendingWrite_ = queue_.after(writeDelay, [this] { flush(); });
   return {};
@@ -66,7 +71,7 @@ void FileUserDefaults::registerDefaults(std::map<std::string, DefaultsValue> val
 
 void FileUserDefaults::flush() {
   pendingWrite_.cancel();
-  if (!changed_ || unusable_) return;
+  if (changed_.empty() || unusable_) return;
   const auto written = write();
   if (written) {
     reported_.reset();
@@ -76,20 +81,20 @@ void FileUserDefaults::flush() {
   }
 }
 
-void FileUserDefaults::read() {
+std::expected<std::optional<Json>, SystemError> FileUserDefaults::read() const {
   const auto contents = readFile(file_);
   if (!contents) {
-    if (contents.error() == std::errc::no_such_file_or_directory) return;
-    unusable_ = SystemError{fmt::format("Could not read {}: {}; changes are not kept.",
-                                        file_.native(), contents.error().message())};
-    return log_.warning("{}", unusable_->sentence);
+    if (contents.error() == std::errc::no_such_file_or_directory) return std::nullopt;
+    return std::unexpected(SystemError{fmt::format("Could not read {}: {}; changes are not kept.",
+                                                   file_.native(), contents.error().message())});
   }
   auto json = Json::parse(*contents, nullptr, false);
-  if (!json.is_object()) return setAside();
-  stored_ = std::move(json);
+  if (json.is_object()) return json;
+  if (const auto aside = setAside(); !aside) return std::unexpected(aside.error());
+  return std::nullopt;
 }
 
-void FileUserDefaults::setAside() {
+std::expected<void, SystemError> FileUserDefaults::setAside() const {
   auto other = file_;
   other += ".bad";
   auto error = renameWithoutReplacing(file_, other);
@@ -98,21 +103,26 @@ void FileUserDefaults::setAside() {
     other += fmt::format(".bad.{}", number);
     error = renameWithoutReplacing(file_, other);
   }
-  if (!error)
-    return log_.warning("{} is not a JSON object; it is kept as {}, and the defaults are used.",
-                        file_.native(), other.filename().native());
-  unusable_ =
-      SystemError{fmt::format("{} is not a JSON object and could not be set aside: {}; "
-                              "changes are not kept.",
-                              file_.native(), error.message())};
-  log_.warning("{}", unusable_->sentence);
+  if (error)
+    return std::unexpected(
+        SystemError{fmt::format("{} is not a JSON object and could not be set aside: {}; "
+                                "changes are not kept.",
+                                file_.native(), error.message())});
+  log_.warning("{} is not a JSON object; it is kept as {}, and a new file takes its place.",
+               file_.native(), other.filename().native());
+  return {};
 }
 
 std::expected<void, SystemError> FileUserDefaults::write() {
-  const auto text = stored_.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
-  auto written = writeFileAtomically(file_, text);
+  auto written = rewriteFileAtomically(file_, [this]() -> std::expected<std::string, SystemError> {
+    auto contents = read();
+    if (!contents) return std::unexpected(contents.error());
+    auto json = std::move(*contents).value_or(stored_);
+    for (const auto& key : changed_) json[key] = stored_[key];
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+  });
   if (!written) return written;
-  changed_ = false;
+  changed_.clear();
   pendingWrite_.cancel();
   return {};
 }

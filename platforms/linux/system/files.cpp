@@ -61,6 +61,12 @@ bool syncFolder(const std::filesystem::path& folder) {
 
 std::expected<void, SystemError> writeFileAtomically(const std::filesystem::path& file,
                                                      std::string_view contents) {
+  return rewriteFileAtomically(file, [contents] { return std::string(contents); });
+}
+
+std::expected<void, SystemError> rewriteFileAtomically(
+    const std::filesystem::path& file,
+    const std::function<std::expected<std::string, SystemError>()>& makeContents) {
   const auto folder = file.parent_path();
   std::error_code error;
   std::filesystem::create_directories(folder, error);
@@ -70,8 +76,13 @@ std::expected<void, SystemError> writeFileAtomically(const std::filesystem::path
   growing += ".new";
   const auto descriptor = openExclusively(growing.c_str());
   if (!descriptor) return failure(file, lastError());
+  const auto contents = makeContents();
+  if (!contents) {
+    unlink(growing.c_str());
+    return std::unexpected(contents.error());
+  }
   const int number = descriptor.number();
-  if (ftruncate(number, 0) != 0 || !writeAll(number, contents) || fsync(number) != 0 ||
+  if (ftruncate(number, 0) != 0 || !writeAll(number, *contents) || fsync(number) != 0 ||
       rename(growing.c_str(), file.c_str()) != 0) {
     const auto reason = lastError();
     unlink(growing.c_str());

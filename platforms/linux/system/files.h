@@ -2,6 +2,7 @@
 
 #include <expected>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -15,6 +16,12 @@ namespace pellow {
 // when it is missing. Several processes may do it at once.
 std::expected<void, SystemError> writeFileAtomically(const std::filesystem::path& file,
                                                      std::string_view contents);
+
+// The same with contents that are asked for while no other process replaces the file, so that they
+// can be made of what it holds. An error of theirs is handed on, and the file stays as it is.
+std::expected<void, SystemError> rewriteFileAtomically(
+    const std::filesystem::path& file,
+    const std::function<std::expected<std::string, SystemError>()>& makeContents);
 
 std::expected<std::string, std::error_code> readFile(const std::filesystem::path& file);
 
