@@ -169,12 +169,9 @@ std::expected<std::unique_ptr<LinuxPlatform>, SystemError> LinuxPlatform::open(
   auto desktop = X11Desktop::open("", scale, desktopHooks(), log);
   if (!desktop) return std::unexpected(desktop.error());
   // Before the user defaults are read: a predecessor writes them until its end.
-  if (claim == Claim::now && !(*desktop)->claimInstance())
-    return std::unexpected(
-        SystemError{"Another Pellow runs on this display already: quit it first."});
-  if (claim == Claim::afterPredecessorEnds && !(*desktop)->waitForInstance(predecessorPatience))
-    return std::unexpected(SystemError{
-        "The Pellow that started this one has not ended: quit it and start Pellow again."});
+  const auto claimed = claim == Claim::now ? (*desktop)->claimInstance()
+                                           : (*desktop)->waitForInstance(predecessorPatience);
+  if (!claimed) return std::unexpected(claimed.error());
   return std::unique_ptr<LinuxPlatform>(new LinuxPlatform(
       std::make_unique<Parts>(std::move(*desktop), std::move(arguments), log, signals)));
 }

@@ -91,8 +91,10 @@ std::unique_ptr<ChildProcess> DesktopSession::start(const std::vector<std::strin
 
 void DesktopSession::startServer() {
   const auto size = std::to_string(options_.width) + "x" + std::to_string(options_.height) + "x24";
-  server_ = start({"Xvfb", "-displayfd", "1", "-screen", "0", size, "-nolisten", "tcp", "-noreset",
-                   "-dpi", "96"});
+  std::vector<std::string> command{"Xvfb",      "-displayfd", "1",        "-screen", "0", size,
+                                   "-nolisten", "tcp",        "-noreset", "-dpi",    "96"};
+  std::ranges::copy(options_.serverArguments, std::back_inserter(command));
+  server_ = start(command);
   const auto number = server_->readLine();
   if (!number) throw std::runtime_error("Xvfb does not start: " + server_->standardError());
   display_ = ":" + *number;

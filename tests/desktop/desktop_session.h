@@ -61,6 +61,8 @@ struct DesktopOptions {
   int height = 800;
   // Empty: a bare server.
   std::vector<std::string> windowManager = {"openbox", "--sm-disable"};
+  // More of them, for example {"-extension", "X-Resource"}.
+  std::vector<std::string> serverArguments = {};
 };
 
 // Main thread of the test. What cannot be set up throws std::runtime_error with the reason.

@@ -76,5 +76,32 @@ TEST_F(Hang, AWindowManagerThatHangsDelaysAndLosesNothing) {
   expectHome({letter, note});
 }
 
+// It is asked to leave that state, and when it does so at last, nobody waits for it any more.
+TEST_F(Hang, AMaximizedWindowThatCannotGoStaysAsItIs) {
+  const auto window = client.open("Large", {200, 200, 400, 250});
+  client.maximize(window);
+  const auto isMaximized = [&] {
+    return desktop.hasState(window, "_NET_WM_STATE_MAXIMIZED_HORZ") &&
+           desktop.hasState(window, "_NET_WM_STATE_MAXIMIZED_VERT") &&
+           desktop.frame(window).width == desktop.screen().width;
+  };
+  ASSERT_TRUE(eventually(isMaximized));
+  const auto large = guestOf(window);
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_TRUE(desktop.activate(window));
+  desktop.windowManager().send(SIGSTOP);
+  press('t');
+  ASSERT_TRUE(eventually([&] {
+    return pellow->hasLogged("error Could not move the window (the app did not respond in time).");
+  })) << story(large);
+  desktop.windowManager().send(SIGCONT);
+  awaitAlert();
+  desktop.type({key::returnKey});
+  awaitNoAlert();
+  EXPECT_TRUE(eventually(isMaximized));
+  expectHome({large});
+  EXPECT_TRUE(desktop.values(window, "_PELLOW_STATE").empty());
+}
+
 }  // namespace
 }  // namespace pellow::desktop

@@ -105,13 +105,20 @@ TEST_F(QtPanelsTest, HoverSurvivesAnotherContent) {
 }
 
 TEST_F(QtPanelsTest, AContextMenuIsChosenFromByKeyboardAndByPointer) {
-  const auto menu = [&] {
-    heard.push_back("asked");
-    return Menu{{{.title = "First & foremost", .onChosen = note("first")},
-                 {.title = "Second", .onChosen = note("second")}}};
+  std::unique_ptr<Panel> panel;
+  // Making the menu replaces the view that it is asked of.
+  const std::function<View()> content = [&] {
+    const auto menu = [&, capture = std::make_shared<int>()] {
+      heard.push_back("asked");
+      const std::weak_ptr watched = capture;
+      panel->setContent(content());
+      EXPECT_FALSE(watched.expired()) << "a callback lives as long as it runs";
+      return Menu{{{.title = "First & foremost", .onChosen = note("first")},
+                   {.title = "Second", .onChosen = note("second")}}};
+    };
+    return view("root", {0, 0, 200, 100}, {.contextMenu = menu});
   };
-  const auto panel =
-      show("pellow-strip", view("root", {0, 0, 200, 100}, {.contextMenu = menu}), place);
+  panel = show("pellow-strip", content(), place);
   const auto menuWindow = [&] { return shown("pellow-menu"); };
   const auto open = [&] {
     desktop.click(150, 650, rightButton);

@@ -1,9 +1,25 @@
+#include <signal.h>
+
 #include <algorithm>
 
 #include "tests/linux/x11_desktop_test.h"
 
 namespace pellow::desktop {
 namespace {
+
+class X11Applications : public X11DesktopTest {
+ protected:
+  using X11DesktopTest::X11DesktopTest;
+
+  // Another window manager takes over while events are handled.
+  std::unique_ptr<ChildProcess> replaceWindowManager() {
+    const auto count = desktop.clients().size();
+    auto successor = desktop.start({"openbox", "--sm-disable", "--replace"});
+    EXPECT_TRUE(until(
+        [&] { return !desktop.windowManager().isRunning() && desktop.clients().size() == count; }));
+    return successor;
+  }
+};
 
 TEST_F(X11DesktopTest, ApplicationThatOnlyClosesItsWindowsHasNotEnded) {
   const auto window = client.open("Only", {100, 50, 300, 200});
@@ -17,6 +33,70 @@ TEST_F(X11DesktopTest, ApplicationThatOnlyClosesItsWindowsHasNotEnded) {
   EXPECT_TRUE(ended.empty());
   client.process().kill();
   EXPECT_TRUE(until([&] { return ended == std::vector{pid}; }));
+}
+
+class X11RemoteApplications : public X11Applications {
+ protected:
+  // The server knows of no process, as if its clients ran on other machines.
+  X11RemoteApplications()
+      : X11Applications(DesktopOptions{.serverArguments = {"-extension", "X-Resource"}}) {}
+};
+
+TEST_F(X11RemoteApplications, AnApplicationWithoutAProcessEndsWithItsLastWindow) {
+  const auto window = client.openAnonymous("Remote", {100, 50, 300, 200});
+  ASSERT_TRUE(x11->processEvents());
+  const auto remote = x11->workspace().runningApplications().front().pid;
+  ASSERT_LT(remote, 0);
+  std::vector<ProcessID> ended;
+  const auto observer = x11->workspace().onDidTerminateApplication(
+      [&](ProcessID process) { ended.push_back(process); });
+  const auto successor = replaceWindowManager();
+  EXPECT_TRUE(ended.empty());
+  client.destroy(window);
+  EXPECT_TRUE(until([&] { return ended == std::vector{remote}; }));
+}
+
+TEST_F(X11Applications, ShowingOneWindowOfAHiddenApplicationShowsItWhateverHappenedBefore) {
+  const std::vector both{client.open("First", {100, 50, 300, 200}),
+                         client.open("Second", {500, 50, 300, 200})};
+  const auto hide = [&] { return x11->workspace().hide(pid) && x11->processEvents(); };
+  const auto areHidden = [&](bool hidden) {
+    return std::ranges::all_of(both, [&](WindowID window) {
+      return desktop.hasState(window, "_NET_WM_STATE_HIDDEN") == hidden;
+    });
+  };
+  const auto show = [&](WindowID window) {
+    desktop.changeState(window, "_NET_WM_STATE_HIDDEN", false);
+  };
+  const auto expectShown = [&] {
+    EXPECT_TRUE(until([&] {
+      return areHidden(false) && std::ranges::all_of(both, [&](WindowID window) {
+               return desktop.values(window, "_PELLOW_HIDDEN").empty();
+             });
+    }));
+  };
+
+  ASSERT_TRUE(hide());
+  const auto successor = replaceWindowManager();
+  EXPECT_TRUE(areHidden(true));
+  show(both[0]);
+  expectShown();
+
+  ASSERT_TRUE(hide());
+  x11.reset();  // as in a crash
+  std::ranges::for_each(both, show);
+  ASSERT_TRUE(eventually([&] { return areHidden(false); }));
+  x11 = open(desktop.display()).value();
+  expectShown();
+
+  // What was told to have failed does not happen later either.
+  successor->send(SIGSTOP);
+  EXPECT_FALSE(hide());
+  successor->send(SIGCONT);
+  client.open("Third", {300, 300, 300, 200});  // after all that it was asked before
+  expectShown();
+  ASSERT_TRUE(hide());
+  EXPECT_TRUE(areHidden(true));
 }
 
 TEST_F(X11DesktopTest, TellsOfWindowsMinimizedByAnybodyAndOfNothingElse) {

@@ -196,6 +196,30 @@ TEST_F(X11HitTest, MinimizeButton) {
   }
 }
 
+// Settings that take longer to tell than somebody waits for them are not taken for the usual ones.
+TEST_F(X11HitTest, SlowSettingsAreReadAnotherTime) {
+  start();
+  const auto folder = desktop->configHome() / "programs";
+  std::filesystem::create_directory(folder);
+  std::ofstream(folder / "gsettings") << "#!/bin/sh\nsleep 1; echo \"'menu:minimize,close'\"";
+  std::filesystem::permissions(folder / "gsettings", std::filesystem::perms::owner_all);
+  const std::string path = std::getenv("PATH");
+  setenv("PATH", (folder.string() + ":" + path).c_str(), 1);
+  TestClient client(*desktop);
+  const auto frame = desktop->frame(client.open("Guest", {200, 150, 400, 300}));
+  // Any window manager may call itself after one whose settings take a program to read.
+  const auto check = desktop->values(desktop->root(), "_NET_SUPPORTING_WM_CHECK").at(0);
+  client.setTitle(check, "Metacity");
+  ASSERT_TRUE(eventually([&] { return desktop->bytes(check, "_NET_WM_NAME") == "Metacity"; }));
+  forgetEverything();
+
+  const auto system = x11->accessibility().systemWide();
+  system.setMessagingTimeout(0.25);
+  x11->accessibility().elementAtPosition(system, {frame.x + 80.0, frame.y + 3.0}).value();
+  EXPECT_TRUE(onlyButton({frame.x, frame.y + 3, frame.width, 1}));
+  setenv("PATH", path.c_str(), 1);
+}
+
 class X11HeaderBarTest : public X11HitTest {
  protected:
   // An application with a header bar, on the accessibility bus or on none.

@@ -1,3 +1,5 @@
+#include <signal.h>
+
 #include <algorithm>
 
 #include "tests/desktop/monitors.h"
@@ -32,6 +34,18 @@ TEST_F(X11DesktopTest, MonitorsComeAndGoAndKeepTheirNumbers) {
   monitors.plug("left", {960, 0, 320, 800});
   expectFrames({{0, 0, 960, 800}, {960, 0, 320, 800}});
   EXPECT_EQ(x11->screens().all()[1].displayID, leftID);
+
+  // A server that does not say in time where they are is asked again.
+  const auto told = x11->screens().onDidChangeParameters(
+      [&] { EXPECT_EQ(x11->screens().all().back().displayID, leftID); });
+  desktop.windowManager().send(SIGSTOP);  // nobody shall wake it but the server
+  monitors.plug("left", {960, 0, 300, 800});
+  client.grabServer(2500);
+  pollfd poller{x11->fileDescriptor(), POLLIN, 0};
+  while (x11->screens().all().back().frame != AppKitRect(960, 0, 300, 800)) {
+    ASSERT_EQ(poll(&poller, 1, 30'000), 1);
+    ASSERT_TRUE(x11->processEvents());
+  }
 }
 
 }  // namespace

@@ -38,6 +38,13 @@ TEST_F(X11DesktopTest, TellsApplicationsAndTheirWindows) {
             (QuartzPoint{double(frame.x), double(frame.y)}));
   EXPECT_EQ(read<Size>(own[0], "AXSize"), (Size{double(frame.width), double(frame.height)}));
 
+  // A title may be as long as its application likes; what is cut in two is no character any more.
+  std::string longTitle = "x";
+  for (int i = 0; i < 15'000; ++i) longTitle += "ж";
+  client.setTitle(first, longTitle);
+  const auto shortened = longTitle.substr(0, 16'383) + "\xEF\xBF\xBD";
+  EXPECT_TRUE(eventually([&] { return read<std::string>(own[0], "AXTitle") == shortened; }));
+
   // Raising chooses the front window, activating brings it forward with the keys.
   EXPECT_EQ(x11->workspace().frontmostApplication(), other.process().pid());
   ASSERT_TRUE(own[0].performAction("AXRaise"));
@@ -97,6 +104,22 @@ TEST_F(X11DesktopTest, WhatIsGoneStaysGone) {
   EXPECT_EQ(heard.size(), 2u);
 }
 
+TEST_F(X11DesktopTest, NoAnswerInTimeIsNotAnEmptyOne) {
+  constexpr std::uint8_t escape = 9;  // an X key code
+  client.open("Guest", {100, 50, 400, 300});
+  const auto own = windows(*x11, pid);
+  const auto application = x11->accessibility().application(pid);
+  application.setMessagingTimeout(0.25);
+  const auto keys = x11->eventMonitors().addLocalKeyDown([](const KeyEvent&) { return false; });
+
+  client.grabServer(3000);
+  x11->deliverLocalKeyDown(escape, 0);
+  for (auto answer = read<std::vector<AXElement>>(application, "AXWindows"); answer != own;
+       answer = read<std::vector<AXElement>>(application, "AXWindows"))
+    ASSERT_EQ(errorOf(answer), AXError::cannotComplete);
+  EXPECT_FALSE(x11->deliverLocalKeyDown(escape, 0));
+}
+
 // openbox shows for a moment how the frame grows from the taskbar to its place.
 TEST_F(X11DesktopTest, AWindowThatComesBackIsAtHomeAtOnce) {
   const auto window = client.open("Guest", {150, 80, 500, 350});
@@ -111,6 +134,7 @@ TEST_F(X11DesktopTest, AWindowThatComesBackIsAtHomeAtOnce) {
                                : desktop.activate(window));
     EXPECT_EQ(read<QuartzPoint>(element, "AXPosition"), origin);
     EXPECT_EQ(desktop.frame(window), home);
+    ASSERT_TRUE(eventually([&] { return desktop.isShown(window); }));
   }
 }
 

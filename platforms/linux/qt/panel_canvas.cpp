@@ -251,7 +251,7 @@ void PanelCanvas::showContextMenu(QPointF point, QPoint onScreen) {
       innermost(tree_.at(point), [](const auto& each) { return bool(each.actions.contextMenu); });
   if (!node) return;
   Menu menu;
-  call([&] { menu = node->actions.contextMenu(); });
+  call([&menu, contextMenu = node->actions.contextMenu] { menu = contextMenu(); });
   if (givenUp_ || menu.items.empty()) return;
   QToolTip::hideText();
   const auto choose = [this](const auto& onChosen) { call(onChosen); };

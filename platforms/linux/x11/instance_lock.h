@@ -11,17 +11,16 @@ class InstanceLock {
   // `connection` must live as long as the claim.
   explicit InstanceLock(X11Connection& connection);
 
-  // False when another program has it.
-  bool claim();
-  // Blocks until the other program has gone, `timeout` at most.
-  bool wait(Seconds timeout);
+  // Claims it where nobody has it. The error says that another program has it, or that the server
+  // did not answer: then nobody knows, and nothing is claimed.
+  std::expected<void, SystemError> claim();
+  // The same, but blocks until the other program has gone, `timeout` at most.
+  std::expected<void, SystemError> wait(Seconds timeout);
 
  private:
-  struct Owner {
-    bool isOurs = false;
-    xcb_window_t window = XCB_WINDOW_NONE;
-  };
-  Owner claimOrFindOwner();
+  // Our window when we have it now, else the other program's.
+  std::expected<xcb_window_t, SystemError> claimOrFindOwner(Deadline deadline);
+  bool awaitEndOf(xcb_window_t owner, Deadline deadline);
 
   X11Connection& connection_;
   xcb_atom_t selection_;

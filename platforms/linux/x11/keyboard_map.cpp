@@ -82,14 +82,14 @@ std::string charactersOf(xcb_keysym_t symbol) {
 
 }  // namespace
 
-KeyboardMap KeyboardMap::read(X11Connection& connection) {
+std::optional<KeyboardMap> KeyboardMap::read(X11Connection& connection) {
+  if (connection.isLost()) return std::nullopt;
   KeyboardMap map;
-  if (connection.isLost()) return map;
   const Deadline deadline = deadlineIn(serverPatience);
   map.readPlaces(connection, deadline);
   map.readSymbols(connection, deadline);
   map.readModifiers(connection, deadline);
-  return map;
+  return hasPassed(deadline) ? std::nullopt : std::optional(std::move(map));
 }
 
 void KeyboardMap::readPlaces(X11Connection& connection, Deadline deadline) {

@@ -20,8 +20,8 @@ class KeyboardMap {
     std::array<std::array<std::string, 2>, 2> characters;
   };
 
-  // Reads it from the X server; an empty map when the server does not say.
-  static KeyboardMap read(X11Connection& connection);
+  // Reads it from the X server; nothing when the server does not answer in time.
+  static std::optional<KeyboardMap> read(X11Connection& connection);
 
   const Key& key(std::uint8_t xKeycode) const { return keys_[xKeycode]; }
   const std::string& characters(std::uint8_t xKeycode, unsigned group, bool shift) const {

@@ -335,9 +335,11 @@ ButtonLayout TitleBars::layoutOf(const TitleBarStyle& style, Deadline deadline) 
     if (reading.expiry > std::chrono::steady_clock::now()) return reading.layout;
   }
   auto layout = style.readLayout(server_, deadline);
+  const bool isInTime = !hasPassed(deadline);
   const std::lock_guard lock(mutex_);
-  readings_[&style] = {layout, deadlineIn(lifetime)};
-  return layout;
+  auto& reading = readings_[&style];
+  if (isInTime) reading = {std::move(layout), deadlineIn(lifetime)};
+  return reading.layout;
 }
 
 }  // namespace pellow

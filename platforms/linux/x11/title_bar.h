@@ -40,7 +40,7 @@ class TitleBars {
     Deadline expiry;
   };
 
-  // The layout of a style as it was read last.
+  // The layout of a style as it was last read in time; one without buttons before that.
   ButtonLayout layoutOf(const TitleBarStyle& style, Deadline deadline);
 
   X11Server& server_;

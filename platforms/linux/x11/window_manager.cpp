@@ -156,14 +156,24 @@ std::expected<WindowFacts, AXError> WindowManager::waitUntil(const WindowKey& wi
   }
 }
 
+// While it moves nobody puts the window back to where it was parked.
 std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, QuartzPoint origin,
                                                       Deadline deadline) {
+  const auto before = exchangeParkedPlace(window, std::nullopt);
+  auto parkedAt = changePlace(window, server_.layout().toPixels(origin), deadline);
+  server_.connection().flush();
+  if (!parkedAt) exchangeParkedPlace(window, before);
+  if (!parkedAt) return std::unexpected(parkedAt.error());
+  if (*parkedAt) exchangeParkedPlace(window, *parkedAt);
+  return {};
+}
+
+std::expected<std::optional<PixelPoint>, AXError> WindowManager::changePlace(
+    const WindowKey& window, PixelPoint target, Deadline deadline) {
   auto facts = look(server_, window, placeFacets, deadline);
   if (!facts) return std::unexpected(facts.error());
   const auto layout = server_.layout();
-  const PixelPoint target = layout.toPixels(origin);
-  setParkedPlace(window, std::nullopt);
-  if (facts->frame.origin() == target && facts->state.leftState.empty()) return {};
+  if (facts->frame.origin() == target && facts->state.leftState.empty()) return std::nullopt;
 
   const bool isShown = layout.showsMostOf(facts->frame);
   const bool comes = layout.showsMostOf(facts->frame.at(target));
@@ -175,7 +185,11 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
   } else if (!comes && isShown) {
     left = {};  // somebody else has brought it back since
   }
-  if (comes && left.isFixed()) return takeUpStates(*facts, target, deadline);
+  if (comes && left.isFixed()) {
+    if (const auto back = takeUpStates(*facts, target, deadline); !back)
+      return std::unexpected(back.error());
+    return std::nullopt;
+  }
 
   left.states |= LeftState::putAway;
   if (!left.origin) left.origin = facts->frame.origin();
@@ -183,10 +197,9 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
   if (!comes && left.words() != facts->state.leftState) remember(*facts, left);
   if (const auto moved = moveTo(*facts, target, deadline); !moved)
     return std::unexpected(moved.error());
-  if (comes && !facts->state.leftState.empty()) remember(*facts, {});
-  if (!comes) setParkedPlace(window, target);
-  server_.connection().flush();
-  return {};
+  if (!comes) return target;
+  if (!facts->state.leftState.empty()) remember(*facts, {});
+  return std::nullopt;
 }
 
 void WindowManager::finishInterruptedMoves(Deadline deadline) {
@@ -198,6 +211,7 @@ void WindowManager::finishInterruptedMoves(Deadline deadline) {
     if (layout.showsMostOf(window.frame)) {
       // It has left its states to go, and has not gone; or it has come back without them.
       const bool isInterrupted = !isPutAway || left.origin == window.frame.origin();
+      if (left.states == LeftState::putAway) remember(window, {});
       if (!left.isFixed() || LeftState::of(window.state).isFixed() || !isInterrupted) continue;
       changeStates(window, left, true);
       remember(window, {});
@@ -217,10 +231,14 @@ std::vector<WindowKey> WindowManager::parkedWindows() const {
   return windows;
 }
 
-void WindowManager::setParkedPlace(const WindowKey& window, std::optional<PixelPoint> place) {
+std::optional<PixelPoint> WindowManager::exchangeParkedPlace(const WindowKey& window,
+                                                             std::optional<PixelPoint> place) {
   const std::lock_guard lock(parkedMutex_);
-  parked_.erase(window.window);
+  std::optional<PixelPoint> before;
+  if (const auto parked = parked_.extract(window.window); parked && parked.mapped().id == window.id)
+    before = parked.mapped().place;
   if (place) parked_[window.window] = {window.id, *place};
+  return before;
 }
 
 void WindowManager::parkAgain(const WindowKey& window, Deadline deadline) {
@@ -245,9 +263,13 @@ void WindowManager::noteParkedMoved(const WindowKey& window, Deadline deadline) 
   const std::lock_guard lock(parkedMutex_);
   const auto parked = parked_.find(window.window);
   if (parked == parked_.end() || parked->second.id != window.id) return;
-  const auto facts = look(server_, window, Facet::frame, deadline);
+  const auto facts = look(server_, window, placeFacets, deadline);
   const bool isBack = facts && server_.layout().showsMostOf(facts->frame);
-  if (isBack && server_.isWindowManagerSettled(deadline)) parked_.erase(parked);
+  if (!isBack || !server_.isWindowManagerSettled(deadline)) return;
+  parked_.erase(parked);
+  if (LeftState::remembered(facts->state.leftState).states != LeftState::putAway) return;
+  remember(*facts, {});
+  server_.connection().flush();
 }
 
 // The place of the outer corner: window managers agree on this gravity best. The size is there
@@ -390,6 +412,8 @@ std::expected<WindowFacts, AXError> WindowManager::leaveStates(const WindowFacts
     now = std::move(*facts);
   }
   if (LeftState::of(now.state).isFixed()) {
+    // It may do the one later, and then it does the other.
+    changeStates(window, left, true);
     remember(window, {});
     return std::unexpected(AXError::cannotComplete);
   }
@@ -508,7 +532,7 @@ std::expected<void, AXError> WindowManager::minimize(const WindowKey& window, De
   if (!facts) return std::unexpected(facts.error());
   if (isMinimized(server_, facts->state, deadline)) return {};
   if (iconify({window}, deadline)) return {};
-  // It must not happen after it was reported as failed.
+  // What has happened by now is undone. What happens later, the observers of the window hear of.
   xcb_map_window(server_.connection().raw(), window.window);
   server_.connection().flush();
   return std::unexpected(AXError::cannotComplete);

@@ -87,7 +87,13 @@ class WindowManager {
                                             Deadline deadline);
   void unshade(const WindowKey& window, Deadline deadline);
   void shadeAgain(const WindowKey& window, Deadline deadline);
-  void setParkedPlace(const WindowKey& window, std::optional<PixelPoint> place);
+  // Answers the place before.
+  std::optional<PixelPoint> exchangeParkedPlace(const WindowKey& window,
+                                                std::optional<PixelPoint> place);
+  // Answers where the window is parked then, if it is.
+  std::expected<std::optional<PixelPoint>, AXError> changePlace(const WindowKey& window,
+                                                                PixelPoint target,
+                                                                Deadline deadline);
   void askForMove(const WindowFacts& window, PixelPoint target);
   std::expected<WindowFacts, AXError> moveTo(const WindowFacts& window, PixelPoint target,
                                              Deadline deadline);

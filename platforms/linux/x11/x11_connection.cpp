@@ -19,6 +19,8 @@ Deadline deadlineIn(Seconds seconds) {
                                    std::chrono::duration<double>(std::clamp(seconds, 0.0, 3600.0)));
 }
 
+bool hasPassed(Deadline deadline) { return steady_clock::now() >= deadline; }
+
 std::vector<std::uint32_t> XProperty::words() const {
   std::vector<std::uint32_t> words(bytes.size() / sizeof(std::uint32_t));
   if (!words.empty()) std::memcpy(words.data(), bytes.data(), words.size() * sizeof(std::uint32_t));
@@ -164,10 +166,11 @@ void X11Connection::dropEvents() {
 }
 
 PendingProperty::PendingProperty(X11Connection& connection, xcb_window_t window,
-                                 xcb_atom_t property)
-    : reply_(connection, xcb_get_property(connection.raw(), 0, window, property,
-                                          XCB_GET_PROPERTY_TYPE_ANY, 0, UINT32_MAX / 4)
-                             .sequence) {}
+                                 xcb_atom_t property, PropertySize most)
+    : reply_(connection,
+             xcb_get_property(connection.raw(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0,
+                              static_cast<std::uint32_t>(most) / 4)
+                 .sequence) {}
 
 std::expected<XProperty, AXError> PendingProperty::collect(Deadline deadline) {
   const auto reply = reply_.collect(deadline);

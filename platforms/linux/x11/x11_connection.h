@@ -31,6 +31,9 @@ using XEvent = XReply<xcb_generic_event_t>;
 // The moment until which something is waited for.
 using Deadline = std::chrono::steady_clock::time_point;
 Deadline deadlineIn(Seconds seconds);
+// Whether it is over. Until it is, no request that waited for it has gone without an answer: what
+// many of them found together is whole.
+bool hasPassed(Deadline deadline);
 
 // What a property holds; empty when the window does not have it.
 struct XProperty {
@@ -42,6 +45,14 @@ struct XProperty {
   std::vector<std::uint32_t> words() const;
   std::optional<std::uint32_t> firstWord() const;
   bool contains(std::uint32_t word) const;
+};
+
+// How much is read of a property, in bytes: a client may make its own as large as it likes. What is
+// beyond is as if it were not there; a character may be cut in two.
+enum class PropertySize : std::uint32_t {
+  usual = 16 << 10,
+  windows = 1 << 20,  // a list of them
+  icons = 8 << 20,    // in all sizes
 };
 
 class X11Connection;
@@ -69,7 +80,8 @@ class PendingReply {
 // A property that has been asked for.
 class PendingProperty {
  public:
-  PendingProperty(X11Connection& connection, xcb_window_t window, xcb_atom_t property);
+  PendingProperty(X11Connection& connection, xcb_window_t window, xcb_atom_t property,
+                  PropertySize most);
 
   std::expected<XProperty, AXError> collect(Deadline deadline);
 
@@ -104,7 +116,10 @@ class X11Connection {
   PendingReply<Reply> pending(Cookie cookie) {
     return {*this, cookie.sequence};
   }
-  PendingProperty property(xcb_window_t window, xcb_atom_t name) { return {*this, window, name}; }
+  PendingProperty property(xcb_window_t window, xcb_atom_t name,
+                           PropertySize most = PropertySize::usual) {
+    return {*this, window, name, most};
+  }
 
   // Waits for the answer to a checked request.
   std::expected<void, AXError> check(xcb_void_cookie_t cookie, Deadline deadline);

@@ -75,7 +75,7 @@ struct X11Desktop::Parts {
         parkingGuard(*server, windowManager),
         activeWindow(*server, windowEvents),
         accessibility(*server, windowManager, windowEvents, activeWindow),
-        screens(*server, windowEvents, scale),
+        screens(*server, *events, windowEvents, scale),
         workspace(*server, windowManager, windowEvents, activeWindow, pollSet.number(),
                   std::move(hooks.loadIcon)),
         eventMonitors(*server, *events, pollSet.number(), std::move(hooks.ownWindowHasKeyboard)) {}
@@ -191,6 +191,7 @@ void X11Desktop::Parts::actOnChanges() {
     windowEvents.noteAll();
     parkingGuard.arrangementBegins();
   }
+  screensChanged |= screens.isOutdated();
   if (std::exchange(screensChanged, false) && screens.refresh()) parkingGuard.arrangementBegins();
   windowEvents.dispatch();
   parkingGuard.dispatch();
@@ -205,20 +206,20 @@ SystemError X11Desktop::connectionError() const {
   return {"The connection to the X server is lost; Pellow ends with it."};
 }
 
-bool X11Desktop::claimInstance() {
-  if (!parts_->instanceLock.claim()) return false;
-  parts_->windowManager.finishInterruptedMoves(deadlineIn(startPatience));
-  return true;
+std::expected<void, SystemError> X11Desktop::claimInstance() {
+  auto claimed = parts_->instanceLock.claim();
+  if (claimed) parts_->windowManager.finishInterruptedMoves(deadlineIn(startPatience));
+  return claimed;
 }
 
-bool X11Desktop::waitForInstance(Seconds timeout) {
-  const bool isOurs = parts_->instanceLock.wait(timeout);
+std::expected<void, SystemError> X11Desktop::waitForInstance(Seconds timeout) {
+  auto claimed = parts_->instanceLock.wait(timeout);
   // The wait has taken in events that it had no use for.
   parts_->windowManagerChanged = parts_->screensChanged = true;
   parts_->windowsChanged = parts_->activeWindowChanged = true;
   parts_->actOnChanges();
-  if (isOurs) parts_->windowManager.finishInterruptedMoves(deadlineIn(startPatience));
-  return isOurs;
+  if (claimed) parts_->windowManager.finishInterruptedMoves(deadlineIn(startPatience));
+  return claimed;
 }
 
 bool X11Desktop::deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state) {

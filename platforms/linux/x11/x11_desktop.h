@@ -60,12 +60,12 @@ class X11Desktop {
   bool processEvents();
   SystemError connectionError() const;
 
-  // Whether this process is now the one Pellow of this X screen; false when another one is. The
-  // claim ends with the process.
-  bool claimInstance();
+  // Makes this process the one Pellow of this X screen until it ends. The error says that another
+  // one is, or that the server did not answer.
+  std::expected<void, SystemError> claimInstance();
 
   // Claims like `claimInstance`, but blocks until the other Pellow has gone, `timeout` at most.
-  bool waitForInstance(Seconds timeout);
+  std::expected<void, SystemError> waitForInstance(Seconds timeout);
 
   // A key press that the X server sent to a window of this process, with the key code and the state
   // of the event: hands it to the local monitors. False when one of them swallowed it, and then no

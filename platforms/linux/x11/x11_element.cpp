@@ -42,6 +42,11 @@ class X11Element : public AXElement::Object {
   X11Server& server() const { return context_.server; }
   const Context& context() const { return context_; }
   Deadline deadline() const { return deadlineIn(timeout_); }
+  // Whether answers may be missing from what was asked for until `end`.
+  bool isIncomplete(Deadline end) const { return hasPassed(end) || server().connection().isLost(); }
+  std::unexpected<AXError> nothingFound(Deadline end) const {
+    return std::unexpected(isIncomplete(end) ? AXError::cannotComplete : AXError::noValue);
+  }
 
  private:
   Context context_;
@@ -254,8 +259,6 @@ Answer ApplicationElement::windows() const {
   const Deadline end = deadline();
   const auto desktop = currentDesktop(server(), end);
   auto windows = ownWindows(clientList(server(), server().atoms().netClientList, end), end);
-  if (server().connection().isLost()) return std::unexpected(AXError::cannotComplete);
-  if (windows.empty() && !isAlive(pid_)) return std::unexpected(AXError::invalidUIElement);
   std::vector<AXElement> elements;
   for (const auto& window : windows) {
     // A crash may have left windows off the monitors that are looked for on another desktop.
@@ -263,16 +266,17 @@ Answer ApplicationElement::windows() const {
         isMinimized(server(), window.state, end))
       elements.push_back(element(window));
   }
+  if (isIncomplete(end)) return std::unexpected(AXError::cannotComplete);
+  if (windows.empty() && !isAlive(pid_)) return std::unexpected(AXError::invalidUIElement);
   return AXValue(std::move(elements));
 }
 
 Answer ApplicationElement::focusedWindow() const {
   const Deadline end = deadline();
   const auto active = activeWindow(server(), end);
-  if (server().connection().isLost()) return std::unexpected(AXError::cannotComplete);
-  if (!active) return std::unexpected(AXError::noValue);
+  if (!active) return nothingFound(end);
   const auto windows = ownWindows({*active}, end);
-  if (windows.empty()) return std::unexpected(AXError::noValue);
+  if (windows.empty()) return nothingFound(end);
   return AXValue(element(windows.front()));
 }
 
@@ -291,7 +295,7 @@ class SystemElement : public X11Element {
     const Deadline end = deadline();
     const auto active = activeWindow(server(), end);
     const ProcessID pid = active ? owningProcesses(server(), {*active}, end).front() : 0;
-    if (pid == 0) return std::unexpected(AXError::noValue);
+    if (pid == 0) return nothingFound(end);
     return AXValue(applicationElement(context(), pid));
   }
 
@@ -299,10 +303,11 @@ class SystemElement : public X11Element {
 };
 
 std::expected<AXElement, AXError> SystemElement::elementAt(QuartzPoint point) const {
+  const Deadline end = deadline();
   const auto hit = hitTest(server(), context().windowManager.titleBars(),
-                           server().layout().toPixels(point), deadline());
+                           server().layout().toPixels(point), end);
   if (!hit) return std::unexpected(AXError::cannotComplete);
-  if (!*hit) return std::unexpected(AXError::noValue);
+  if (!*hit) return nothingFound(end);
   const auto& [window, pid, isMinimizeButton] = **hit;
   if (window.kind == WindowKind::furniture && pid != getpid())
     return applicationElement(context(), pid);

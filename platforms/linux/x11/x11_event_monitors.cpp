@@ -126,7 +126,11 @@ void X11EventMonitors::readModifiers() {
 }
 
 std::shared_ptr<const KeyboardMap> X11EventMonitors::map() {
-  if (!map_) map_ = std::make_shared<KeyboardMap>(KeyboardMap::read(server_.connection()));
+  if (!isMapOutdated_) return map_;
+  if (auto map = KeyboardMap::read(server_.connection())) {
+    map_ = std::make_shared<KeyboardMap>(std::move(*map));
+    isMapOutdated_ = false;
+  }
   return map_;
 }
 
@@ -151,7 +155,7 @@ void X11EventMonitors::handleKeyboard(const xcb_generic_event_t& event) {
     }
     case XCB_XKB_MAP_NOTIFY:
     case XCB_XKB_NEW_KEYBOARD_NOTIFY:
-      map_.reset();
+      isMapOutdated_ = true;
       break;
     default:
       break;

@@ -56,9 +56,11 @@ class X11EventMonitors : public EventMonitors {
   std::function<bool()> ownWindowHasKeyboard_;
   std::optional<std::uint8_t> inputOpcode_;  // of XInput 2.1 or later
   std::optional<std::uint8_t> xkbEvent_;
-  std::shared_ptr<const KeyboardMap> map_;  // null until it is needed
-  unsigned modifiers_ = 0;                  // X modifier bits held now
-  unsigned group_ = 0;                      // the layout in use
+  // As it was read last, and whether that is to be done again.
+  std::shared_ptr<const KeyboardMap> map_ = std::make_shared<KeyboardMap>();
+  bool isMapOutdated_ = true;
+  unsigned modifiers_ = 0;  // X modifier bits held now
+  unsigned group_ = 0;      // the layout in use
   HandlerList<void(const KeyEvent&)> global_;
   HandlerList<bool(const KeyEvent&)> local_;
   FileDescriptor movementTimer_;

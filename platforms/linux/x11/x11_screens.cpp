@@ -81,8 +81,9 @@ void cut(Monitor& monitor, const Strut& strut, const PixelRect& root) {
 
 }  // namespace
 
-X11Screens::X11Screens(X11Server& server, WindowEvents& windowEvents, double scale)
-    : server_(server), windowEvents_(windowEvents), scale_(scale) {
+X11Screens::X11Screens(X11Server& server, X11Connection& events, WindowEvents& windowEvents,
+                       double scale)
+    : server_(server), events_(events), windowEvents_(windowEvents), scale_(scale) {
   server_.setLayout(read());
 }
 
@@ -115,7 +116,7 @@ bool X11Screens::refresh() {
   if (server_.connection().isLost()) return false;
   auto layout = read();
   const auto before = server_.layout();
-  if (layout == before) return false;
+  if (isOutdated_ || layout == before) return false;
   const bool sameMonitors =
       std::ranges::equal(layout.monitors, before.monitors, {}, &Monitor::frame, &Monitor::frame);
   server_.setLayout(std::move(layout));
@@ -126,24 +127,32 @@ bool X11Screens::refresh() {
 ScreenLayout X11Screens::read() {
   const Deadline deadline = deadlineIn(serverPatience);
   ScreenLayout layout{.monitors = readMonitors(deadline), .scale = scale_};
-  watchDocks(cutStruts(layout.monitors, deadline));
+  const auto docks = cutStruts(layout.monitors, deadline);
   // The one work area of the X screen says little of several monitors.
   if (layout.monitors.size() == 1) cutWorkArea(layout.monitors.front(), deadline);
+  isOutdated_ = hasPassed(deadline);
+  if (isOutdated_) {
+    // Its reply will wake the main loop.
+    events_.pending<xcb_get_input_focus_reply_t>(xcb_get_input_focus(events_.raw()));
+    events_.flush();
+  } else {
+    watchDocks(docks);
+  }
   return layout;
 }
 
-bool X11Screens::hasMonitors() const {
+bool X11Screens::hasMonitors(Deadline deadline) const {
   auto& connection = server_.connection();
   const auto* extension = xcb_get_extension_data(connection.raw(), &xcb_randr_id);
   if (!extension || !extension->present) return false;
   auto pending = connection.pending<xcb_randr_query_version_reply_t>(
       xcb_randr_query_version(connection.raw(), 1, 5));
-  const auto version = pending.collect(deadlineIn(serverPatience));
+  const auto version = pending.collect(deadline);
   return version && ((*version)->major_version > 1 || (*version)->minor_version >= 5);
 }
 
 std::vector<Monitor> X11Screens::readMonitors(Deadline deadline) const {
-  if (!hasMonitors()) return {wholeScreen(deadline)};
+  if (!hasMonitors(deadline)) return {wholeScreen(deadline)};
   auto& connection = server_.connection();
   auto pending = connection.pending<xcb_randr_get_monitors_reply_t>(
       xcb_randr_get_monitors(connection.raw(), connection.root(), 1));

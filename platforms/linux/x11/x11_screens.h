@@ -10,10 +10,12 @@
 namespace pellow {
 
 // The monitors of RandR, or the whole X screen where RandR is missing. Their numbers come from
-// their names, so that a monitor keeps its own when it is unplugged and comes back.
+// their names, so that a monitor keeps its own when it is unplugged and comes back. While the
+// server does not say, they are those of before.
 class X11Screens : public Screens {
  public:
-  X11Screens(X11Server& server, WindowEvents& windowEvents, double scale);
+  // `events` is the connection whose events the desktop hands on.
+  X11Screens(X11Server& server, X11Connection& events, WindowEvents& windowEvents, double scale);
 
   std::vector<Screen> all() const override;
   std::optional<Screen> main() const override;
@@ -22,6 +24,9 @@ class X11Screens : public Screens {
   // Something that the layout depends on may have changed: reads it anew and tells the observers
   // if it has. Whether a monitor has come, gone or moved.
   bool refresh();
+  // Whether the server did not answer in time, and is to be asked again with the next event: it
+  // sends something as soon as it answers again.
+  bool isOutdated() const { return isOutdated_; }
 
  private:
   ScreenLayout read();
@@ -32,11 +37,13 @@ class X11Screens : public Screens {
                                       Deadline deadline) const;
   void watchDocks(const std::vector<xcb_window_t>& docks);
   void cutWorkArea(ScreenLayout::Monitor& monitor, Deadline deadline) const;
-  bool hasMonitors() const;
+  bool hasMonitors(Deadline deadline) const;
 
   X11Server& server_;
+  X11Connection& events_;
   WindowEvents& windowEvents_;
   const double scale_;  // pixels per point
+  bool isOutdated_ = false;
   // Not every window manager says it when one of them changes its mind.
   std::map<xcb_window_t, Subscription> docks_;
   HandlerList<void()> observers_;

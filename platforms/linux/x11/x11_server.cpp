@@ -23,11 +23,18 @@ X11Server::X11Server(std::string displayName, std::unique_ptr<X11Connection> fir
   connections_.emplace(std::this_thread::get_id(), std::move(first));
 }
 
+// A connection is opened without the lock: somebody may have the server for himself, and it may be
+// this process, on another thread.
 X11Connection& X11Server::connection() {
+  const auto thread = std::this_thread::get_id();
+  {
+    const std::lock_guard lock(mutex_);
+    if (const auto found = connections_.find(thread); found != connections_.end())
+      return *found->second;
+  }
+  auto opened = X11Connection::openOrLost(displayName_);
   const std::lock_guard lock(mutex_);
-  auto& connection = connections_[std::this_thread::get_id()];
-  if (!connection) connection = X11Connection::openOrLost(displayName_);
-  return *connection;
+  return *connections_.emplace(thread, std::move(opened)).first->second;
 }
 
 ScreenLayout X11Server::layout() const {

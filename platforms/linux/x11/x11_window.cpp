@@ -77,11 +77,11 @@ WindowLook::WindowLook(X11Server& server, X11Connection& connection, xcb_window_
     ask(atoms.netWMName);
     ask(XCB_ATOM_WM_NAME);
   }
-  if (has(facets, Facet::icon)) ask(atoms.netWMIcon);
+  if (has(facets, Facet::icon)) ask(atoms.netWMIcon, PropertySize::icons);
 }
 
-void WindowLook::ask(xcb_atom_t property) {
-  properties_.emplace_back(connection_, window_, property);
+void WindowLook::ask(xcb_atom_t property, PropertySize most) {
+  properties_.emplace_back(connection_, window_, property, most);
 }
 
 XProperty WindowLook::next() {
@@ -313,7 +313,8 @@ std::expected<PixelRect, AXError> placeOf(X11Server& server, xcb_window_t window
 
 std::vector<xcb_window_t> clientList(X11Server& server, xcb_atom_t list, Deadline deadline) {
   auto& connection = server.connection();
-  const auto property = connection.property(connection.root(), list).collect(deadline);
+  const auto property =
+      connection.property(connection.root(), list, PropertySize::windows).collect(deadline);
   return property ? property->words() : std::vector<xcb_window_t>{};
 }
 

@@ -88,7 +88,7 @@ class WindowLook {
   void readClass(WindowFacts& facts);
   std::string readTitle();
 
-  void ask(xcb_atom_t property);
+  void ask(xcb_atom_t property, PropertySize most = PropertySize::usual);
   // The answers in the order of the questions; empty after a failure.
   XProperty next();
   template <class Reply>
@@ -112,7 +112,8 @@ class WindowLook {
 std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& window, Facet facets,
                                          Deadline deadline);
 
-// Looks at many windows; those that are gone are left out.
+// Looks at many windows; those that are gone are left out, and those that the server does not tell
+// of before the deadline.
 std::vector<WindowFacts> lookAtAll(X11Server& server, const std::vector<xcb_window_t>& windows,
                                    Facet facets, Deadline deadline);
 
@@ -144,7 +145,8 @@ class PlaceLook {
 std::expected<PixelRect, AXError> placeOf(X11Server& server, xcb_window_t window,
                                           Deadline deadline);
 
-// Properties of the root window.
+// Properties of the root window; nothing, or 0, also when the server does not tell of them before
+// the deadline.
 std::vector<xcb_window_t> clientList(X11Server& server, xcb_atom_t list, Deadline deadline);
 std::uint32_t currentDesktop(X11Server& server, Deadline deadline);
 std::optional<xcb_window_t> activeWindow(X11Server& server, Deadline deadline);

@@ -71,6 +71,9 @@ X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager,
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
   for (const auto& window : lookAtAll(server_, windows, Facet::state, deadline))
     if (window.state.belongsToHiddenApplication) watchHidden(window.window);
+  // Somebody may have shown them since. That is looked at with the first events, and not before
+  // this process is the one Pellow: the windows may just be going for another one.
+  windowEvents_.noteAll();
 }
 
 std::vector<xcb_window_t> X11Workspace::windowsOf(ProcessID pid) const {
@@ -185,8 +188,7 @@ bool X11Workspace::activate(ProcessID pid) {
   const auto desktop = currentDesktop(server_, deadline);
   const auto isOut = [&](const WindowFacts& window) {
     return window.kind != WindowKind::furniture && !window.state.withdrawn &&
-           !window.state.belongsToHiddenApplication &&
-           !isMinimized(server_, window.state, deadline);
+           !isIconified(server_, window.state, deadline);
   };
   if (const auto front = server_.frontWindow(pid)) {
     const auto facts = look(server_, *front, facets, deadline);
@@ -225,7 +227,8 @@ void X11Workspace::markHidden(xcb_window_t window, bool isHidden) {
 }
 
 void X11Workspace::watchHidden(xcb_window_t window) {
-  hidden_[window] = windowEvents_.observe(window, [this, window] { hiddenWindowChanged(window); });
+  hidden_[window] = {
+      windowEvents_.observe(window, [this, window] { hiddenWindowChanged(window); })};
 }
 
 bool X11Workspace::hide(ProcessID pid) {
@@ -239,18 +242,39 @@ bool X11Workspace::hide(ProcessID pid) {
   const auto desktop = currentDesktop(server_, deadline);
   std::vector<WindowKey> shown;
   giveIdentities(server_, own, deadline);
-  for (const auto& window : own)
+  for (const auto& window : own) {
+    if (const auto known = hidden_.find(window.window); known != hidden_.end())
+      known->second.isToShow = false;
     // Windows of other desktops are left alone.
     if (window.state.isOn(desktop) && !isIconified(server_, window.state, deadline))
       shown.push_back(window.key());
-  // The marks come first, so that nobody ever takes one of these windows for minimized.
-  for (const auto& window : shown) markHidden(window.window, true);
-  if (!windowManager_.iconify(shown, deadline)) {
-    showAgain(shown);
-    return false;
   }
-  for (const auto& window : shown) watchHidden(window.window);
-  return true;
+  // Before they go, so that nobody ever takes one of these windows for minimized, and none comes
+  // back unseen.
+  for (const auto& window : shown) {
+    markHidden(window.window, true);
+    watchHidden(window.window);
+  }
+  if (windowManager_.iconify(shown, deadline)) return true;
+  takeBack(shown);
+  return false;
+}
+
+// A window manager that is late may still do what it was asked to. Windows that have not followed
+// keep their marks, and are shown again if they do; those that it refuses to iconify never do.
+void X11Workspace::takeBack(const std::vector<WindowKey>& windows) {
+  std::vector<WindowKey> followed;
+  const Deadline deadline = deadlineIn(serverPatience);
+  for (const auto& window : windows) {
+    const auto facts = look(server_, window, Facet::state, deadline);
+    if (facts && isIconified(server_, facts->state, deadline)) {
+      hidden_.erase(window.window);
+      followed.push_back(window);
+    } else {
+      hidden_[window.window].isToShow = true;
+    }
+  }
+  showAgain(followed);
 }
 
 void X11Workspace::showAgain(const std::vector<WindowKey>& windows) {
@@ -261,21 +285,39 @@ void X11Workspace::showAgain(const std::vector<WindowKey>& windows) {
 }
 
 bool X11Workspace::unhide(ProcessID pid) {
+  const Deadline deadline = deadlineIn(serverPatience);
   std::vector<WindowKey> hidden;
   auto own = windowsOf(pid, Facet::state);
-  giveIdentities(server_, own, deadlineIn(serverPatience));
-  for (const auto& window : own)
-    if (window.state.belongsToHiddenApplication) hidden.push_back(window.key());
+  giveIdentities(server_, own, deadline);
+  for (const auto& window : own) {
+    const auto known = hidden_.find(window.window);
+    const bool mayFollowYet = known != hidden_.end() && known->second.isToShow &&
+                              !isIconified(server_, window.state, deadline);
+    if (window.state.belongsToHiddenApplication && !mayFollowYet) hidden.push_back(window.key());
+  }
   for (const auto& window : hidden) hidden_.erase(window.window);
   showAgain(hidden);
   return !hidden.empty() || isAlive(pid);
 }
 
 void X11Workspace::hiddenWindowChanged(xcb_window_t window) {
+  const auto known = hidden_.find(window);
+  if (known == hidden_.end()) return;
   const Deadline deadline = deadlineIn(serverPatience);
   const auto facts =
       WindowLook(server_, server_.connection(), window, Facet::state).collect(deadline);
-  if (!facts || isIconified(server_, facts->state, deadline)) return;
+  if (!facts) {
+    if (facts.error() == AXError::invalidUIElement) hidden_.erase(known);
+    return;
+  }
+  if (facts->state.withdrawn) {
+    hidden_.erase(known);
+    markHidden(window, false);
+    return server_.connection().flush();
+  }
+  // Everything is looked at again once a window manager that takes over has settled.
+  if (!server_.isWindowManagerSettled(deadline)) return;
+  if (isIconified(server_, facts->state, deadline) != known->second.isToShow) return;
   const ProcessID owner = owningProcesses(server_, {window}, deadline).front();
   if (owner != 0) unhide(owner);
 }
@@ -303,10 +345,8 @@ X11Workspace::Owners X11Workspace::ownersOf(const std::vector<xcb_window_t>& win
 void X11Workspace::windowsChanged() {
   const auto windows =
       clientList(server_, server_.atoms().netClientList, deadlineIn(serverPatience));
-  std::erase_if(hidden_, [&](const auto& entry) {
-    return std::ranges::find(windows, entry.first) == windows.end();
-  });
-  const auto owners = ownersOf(windows);
+  auto owners = ownersOf(windows);
+  keepClientsWithoutProcess(owners);
   std::set<ProcessID> now;
   for (const auto& [window, pid] : owners) now.insert(pid);
   std::vector<ProcessID> gone;
@@ -315,6 +355,17 @@ void X11Workspace::windowsChanged() {
   withWindows_ = std::move(now);
   for (const auto pid : gone) watchForEnd(pid);
   notice(owners);
+}
+
+// Only its windows tell whether such a client goes on, and a window manager that takes over from
+// another one may have none of them in its list for a moment.
+void X11Workspace::keepClientsWithoutProcess(Owners& now) const {
+  const Deadline deadline = deadlineIn(serverPatience);
+  for (const auto& [window, pid] : owners_) {
+    if (pid > 0 || now.contains(window)) continue;
+    const auto facts = WindowLook(server_, server_.connection(), window, Facet{}).collect(deadline);
+    if (facts || facts.error() != AXError::invalidUIElement) now[window] = pid;
+  }
 }
 
 void X11Workspace::notice(const Owners& now) {

@@ -46,6 +46,11 @@ class X11Workspace : public Workspace {
 
  private:
   using Windows = std::vector<WindowFacts>;
+  // A window that was iconified with its application, or was asked to be.
+  struct HiddenWindow {
+    Subscription watch;
+    bool isToShow = false;  // its application could not be hidden: it comes back, should it follow
+  };
 
   std::vector<xcb_window_t> windowsOf(ProcessID pid) const;
   Windows windowsOf(ProcessID pid, Facet facets) const;
@@ -55,11 +60,15 @@ class X11Workspace : public Workspace {
   std::optional<Image> themeIcon(const std::string& name);
   using Owners = std::map<xcb_window_t, ProcessID>;
   Owners ownersOf(const std::vector<xcb_window_t>& windows) const;
+  void keepClientsWithoutProcess(Owners& now) const;
   void notice(const Owners& now);
+  // Windows of an application that could not be hidden.
+  void takeBack(const std::vector<WindowKey>& windows);
   void showAgain(const std::vector<WindowKey>& windows);
   void markHidden(xcb_window_t window, bool isHidden);
   void watchHidden(xcb_window_t window);
-  // Mapping one window of a hidden application, by a taskbar for example, unhides all of it.
+  // Mapping one window of a hidden application, by a taskbar for example, unhides all of it. One
+  // that follows when its application could not be hidden comes back.
   void hiddenWindowChanged(xcb_window_t window);
   void watchForEnd(ProcessID pid);
   void end(ProcessID pid);
@@ -72,11 +81,13 @@ class X11Workspace : public Workspace {
   DesktopEntries entries_ = DesktopEntries::ofEnvironment();
   std::map<std::string, std::optional<Image>> themeIcons_;
   std::map<ProcessID, Image> windowIcons_;  // of applications that the theme does not know
-  Owners owners_;                           // of the windows in the list, without this process
+  // Of the windows in the list, without this process; those of clients without a process as long as
+  // they exist.
+  Owners owners_;
   std::set<ProcessID> withWindows_;
   std::set<ProcessID> launched_;
   std::map<ProcessID, FileDescriptor> leaving_;  // without windows, still alive
-  std::map<xcb_window_t, Subscription> hidden_;  // windows of hidden applications
+  std::map<xcb_window_t, HiddenWindow> hidden_;
   Subscription activeWatch_;
   HandlerList<void(ProcessID)> activationObservers_;
   HandlerList<void(ProcessID)> launchObservers_;
