@@ -188,13 +188,21 @@ namespace {
 enum class FrameMotion {
   none,
   happened,  // since the window was looked at
-  goesOn,    // told by its size, which is not that of what it is around
+  goesOn,    // told by its width, which is not that of what it is around
+  rolledUp,  // no higher than its title bar: on its way, or shaded
 };
 
 FrameMotion frameMotion(const WindowFacts& window, const PixelRect& frame) {
   const int around = 2 * (window.content.x - window.outerCorner.x);
   if (frame.width != window.content.width + around) return FrameMotion::goesOn;
+  if (frame.height < window.content.height) return FrameMotion::rolledUp;
   return frame.origin() == window.outerCorner ? FrameMotion::none : FrameMotion::happened;
+}
+
+bool isShaded(X11Server& server, xcb_window_t window, Deadline deadline) {
+  const auto facts =
+      WindowLook(server, server.connection(), window, Facet::state).collect(deadline);
+  return facts && facts->state.shaded;
 }
 
 // A look at a window and, in the same breath, at the frame around it.
@@ -219,7 +227,7 @@ std::expected<WindowFacts, AXError> lookWithFrame(X11Server& server, xcb_window_
 
 std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& window, Facet facets,
                                          Deadline deadline) {
-  constexpr Seconds patience = 0.3;
+  constexpr Seconds patience = 1;
   constexpr std::chrono::milliseconds step{5};
   const Deadline end = std::min(deadlineIn(patience), deadline);
   const bool framesMove = server.windowManagerName().starts_with("Openbox");
@@ -232,8 +240,9 @@ std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& win
     if (facts && facts->id != window.id) return std::unexpected(AXError::invalidUIElement);
     if (facts && has(facets, Facet::frame)) server.setParent(window.window, facts->parent);
     if (!facts || motion == FrameMotion::none) return facts;
+    if (motion == FrameMotion::rolledUp && isShaded(server, window.window, deadline)) return facts;
     if (std::chrono::steady_clock::now() + step > end) return facts;
-    if (motion == FrameMotion::goesOn) std::this_thread::sleep_for(step);
+    if (motion != FrameMotion::happened) std::this_thread::sleep_for(step);
   }
 }
 
