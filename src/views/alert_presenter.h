@@ -22,7 +22,6 @@ class AlertPresenter {
   // The index of the button that was chosen. A task that ends before takes its alert with it.
   Task<std::size_t> present(Alert alert);
 
-
   // An alert was answered; the system activates the application that was in front before.
   std::function<void()> onAnswered;
 

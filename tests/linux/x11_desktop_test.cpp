@@ -1,5 +1,7 @@
+#include <atomic>
 #include <thread>
 
+#include "platforms/linux/system/thread_serial_queue.h"
 #include "platforms/linux/x11/x11_connection.h"
 #include "tests/linux/x11_desktop_test.h"
 
@@ -45,6 +47,43 @@ TEST_F(X11DesktopTest, OnlyAnAnsweringServerMakesAProgramTheOnePellow) {
     x11.reset();
   });
   EXPECT_TRUE(other->waitForInstance(30));
+}
+
+// As in the program: actions on a thread of their own, while the main thread hears of everything,
+// asks, activates and hides. For the thread sanitizer above all.
+TEST_F(X11DesktopTest, ActionsGoOnBesideTheMainThread) {
+  TestClient other(desktop, "Other");
+  other.open("Neighbour", {600, 400, 300, 200});
+  const auto otherPid = other.process().pid();
+  const auto window = client.open("Guest", {150, 80, 500, 350});
+  const auto home = desktop.frame(window);
+  const auto element = windowNamed(*x11, pid, "Guest");
+
+  std::atomic<int> rounds = 0;
+  const auto goAndCome = [&] {
+    (void)windows(*x11, otherPid);
+    for (const bool minimized : {true, false}) {
+      (void)element.setAttribute("AXPosition", QuartzPoint{1279, 772});
+      (void)element.setAttribute("AXMinimized", minimized);
+    }
+    (void)element.setAttribute("AXPosition", QuartzPoint{double(home.x), double(home.y)});
+    (void)element.performAction("AXRaise");
+    ++rounds;
+  };
+  ThreadSerialQueue queue("com.velloway.pellow.test");
+  std::vector<Subscription> work;
+  for (int round = 0; round < 4; ++round) work.push_back(queue.async(goAndCome));
+  other.storm(20);
+  EXPECT_TRUE(until([&] {
+    (void)x11->workspace().runningApplications();
+    (void)x11->screens().all();
+    x11->workspace().hide(otherPid);
+    x11->workspace().unhide(otherPid);
+    x11->workspace().activate(otherPid);
+    return rounds == 4;
+  }));
+  other.awaitCalm();
+  EXPECT_TRUE(until([&] { return desktop.frame(window) == home; }));
 }
 
 }  // namespace
