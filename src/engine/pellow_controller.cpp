@@ -116,7 +116,7 @@ void PellowController::setCallbacks() {
     triggers_.windowWasMinimized(window);
   };
   minimizeWatcher_.onFocused = [this](const TargetWindow& window) {
-    triggers_.windowWasFocused(window);
+    if (!around_.alerts.isPresenting()) triggers_.windowWasFocused(window);
   };
 }
 
@@ -142,7 +142,7 @@ void PellowController::start() {
   strip_->onActivate = [this](const std::vector<UUID>& ids) { restore(ids); };
 
   subscriptions_.push_back(around_.workspace.onDidActivateApplication([this](ProcessID pid) {
-    triggers_.appActivated(pid);
+    if (!around_.alerts.isPresenting()) triggers_.appActivated(pid);
     tasks_.start(snapshots_.cacheSnapshotOfFocusedWindow(pid));
   }));
   minimizeWatcher_.start();

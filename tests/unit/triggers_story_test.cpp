@@ -140,15 +140,6 @@ TEST_F(TriggersStory, AnApplicationWithNothingToShowGetsItsLatestWindow) {
   later([&] { notes.activate(); });
   EXPECT_TRUE(program->tabs().empty());
 
-  // An open alert has no say in it.
-  pellow(list);
-  mail.activate();
-  program->pressPinned();
-  ASSERT_EQ(desktop.alerts().size(), 1);
-  later([&] { notes.activate(); });
-  EXPECT_TRUE(program->tabs().empty());
-  program->answerAlert();
-
   pellow(list);
   mail.activate();
   desktop.setDefault("restoreOnActivation", false);
