@@ -15,6 +15,10 @@ class X11Rows : public X11DesktopTest {
   X11Rows() : X11DesktopTest({.windowManager = chosenManager().command}) {}
 
   bool isShaded(WindowID window) const { return desktop.hasState(window, "_NET_WM_STATE_SHADED"); }
+  // openbox says so a moment before it takes the window off the screen.
+  bool becomesHidden(WindowID window) const {
+    return eventually([&] { return isHidden(window); });
+  }
   bool isHidden(WindowID window) const {
     return desktop.hasState(window, "_NET_WM_STATE_HIDDEN") && !desktop.isShown(window);
   }
@@ -53,7 +57,7 @@ TEST_F(X11Rows, ShadedWindowsAreNotMinimizedAndComeBackShaded) {
   EXPECT_TRUE(eventually([&] { return isShaded(window); }));
 
   ASSERT_TRUE(x11->workspace().hide(pid));
-  EXPECT_TRUE(isHidden(window));
+  EXPECT_TRUE(becomesHidden(window));
   ASSERT_TRUE(x11->workspace().unhide(pid));
   EXPECT_TRUE(eventually([&] { return isShaded(window); }));
   EXPECT_EQ(desktop.values(window, "_PELLOW_STATE").size(), 0u);
@@ -99,7 +103,8 @@ TEST_F(X11Rows, AHiddenApplicationComesBackWithItsOwnWindowAndAfterACrash) {
   ASSERT_TRUE(eventually([&] { return desktopOf(there) == 1; }));
 
   ASSERT_TRUE(x11->workspace().hide(pid));
-  EXPECT_TRUE(isHidden(first) && isMarked(first) && isHidden(second) && !isMarked(there));
+  EXPECT_TRUE(becomesHidden(first) && becomesHidden(second));
+  EXPECT_TRUE(isMarked(first) && !isMarked(there));
   client.map(first);
   EXPECT_TRUE(until([&] { return !isHidden(second); }));
   EXPECT_TRUE(until([&] { return !isMarked(first) && !isMarked(second); }));
