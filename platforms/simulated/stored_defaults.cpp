@@ -14,16 +14,14 @@ constexpr Seconds eventually = 1;
 }  // namespace
 
 std::optional<DefaultsValue> StoredDefaults::value(std::string_view key) const {
-  for (const auto& write : std::views::reverse(unsaved_))
-    if (write.key == key) return write.value;
-  const auto found = onDisk_.find(key);
-  return found == onDisk_.end() ? std::nullopt : std::optional(found->second);
+  return onDisk(key, never);
 }
 
 std::optional<DefaultsValue> StoredDefaults::onDisk(std::string_view key, Seconds now) const {
-  auto afterCrash = *this;
-  afterCrash.loseUnsaved(now);
-  return afterCrash.value(key);
+  for (const auto& write : std::views::reverse(unsaved_))
+    if (write.key == key && write.saved <= now) return write.value;
+  const auto found = onDisk_.find(key);
+  return found == onDisk_.end() ? std::nullopt : std::optional(found->second);
 }
 
 std::expected<void, SystemError> StoredDefaults::write(std::string_view key, DefaultsValue value,

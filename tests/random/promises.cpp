@@ -203,12 +203,10 @@ std::optional<Breach> Promises::recordOnDisk(const Scene& scene) {
     if (entry.tab && !scene.controller.store().contains(entry.window)) add(*entry.tab);
   if (parked.empty()) return std::nullopt;
 
-  const auto& defaults = scene.desktop.state().defaults;
-  const auto written = defaults.value(journalKey);
-  const auto* data = written ? std::get_if<DefaultsData>(&*written) : nullptr;
-  if (!data || data->bytes != journalText_) {
-    journalText_ = data ? data->bytes : "";
-    journal_ = parseJournal(defaults.onDisk(journalKey, scene.desktop.now()));
+  auto written = scene.desktop.defaultOnDisk(journalKey);
+  if (written != journalWritten_) {
+    journal_ = parseJournal(written);
+    journalWritten_ = std::move(written);
   }
   const auto* lost = withoutRecord(parked, journal_);
   if (!lost) return std::nullopt;

@@ -70,10 +70,10 @@ class Promises {
 
   void noteTabs(const Scene& scene);
 
-  std::vector<ParkingRecord> kept_;  // for the next launch
-  std::set<UUID> unwatched_;         // tabs whose windows may go unheard
-  std::set<UUID> reasonable_;        // tabs whose windows were hidden, or may have been
-  std::string journalText_;          // as it was read last
+  std::vector<ParkingRecord> kept_;              // for the next launch
+  std::set<UUID> unwatched_;                     // tabs whose windows may go unheard
+  std::set<UUID> reasonable_;                    // tabs whose windows were hidden, or may have been
+  std::optional<DefaultsValue> journalWritten_;  // as it was read last
   std::vector<ParkingRecord> journal_;
 };
 
