@@ -96,7 +96,12 @@ AwayWindows::AwayWindows(const PellowController& controller, SimulatedDesktop& d
   }
 }
 
-// Excused: the applications that do not answer.
+void Promises::whenLaunched(const DesktopState& desktop) {
+  for (const auto& application : desktop.applications)
+    if (application.identity.bundleID) ranAtLaunch_.insert(*application.identity.bundleID);
+}
+
+// Excused: the applications that do not answer, or that quit before they could.
 std::optional<Breach> Promises::whenBegun(SimulatedDesktop& desktop, const Sightings& sightings) {
   kept_ = parseJournal(desktop.storedDefault(journalKey));
   const auto& state = desktop.state();
@@ -109,7 +114,12 @@ std::optional<Breach> Promises::whenBegun(SimulatedDesktop& desktop, const Sight
                 return !seen || seen->wasTroubled;
               }));
     };
-    if (std::ranges::none_of(state.applications, isExcused))
+    const auto runs = [&](const simulated::ApplicationState& application) {
+      return application.identity.bundleID == record.bundleID;
+    };
+    const bool hasQuit =
+        ranAtLaunch_.contains(record.bundleID) && std::ranges::none_of(state.applications, runs);
+    if (!hasQuit && std::ranges::none_of(state.applications, isExcused))
       return Breach{"after a launch the journal has no record of an application that answers",
                     fmt::format("one of \"{}\" of {}", record.title, record.bundleID)};
   }

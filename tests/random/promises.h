@@ -45,6 +45,8 @@ class Promises {
     const AwayWindows& away;
   };
 
+  // When a program is about to start.
+  void whenLaunched(const simulated::DesktopState& desktop);
   // Once the program has begun, with what is in its journal then: records of applications that did
   // not answer, which stay for the next launch.
   std::optional<Breach> whenBegun(simulated::SimulatedDesktop& desktop, const Sightings& sightings);
@@ -70,6 +72,7 @@ class Promises {
 
   void noteTabs(const Scene& scene);
 
+  std::set<std::string> ranAtLaunch_;            // bundle identifiers
   std::vector<ParkingRecord> kept_;              // for the next launch
   std::set<UUID> unwatched_;                     // tabs whose windows may go unheard
   std::set<UUID> reasonable_;                    // tabs whose windows were hidden, or may have been

@@ -114,6 +114,7 @@ std::string World::start() {
   auto& desktop = platform_->desktop();
   sightings_.launches(desktop.state());
   promises_ = {};
+  promises_.whenLaunched(desktop.state());
   logAtStart_ = desktop.log().size();
   hasBegun_ = false;
   program_ = std::make_unique<AppDelegate>(*platform_);
