@@ -6,12 +6,6 @@
 
 namespace pellow {
 
-namespace {
-
-constexpr Seconds serverPatience = 2;
-
-}  // namespace
-
 ActiveWindow::ActiveWindow(X11Server& server, WindowEvents& windowEvents)
     : server_(server), windowEvents_(windowEvents) {
   refresh();

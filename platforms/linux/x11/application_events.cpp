@@ -6,12 +6,6 @@
 
 namespace pellow {
 
-namespace {
-
-constexpr Seconds serverPatience = 2;
-
-}  // namespace
-
 ApplicationEvents::ApplicationEvents(X11Server& server, WindowEvents& windowEvents,
                                      ActiveWindow& activeWindow)
     : server_(server),

@@ -5,12 +5,6 @@
 
 namespace pellow {
 
-namespace {
-
-constexpr Seconds serverPatience = 2;
-
-}  // namespace
-
 InstanceLock::InstanceLock(X11Connection& connection)
     : connection_(connection),
       selection_(internAtom(connection.raw(),

@@ -11,7 +11,6 @@ namespace pellow {
 
 namespace {
 
-constexpr Seconds serverPatience = 2;
 constexpr xcb_xkb_device_spec_t coreKeyboard = XCB_XKB_ID_USE_CORE_KBD;
 
 constexpr xcb_keysym_t altLeft = 0xffe9;

@@ -6,14 +6,13 @@ namespace pellow {
 
 namespace {
 
-constexpr Seconds serverPatience = 2;
 constexpr Seconds timeToArrange = 3;
 
 }  // namespace
 
 void ParkingGuard::arrangementBegins() {
   arrangementEnd_ = deadlineIn(timeToArrange);
-  for (const auto& window : windowManager_.parkedWindows()) moved_.insert(window.window);
+  for (const auto& parked : windowManager_.parkedWindows()) moved_.insert(parked.key.window);
 }
 
 void ParkingGuard::handle(const xcb_generic_event_t& event) {
@@ -31,13 +30,13 @@ void ParkingGuard::dispatch() {
   const auto moved = std::exchange(moved_, {});
   const auto perhapsBack = std::exchange(perhapsBack_, {});
   const bool isArranged = std::chrono::steady_clock::now() < arrangementEnd_;
-  const auto& concerned = isArranged ? moved : perhapsBack;
-  if (concerned.empty()) return;
+  if (moved.empty()) return;
   const Deadline deadline = deadlineIn(serverPatience);
-  for (const auto& window : windowManager_.parkedWindows()) {
-    if (!concerned.contains(window.window)) continue;
-    isArranged ? windowManager_.parkAgain(window, deadline)
-               : windowManager_.noteParkedMoved(window, deadline);
+  for (const auto& [window, isManagerLate] : windowManager_.parkedWindows()) {
+    if (!moved.contains(window.window)) continue;
+    if (!isArranged && perhapsBack.contains(window.window))
+      windowManager_.noteParkedMoved(window, deadline);
+    if (isArranged || isManagerLate) windowManager_.parkAgain(window, deadline);
   }
 }
 

@@ -7,8 +7,9 @@
 namespace pellow {
 
 // Puts windows that are parked beyond the monitors back there when they are dragged into sight by a
-// window manager that takes over, or that arranges the windows on other monitors than before. One
-// that is brought back at any other time is left alone: that is the will of the user. Main thread.
+// window manager that takes over, that arranges the windows on other monitors than before, or that
+// does only now what it was asked before they were parked without it. One that is brought back at
+// any other time is left alone: that is the will of the user. Main thread.
 class ParkingGuard {
  public:
   ParkingGuard(X11Server& server, WindowManager& windowManager)

@@ -4,12 +4,6 @@
 
 namespace pellow {
 
-namespace {
-
-constexpr Seconds serverPatience = 2;
-
-}  // namespace
-
 Subscription WindowEvents::observe(xcb_window_t window, std::function<void()> changed) {
   if (selected_.insert(window).second) select(window);
   return observers_[window].add(std::move(changed));

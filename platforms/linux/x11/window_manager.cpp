@@ -145,30 +145,32 @@ class WindowManager::Watch {
 std::expected<WindowFacts, AXError> WindowManager::waitUntil(const WindowKey& window, Facet facets,
                                                              Seconds patience, Deadline deadline,
                                                              const Condition& condition) {
-  const Deadline end = std::min(deadlineIn(patience), deadline);
   // The requests that a caller made before are on their way; the selection of events follows them,
   // and the first look comes after it, so that nothing is missed.
   Watch watch(server_, window.window);
+  std::optional<Deadline> end;
   for (;;) {
     auto facts = look(server_, window, facets, deadline);
     if (!facts || condition(*facts)) return facts;
-    if (!watch.wait(end)) return facts;
+    if (!end) end = std::min(deadlineIn(patience), deadline);
+    if (!watch.wait(*end)) return facts;
   }
 }
 
 // While it moves nobody puts the window back to where it was parked.
 std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, QuartzPoint origin,
                                                       Deadline deadline) {
-  const auto before = exchangeParkedPlace(window, std::nullopt);
-  auto parkedAt = changePlace(window, server_.layout().toPixels(origin), deadline);
+  const auto before = exchangeParked(window, std::nullopt);
+  const auto parked = changePlace(window, server_.layout().toPixels(origin), deadline);
   server_.connection().flush();
-  if (!parkedAt) exchangeParkedPlace(window, before);
-  if (!parkedAt) return std::unexpected(parkedAt.error());
-  if (*parkedAt) exchangeParkedPlace(window, *parkedAt);
+  exchangeParked(window, parked ? *parked : before);
+  if (!parked) return std::unexpected(parked.error());
+  // It may have acted just before anybody minded.
+  if (*parked && (*parked)->isManagerLate) parkAgain(window, deadline);
   return {};
 }
 
-std::expected<std::optional<PixelPoint>, AXError> WindowManager::changePlace(
+std::expected<std::optional<WindowManager::Parked>, AXError> WindowManager::changePlace(
     const WindowKey& window, PixelPoint target, Deadline deadline) {
   auto facts = look(server_, window, placeFacets, deadline);
   if (!facts) return std::unexpected(facts.error());
@@ -195,9 +197,9 @@ std::expected<std::optional<PixelPoint>, AXError> WindowManager::changePlace(
   if (!left.origin) left.origin = facts->frame.origin();
   left.parkedPlace = target;
   if (!comes && left.words() != facts->state.leftState) remember(*facts, left);
-  if (const auto moved = moveTo(*facts, target, deadline); !moved)
-    return std::unexpected(moved.error());
-  if (!comes) return target;
+  const auto moved = moveTo(*facts, target, deadline);
+  if (!moved) return std::unexpected(moved.error());
+  if (!comes) return Parked{target, moved->isManagerLate};
   if (!facts->state.leftState.empty()) remember(*facts, {});
   return std::nullopt;
 }
@@ -224,21 +226,23 @@ void WindowManager::finishInterruptedMoves(Deadline deadline) {
   server_.connection().flush();
 }
 
-std::vector<WindowKey> WindowManager::parkedWindows() const {
+std::vector<WindowManager::ParkedWindow> WindowManager::parkedWindows() const {
   const std::lock_guard lock(parkedMutex_);
-  std::vector<WindowKey> windows;
-  for (const auto& [window, parked] : parked_) windows.push_back({window, parked.id});
+  std::vector<ParkedWindow> windows;
+  for (const auto& [window, parked] : parked_)
+    windows.push_back({{window, parked.id}, parked.isManagerLate});
   return windows;
 }
 
-std::optional<PixelPoint> WindowManager::exchangeParkedPlace(const WindowKey& window,
-                                                             std::optional<PixelPoint> place) {
+std::optional<WindowManager::Parked> WindowManager::exchangeParked(const WindowKey& window,
+                                                                   std::optional<Parked> parked) {
   const std::lock_guard lock(parkedMutex_);
-  std::optional<PixelPoint> before;
-  if (const auto parked = parked_.extract(window.window); parked && parked.mapped().id == window.id)
-    before = parked.mapped().place;
-  if (place) parked_[window.window] = {window.id, *place};
-  return before;
+  const auto known = parked_.extract(window.window);
+  if (parked) {
+    parked->id = window.id;
+    parked_[window.window] = *parked;
+  }
+  return known && known.mapped().id == window.id ? std::optional(known.mapped()) : std::nullopt;
 }
 
 void WindowManager::parkAgain(const WindowKey& window, Deadline deadline) {
@@ -254,7 +258,7 @@ void WindowManager::parkAgain(const WindowKey& window, Deadline deadline) {
   const auto place = parked->second.place;
   if (facts->frame.origin() == place || server_.layout().showsMostOf(facts->frame.at(place)))
     return;
-  if (!std::exchange(parked->second.isAskedFor, true)) askForMove(*facts, place);
+  if (!std::exchange(parked->second.isAskedAgain, true)) askForMove(*facts, place);
   (void)pushFrame(*facts, place, deadline);
   server_.connection().flush();
 }
@@ -286,15 +290,18 @@ void WindowManager::askForMove(const WindowFacts& window, PixelPoint target) {
        static_cast<std::uint32_t>(window.content.height)});
 }
 
-std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& window,
-                                                          PixelPoint target, Deadline deadline) {
+std::expected<WindowManager::Moved, AXError> WindowManager::moveTo(const WindowFacts& window,
+                                                                   PixelPoint target,
+                                                                   Deadline deadline) {
   auto facts = lookAfterMove(window, target, deadline);
-  if (!facts || facts->frame.origin() == target) return facts;
+  if (!facts) return std::unexpected(facts.error());
+  if (facts->frame.origin() == target) return Moved{std::move(*facts)};
 
+  const bool isManagerLate = facts->frame.origin() == window.frame.origin();
   const auto layout = server_.layout();
   const bool leaves = !layout.showsMostOf(facts->frame.at(target));
   const bool isAway = !layout.showsMostOf(facts->frame);
-  if (!leaves && !isAway) return facts;
+  if (!leaves && !isAway) return Moved{std::move(*facts)};
   if (const auto pushed = pushFrame(*facts, target, deadline); !pushed)
     return std::unexpected(pushed.error());
   const int dx = target.x - facts->frame.x;
@@ -302,7 +309,7 @@ std::expected<WindowFacts, AXError> WindowManager::moveTo(const WindowFacts& win
   facts->content = facts->content.at({facts->content.x + dx, facts->content.y + dy});
   facts->outerCorner = {facts->outerCorner.x + dx, facts->outerCorner.y + dy};
   facts->frame = facts->frame.at(target);
-  return facts;
+  return Moved{std::move(*facts), isManagerLate};
 }
 
 // Most moves are done at once, and the first event tells of them.
@@ -325,13 +332,15 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(Watch& watch
                                                                     const WindowKey& window,
                                                                     Deadline deadline,
                                                                     const Condition& isDone) {
-  const Deadline end = std::min(deadlineIn(movePatience), deadline);
   if (server_.windowManagerSupports(server_.atoms().netRequestFrameExtents)) watch.ask();
+  // Its time begins when it has been handed the request: the server may keep all waiting.
+  std::optional<Deadline> end;
   for (;;) {
     const bool isAnswered = watch.isAnswered();
     auto facts = look(server_, window, placeFacets, deadline);
     if (!facts || isAnswered || isDone(*facts)) return facts;
-    if (!watch.wait(end)) return facts;
+    if (!end) end = std::min(deadlineIn(movePatience), deadline);
+    if (!watch.wait(*end)) return facts;
   }
 }
 
@@ -463,9 +472,9 @@ std::expected<void, AXError> WindowManager::takeUpStates(const WindowFacts& wind
   const auto moved = moveTo(window, sameMonitor ? *left.origin : target, deadline);
   if (!moved) return std::unexpected(moved.error());
 
-  changeStates(*moved, left, true);
+  changeStates(moved->facts, left, true);
   remember(window, {});
-  const auto back = lookAfterStateChange(*moved, deadline);
+  const auto back = lookAfterStateChange(moved->facts, deadline);
   if (!back) return std::unexpected(back.error());
   return {};
 }

@@ -34,11 +34,16 @@ class WindowManager {
   // called while no other Pellow runs, before anybody looks where windows are.
   void finishInterruptedMoves(Deadline deadline);
 
-  // Those that a move has put beyond the monitors and none has brought back. Another window manager
-  // that takes over may show a part of them; `parkAgain` puts such a window back to its place
-  // there, without waiting for the window manager. One that somebody else brings back is parked no
-  // longer; `noteParkedMoved` finds out.
-  std::vector<WindowKey> parkedWindows() const;
+  struct ParkedWindow {
+    WindowKey key;
+    // The window manager had not moved it when its time was over, and may do so yet.
+    bool isManagerLate = false;
+  };
+  // Those that a move has put beyond the monitors and none has brought back. A window manager that
+  // takes over, or that was late, may show a part of them; `parkAgain` puts such a window back to
+  // its place there, without waiting for the window manager. One that somebody else brings back is
+  // parked no longer; `noteParkedMoved` finds out.
+  std::vector<ParkedWindow> parkedWindows() const;
   void parkAgain(const WindowKey& window, Deadline deadline);
   void noteParkedMoved(const WindowKey& window, Deadline deadline);
 
@@ -64,13 +69,18 @@ class WindowManager {
   class Watch;
   using Condition = std::function<bool(const WindowFacts&)>;
   struct Parked {
-    std::uint64_t id = 0;  // of the window
-    PixelPoint place;      // of its frame
-    bool isAskedFor = false;
+    PixelPoint place;  // of the frame
+    bool isManagerLate = false;
+    std::uint64_t id = 0;       // of the window
+    bool isAskedAgain = false;  // the window manager, for the place
+  };
+  struct Moved {
+    WindowFacts facts;
+    bool isManagerLate = false;
   };
 
-  // Waits for changes of a window until one look at it fulfils the condition, `patience` at most;
-  // answers the last look, whether it does or not.
+  // Waits for changes of a window until one look at it fulfils the condition, `patience` at most
+  // from the first look on; answers the last look, whether it does or not.
   std::expected<WindowFacts, AXError> waitUntil(const WindowKey& window, Facet facets,
                                                 Seconds patience, Deadline deadline,
                                                 const Condition& condition);
@@ -87,16 +97,14 @@ class WindowManager {
                                             Deadline deadline);
   void unshade(const WindowKey& window, Deadline deadline);
   void shadeAgain(const WindowKey& window, Deadline deadline);
-  // Answers the place before.
-  std::optional<PixelPoint> exchangeParkedPlace(const WindowKey& window,
-                                                std::optional<PixelPoint> place);
-  // Answers where the window is parked then, if it is.
-  std::expected<std::optional<PixelPoint>, AXError> changePlace(const WindowKey& window,
-                                                                PixelPoint target,
-                                                                Deadline deadline);
+  // Answers how it was parked before.
+  std::optional<Parked> exchangeParked(const WindowKey& window, std::optional<Parked> parked);
+  // Answers how the window is parked then, if it is.
+  std::expected<std::optional<Parked>, AXError> changePlace(const WindowKey& window,
+                                                            PixelPoint target, Deadline deadline);
   void askForMove(const WindowFacts& window, PixelPoint target);
-  std::expected<WindowFacts, AXError> moveTo(const WindowFacts& window, PixelPoint target,
-                                             Deadline deadline);
+  std::expected<Moved, AXError> moveTo(const WindowFacts& window, PixelPoint target,
+                                       Deadline deadline);
   std::expected<void, AXError> pushFrame(const WindowFacts& window, PixelPoint target,
                                          Deadline deadline);
   bool waitForIconified(const WindowKey& window, bool iconified, Seconds patience,

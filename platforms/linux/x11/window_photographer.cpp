@@ -18,7 +18,6 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr Seconds serverPatience = 2;
 // An application that is told to draw a window does so in several steps, and nothing tells which is
 // the last one: it is taken to be over when it has drawn nothing for a moment.
 constexpr Seconds leastRepaintTime = 0.06;

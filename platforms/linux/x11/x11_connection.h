@@ -31,6 +31,12 @@ using XEvent = XReply<xcb_generic_event_t>;
 // The moment until which something is waited for.
 using Deadline = std::chrono::steady_clock::time_point;
 Deadline deadlineIn(Seconds seconds);
+
+// How long the server is waited for, and how long where a wrong answer would be worse than a long
+// wait: somebody may have the server for himself.
+inline constexpr Seconds serverPatience = 2;
+inline constexpr Seconds longServerPatience = 30;
+
 // Whether it is over. Until it is, no request that waited for it has gone without an answer: what
 // many of them found together is whole.
 bool hasPassed(Deadline deadline);

@@ -21,8 +21,6 @@ namespace pellow {
 
 namespace {
 
-constexpr Seconds serverPatience = 2;
-
 constexpr Seconds startPatience = 2;
 
 FileDescriptor pollSetOf(std::initializer_list<int> descriptors) {

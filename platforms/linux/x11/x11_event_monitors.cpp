@@ -12,17 +12,16 @@ namespace pellow {
 
 namespace {
 
-constexpr Seconds serverPatience = 2;
 constexpr long gatheringTime = 10'000'000;  // nanoseconds
 constexpr xcb_xkb_device_spec_t coreKeyboard = XCB_XKB_ID_USE_CORE_KBD;
 
 std::optional<std::uint8_t> findInputExtension(X11Connection& connection) {
   const auto* extension = xcb_get_extension_data(connection.raw(), &xcb_input_id);
   if (!extension || !extension->present) return std::nullopt;
-  // From 2.1 on raw events come even while another client has grabbed the keyboard->
+  // From 2.1 on raw events come even while another client has grabbed the keyboard.
   auto pending = connection.pending<xcb_input_xi_query_version_reply_t>(
       xcb_input_xi_query_version(connection.raw(), 2, 2));
-  const auto version = pending.collect(deadlineIn(serverPatience));
+  const auto version = pending.collect(deadlineIn(longServerPatience));
   if (!version || (*version)->major_version < 2) return std::nullopt;
   return extension->major_opcode;
 }
@@ -32,7 +31,7 @@ std::optional<std::uint8_t> findKeyboardExtension(X11Connection& connection) {
   if (!extension || !extension->present) return std::nullopt;
   auto pending = connection.pending<xcb_xkb_use_extension_reply_t>(
       xcb_xkb_use_extension(connection.raw(), 1, 0));
-  const auto use = pending.collect(deadlineIn(serverPatience));
+  const auto use = pending.collect(deadlineIn(longServerPatience));
   if (!use || !(*use)->supported) return std::nullopt;
   return extension->first_event;
 }
@@ -119,7 +118,7 @@ void X11EventMonitors::readModifiers() {
   auto& connection = server_.connection();
   auto pending = connection.pending<xcb_xkb_get_state_reply_t>(
       xcb_xkb_get_state(connection.raw(), coreKeyboard));
-  const auto state = pending.collect(deadlineIn(serverPatience));
+  const auto state = pending.collect(deadlineIn(longServerPatience));
   if (!state) return;
   modifiers_ = (*state)->mods;
   group_ = (*state)->group;
@@ -238,7 +237,7 @@ AppKitPoint X11EventMonitors::pointerLocation() const {
   auto& connection = server_.connection();
   auto pending = connection.pending<xcb_query_pointer_reply_t>(
       xcb_query_pointer(connection.raw(), connection.root()));
-  const auto pointer = pending.collect(deadlineIn(serverPatience));
+  const auto pointer = pending.collect(deadlineIn(longServerPatience));
   const auto layout = server_.layout();
   if (!pointer) return layout.toAppKit(PixelPoint{});
   return layout.toAppKit(PixelPoint{(*pointer)->root_x, (*pointer)->root_y});

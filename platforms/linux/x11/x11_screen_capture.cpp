@@ -11,7 +11,6 @@ namespace pellow {
 
 namespace {
 
-constexpr Seconds serverPatience = 2;
 constexpr int largestSide = 1 << 14;  // pixels
 
 }  // namespace

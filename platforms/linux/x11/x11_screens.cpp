@@ -14,8 +14,6 @@ namespace {
 
 using Monitor = ScreenLayout::Monitor;
 
-constexpr Seconds serverPatience = 2;
-
 // FNV-1a: the same number for the same name, today and tomorrow.
 DisplayID displayID(std::string_view name) {
   DisplayID hash = 2166136261u;

@@ -2,12 +2,6 @@
 
 namespace pellow {
 
-namespace {
-
-constexpr Seconds serverPatience = 2;
-
-}  // namespace
-
 std::expected<std::unique_ptr<X11Server>, SystemError> X11Server::open(
     const std::string& displayName) {
   auto connection = X11Connection::open(displayName);

@@ -18,7 +18,6 @@ namespace pellow {
 
 namespace {
 
-constexpr Seconds serverPatience = 2;
 constexpr Seconds hidePatience = 1;
 
 constexpr Facet faceFacets = Facet::kind | Facet::state | Facet::wmClass;
@@ -90,8 +89,9 @@ X11Workspace::Windows X11Workspace::windowsOf(ProcessID pid, Facet facets) const
   return lookAtAll(server_, windowsOf(pid), facets, deadlineIn(serverPatience));
 }
 
+// A launch forgets what it knows of windows whose application does not run.
 std::vector<RunningApplication> X11Workspace::runningApplications() {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = deadlineIn(longServerPatience);
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
   const auto owners = owningProcesses(server_, windows, deadline);
   std::map<xcb_window_t, ProcessID> ownerOf;
