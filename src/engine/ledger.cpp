@@ -14,12 +14,17 @@ Ledger::Claim::~Claim() {
 
 void Ledger::Claim::setTab(TabItem tab) { entry_->tab = std::move(tab); }
 
-Ledger::Claim Ledger::claim(TargetWindow window) {
-  return {*this, entries_.insert(entries_.end(), {std::move(window), std::nullopt})};
+Ledger::Claim Ledger::claim(TargetWindow window, Way way) {
+  return {*this, entries_.insert(entries_.end(), {std::move(window), way, std::nullopt})};
 }
 
 bool Ledger::contains(const TargetWindow& window) const {
-  return std::ranges::find(entries_, window, &Entry::window) != entries_.end();
+  return contains(window, Way::away) || contains(window, Way::back);
+}
+
+bool Ledger::contains(const TargetWindow& window, Way way) const {
+  return std::ranges::any_of(
+      entries_, [&](const Entry& entry) { return entry.way == way && entry.window == window; });
 }
 
 }  // namespace pellow

@@ -13,8 +13,11 @@ namespace pellow {
 // thread.
 class Ledger {
  public:
+  enum class Way { away, back };
+
   struct Entry {
     TargetWindow window;
+    Way way;
     // The tab that comes or goes, from before the window is touched: enough to put it back.
     std::optional<TabItem> tab;
   };
@@ -41,9 +44,10 @@ class Ledger {
   Ledger(const Ledger&) = delete;
   Ledger& operator=(const Ledger&) = delete;
 
-  Claim claim(TargetWindow window);
+  Claim claim(TargetWindow window, Way way);
 
   bool contains(const TargetWindow& window) const;
+  bool contains(const TargetWindow& window, Way way) const;
 
   // In the order in which the windows were claimed.
   const std::list<Entry>& entries() const { return entries_; }

@@ -156,11 +156,19 @@ Task<> PellowController::pellowFocusedWindow() {
   const auto window = co_await axQueue_.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, around_.workspace); });
   if (!window || window->pid == around_.ownProcess) throw PellowError::noFocusedWindow();
+  if (ledger_.contains(*window, Ledger::Way::back)) {
+    pellowWhenBack_.push_back(*window);
+    co_return;
+  }
+  co_await pellowFocused(*window);
+}
+
+Task<> PellowController::pellowFocused(TargetWindow window) {
   if (around_.preferences.mechanism() != Mechanism::hideApp)
-    co_return co_await pellow(*window, std::nullopt, std::nullopt);
-  const auto application = around_.workspace.application(window->pid);
+    co_return co_await pellow(window, std::nullopt, std::nullopt);
+  const auto application = around_.workspace.application(window.pid);
   if (!application) throw PellowError::windowGone();
-  co_await pellowApps({{*application, {*window}, {}}}, {});
+  co_await pellowApps({{*application, {window}, {}}}, {});
 }
 
 Task<> PellowController::pellow(TargetWindow target, std::optional<UUID> zoneID,
@@ -225,7 +233,7 @@ void PellowController::hideAppAgain(ProcessID pid) {
 
 Task<> PellowController::hideApp(Chosen chosen) {
   if (isTaken(chosen.window)) co_return;
-  auto claim = ledger_.claim(chosen.window);
+  auto claim = ledger_.claim(chosen.window, Ledger::Way::away);
   const auto state = (co_await read({chosen.window})).front();
   auto leaving = makeLeaving(chosen, state, std::move(claim));
   if (state.frame) co_await photograph(leaving);
@@ -242,7 +250,7 @@ Task<std::vector<PellowError>> PellowController::park(std::vector<Chosen> window
   std::list<Ledger::Claim> claims;
   std::vector<TargetWindow> targets;
   for (const auto& chosen : windows) {
-    claims.push_back(ledger_.claim(chosen.window));
+    claims.push_back(ledger_.claim(chosen.window, Ledger::Way::away));
     targets.push_back(chosen.window);
   }
   const auto states = co_await read(std::move(targets));
@@ -347,7 +355,7 @@ void PellowController::restore(const std::vector<UUID>& ids) {
   std::list<Returning> returning;
   for (const auto& tab : store_.tabs()) {
     if (std::ranges::find(ids, tab.id) == ids.end()) continue;
-    returning.push_back({tab, ledger_.claim(tab.window), std::nullopt});
+    returning.push_back({tab, ledger_.claim(tab.window, Ledger::Way::back), std::nullopt});
     if (shouldAnimate(tab.mechanism)) returning.back().tabFrame = strip_->frame(tab.id);
     returning.back().claim.setTab(tab);
   }
@@ -362,12 +370,15 @@ Task<> PellowController::restoreBatch(std::list<Returning> returning) {
   const auto each = flights_.duration();
   echoes_.suppressActivation(each * static_cast<double>(returning.size()) + restoreBatchExtra);
   std::vector<PellowError> failures;
-  for (; !returning.empty(); returning.pop_front()) {
+  while (!returning.empty()) {
     try {
       co_await restore(returning.front());
     } catch (const PellowError& error) {
       failures.push_back(error);
     }
+    const auto window = returning.front().tab.window;
+    returning.pop_front();
+    if (std::erase(pellowWhenBack_, window) > 0) tasks_.start(pellowFocused(window));
   }
   echoes_.suppressActivation(ownEcho);
   failures_.report(failures);

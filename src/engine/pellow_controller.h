@@ -137,6 +137,7 @@ class PellowController {
   };
 
   Task<> pellowFocusedWindow();
+  Task<> pellowFocused(TargetWindow window);
   Task<> pellow(TargetWindow target, std::optional<UUID> zoneID,
                 std::optional<Mechanism> mechanism);
   Task<> pellowApps(std::vector<AppWindows> applications, std::vector<TargetWindow> excluding);
@@ -168,6 +169,7 @@ class PellowController {
   Surroundings around_;
   TabStore store_;
   Ledger ledger_;
+  std::vector<TargetWindow> pellowWhenBack_;  // asked for while they were coming back
   Displays displays_;
   ParkingJournal journal_;
   OffscreenParking parking_;

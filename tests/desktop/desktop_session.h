@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/desktop/child_process.h"
+#include "tests/desktop/window_manager_choice.h"
 
 // A private desktop for a test: a virtual X server, a window manager, and a connection of the
 // test's own that types, points and looks at everything from outside.
@@ -60,7 +61,7 @@ struct DesktopOptions {
   int width = 1280;
   int height = 800;
   // Empty: a bare server.
-  std::vector<std::string> windowManager = {"openbox", "--sm-disable"};
+  Command windowManager = chosenManager().command;
   // More of them, for example {"-extension", "X-Resource"}.
   std::vector<std::string> serverArguments = {};
 };

@@ -15,8 +15,7 @@
 
 namespace pellow::desktop {
 
-// A desktop, with openbox if nothing else is said, on which applications open windows and the real
-// program runs.
+// A desktop on which applications open windows and the real program runs.
 class Everyday : public testing::Test {
  protected:
   struct Guest {

@@ -71,7 +71,7 @@ TEST_F(Hardship, TheFileOfTheUserDefaultsIsWholeAndAheadOfTheWindows) {
     // Without a pause: a record that was written after the move would not be there yet.
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (desktop.frame(guest.window) == guest.home)
-      ASSERT_LT(std::chrono::steady_clock::now(), end);
+      ASSERT_LT(std::chrono::steady_clock::now(), end) << story(guest);
     ASSERT_EQ(pellow->journal().size(), 1u) << "round " << round;
     ASSERT_TRUE(hasTabs(1));
     pellow->clickTab(0);

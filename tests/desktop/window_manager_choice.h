@@ -33,6 +33,7 @@ inline Manager managerNamed(const std::string& name) {
   return found->second;
 }
 
+// The one that PELLOW_WINDOW_MANAGER names, openbox by default.
 inline Manager chosenManager() {
   const auto* name = std::getenv("PELLOW_WINDOW_MANAGER");
   return managerNamed(name ? name : "openbox");

@@ -1,18 +1,14 @@
 #pragma once
 
 #include "tests/desktop/everyday_test.h"
-#include "tests/desktop/window_manager_choice.h"
 
-// What every window manager must let Pellow do. The one that PELLOW_WINDOW_MANAGER names, openbox
-// by default, takes part; scripts/window-managers goes through all of them, and each story of
-// WindowManagers is a column of its table.
+// What every window manager must let Pellow do: scripts/window-managers goes through all of them,
+// and each story of WindowManagers is a column of its table.
 
 namespace pellow::desktop {
 
 class WindowManagers : public Everyday {
  protected:
-  WindowManagers() : Everyday({.windowManager = chosenManager().command}) {}
-
   // Off the screen and back, by click and by key.
   void expectRoundTrips(const Guest& guest) {
     for (const bool byClick : {true, false}) {

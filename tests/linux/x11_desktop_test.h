@@ -55,10 +55,16 @@ class X11DesktopTest : public testing::Test {
     return found.value_or(std::vector<AXElement>{});
   }
 
+  // Waits for a window manager that has not noted it in its list yet.
   static AXElement windowNamed(X11Desktop& of, ProcessID process, std::string_view title) {
-    for (const auto& window : windows(of, process))
-      if (read<std::string>(window, "AXTitle") == title) return window;
-    throw std::runtime_error("no window has this title");
+    std::optional<AXElement> found;
+    const auto isListed = [&] {
+      for (auto& window : windows(of, process))
+        if (read<std::string>(window, "AXTitle") == title) found = std::move(window);
+      return found.has_value();
+    };
+    if (!eventually(isListed)) throw std::runtime_error("no window has this title");
+    return *found;
   }
 
   void move(const AXElement& window, double x, double y) {

@@ -1,19 +1,15 @@
 #include <algorithm>
 
 #include "tests/desktop/monitors.h"
-#include "tests/desktop/window_manager_choice.h"
 #include "tests/linux/x11_desktop_test.h"
 
-// What the adapter makes of the less common states of windows, applications and screens. The window
-// manager that PELLOW_WINDOW_MANAGER names takes part, openbox by default.
+// What the adapter makes of the less common states of windows, applications and screens.
 
 namespace pellow::desktop {
 namespace {
 
 class X11Rows : public X11DesktopTest {
  protected:
-  X11Rows() : X11DesktopTest({.windowManager = chosenManager().command}) {}
-
   bool isShaded(WindowID window) const { return desktop.hasState(window, "_NET_WM_STATE_SHADED"); }
   // openbox says so a moment before it takes the window off the screen.
   bool becomesHidden(WindowID window) const {

@@ -119,8 +119,18 @@ TEST_F(RoadStory, AWindowIsPutAwayOnce) {
   program->pressPellow();
   EXPECT_EQ(program->tabs().size(), 1);
   EXPECT_EQ(program->journalOnDisk().size(), 1);
+  // On its way back it goes away again once it has arrived.
+  desktop.press(15, Program::modifiers);
+  desktop.run(0.5);
+  desktop.press(17, Program::modifiers);
+  desktop.press(17, Program::modifiers);
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program->tabs().size(), 1);
+  EXPECT_EQ(program->journalOnDisk().size(), 1);
+  EXPECT_LE(list.shareOnDisplays(), 0.05);
   program->pressRestoreAll();
   EXPECT_EQ(list.frame(), home);
+  EXPECT_TRUE(program->tabs().empty());
 }
 
 TEST_F(RoadStory, TheZoneChoosesTheSideAndThePinTheZone) {
