@@ -79,6 +79,24 @@ TEST_F(Hang, AWindowManagerThatHangsDelaysAndLosesNothing) {
   expectHome({letter, note});
 }
 
+// Of a Pellow that is killed before the window has gone.
+TEST_F(Hang, WhatADeadOneAskedForHappensBeforeTheNextOneLooks) {
+  const auto letter = open(client, "Letter", {100, 120, 400, 300});
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_TRUE(desktop.activate(letter.window));
+  desktop.windowManager().send(SIGSTOP);
+  press('t');
+  ASSERT_TRUE(eventually([&] { return pellow->journal().size() == 1; }));
+  pellow->process().kill();
+  pellow = std::make_unique<PellowProgram>(desktop);
+  // Time enough to look too early.
+  (void)eventually([&] { return pellow->journal().empty(); }, std::chrono::seconds(1));
+  desktop.windowManager().send(SIGCONT);
+  ASSERT_TRUE(pellow->isReady()) << story(letter);
+  expectHome({letter});
+  expectAllIsOver();
+}
+
 // It is asked to leave that state, and when it does so at last, nobody waits for it any more.
 TEST_F(Hang, AMaximizedWindowThatCannotGoStaysAsItIs) {
   const auto window = client.open("Large", {200, 200, 400, 250});

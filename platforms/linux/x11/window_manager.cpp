@@ -62,6 +62,7 @@ constexpr Seconds settlePatience = 0.1;
 constexpr Seconds mapPatience = 0.1;
 constexpr Seconds iconifyPatience = 1;
 constexpr Seconds activatePatience = 1;
+constexpr Seconds catchUpPatience = 5;
 
 constexpr std::uint32_t sourcePager = 2;  // "the user wants this", as EWMH has it
 constexpr std::uint32_t iconicState = 3;
@@ -69,6 +70,36 @@ constexpr std::uint32_t iconicState = 3;
 constexpr Facet placeFacets = Facet::state | Facet::frame;
 
 }  // namespace
+
+// Asks the window manager something that it answers in turn, after all that it was asked before:
+// how large the frame of a window would be that is never shown. It costs it a good deal of work.
+class WindowManager::Question {
+ public:
+  static bool canBeAsked(const X11Server& server) {
+    return server.windowManagerSupports(server.atoms().netRequestFrameExtents);
+  }
+
+  Question(const X11Atoms& atoms, X11Connection& connection)
+      : connection_(connection), window_(xcb_generate_id(connection.raw())) {
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(connection_.raw(), XCB_COPY_FROM_PARENT, window_, connection_.root(), 0, 0, 1,
+                      1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
+                      &mask);
+    connection_.sendToWindowManager(window_, atoms.netRequestFrameExtents, {});
+  }
+  Question(const Question&) = delete;
+  Question& operator=(const Question&) = delete;
+  ~Question() { xcb_destroy_window(connection_.raw(), window_); }
+
+  bool isAnsweredBy(const xcb_generic_event_t& event) const {
+    return (event.response_type & 0x7f) == XCB_PROPERTY_NOTIFY &&
+           reinterpret_cast<const xcb_property_notify_event_t&>(event).window == window_;
+  }
+
+ private:
+  X11Connection& connection_;
+  xcb_window_t window_;
+};
 
 // Hears of everything that happens to a window, for as long as somebody waits for it: a connection
 // that listened all the time would have to be read all the time.
@@ -88,21 +119,12 @@ class WindowManager::Watch {
   ~Watch() {
     select(window_, XCB_EVENT_MASK_NO_EVENT);
     if (frame_) select(frame_, XCB_EVENT_MASK_NO_EVENT);
-    if (question_) xcb_destroy_window(connection_.raw(), question_);
+    question_.reset();
     connection_.flush();
     connection_.dropEvents();
   }
 
-  // Asks the window manager something that it answers in turn, after all that it was asked before:
-  // how large the frame of a window would be that is never shown. It costs it a good deal of work.
-  void ask() {
-    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    question_ = xcb_generate_id(connection_.raw());
-    xcb_create_window(connection_.raw(), XCB_COPY_FROM_PARENT, question_, connection_.root(), 0, 0,
-                      1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                      XCB_CW_EVENT_MASK, &mask);
-    connection_.sendToWindowManager(question_, atoms_.netRequestFrameExtents, {});
-  }
+  void ask() { question_.emplace(atoms_, connection_); }
   bool isAnswered() const { return isAnswered_; }
 
   // Waits for the next changes; false when none come.
@@ -125,8 +147,7 @@ class WindowManager::Watch {
     const auto type = event.response_type & 0x7f;
     if (type == 0) return true;  // the window is gone
     if (type == XCB_PROPERTY_NOTIFY) {
-      const auto& property = reinterpret_cast<const xcb_property_notify_event_t&>(event);
-      if (property.window == question_) isAnswered_ = true;
+      isAnswered_ |= question_ && question_->isAnsweredBy(event);
       return true;
     }
     // The events of structure all begin in the same way.
@@ -138,7 +159,7 @@ class WindowManager::Watch {
   X11Connection& connection_;
   xcb_window_t window_;
   xcb_window_t frame_ = XCB_WINDOW_NONE;
-  xcb_window_t question_ = XCB_WINDOW_NONE;
+  std::optional<Question> question_;
   bool isAnswered_ = false;
 };
 
@@ -204,7 +225,21 @@ std::expected<std::optional<WindowManager::Parked>, AXError> WindowManager::chan
   return std::nullopt;
 }
 
-void WindowManager::finishInterruptedMoves(Deadline deadline) {
+// What the dead one has asked for happens before anybody looks, and before windows of this process
+// may get the numbers of its windows.
+void WindowManager::catchUp() {
+  if (!Question::canBeAsked(server_)) return;
+  auto& connection = server_.connection();
+  connection.dropEvents();
+  const Question question(server_.atoms(), connection);
+  const Deadline deadline = deadlineIn(catchUpPatience);
+  while (const auto event = connection.waitForEvent(deadline))
+    if (question.isAnsweredBy(*event)) break;
+}
+
+void WindowManager::finishInterruptedMoves() {
+  catchUp();
+  const Deadline deadline = deadlineIn(serverPatience);
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
   const auto layout = server_.layout();
   for (const auto& window : lookAtAll(server_, windows, placeFacets, deadline)) {
@@ -332,7 +367,7 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(Watch& watch
                                                                     const WindowKey& window,
                                                                     Deadline deadline,
                                                                     const Condition& isDone) {
-  if (server_.windowManagerSupports(server_.atoms().netRequestFrameExtents)) watch.ask();
+  if (Question::canBeAsked(server_)) watch.ask();
   // Its time begins when it has been handed the request: the server may keep all waiting.
   std::optional<Deadline> end;
   for (;;) {

@@ -31,8 +31,9 @@ class WindowManager {
 
   // A Pellow that was killed in the middle of a move leaves the window half-way, or without the
   // states that it was to take up again: makes it arrive, beyond the monitors or on them. To be
-  // called while no other Pellow runs, before anybody looks where windows are.
-  void finishInterruptedMoves(Deadline deadline);
+  // called while no other Pellow runs, before anybody looks where windows are. Waits for a window
+  // manager that is busy, a few seconds at most.
+  void finishInterruptedMoves();
 
   struct ParkedWindow {
     WindowKey key;
@@ -66,6 +67,7 @@ class WindowManager {
 
  private:
   struct LeftState;
+  class Question;
   class Watch;
   using Condition = std::function<bool(const WindowFacts&)>;
   struct Parked {
@@ -78,6 +80,8 @@ class WindowManager {
     WindowFacts facts;
     bool isManagerLate = false;
   };
+
+  void catchUp();
 
   // Waits for changes of a window until one look at it fulfils the condition, `patience` at most
   // from the first look on; answers the last look, whether it does or not.

@@ -21,8 +21,6 @@ namespace pellow {
 
 namespace {
 
-constexpr Seconds startPatience = 2;
-
 FileDescriptor pollSetOf(std::initializer_list<int> descriptors) {
   FileDescriptor pollSet(epoll_create1(EPOLL_CLOEXEC));
   for (const int descriptor : descriptors) {
@@ -206,7 +204,7 @@ SystemError X11Desktop::connectionError() const {
 
 std::expected<void, SystemError> X11Desktop::claimInstance() {
   auto claimed = parts_->instanceLock.claim();
-  if (claimed) parts_->windowManager.finishInterruptedMoves(deadlineIn(startPatience));
+  if (claimed) parts_->windowManager.finishInterruptedMoves();
   return claimed;
 }
 
@@ -216,7 +214,7 @@ std::expected<void, SystemError> X11Desktop::waitForInstance(Seconds timeout) {
   parts_->windowManagerChanged = parts_->screensChanged = true;
   parts_->windowsChanged = parts_->activeWindowChanged = true;
   parts_->actOnChanges();
-  if (claimed) parts_->windowManager.finishInterruptedMoves(deadlineIn(startPatience));
+  if (claimed) parts_->windowManager.finishInterruptedMoves();
   return claimed;
 }
 
