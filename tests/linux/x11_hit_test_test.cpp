@@ -159,8 +159,7 @@ class X11HitTest : public testing::Test {
       // Some window managers and toolkits know a button only once the pointer has come to it.
       desktop->movePointer(x - 1, y);
       desktop->click(x, y);
-      ASSERT_TRUE(eventually([&] { return read<bool>(parent, "AXMinimized") == true; },
-                             std::chrono::seconds(5)))
+      ASSERT_TRUE(eventually([&] { return read<bool>(parent, "AXMinimized") == true; }))
           << "at " << x << ", " << y;
       // Some window managers move the frame about when they do this.
       EXPECT_TRUE(eventually([&] { return !isButton(at(x, y)); }));
