@@ -33,10 +33,10 @@ void ParkingGuard::dispatch() {
   if (moved.empty()) return;
   const Deadline deadline = deadlineIn(serverPatience);
   for (const auto& [window, isManagerLate] : windowManager_.parkedWindows()) {
-    if (!moved.contains(window.window)) continue;
-    if (!isArranged && perhapsBack.contains(window.window))
-      windowManager_.noteParkedMoved(window, deadline);
-    if (isArranged || isManagerLate) windowManager_.parkAgain(window, deadline);
+    const auto& concerned = isArranged || isManagerLate ? moved : perhapsBack;
+    if (!concerned.contains(window.window)) continue;
+    isArranged ? windowManager_.parkAgain(window, deadline)
+               : windowManager_.noteParkedMoved(window, deadline);
   }
 }
 

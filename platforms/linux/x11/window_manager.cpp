@@ -7,8 +7,9 @@
 
 namespace pellow {
 
-// What _PELLOW_STATE holds: which states the window has left, whether it was put away, and, once it
-// is known, where the frame of the window stood without these states, and where it was put.
+// What _PELLOW_STATE holds: which states the window has left, whether it was put away and whether
+// it has arrived there, and, once it is known, where the frame of the window stood without these
+// states, and where it was put.
 struct WindowManager::LeftState {
   static constexpr std::uint32_t horizontal = 1;
   static constexpr std::uint32_t vertical = 2;
@@ -16,6 +17,7 @@ struct WindowManager::LeftState {
   static constexpr std::uint32_t shaded = 8;
   static constexpr std::uint32_t shadedUntilIconified = 16;
   static constexpr std::uint32_t putAway = WindowFacts::putAway;
+  static constexpr std::uint32_t onItsWay = 64;
 
   std::uint32_t states = 0;
   std::optional<PixelPoint> origin;
@@ -187,7 +189,7 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
   exchangeParked(window, parked ? *parked : before);
   if (!parked) return std::unexpected(parked.error());
   // It may have acted just before anybody minded.
-  if (*parked && (*parked)->isManagerLate) parkAgain(window, deadline);
+  if (*parked && (*parked)->isManagerLate) noteParkedMoved(window, deadline);
   return {};
 }
 
@@ -214,13 +216,17 @@ std::expected<std::optional<WindowManager::Parked>, AXError> WindowManager::chan
     return std::nullopt;
   }
 
-  left.states |= LeftState::putAway;
+  left.states |= LeftState::putAway | LeftState::onItsWay;
   if (!left.origin) left.origin = facts->frame.origin();
   left.parkedPlace = target;
   if (!comes && left.words() != facts->state.leftState) remember(*facts, left);
   const auto moved = moveTo(*facts, target, deadline);
   if (!moved) return std::unexpected(moved.error());
-  if (!comes) return Parked{target, moved->isManagerLate};
+  if (!comes) {
+    left.states &= ~LeftState::onItsWay;
+    remember(*facts, left);
+    return Parked{target, moved->isManagerLate};
+  }
   if (!facts->state.leftState.empty()) remember(*facts, {});
   return std::nullopt;
 }
@@ -245,10 +251,13 @@ void WindowManager::finishInterruptedMoves() {
   for (const auto& window : lookAtAll(server_, windows, placeFacets, deadline)) {
     const auto left = LeftState::remembered(window.state.leftState);
     const bool isPutAway = left.states & LeftState::putAway;
+    const bool isOnItsWay = left.states & LeftState::onItsWay;
     if (layout.showsMostOf(window.frame)) {
       // It has left its states to go, and has not gone; or it has come back without them.
-      const bool isInterrupted = !isPutAway || left.origin == window.frame.origin();
-      if (left.states == LeftState::putAway) remember(window, {});
+      const bool isInterrupted = !isPutAway || isOnItsWay || left.origin == window.frame.origin();
+      // The window manager has allowed a part of the way, and that in sight.
+      if (isOnItsWay && left.origin) askForMove(window, *left.origin);
+      if ((left.states & ~LeftState::onItsWay) == LeftState::putAway) remember(window, {});
       if (!left.isFixed() || LeftState::of(window.state).isFixed() || !isInterrupted) continue;
       changeStates(window, left, true);
       remember(window, {});
@@ -303,7 +312,14 @@ void WindowManager::noteParkedMoved(const WindowKey& window, Deadline deadline) 
   const auto parked = parked_.find(window.window);
   if (parked == parked_.end() || parked->second.id != window.id) return;
   const auto facts = look(server_, window, placeFacets, deadline);
-  const bool isBack = facts && server_.layout().showsMostOf(facts->frame);
+  if (!facts) return;
+  const auto place = parked->second.place;
+  if (parked->second.isManagerLate && facts->frame.origin() != place) {
+    parked->second.isManagerLate = false;
+    (void)pushFrame(*facts, place, deadline);
+    return server_.connection().flush();
+  }
+  const bool isBack = server_.layout().showsMostOf(facts->frame);
   if (!isBack || !server_.isWindowManagerSettled(deadline)) return;
   parked_.erase(parked);
   if (LeftState::remembered(facts->state.leftState).states != LeftState::putAway) return;
@@ -328,39 +344,46 @@ void WindowManager::askForMove(const WindowFacts& window, PixelPoint target) {
 std::expected<WindowManager::Moved, AXError> WindowManager::moveTo(const WindowFacts& window,
                                                                    PixelPoint target,
                                                                    Deadline deadline) {
-  auto facts = lookAfterMove(window, target, deadline);
-  if (!facts) return std::unexpected(facts.error());
-  if (facts->frame.origin() == target) return Moved{std::move(*facts)};
+  auto moved = lookAfterMove(window, target, deadline);
+  if (!moved || moved->facts.frame.origin() == target) return moved;
 
-  const bool isManagerLate = facts->frame.origin() == window.frame.origin();
+  auto& facts = moved->facts;
   const auto layout = server_.layout();
-  const bool leaves = !layout.showsMostOf(facts->frame.at(target));
-  const bool isAway = !layout.showsMostOf(facts->frame);
-  if (!leaves && !isAway) return Moved{std::move(*facts)};
-  if (const auto pushed = pushFrame(*facts, target, deadline); !pushed)
+  const bool leaves = !layout.showsMostOf(facts.frame.at(target));
+  const bool isAway = !layout.showsMostOf(facts.frame);
+  if (!leaves && !isAway) return moved;
+  if (const auto pushed = pushFrame(facts, target, deadline); !pushed)
     return std::unexpected(pushed.error());
-  const int dx = target.x - facts->frame.x;
-  const int dy = target.y - facts->frame.y;
-  facts->content = facts->content.at({facts->content.x + dx, facts->content.y + dy});
-  facts->outerCorner = {facts->outerCorner.x + dx, facts->outerCorner.y + dy};
-  facts->frame = facts->frame.at(target);
-  return Moved{std::move(*facts), isManagerLate};
+  const int dx = target.x - facts.frame.x;
+  const int dy = target.y - facts.frame.y;
+  facts.content = facts.content.at({facts.content.x + dx, facts.content.y + dy});
+  facts.outerCorner = {facts.outerCorner.x + dx, facts.outerCorner.y + dy};
+  facts.frame = facts.frame.at(target);
+  return moved;
 }
 
 // Most moves are done at once, and the first event tells of them.
-std::expected<WindowFacts, AXError> WindowManager::lookAfterMove(const WindowFacts& window,
-                                                                 PixelPoint target,
-                                                                 Deadline deadline) {
+std::expected<WindowManager::Moved, AXError> WindowManager::lookAfterMove(const WindowFacts& window,
+                                                                          PixelPoint target,
+                                                                          Deadline deadline) {
   Watch watch(server_, window.window);
   askForMove(window, target);
   const Deadline prompt = std::min(deadlineIn(promptPatience), deadline);
+  const auto hasMoved = [&](const WindowFacts& now) {
+    return now.frame.origin() != window.frame.origin();
+  };
   while (watch.wait(prompt)) {
     auto facts = look(server_, window.key(), placeFacets, deadline);
+    if (!facts) return std::unexpected(facts.error());
     // Wherever it has gone, it is as far as the window manager lets it.
-    if (!facts || facts->frame.origin() != window.frame.origin()) return facts;
+    if (hasMoved(*facts)) return Moved{std::move(*facts)};
   }
-  return lookAfterItActed(watch, window.key(), deadline,
-                          [&](const WindowFacts& now) { return now.frame.origin() == target; });
+  auto facts = lookAfterItActed(watch, window.key(), deadline, [&](const WindowFacts& now) {
+    return now.frame.origin() == target;
+  });
+  if (!facts) return std::unexpected(facts.error());
+  const bool isManagerLate = !watch.isAnswered() && !hasMoved(*facts);
+  return Moved{std::move(*facts), isManagerLate};
 }
 
 std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(Watch& watch,

@@ -40,10 +40,10 @@ class WindowManager {
     // The window manager had not moved it when its time was over, and may do so yet.
     bool isManagerLate = false;
   };
-  // Those that a move has put beyond the monitors and none has brought back. A window manager that
-  // takes over, or that was late, may show a part of them; `parkAgain` puts such a window back to
-  // its place there, without waiting for the window manager. One that somebody else brings back is
-  // parked no longer; `noteParkedMoved` finds out.
+  // Those that a move has put beyond the monitors and none has brought back. Another window manager
+  // that takes over may show a part of them; `parkAgain` puts such a window back to its place
+  // there, without waiting for the window manager. One that somebody else brings back is parked no
+  // longer; `noteParkedMoved` finds out, and puts back what a late window manager has moved.
   std::vector<ParkedWindow> parkedWindows() const;
   void parkAgain(const WindowKey& window, Deadline deadline);
   void noteParkedMoved(const WindowKey& window, Deadline deadline);
@@ -94,8 +94,8 @@ class WindowManager {
   std::expected<WindowFacts, AXError> lookAfterItActed(Watch& watch, const WindowKey& window,
                                                        Deadline deadline, const Condition& isDone);
   // The same after a request to move the frame to the target.
-  std::expected<WindowFacts, AXError> lookAfterMove(const WindowFacts& window, PixelPoint target,
-                                                    Deadline deadline);
+  std::expected<Moved, AXError> lookAfterMove(const WindowFacts& window, PixelPoint target,
+                                              Deadline deadline);
   std::expected<WindowFacts, AXError> leaveStates(const WindowFacts& window, Deadline deadline);
   std::expected<void, AXError> takeUpStates(const WindowFacts& window, PixelPoint target,
                                             Deadline deadline);
