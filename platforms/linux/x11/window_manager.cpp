@@ -73,29 +73,27 @@ constexpr Facet placeFacets = Facet::state | Facet::frame;
 
 }  // namespace
 
-// Asks the window manager something that it answers in turn, after all that it was asked before:
-// how large the frame of a window would be that is never shown. It costs it a good deal of work.
+// Something that the window manager does in turn, after all that it was asked before: it lets a
+// window grow that is never shown. The server redirects that to it, and it has to grant it to
+// windows that it does not manage (ICCCM).
 class WindowManager::Question {
  public:
-  static bool canBeAsked(const X11Server& server) {
-    return server.windowManagerSupports(server.atoms().netRequestFrameExtents);
-  }
-
-  Question(const X11Atoms& atoms, X11Connection& connection)
+  explicit Question(X11Connection& connection)
       : connection_(connection), window_(xcb_generate_id(connection.raw())) {
-    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_create_window(connection_.raw(), XCB_COPY_FROM_PARENT, window_, connection_.root(), 0, 0, 1,
-                      1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
-                      &mask);
-    connection_.sendToWindowManager(window_, atoms.netRequestFrameExtents, {});
+    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_create_window(connection_.raw(), 0, window_, connection_.root(), 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
+    const std::uint32_t width = 2;
+    xcb_configure_window(connection_.raw(), window_, XCB_CONFIG_WINDOW_WIDTH, &width);
+    connection_.flush();
   }
   Question(const Question&) = delete;
   Question& operator=(const Question&) = delete;
   ~Question() { xcb_destroy_window(connection_.raw(), window_); }
 
   bool isAnsweredBy(const xcb_generic_event_t& event) const {
-    return (event.response_type & 0x7f) == XCB_PROPERTY_NOTIFY &&
-           reinterpret_cast<const xcb_property_notify_event_t&>(event).window == window_;
+    return (event.response_type & 0x7f) == XCB_CONFIGURE_NOTIFY &&
+           reinterpret_cast<const xcb_configure_notify_event_t&>(event).window == window_;
   }
 
  private:
@@ -108,7 +106,7 @@ class WindowManager::Question {
 class WindowManager::Watch {
  public:
   Watch(X11Server& server, xcb_window_t window)
-      : atoms_(server.atoms()), connection_(server.connection()), window_(window) {
+      : connection_(server.connection()), window_(window) {
     const auto parent = server.lastParent(window);
     if (parent != connection_.root()) frame_ = parent;
     connection_.dropEvents();
@@ -126,7 +124,7 @@ class WindowManager::Watch {
     connection_.dropEvents();
   }
 
-  void ask() { question_.emplace(atoms_, connection_); }
+  void ask() { question_.emplace(connection_); }
   bool isAnswered() const { return isAnswered_; }
 
   // Waits for the next changes; false when none come.
@@ -147,17 +145,14 @@ class WindowManager::Watch {
   // Whether it may tell of a change of the window.
   bool take(const xcb_generic_event_t& event) {
     const auto type = event.response_type & 0x7f;
-    if (type == 0) return true;  // the window is gone
-    if (type == XCB_PROPERTY_NOTIFY) {
-      isAnswered_ |= question_ && question_->isAnsweredBy(event);
-      return true;
-    }
+    // The window is gone, or something of it has changed.
+    if (type == 0 || type == XCB_PROPERTY_NOTIFY) return true;
+    if (question_ && question_->isAnsweredBy(event)) return isAnswered_ = true;
     // The events of structure all begin in the same way.
     const auto& structure = reinterpret_cast<const xcb_unmap_notify_event_t&>(event);
     return structure.window == window_ || structure.window == frame_;
   }
 
-  const X11Atoms& atoms_;
   X11Connection& connection_;
   xcb_window_t window_;
   xcb_window_t frame_ = XCB_WINDOW_NONE;
@@ -234,10 +229,9 @@ std::expected<std::optional<WindowManager::Parked>, AXError> WindowManager::chan
 // What the dead one has asked for happens before anybody looks, and before windows of this process
 // may get the numbers of its windows.
 void WindowManager::catchUp() {
-  if (!Question::canBeAsked(server_)) return;
   auto& connection = server_.connection();
   connection.dropEvents();
-  const Question question(server_.atoms(), connection);
+  const Question question(connection);
   const Deadline deadline = deadlineIn(catchUpPatience);
   while (const auto event = connection.waitForEvent(deadline))
     if (question.isAnsweredBy(*event)) break;
@@ -390,7 +384,7 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(Watch& watch
                                                                     const WindowKey& window,
                                                                     Deadline deadline,
                                                                     const Condition& isDone) {
-  if (Question::canBeAsked(server_)) watch.ask();
+  watch.ask();
   // Its time begins when it has been handed the request: the server may keep all waiting.
   std::optional<Deadline> end;
   for (;;) {
