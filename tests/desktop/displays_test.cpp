@@ -177,6 +177,8 @@ TEST_F(Displays, AWindowAndTheStripsAreExactAtTwoPixelsAPoint) {
   const auto note = open(client, "Note", {701, 91, 403, 303});
   ASSERT_NO_FATAL_FAILURE(launch({{"tabsOnAllScreens", true}}, {{"QT_SCALE_FACTOR", "2"}}));
   expectStrips({{602 - 100, 430 - 60, 88, 120}, {1280 - 100, 400 - 60, 88, 120}});
+  const auto hints = desktop.values(pellow->strip(), "WM_NORMAL_HINTS");
+  EXPECT_EQ(std::pair(hints.at(15), hints.at(16)), std::pair(0u, 0u)) << "the base size";
   const PixelRect leftStrip{602 - 100, 430 - 44, 88, 88};
   const PixelRect rightStrip{1280 - 100, 400 - 44, 88, 88};
   for (const auto& [guest, other, strip] :

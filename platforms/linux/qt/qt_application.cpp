@@ -1,6 +1,8 @@
 #include "platforms/linux/qt/qt_application.h"
 
+#include <QPlatformSurfaceEvent>
 #include <QScreen>
+#include <QWindow>
 
 #include "platforms/linux/qt/panel_accessible.h"
 #include "platforms/linux/qt/picture_source.h"
@@ -42,6 +44,18 @@ QtApplication::QtApplication() : application_(prepare(count_), arguments_.data()
   QGuiApplication::setDesktopFileName("pellow");
   ThemeIcon::chooseFallbacks();
   installPanelAccessibility();
+  application_.installEventFilter(&windowFilter_);
+}
+
+// Under a scale factor Qt tells window managers of a base size below zero, which fluxbox takes for
+// a window of 65,534 pixels.
+bool QtApplication::WindowFilter::eventFilter(QObject* object, QEvent* event) {
+  auto* const window =
+      event->type() == QEvent::PlatformSurface ? qobject_cast<QWindow*>(object) : nullptr;
+  if (window && static_cast<QPlatformSurfaceEvent*>(event)->surfaceEventType() ==
+                    QPlatformSurfaceEvent::SurfaceCreated)
+    window->setBaseSize({0, 0});
+  return false;
 }
 
 double QtApplication::scale() const {

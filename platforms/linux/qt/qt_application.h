@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QApplication>
+#include <QObject>
 #include <array>
 
 namespace pellow {
@@ -27,6 +28,10 @@ class QtApplication {
   std::array<char*, 4> arguments_{name_.data(), option_.data(), platform_.data(), nullptr};
   int count_ = 3;
   QApplication application_;
+
+  struct WindowFilter : QObject {
+    bool eventFilter(QObject* object, QEvent* event) override;
+  } windowFilter_;
 };
 
 }  // namespace pellow
