@@ -308,7 +308,10 @@ void PellowController::publish(TabItem tab) {
 // only when the window is hidden.
 Task<> PellowController::putAway(Leaving& leaving) {
   const auto& tab = leaving.tab;
-  if (tab.mechanism == Mechanism::minimize && leaving.wasMinimized) co_return keepInDock(tab);
+  // Those that went before it took their time, in which its user may have taken it out of the Dock.
+  if (tab.mechanism == Mechanism::minimize && leaving.wasMinimized &&
+      (co_await read({tab.window})).front().isMinimized)
+    co_return keepInDock(tab);
   const auto tabFrame =
       shouldAnimate(tab.mechanism) ? strip_->projectedTabFrame(leaving.zone.id) : std::nullopt;
   leaving.claim.setTab(tab);

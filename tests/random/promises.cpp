@@ -142,8 +142,12 @@ void Promises::noteTabs(const Scene& scene) {
     const auto* seen = scene.sightings.window(identify(scene.desktop, tab.window));
     if (seen && seen->mayBeUnwatched) unwatched_.insert(tab.id);
     const auto* application = desktop.application(tab.window.pid);
-    if (!seen || seen->isMinimized || seen->isOffscreen || seen->wasTroubled || !application ||
-        application->hidden || desktop.screens.empty())
+    // More of it may be seen when it has made itself smaller since it was read.
+    const bool wouldBeOffscreen =
+        seen && tab.originalFrame &&
+        desktop.shareOnDisplays({seen->frame.origin, tab.originalFrame->size}) <= hiddenShare;
+    if (!seen || seen->isMinimized || seen->isOffscreen || wouldBeOffscreen || seen->wasTroubled ||
+        !application || application->hidden || desktop.screens.empty())
       reasonable_.insert(tab.id);
     // Its end may have been announced while it was under way.
     if (!application || application->hangs || !desktop.trustsProcess ||

@@ -16,7 +16,6 @@ using simulated::DesktopState;
 using simulated::WindowID;
 using simulated::WindowState;
 
-constexpr double hiddenShare = 0.05;
 constexpr double matchDistance = 4;
 constexpr Seconds timeToBeKnown = 3;  // a new application, to the program
 

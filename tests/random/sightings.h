@@ -12,6 +12,9 @@
 
 namespace pellow::random {
 
+// A window of which the displays show no larger share cannot be seen.
+inline constexpr double hiddenShare = 0.05;
+
 // Who did something to a window.
 enum class Doer {
   program,  // whatever nobody else did

@@ -59,6 +59,20 @@ class BulkStory : public testing::Test {
   }
 };
 
+TEST_F(BulkStory, AWindowThatLeavesTheDockBeforeItsTurnGoesBackThere) {
+  desktop.setDefault("mechanism", "minimize");
+  inbox.minimize();
+  launch();
+  list.answersAfter(0.2);
+  letter.answersAfter(0.2);
+  desktop.after(0.9, [&] { inbox.chooseFromWindowMenu(); });
+  program->pressEverything();
+  EXPECT_EQ(sortedTabs(), (Tabs{"Inbox", "Letter", "Shopping"}));
+  EXPECT_TRUE(inbox.isMinimized());
+  program->pressRestoreAll();
+  expectAllHome();
+}
+
 TEST_F(BulkStory, EverythingIsEveryStandardWindowOfOrdinaryApplications) {
   launch();
   program->pressEverything();
