@@ -31,8 +31,10 @@ struct Pending {
   bool matched = false;
 };
 
+// Without a display a window was put nowhere, and any other may stand there.
 bool isParkedAt(const Candidate& candidate, const ParkingRecord& record) {
-  return std::abs(candidate.frame.minX() - record.parkedOrigin.x) <= matchDistance &&
+  return record.parkedOrigin != record.originalOrigin &&
+         std::abs(candidate.frame.minX() - record.parkedOrigin.x) <= matchDistance &&
          std::abs(candidate.frame.minY() - record.parkedOrigin.y) <= matchDistance;
 }
 
