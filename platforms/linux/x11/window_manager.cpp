@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 
 #include "base/subscription.h"
 
@@ -65,6 +66,7 @@ constexpr Seconds mapPatience = 0.1;
 constexpr Seconds iconifyPatience = 1;
 constexpr Seconds activatePatience = 1;
 constexpr Seconds catchUpPatience = 5;
+constexpr Seconds arrangePatience = 1;  // metacity arranges windows when it has nothing else to do
 
 constexpr std::uint32_t sourcePager = 2;  // "the user wants this", as EWMH has it
 constexpr std::uint32_t iconicState = 3;
@@ -73,30 +75,54 @@ constexpr Facet placeFacets = Facet::state | Facet::frame;
 
 }  // namespace
 
-// Something that the window manager does in turn, after all that it was asked before: it lets a
-// window grow that is never shown. The server redirects that to it, and it has to grant it to
-// windows that it does not manage (ICCCM).
+// Something that the window manager answers in turn, after all that it was asked before. Both are
+// about a window that is never shown.
 class WindowManager::Question {
  public:
-  explicit Question(X11Connection& connection)
-      : connection_(connection), window_(xcb_generate_id(connection.raw())) {
-    const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_create_window(connection_.raw(), 0, window_, connection_.root(), 0, 0, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
-    const std::uint32_t width = 2;
-    xcb_configure_window(connection_.raw(), window_, XCB_CONFIG_WINDOW_WIDTH, &width);
-    connection_.flush();
+  // How large its frame would be. That costs the window manager a good deal of work, and one that
+  // resizes and moves windows only when it has nothing else to do has mostly done so before. Not
+  // all answer.
+  static std::unique_ptr<Question> aboutFrame(X11Server& server) {
+    std::unique_ptr<Question> question(new Question(server.connection()));
+    server.connection().sendToWindowManager(question->window_,
+                                            server.atoms().netRequestFrameExtents, {});
+    return question;
   }
+  // That it may grow. The server redirects that to the window manager, which has to grant it to
+  // windows that it does not manage (ICCCM); so everybody answers.
+  static std::unique_ptr<Question> aboutSize(X11Server& server) {
+    std::unique_ptr<Question> question(new Question(server.connection()));
+    const std::uint32_t width = 2;
+    xcb_configure_window(server.connection().raw(), question->window_, XCB_CONFIG_WINDOW_WIDTH,
+                         &width);
+    server.connection().flush();
+    return question;
+  }
+
   Question(const Question&) = delete;
   Question& operator=(const Question&) = delete;
   ~Question() { xcb_destroy_window(connection_.raw(), window_); }
 
   bool isAnsweredBy(const xcb_generic_event_t& event) const {
-    return (event.response_type & 0x7f) == XCB_CONFIGURE_NOTIFY &&
-           reinterpret_cast<const xcb_configure_notify_event_t&>(event).window == window_;
+    switch (event.response_type & 0x7f) {
+      case XCB_PROPERTY_NOTIFY:
+        return reinterpret_cast<const xcb_property_notify_event_t&>(event).window == window_;
+      case XCB_CONFIGURE_NOTIFY:
+        return reinterpret_cast<const xcb_configure_notify_event_t&>(event).window == window_;
+      default:
+        return false;
+    }
   }
 
  private:
+  explicit Question(X11Connection& connection)
+      : connection_(connection), window_(xcb_generate_id(connection.raw())) {
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_create_window(connection_.raw(), XCB_COPY_FROM_PARENT, window_, connection_.root(), 0, 0, 1,
+                      1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
+                      &mask);
+  }
+
   X11Connection& connection_;
   xcb_window_t window_;
 };
@@ -124,7 +150,7 @@ class WindowManager::Watch {
     connection_.dropEvents();
   }
 
-  void ask() { question_.emplace(connection_); }
+  void ask(std::unique_ptr<Question> question) { question_ = std::move(question); }
   bool isAnswered() const { return isAnswered_; }
 
   // Waits for the next changes; false when none come.
@@ -145,9 +171,9 @@ class WindowManager::Watch {
   // Whether it may tell of a change of the window.
   bool take(const xcb_generic_event_t& event) {
     const auto type = event.response_type & 0x7f;
+    if (question_ && question_->isAnsweredBy(event)) return isAnswered_ = true;
     // The window is gone, or something of it has changed.
     if (type == 0 || type == XCB_PROPERTY_NOTIFY) return true;
-    if (question_ && question_->isAnsweredBy(event)) return isAnswered_ = true;
     // The events of structure all begin in the same way.
     const auto& structure = reinterpret_cast<const xcb_unmap_notify_event_t&>(event);
     return structure.window == window_ || structure.window == frame_;
@@ -156,7 +182,7 @@ class WindowManager::Watch {
   X11Connection& connection_;
   xcb_window_t window_;
   xcb_window_t frame_ = XCB_WINDOW_NONE;
-  std::optional<Question> question_;
+  std::unique_ptr<Question> question_;
   bool isAnswered_ = false;
 };
 
@@ -184,7 +210,7 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
   exchangeParked(window, parked ? *parked : before);
   if (!parked) return std::unexpected(parked.error());
   // It may have acted just before anybody minded.
-  if (*parked && (*parked)->isManagerLate) noteParkedMoved(window, deadline);
+  if (*parked && !hasPassed((*parked)->lateUntil)) noteParkedMoved(window, deadline);
   return {};
 }
 
@@ -198,7 +224,8 @@ std::expected<std::optional<WindowManager::Parked>, AXError> WindowManager::chan
   const bool isShown = layout.showsMostOf(facts->frame);
   const bool comes = layout.showsMostOf(facts->frame.at(target));
   auto left = LeftState::remembered(facts->state.leftState);
-  if (LeftState::of(facts->state).isFixed()) {
+  const bool leavesStates = LeftState::of(facts->state).isFixed();
+  if (leavesStates) {
     facts = leaveStates(*facts, deadline);
     if (!facts) return std::unexpected(facts.error());
     left = LeftState::remembered(facts->state.leftState);
@@ -220,7 +247,8 @@ std::expected<std::optional<WindowManager::Parked>, AXError> WindowManager::chan
   if (!comes) {
     left.states &= ~LeftState::onItsWay;
     remember(*facts, left);
-    return Parked{target, moved->isManagerLate};
+    const auto settled = leavesStates ? deadlineIn(arrangePatience) : Deadline();
+    return Parked{target, moved->isManagerLate ? Deadline::max() : settled};
   }
   if (!facts->state.leftState.empty()) remember(*facts, {});
   return std::nullopt;
@@ -231,10 +259,10 @@ std::expected<std::optional<WindowManager::Parked>, AXError> WindowManager::chan
 void WindowManager::catchUp() {
   auto& connection = server_.connection();
   connection.dropEvents();
-  const Question question(connection);
+  const auto question = Question::aboutSize(server_);
   const Deadline deadline = deadlineIn(catchUpPatience);
   while (const auto event = connection.waitForEvent(deadline))
-    if (question.isAnsweredBy(*event)) break;
+    if (question->isAnsweredBy(*event)) break;
 }
 
 void WindowManager::finishInterruptedMoves() {
@@ -268,7 +296,7 @@ std::vector<WindowManager::ParkedWindow> WindowManager::parkedWindows() const {
   const std::lock_guard lock(parkedMutex_);
   std::vector<ParkedWindow> windows;
   for (const auto& [window, parked] : parked_)
-    windows.push_back({{window, parked.id}, parked.isManagerLate});
+    windows.push_back({{window, parked.id}, !hasPassed(parked.lateUntil)});
   return windows;
 }
 
@@ -308,8 +336,9 @@ void WindowManager::noteParkedMoved(const WindowKey& window, Deadline deadline) 
   const auto facts = look(server_, window, placeFacets, deadline);
   if (!facts) return;
   const auto place = parked->second.place;
-  if (parked->second.isManagerLate && facts->frame.origin() != place) {
-    parked->second.isManagerLate = false;
+  auto& lateUntil = parked->second.lateUntil;
+  if (!hasPassed(lateUntil) && facts->frame.origin() != place) {
+    lateUntil = std::min(lateUntil, deadlineIn(arrangePatience));
     (void)pushFrame(*facts, place, deadline);
     return server_.connection().flush();
   }
@@ -384,7 +413,8 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(Watch& watch
                                                                     const WindowKey& window,
                                                                     Deadline deadline,
                                                                     const Condition& isDone) {
-  watch.ask();
+  if (server_.windowManagerSupports(server_.atoms().netRequestFrameExtents))
+    watch.ask(Question::aboutFrame(server_));
   // Its time begins when it has been handed the request: the server may keep all waiting.
   std::optional<Deadline> end;
   for (;;) {

@@ -37,7 +37,8 @@ class WindowManager {
 
   struct ParkedWindow {
     WindowKey key;
-    // The window manager had not moved it when its time was over, and may do so yet.
+    // The window manager had not moved it when its time was over, or still arranges it after a
+    // change of its state: it may move it yet.
     bool isManagerLate = false;
   };
   // Those that a move has put beyond the monitors and none has brought back. Another window manager
@@ -72,7 +73,7 @@ class WindowManager {
   using Condition = std::function<bool(const WindowFacts&)>;
   struct Parked {
     PixelPoint place;  // of the frame
-    bool isManagerLate = false;
+    Deadline lateUntil;
     std::uint64_t id = 0;       // of the window
     bool isAskedAgain = false;  // the window manager, for the place
   };
