@@ -118,7 +118,7 @@ void X11EventMonitors::readModifiers() {
   auto& connection = server_.connection();
   auto pending = connection.pending<xcb_xkb_get_state_reply_t>(
       xcb_xkb_get_state(connection.raw(), coreKeyboard));
-  const auto state = pending.collect(deadlineIn(longServerPatience));
+  const auto state = pending.collect(deadlineIn(serverPatience));
   if (!state) return;
   modifiers_ = (*state)->mods;
   group_ = (*state)->group;
@@ -237,7 +237,7 @@ AppKitPoint X11EventMonitors::pointerLocation() const {
   auto& connection = server_.connection();
   auto pending = connection.pending<xcb_query_pointer_reply_t>(
       xcb_query_pointer(connection.raw(), connection.root()));
-  const auto pointer = pending.collect(deadlineIn(longServerPatience));
+  const auto pointer = pending.collect(deadlineIn(serverPatience));
   const auto layout = server_.layout();
   if (!pointer) return layout.toAppKit(PixelPoint{});
   return layout.toAppKit(PixelPoint{(*pointer)->root_x, (*pointer)->root_y});
