@@ -120,6 +120,8 @@ TEST_F(ScreenCaptureTest, ShowsAWindowWholeWhateverCoversIt) {
   const auto content = desktop.content(window.id());
   ASSERT_GT(content.y, frame.y);
   desktop.movePointer(content.x + 50, content.y + 50);
+  // Its title bar changes its colours once more when it gets the focus.
+  ASSERT_TRUE(eventually([&] { return desktop.activeWindow() == window.id(); }));
   const auto inSight = picture(window.id());
   EXPECT_EQ(inSight->size(), (Size{double(frame.width), double(frame.height)}));
   const int left = content.x - frame.x;
