@@ -79,9 +79,8 @@ constexpr Facet placeFacets = Facet::state | Facet::frame;
 // about a window that is never shown.
 class WindowManager::Question {
  public:
-  // How large its frame would be. That costs the window manager a good deal of work, and one that
-  // resizes and moves windows only when it has nothing else to do has mostly done so before. Not
-  // all answer.
+  // How large its frame would be. That costs the window manager a good deal of work, and not all
+  // answer.
   static std::unique_ptr<Question> aboutFrame(X11Server& server) {
     std::unique_ptr<Question> question(new Question(server.connection()));
     server.connection().sendToWindowManager(question->window_,
