@@ -43,7 +43,7 @@ Alert screenRecordingAlert() {
 AppDelegate::AppDelegate(Platform& platform)
     : platform_(platform),
       preferences_(platform.userDefaults(), notifications_),
-      zones_(platform.userDefaults(), notifications_, platform.uuidSource()),
+      zones_(platform.userDefaults(), preferences_, notifications_, platform.uuidSource()),
       shortcuts_(platform.userDefaults(), notifications_),
       alerts_(platform.alerts(), platform.process()),
       controller_({.accessibility = platform.accessibility(),
@@ -108,7 +108,7 @@ void AppDelegate::begin() {
 
 void AppDelegate::checkScreenRecordingIfNeeded() {
   auto& screenCapture = platform_.screenCapture();
-  if (!boolean(platform_.userDefaults(), preference::useThumbnails)) return;
+  if (!preferences_.value(preference::useThumbnails)) return;
   if (screenCapture.preflightAccess()) return;
   screenCapture.requestAccess();
   permissionAlert_.start(explainPermission(screenRecordingAlert(), screenRecordingSettings));
@@ -118,7 +118,7 @@ void AppDelegate::logPermissions() {
   platform_.log().standard(
       "Permissions at launch: accessibility={} screenRecording={} snapshotsEnabled={}",
       platform_.accessibility().isProcessTrusted(), platform_.screenCapture().preflightAccess(),
-      boolean(platform_.userDefaults(), preference::useThumbnails));
+      preferences_.value(preference::useThumbnails));
 }
 
 void AppDelegate::installHotkeys() {
@@ -160,11 +160,8 @@ void AppDelegate::perform(ShortcutAction action) {
 }
 
 void AppDelegate::toggleFloatAbove() {
-  auto& defaults = platform_.userDefaults();
-  // Written eventually; what cannot be kept is told by the store of the defaults itself.
-  (void)defaults.set(preference::floatAboveWindows,
-                     !boolean(defaults, preference::floatAboveWindows));
-  notifications_.post(Preferences::didChange);
+  preferences_.set(preference::floatAboveWindows,
+                   !preferences_.value(preference::floatAboveWindows));
 }
 
 }  // namespace pellow

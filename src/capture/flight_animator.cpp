@@ -3,13 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "model/preferences.h"
-
 namespace pellow {
 namespace {
 
-constexpr Seconds shortest = 0.1;
-constexpr Seconds longest = 1.2;
 constexpr double iconShare = 0.6;  // of the window's smaller side
 constexpr double iconAtMost = 180;
 constexpr double tooSmall = 1.0;
@@ -33,10 +29,6 @@ bool canBeSeen(const AppKitRect& rect) {
 }
 
 }  // namespace
-
-Seconds FlightAnimator::duration() const {
-  return std::clamp(number(defaults_, preference::animationDuration), shortest, longest);
-}
 
 AppKitRect FlightAnimator::landing(const AppKitRect& rect, const AppKitRect& tabFrame) {
   if (rect.width() <= 0 || rect.height() <= 0) return tabFrame;
@@ -73,7 +65,7 @@ void FlightAnimator::fly(const Image& image, const AppKitRect& from, const AppKi
                     .look = {.content = Picture{image}, .cornerRadius = cornerRadius}});
   panel.animate(from, fadeFrom, 0, AnimationTiming::linear, nullptr);
   panel.orderFront();
-  panel.animate(to, fadeTo, duration(), AnimationTiming::easeInOut,
+  panel.animate(to, fadeTo, preferences_.animationDuration(), AnimationTiming::easeInOut,
                 [this, flight, done = std::move(completion)] {
                   flying_.erase(flight);
                   if (done) done();

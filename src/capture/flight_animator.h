@@ -5,10 +5,9 @@
 #include <memory>
 
 #include "base/geometry.h"
-#include "platform/clock.h"
+#include "model/preferences.h"
 #include "platform/image.h"
 #include "platform/panels.h"
-#include "platform/user_defaults.h"
 
 namespace pellow {
 
@@ -19,11 +18,9 @@ class FlightAnimator {
   // What flies: the window's own picture, or the application's icon in its stead.
   enum class Subject { picture, icon };
 
-  FlightAnimator(Panels& panels, const UserDefaults& defaults)
-      : panels_(panels), defaults_(defaults) {}
-
-  // How long every flight takes, as the user wants it.
-  Seconds duration() const;
+  // Every flight takes `preferences.animationDuration()`.
+  FlightAnimator(Panels& panels, const Preferences& preferences)
+      : panels_(panels), preferences_(preferences) {}
 
   // From the window, shrinking and fading, into the tab. `completion` runs once; at once when there
   // is nothing to see.
@@ -42,7 +39,7 @@ class FlightAnimator {
 
  private:
   Panels& panels_;
-  const UserDefaults& defaults_;
+  const Preferences& preferences_;
   std::list<std::unique_ptr<Panel>> flying_;
 };
 

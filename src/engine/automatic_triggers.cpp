@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "access/ax.h"
-#include "model/preferences.h"
 
 namespace pellow {
 namespace {
@@ -29,7 +28,7 @@ std::vector<QuartzRect> framesOnScreen(Accessibility& accessibility, ProcessID p
 void AutomaticTriggers::windowWasMinimized(const TargetWindow& window) {
   if (around_.store.contains(window) || around_.ledger.contains(window)) return;
   if (const auto tab = takeLateMinimize(window)) return onMinimizedLate(*tab);
-  if (!boolean(around_.userDefaults, preference::pellowOnMinimize)) return;
+  if (!around_.preferences.value(preference::pellowOnMinimize)) return;
   if (around_.echoes.isMinimizeSuppressed()) return;
   around_.echoes.settle(window.pid, EchoGuard::settleTime);
   around_.log.standard("Window minimized elsewhere; pellowing it");
@@ -51,7 +50,7 @@ std::optional<TabItem> AutomaticTriggers::takeLateMinimize(const TargetWindow& w
 }
 
 bool AutomaticTriggers::ignoresActivation(ProcessID pid) const {
-  return !boolean(around_.userDefaults, preference::restoreOnActivation) ||
+  return !around_.preferences.value(preference::restoreOnActivation) ||
          around_.echoes.isActivationSuppressed() || around_.echoes.isSettling(pid);
 }
 

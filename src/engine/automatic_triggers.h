@@ -12,10 +12,10 @@
 #include "engine/displays.h"
 #include "engine/echo_guard.h"
 #include "engine/ledger.h"
+#include "model/preferences.h"
 #include "model/tab_item.h"
 #include "model/tab_store.h"
 #include "platform/accessibility.h"
-#include "platform/user_defaults.h"
 
 namespace pellow {
 
@@ -31,9 +31,9 @@ class AutomaticTriggers {
     EchoGuard& echoes;
     const Ledger& ledger;
     const Log& log;
+    const Preferences& preferences;
     const TabStore& store;
     TaskScope& tasks;
-    const UserDefaults& userDefaults;
   };
 
   explicit AutomaticTriggers(const Surroundings& surroundings) : around_(surroundings) {}

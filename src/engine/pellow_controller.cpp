@@ -47,24 +47,28 @@ PellowController::PellowController(const Surroundings& surroundings)
                    .parking = parking_,
                    .parkedWindows = parkedWindows_,
                    .workspace = around_.workspace}),
-      snapshots_({.accessibility = around_.accessibility,
-                  .axQueue = axQueue_,
-                  .clock = around_.clock,
-                  .log = around_.log,
-                  .mainQueue = around_.queues.main(),
-                  .screenCapture = around_.screenCapture,
-                  .userDefaults = around_.userDefaults}),
-      flights_(around_.panels, around_.userDefaults),
+      snapshots_({
+          .accessibility = around_.accessibility,
+          .axQueue = axQueue_,
+          .clock = around_.clock,
+          .log = around_.log,
+          .mainQueue = around_.queues.main(),
+          .preferences = around_.preferences,
+          .screenCapture = around_.screenCapture,
+      }),
+      flights_(around_.panels, around_.preferences),
       failures_(around_.alerts, around_.log, tasks_),
-      triggers_({.accessibility = around_.accessibility,
-                 .axQueue = axQueue_,
-                 .displays = displays_,
-                 .echoes = echoes_,
-                 .ledger = ledger_,
-                 .log = around_.log,
-                 .store = store_,
-                 .tasks = tasks_,
-                 .userDefaults = around_.userDefaults}),
+      triggers_({
+          .accessibility = around_.accessibility,
+          .axQueue = axQueue_,
+          .displays = displays_,
+          .echoes = echoes_,
+          .ledger = ledger_,
+          .log = around_.log,
+          .preferences = around_.preferences,
+          .store = store_,
+          .tasks = tasks_,
+      }),
       bulkActions_({.accessibility = around_.accessibility,
                     .axQueue = axQueue_,
                     .failures = failures_,
@@ -133,13 +137,13 @@ void PellowController::start() {
       TabStripController::Surroundings{.tabs = store_,
                                        .zones = around_.zones,
                                        .preferences = around_.preferences,
-                                       .defaults = around_.userDefaults,
                                        .clock = around_.clock,
                                        .mainQueue = around_.queues.main(),
                                        .screens = around_.screens,
                                        .panels = around_.panels,
                                        .notifications = around_.notifications});
   strip_->onActivate = [this](const std::vector<UUID>& ids) { restore(ids); };
+  strip_->start();
 
   subscriptions_.push_back(around_.workspace.onDidActivateApplication([this](ProcessID pid) {
     if (!around_.alerts.isPresenting()) triggers_.appActivated(pid);
@@ -370,7 +374,7 @@ void PellowController::restore(const std::vector<UUID>& ids) {
 // While windows come back, their applications become active one after another; these activations
 // must not bring back more.
 Task<> PellowController::restoreBatch(std::list<Returning> returning) {
-  const auto each = flights_.duration();
+  const auto each = around_.preferences.animationDuration();
   echoes_.suppressActivation(each * static_cast<double>(returning.size()) + restoreBatchExtra);
   std::vector<PellowError> failures;
   while (!returning.empty()) {
@@ -504,8 +508,7 @@ void PellowController::tabsDidChange() {
 // Flights
 
 bool PellowController::shouldAnimate(Mechanism mechanism) const {
-  return mechanism != Mechanism::minimize &&
-         boolean(around_.userDefaults, preference::animateFlight);
+  return mechanism != Mechanism::minimize && around_.preferences.value(preference::animateFlight);
 }
 
 void PellowController::flyOut(const TabItem& tab, const AppKitRect& tabFrame) {

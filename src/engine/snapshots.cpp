@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "access/ax.h"
-#include "model/preferences.h"
 
 namespace pellow {
 namespace {
@@ -32,13 +31,13 @@ std::optional<Subject> readSubject(const TargetWindow& window) {
 }  // namespace
 
 bool Snapshots::isEnabled() const {
-  return boolean(around_.userDefaults, preference::useThumbnails) &&
+  return around_.preferences.value(preference::useThumbnails) &&
          around_.screenCapture.preflightAccess();
 }
 
 Task<std::optional<Image>> Snapshots::snapshotIfEnabled(ProcessID pid, std::string title,
                                                         QuartzRect frame) {
-  if (!boolean(around_.userDefaults, preference::useThumbnails)) co_return std::nullopt;
+  if (!around_.preferences.value(preference::useThumbnails)) co_return std::nullopt;
   if (!around_.screenCapture.preflightAccess()) {
     const bool warned = std::exchange(warnedAboutScreenRecording_, true);
     if (!warned && onScreenRecordingDenied) onScreenRecordingDenied();

@@ -11,11 +11,11 @@
 #include "base/log.h"
 #include "base/task.h"
 #include "capture/window_capture.h"
+#include "model/preferences.h"
 #include "platform/clock.h"
 #include "platform/image.h"
 #include "platform/queues.h"
 #include "platform/screen_capture.h"
-#include "platform/user_defaults.h"
 
 namespace pellow {
 
@@ -31,8 +31,8 @@ class Snapshots {
     const Clock& clock;
     const Log& log;
     MainQueue& mainQueue;
+    const Preferences& preferences;
     ScreenCapture& screenCapture;
-    const UserDefaults& userDefaults;
   };
 
   explicit Snapshots(const Surroundings& surroundings)

@@ -1,93 +1,127 @@
 #pragma once
 
-#include <array>
 #include <map>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <type_traits>
 
 #include "base/notification_center.h"
+#include "base/raw_value.h"
 #include "model/mechanism.h"
+#include "model/strip_edge.h"
 #include "model/tab_scope.h"
 #include "platform/user_defaults.h"
 
 namespace pellow {
 
-// The keys of the user defaults that hold the user's settings. Readers take booleans and numbers
-// straight from there: `boolean(defaults, preference::autoHideStrip)`; every one has a default.
+enum class Sharing { synced, thisMachine };
+
+// One setting: its key in the user defaults and what it is while nothing is stored.
+template <class T>
+struct Preference {
+  std::string_view key;
+  T registered;
+  Sharing sharing = Sharing::synced;
+  T unknown{};  // what a stored text that names no case of an enumeration reads as
+};
+
+// The table of all settings other than zones, pins and shortcuts.
 namespace preference {
-inline constexpr std::string_view mechanism = "mechanism";
-inline constexpr std::string_view tabScope = "tabScope";
-inline constexpr std::string_view edge = "edge";  // of an earlier version, for the first zone
-inline constexpr std::string_view showTitles = "showTitles";
-inline constexpr std::string_view tabsOnAllScreens = "tabsOnAllScreens";
-inline constexpr std::string_view useThumbnails = "useThumbnails";
-inline constexpr std::string_view thumbnailTabs = "thumbnailTabs";
-inline constexpr std::string_view animateFlight = "animateFlight";
-inline constexpr std::string_view animationDuration = "animationDuration";  // seconds
-inline constexpr std::string_view tabSize = "tabSize";                      // points
-inline constexpr std::string_view autoHideStrip = "autoHideStrip";
-inline constexpr std::string_view restoreOnActivation = "restoreOnActivation";
-inline constexpr std::string_view pellowOnMinimize = "pellowOnMinimize";
-inline constexpr std::string_view floatAboveWindows = "floatAboveWindows";
-inline constexpr std::string_view previewOnHover = "previewOnHover";
-inline constexpr std::string_view previewSize = "previewSize";  // points
-inline constexpr std::string_view syncSettings = "syncSettings";
+
+inline constexpr Preference<Mechanism> mechanism{"mechanism", Mechanism::offscreen};
+inline constexpr Preference<TabScope> tabScope{"tabScope", TabScope::window};
+inline constexpr Preference<StripEdge> edge{
+    // of an earlier version, for the first zone
+    "edge", StripEdge::right, Sharing::thisMachine, StripEdge::right};
+inline constexpr Preference<bool> showTitles{"showTitles", false};
+inline constexpr Preference<bool> tabsOnAllScreens{"tabsOnAllScreens", false};
+inline constexpr Preference<bool> useThumbnails{"useThumbnails", false};
+inline constexpr Preference<bool> thumbnailTabs{"thumbnailTabs", true};
+inline constexpr Preference<bool> animateFlight{"animateFlight", true};
+inline constexpr Preference<double> animationDuration{"animationDuration", 0.32};  // seconds
+inline constexpr Preference<double> tabSize{"tabSize", 34};                        // points
+inline constexpr Preference<bool> autoHideStrip{"autoHideStrip", false};
+inline constexpr Preference<bool> restoreOnActivation{"restoreOnActivation", true};
+inline constexpr Preference<bool> pellowOnMinimize{"pellowOnMinimize", true};
+inline constexpr Preference<bool> floatAboveWindows{"floatAboveWindows", true};
+inline constexpr Preference<bool> previewOnHover{"previewOnHover", true};
+inline constexpr Preference<double> previewSize{"previewSize", 320};  // points
+inline constexpr Preference<bool> syncSettings{"syncSettings", true, Sharing::thisMachine};
+
+// In the order in which the synced ones are written.
+inline constexpr std::tuple all{mechanism,        tabScope,          edge,
+                                showTitles,       tabsOnAllScreens,  useThumbnails,
+                                thumbnailTabs,    animateFlight,     animationDuration,
+                                tabSize,          autoHideStrip,     restoreOnActivation,
+                                pellowOnMinimize, floatAboveWindows, previewOnHover,
+                                previewSize,      syncSettings};
+
 }  // namespace preference
 
-// The user's settings other than zones, pins and shortcuts. Whoever writes a boolean or a number
-// posts `didChange`. Nothing is cached. Main thread.
+// The one door to the user's settings other than zones, pins and shortcuts. They live in the user
+// defaults; nothing is cached. Main thread.
 class Preferences {
  public:
+  // Posted by every write.
   static constexpr const char* didChange = "pellow.preferencesDidChange";
 
   using Values = std::map<std::string, DefaultsValue, std::less<>>;
 
-  // The keys that the user's machines share, in the order in which they are written.
-  static constexpr std::array<std::string_view, 15> syncableKeys{preference::mechanism,
-                                                                 preference::tabScope,
-                                                                 preference::showTitles,
-                                                                 preference::tabsOnAllScreens,
-                                                                 preference::useThumbnails,
-                                                                 preference::thumbnailTabs,
-                                                                 preference::animateFlight,
-                                                                 preference::animationDuration,
-                                                                 preference::tabSize,
-                                                                 preference::autoHideStrip,
-                                                                 preference::restoreOnActivation,
-                                                                 preference::pellowOnMinimize,
-                                                                 preference::floatAboveWindows,
-                                                                 preference::previewOnHover,
-                                                                 preference::previewSize};
-
-  // Registers the default of every key.
+  // Registers the value of every setting that has none stored.
   Preferences(UserDefaults& defaults, NotificationCenter& notifications);
 
-  // A text without a meaning reads as `minimize`.
-  Mechanism mechanism() const;
-  void setMechanism(Mechanism mechanism);
+  // `preferences.value(preference::animateFlight)`.
+  template <class T>
+  T value(const Preference<T>& preference) const;
+  template <class T>
+  void set(const Preference<T>& preference, std::type_identity_t<T> value);
 
-  // Anything but "app" reads as `window`.
-  TabScope tabScope() const;
-  void setTabScope(TabScope scope);
+  Mechanism mechanism() const { return value(preference::mechanism); }
+  TabScope tabScope() const { return value(preference::tabScope); }
 
   // The size of a tab where neither it nor its zone has one, from 20 to 72 points.
   double tabSize() const;
 
+  // How long a strip slides and a picture flies, from 0.1 to 1.2 seconds.
+  double animationDuration() const;
+
   // Whether tabs show the picture of their window instead of the application's icon.
   bool pictureTabs() const;
 
-  // The shared settings as they stand, registered defaults included.
+  // The synced settings as they stand, registered values included.
   Values exportForSync() const;
 
-  // Writes every shared setting among `values`, whatever is stored now, and posts once if there was
-  // one. The others are ignored.
+  // Writes every synced setting among `values`, even if it is stored already, and posts once if
+  // there was one. The others are ignored.
   void applySynced(const Values& values);
 
  private:
+  void write(std::string_view key, DefaultsValue value);
   void post() const;
 
   UserDefaults& defaults_;
   NotificationCenter& notifications_;
 };
+
+template <class T>
+T Preferences::value(const Preference<T>& preference) const {
+  if constexpr (std::is_same_v<T, bool>)
+    return boolean(defaults_, preference.key);
+  else if constexpr (std::is_same_v<T, double>)
+    return number(defaults_, preference.key);
+  else
+    return fromRawValue<T>(text(defaults_, preference.key).value_or(""))
+        .value_or(preference.unknown);
+}
+
+template <class T>
+void Preferences::set(const Preference<T>& preference, std::type_identity_t<T> value) {
+  if constexpr (std::is_enum_v<T>)
+    write(preference.key, std::string(rawValue(value)));
+  else
+    write(preference.key, value);
+  post();
+}
 
 }  // namespace pellow

@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include "base/json.h"
-#include "model/preferences.h"
 
 namespace pellow {
 namespace {
@@ -26,9 +25,7 @@ void write(UserDefaults& defaults, std::string_view key, const nlohmann::json& j
 }
 
 // The one strip of an earlier version.
-TabZone migratedZone(const UserDefaults& defaults, UUID id) {
-  const auto stored = text(defaults, preference::edge).value_or("");
-  const auto edge = fromRawValue<StripEdge>(stored).value_or(StripEdge::right);
+TabZone migratedZone(StripEdge edge, UUID id) {
   return {.id = id,
           .name = "Tabs",
           .position = {edge == StripEdge::right ? 1.0 : 0.0, 0.5},
@@ -42,18 +39,19 @@ ZonePosition staggered(std::size_t zonesBefore) {
 
 }  // namespace
 
-ZoneStore::ZoneStore(UserDefaults& defaults, NotificationCenter& notifications, UUIDSource& uuids)
+ZoneStore::ZoneStore(UserDefaults& defaults, const Preferences& preferences,
+                     NotificationCenter& notifications, UUIDSource& uuids)
     : defaults_(defaults), notifications_(notifications), uuids_(uuids) {
-  loadZones();
+  loadZones(preferences);
   pins = read<Pins>(defaults_, pinsKey).value_or(Pins{});
 }
 
-void ZoneStore::loadZones() {
+void ZoneStore::loadZones(const Preferences& preferences) {
   if (auto stored = read<std::vector<TabZone>>(defaults_, zonesKey); stored && !stored->empty()) {
     zones_ = std::move(*stored);
     return;
   }
-  zones_ = {migratedZone(defaults_, uuids_.next())};
+  zones_ = {migratedZone(preferences.value(preference::edge), uuids_.next())};
   persist();
 }
 

@@ -9,6 +9,7 @@
 
 #include "base/notification_center.h"
 #include "base/uuid.h"
+#include "model/preferences.h"
 #include "model/tab_zone.h"
 #include "platform/user_defaults.h"
 #include "platform/uuid_source.h"
@@ -26,7 +27,9 @@ class ZoneStore {
 
   using Pins = std::map<std::string, UUID, std::less<>>;  // bundle identifier to zone
 
-  ZoneStore(UserDefaults& defaults, NotificationCenter& notifications, UUIDSource& uuids);
+  // Without stored zones the first one stands where the preferences of an earlier version say.
+  ZoneStore(UserDefaults& defaults, const Preferences& preferences,
+            NotificationCenter& notifications, UUIDSource& uuids);
 
   const std::vector<TabZone>& zones() const { return zones_; }
 
@@ -59,7 +62,7 @@ class ZoneStore {
                    std::optional<UUID> defaultZoneID);
 
  private:
-  void loadZones();
+  void loadZones(const Preferences& preferences);
   void persist();
   void storeDefaultZoneID(UUID id);
   void post() const;

@@ -38,7 +38,7 @@ std::vector<StripEntry> inZone(std::vector<StripEntry> entries, UUID zoneID) {
 
 }  // namespace
 
-TabStripController::TabStripController(const Surroundings& surroundings) : around_(surroundings) {
+void TabStripController::start() {
   const auto observe = [this](const char* name, void (TabStripController::*react)()) {
     subscriptions_.push_back(
         around_.notifications.observe(name, [this, react] { (this->*react)(); }));
@@ -76,8 +76,7 @@ void TabStripController::rebuildPanels() {
 }
 
 std::unique_ptr<TabStripPanel> TabStripController::makePanel() {
-  auto panel =
-      std::make_unique<TabStripPanel>(around_.panels, around_.preferences, around_.defaults);
+  auto panel = std::make_unique<TabStripPanel>(around_.panels, around_.preferences);
   panel->onActivate = [this](const std::vector<UUID>& ids) {
     if (onActivate) onActivate(ids);
   };
@@ -140,7 +139,7 @@ StripEntry TabStripController::makeEntry(const TabItem& tab, const TabZone& zone
           .zoneID = zone.id,
           .size = tab.size.value_or(zone.tabSize.value_or(around_.preferences.tabSize())),
           .hasOwnSize = tab.size.has_value(),
-          .showsTitle = tab.showsTitle.value_or(boolean(around_.defaults, preference::showTitles)),
+          .showsTitle = tab.showsTitle.value_or(around_.preferences.value(preference::showTitles)),
           .screenID = tab.screenID,
           .appName = tab.appName,
           .isPinned = pinned && pinned->id == zone.id};
@@ -148,7 +147,7 @@ StripEntry TabStripController::makeEntry(const TabItem& tab, const TabZone& zone
 
 std::vector<Screen> TabStripController::screens(const TabZone& zone) const {
   auto all = around_.screens.all();
-  if (boolean(around_.defaults, preference::tabsOnAllScreens)) return all;
+  if (around_.preferences.value(preference::tabsOnAllScreens)) return all;
   if (zone.displayID) {
     const auto own = std::ranges::find(all, zone.displayID, &Screen::displayID);
     if (own != all.end()) return {*own};
@@ -169,7 +168,7 @@ std::optional<AppKitRect> TabStripController::projectedTabFrame(UUID zoneID) con
   if (shownOn.empty()) return std::nullopt;
   auto all = items(entries(zone.id));
   all.push_back({zone.tabSize.value_or(around_.preferences.tabSize()),
-                 boolean(around_.defaults, preference::showTitles)});
+                 around_.preferences.value(preference::showTitles)});
   return geometry(all, zone, shownOn.front())
       .itemFrameOnScreen(all.size() - 1, zone, shownOn.front().visibleFrame);
 }

@@ -18,7 +18,6 @@
 #include "platform/panels.h"
 #include "platform/queues.h"
 #include "platform/screens.h"
-#include "platform/user_defaults.h"
 #include "strips/strip_entry.h"
 #include "strips/strip_geometry.h"
 #include "strips/tab_strip_panel.h"
@@ -34,7 +33,6 @@ class TabStripController {
     const TabStore& tabs;
     const ZoneStore& zones;
     const Preferences& preferences;
-    const UserDefaults& defaults;
     Clock& clock;
     MainQueue& mainQueue;
     Screens& screens;
@@ -42,8 +40,10 @@ class TabStripController {
     NotificationCenter& notifications;
   };
 
-  // Shows the strips.
-  explicit TabStripController(const Surroundings& surroundings);
+  explicit TabStripController(const Surroundings& surroundings) : around_(surroundings) {}
+
+  // Shows the strips and begins to follow. Once, after launch.
+  void start();
 
   // The user clicked an entry that stands for these tabs.
   std::function<void(const std::vector<UUID>& tabIDs)> onActivate;

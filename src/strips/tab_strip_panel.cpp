@@ -19,9 +19,8 @@ View background(std::string key, Size size, ViewContent content) {
 
 }  // namespace
 
-TabStripPanel::TabStripPanel(Panels& panels, const Preferences& preferences,
-                             const UserDefaults& defaults)
-    : preferences_(preferences), defaults_(defaults), panel_(panels.makePanel("pellow-strip")) {}
+TabStripPanel::TabStripPanel(Panels& panels, const Preferences& preferences)
+    : preferences_(preferences), panel_(panels.makePanel("pellow-strip")) {}
 
 void TabStripPanel::render(const std::vector<StripEntry>& entries, const Screen& screen,
                            const TabZone& zone) {
@@ -29,7 +28,7 @@ void TabStripPanel::render(const std::vector<StripEntry>& entries, const Screen&
       items(entries), StripRun::make(zone.snap, screen.visibleFrame, preferences_.pictureTabs()));
   const auto chrome = StripChrome::make(geometry, zone);
 
-  panel_->setLevel(boolean(defaults_, preference::floatAboveWindows) ? PanelLevel::statusWindow
+  panel_->setLevel(preferences_.value(preference::floatAboveWindows) ? PanelLevel::statusWindow
                                                                      : PanelLevel::desktopIcons);
   panel_->setFrame(stripFrame(zone, chrome.totalSize, screen.visibleFrame, true));
   panel_->setContent(makeContent(entries, geometry, chrome, zone));

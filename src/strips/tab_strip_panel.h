@@ -8,7 +8,6 @@
 #include "model/tab_zone.h"
 #include "platform/panels.h"
 #include "platform/screens.h"
-#include "platform/user_defaults.h"
 #include "strips/strip_entry.h"
 #include "strips/strip_geometry.h"
 
@@ -17,7 +16,7 @@ namespace pellow {
 // The panel that shows one zone's tabs on one display. Main thread.
 class TabStripPanel {
  public:
-  TabStripPanel(Panels& panels, const Preferences& preferences, const UserDefaults& defaults);
+  TabStripPanel(Panels& panels, const Preferences& preferences);
 
   // The user clicked an entry that stands for these tabs.
   std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
@@ -32,7 +31,6 @@ class TabStripPanel {
                 const StripChrome& chrome) const;
 
   const Preferences& preferences_;
-  const UserDefaults& defaults_;
   std::unique_ptr<Panel> panel_;
 };
 

@@ -400,9 +400,9 @@ std::string World::prefer(int setting, int value) {
                                 tabsOnAllScreens,    thumbnailTabs,     showTitles};
   constexpr std::array mechanisms{"offscreen", "minimize", "hideApp", "offscreen"};
   auto& desktop = platform_->desktop();
-  const auto set = [&](std::string_view key, const auto& chosen) {
-    desktop.setDefault(key, chosen);
-    return fmt::format("{} is now {}", key, chosen);
+  const auto set = [&](const auto& preference, const auto& chosen) {
+    desktop.setDefault(preference.key, chosen);
+    return fmt::format("{} is now {}", preference.key, chosen);
   };
   switch (const auto kind = setting % 14; kind) {
     case 0:

@@ -222,11 +222,9 @@ TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
             AppKitRect(100, 100, 34, 34));
 
   SimulatedPlatform platform;
-  FlightAnimator flights(platform.panels(), platform.userDefaults());
-  for (const auto& [stored, used] : {std::pair{0.05, 0.1}, {0.5, 0.5}, {3.0, 1.2}}) {
-    platform.desktop().setDefault("animationDuration", stored);
-    EXPECT_EQ(flights.duration(), used);
-  }
+  NotificationCenter notifications;
+  const Preferences preferences(platform.userDefaults(), notifications);
+  FlightAnimator flights(platform.panels(), preferences);
   const auto icon = Image(std::make_shared<simulated::SimulatedImage>("icon", Size{32, 32}));
   const auto startsAt = [&](AppKitRect window, AppKitRect tab) -> std::optional<AppKitRect> {
     int landed = 0;

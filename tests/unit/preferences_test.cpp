@@ -22,21 +22,13 @@ class PreferencesTest : public testing::Test {
       notifications.observe("pellow.preferencesDidChange", [this] { ++notices; });
 };
 
-TEST_F(PreferencesTest, HaveTheirDefaults) {
-  using namespace preference;
-  for (const auto key : {thumbnailTabs, animateFlight, restoreOnActivation, pellowOnMinimize,
-                         floatAboveWindows, previewOnHover, syncSettings})
-    EXPECT_TRUE(boolean(defaults, key)) << key;
-  for (const auto key : {showTitles, tabsOnAllScreens, useThumbnails, autoHideStrip}) {
-    EXPECT_FALSE(boolean(defaults, key)) << key;
-    EXPECT_TRUE(defaults.value(key)) << key;
-  }
+TEST_F(PreferencesTest, WhatIsNotStoredHasItsRegisteredValue) {
   EXPECT_EQ(preferences.mechanism(), Mechanism::offscreen);
-  EXPECT_EQ(preferences.tabScope(), TabScope::window);
-  EXPECT_EQ(text(defaults, edge), "right");
-  EXPECT_EQ(number(defaults, animationDuration), 0.32);
+  EXPECT_EQ(preferences.value(preference::edge), StripEdge::right);
   EXPECT_EQ(preferences.tabSize(), 34);
-  EXPECT_EQ(number(defaults, previewSize), 320);
+  EXPECT_TRUE(preferences.value(preference::animateFlight));
+  EXPECT_FALSE(preferences.value(preference::useThumbnails));
+  EXPECT_FALSE(platform.desktop().storedDefault("animateFlight"));
 }
 
 TEST_F(PreferencesTest, TextsWithoutAMeaningHaveAFallback) {
@@ -46,23 +38,31 @@ TEST_F(PreferencesTest, TextsWithoutAMeaningHaveAFallback) {
   EXPECT_EQ(preferences.mechanism(), Mechanism::minimize);
   defaults.set("tabScope", "App");
   EXPECT_EQ(preferences.tabScope(), TabScope::window);
+  defaults.set("edge", "middle");
+  EXPECT_EQ(preferences.value(preference::edge), StripEdge::right);
   defaults.set("tabScope", "app");
   EXPECT_EQ(preferences.tabScope(), TabScope::app);
 }
 
-TEST_F(PreferencesTest, ChoicesAreStoredAndAnnounced) {
-  preferences.setMechanism(Mechanism::hideApp);
-  preferences.setTabScope(TabScope::app);
-  EXPECT_EQ(noticed(), 2);
+TEST_F(PreferencesTest, EveryWriteIsStoredAndAnnounced) {
+  preferences.set(preference::mechanism, Mechanism::hideApp);
+  preferences.set(preference::floatAboveWindows, false);
+  preferences.set(preference::previewSize, 200);
+  EXPECT_EQ(noticed(), 3);
   EXPECT_EQ(text(defaults, "mechanism"), "hideApp");
   EXPECT_EQ(preferences.mechanism(), Mechanism::hideApp);
-  EXPECT_EQ(preferences.tabScope(), TabScope::app);
+  EXPECT_EQ(defaults.value("floatAboveWindows"), DefaultsValue(false));
+  EXPECT_EQ(preferences.value(preference::previewSize), 200);
 }
 
-TEST_F(PreferencesTest, TabsAreFrom20To72PointsAndShowPicturesWhenBothSwitchesAreOn) {
+TEST_F(PreferencesTest, SizesAndDurationsStayWithinTheirBoundsAndPicturesNeedBothSwitches) {
   for (const auto& [stored, size] : {std::pair{5.0, 20.0}, {20.5, 20.5}, {500, 72}}) {
     defaults.set("tabSize", stored);
     EXPECT_EQ(preferences.tabSize(), size);
+  }
+  for (const auto& [stored, used] : {std::pair{0.05, 0.1}, {0.5, 0.5}, {3.0, 1.2}}) {
+    defaults.set("animationDuration", stored);
+    EXPECT_EQ(preferences.animationDuration(), used);
   }
   EXPECT_FALSE(preferences.pictureTabs());
   defaults.set("useThumbnails", true);

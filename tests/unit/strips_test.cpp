@@ -14,6 +14,8 @@ using simulated::SimulatedPlatform;
 // The strips alone, with stores of their own.
 class Strips : public testing::Test {
  protected:
+  Strips() { strips.start(); }
+
   TabItem tab(const std::string& title, const std::string& bundleID) {
     const auto window = desktop.launch(bundleID, bundleID).openWindow(title, {0, 0, 300, 200});
     return {.id = platform.uuidSource().next(),
@@ -37,11 +39,10 @@ class Strips : public testing::Test {
   simulated::SimulatedDesktop& desktop = platform.desktop();
   NotificationCenter notifications;
   Preferences preferences{platform.userDefaults(), notifications};
-  ZoneStore zones{platform.userDefaults(), notifications, platform.uuidSource()};
+  ZoneStore zones{platform.userDefaults(), preferences, notifications, platform.uuidSource()};
   TabStore store{notifications, platform.workspace()};
-  TabStripController strips{{store, zones, preferences, platform.userDefaults(), platform.clock(),
-                             platform.queues().main(), platform.screens(), platform.panels(),
-                             notifications}};
+  TabStripController strips{{store, zones, preferences, platform.clock(), platform.queues().main(),
+                             platform.screens(), platform.panels(), notifications}};
 };
 
 TEST_F(Strips, AnEmptyZoneIsAShortStrip) {

@@ -15,7 +15,7 @@ constexpr auto someID = "6BA7B810-9DAD-11D1-80B4-00C04FD430C8";
 class ZoneStoreTest : public testing::Test {
  protected:
   // As after a relaunch.
-  ZoneStore stored() { return {defaults, notifications, platform.uuidSource()}; }
+  ZoneStore stored() { return {defaults, preferences, notifications, platform.uuidSource()}; }
   ZoneStore storedFrom(const std::string& zones) {
     defaults.set("zones", DefaultsData{zones});
     return stored();
@@ -25,6 +25,7 @@ class ZoneStoreTest : public testing::Test {
   simulated::SimulatedPlatform platform;
   UserDefaults& defaults = platform.userDefaults();
   NotificationCenter notifications;
+  Preferences preferences{defaults, notifications};
   int notices = 0;
   Subscription counting = notifications.observe("pellow.zonesDidChange", [this] { ++notices; });
 };
