@@ -363,10 +363,14 @@ void PellowController::restore(const std::vector<UUID>& ids) {
   for (const auto& tab : store_.tabs()) {
     if (std::ranges::find(ids, tab.id) == ids.end()) continue;
     returning.push_back({tab, ledger_.claim(tab.window, Ledger::Way::back), std::nullopt});
-    if (shouldAnimate(tab.mechanism)) returning.back().tabFrame = strip_->frame(tab.id);
     returning.back().claim.setTab(tab);
   }
   if (returning.empty()) return;
+  const auto frames = strip_->frames(ids);
+  for (auto& each : returning) {
+    const auto frame = frames.find(each.tab.id);
+    if (shouldAnimate(each.tab.mechanism) && frame != frames.end()) each.tabFrame = frame->second;
+  }
   store_.remove(ids);
   tasks_.start(restoreBatch(std::move(returning)));
 }

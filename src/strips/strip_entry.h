@@ -23,6 +23,7 @@ struct StripEntry {
   double size = 0;          // points
   bool hasOwnSize = false;  // the size is that of its tabs, not of the zone or the preference
   bool showsTitle = false;
+  bool hasOwnTitleSetting = false;  // likewise for `showsTitle`
   std::optional<DisplayID> screenID;
   std::optional<std::string> appName;
   bool isPinned = false;  // the application is pinned to this zone

@@ -1,11 +1,9 @@
 #include "strips/tab_strip_controller.h"
 
 #include <algorithm>
-#include <string>
+#include <cstddef>
+#include <unordered_set>
 #include <utility>
-
-#include "model/mechanism.h"
-#include "model/tab_scope.h"
 
 namespace pellow {
 namespace {
@@ -14,27 +12,6 @@ namespace {
 // proportion to what drawing them costs.
 constexpr Seconds frameTime = 1.0 / 60;
 constexpr Seconds timeForTab = 0.0005;
-
-// What the tabs of one entry have in common.
-std::string groupKey(const TabItem& tab, UUID zoneID) {
-  const auto application = tab.bundleID.value_or(std::to_string(tab.window.pid));
-  return zoneID.text() + "|" + application;
-}
-
-void addToGroup(StripEntry& entry, const StripEntry& other) {
-  entry.tooltip += "\n" + other.tooltip;
-  entry.count += other.count;
-  entry.tabIDs.insert(entry.tabIDs.end(), other.tabIDs.begin(), other.tabIDs.end());
-  entry.showsTitle = entry.showsTitle || other.showsTitle;
-  if (!other.hasOwnSize) return;
-  entry.size = entry.hasOwnSize ? std::max(entry.size, other.size) : other.size;
-  entry.hasOwnSize = true;
-}
-
-std::vector<StripEntry> inZone(std::vector<StripEntry> entries, UUID zoneID) {
-  std::erase_if(entries, [&](const StripEntry& entry) { return entry.zoneID != zoneID; });
-  return entries;
-}
 
 }  // namespace
 
@@ -86,13 +63,11 @@ std::unique_ptr<TabStripPanel> TabStripController::makePanel() {
 void TabStripController::refresh() {
   refreshSoon_.cancel();
   const auto all = makeEntries();
-  const auto pause = std::max(frameTime, timeForTab * static_cast<double>(all.size()));
-  nextFrame_ = around_.clock.now() + pause;
-  for (const auto& zone : around_.zones.zones()) {
-    const auto entries = inZone(all, zone.id);
+  const auto tabs = static_cast<double>(around_.tabs.tabs().size());
+  nextFrame_ = around_.clock.now() + std::max(frameTime, timeForTab * tabs);
+  for (const auto& zone : around_.zones.zones())
     for (const auto& screen : screensWithPanel(zone))
-      panels_.at({*screen.displayID, zone.id})->render(entries, screen, zone);
-  }
+      panels_.at({*screen.displayID, zone.id})->render(all.at(zone.id), screen, zone);
 }
 
 // Not where the panels would be if they were made now: the main display is another one as soon as
@@ -106,43 +81,12 @@ std::vector<Screen> TabStripController::screensWithPanel(const TabZone& zone) co
 }
 
 std::vector<StripEntry> TabStripController::entries(UUID zoneID) const {
-  return inZone(makeEntries(), zoneID);
+  auto all = makeEntries();
+  return std::move(all[zoneID]);
 }
 
-std::vector<StripEntry> TabStripController::makeEntries() const {
-  const bool groups = around_.preferences.mechanism() == Mechanism::hideApp ||
-                      around_.preferences.tabScope() == TabScope::app;
-  std::vector<StripEntry> entries;
-  std::map<std::string, std::size_t> groupAt;
-  for (const auto& tab : around_.tabs.tabs()) {
-    const auto zone = around_.zones.zone(tab.zoneID);
-    auto entry = makeEntry(tab, zone);
-    if (groups) {
-      const auto [found, isNew] = groupAt.try_emplace(groupKey(tab, zone.id), entries.size());
-      if (!isNew) {
-        addToGroup(entries[found->second], entry);
-        continue;
-      }
-    }
-    entries.push_back(std::move(entry));
-  }
-  return entries;
-}
-
-StripEntry TabStripController::makeEntry(const TabItem& tab, const TabZone& zone) const {
-  const auto pinned = tab.bundleID ? around_.zones.pinnedZone(*tab.bundleID) : std::nullopt;
-  const auto& title = tab.title.empty() ? tab.appName : tab.title;
-  return {.title = title,
-          .tooltip = title,
-          .icon = tab.icon,
-          .tabIDs = {tab.id},
-          .zoneID = zone.id,
-          .size = tab.size.value_or(zone.tabSize.value_or(around_.preferences.tabSize())),
-          .hasOwnSize = tab.size.has_value(),
-          .showsTitle = tab.showsTitle.value_or(around_.preferences.value(preference::showTitles)),
-          .screenID = tab.screenID,
-          .appName = tab.appName,
-          .isPinned = pinned && pinned->id == zone.id};
+StripEntries TabStripController::makeEntries() const {
+  return makeStripEntries(around_.tabs.tabs(), around_.zones, around_.preferences);
 }
 
 std::vector<Screen> TabStripController::screens(const TabZone& zone) const {
@@ -174,19 +118,25 @@ std::optional<AppKitRect> TabStripController::projectedTabFrame(UUID zoneID) con
 }
 
 std::optional<AppKitRect> TabStripController::frame(UUID tabID) const {
+  const auto found = frames({&tabID, 1});
+  return found.empty() ? std::nullopt : std::optional(found.begin()->second);
+}
+
+std::map<UUID, AppKitRect> TabStripController::frames(std::span<const UUID> tabIDs) const {
+  const std::unordered_set<UUID> wanted(tabIDs.begin(), tabIDs.end());
+  const auto all = makeEntries();
+  std::map<UUID, AppKitRect> frames;
   for (const auto& zone : around_.zones.zones()) {
-    const auto shown = entries(zone.id);
-    const auto holder = std::ranges::find_if(shown, [&](const StripEntry& entry) {
-      return std::ranges::find(entry.tabIDs, tabID) != entry.tabIDs.end();
-    });
-    if (holder == shown.end()) continue;
     const auto shownOn = screensWithPanel(zone);
-    if (shownOn.empty()) return std::nullopt;
-    return geometry(items(shown), zone, shownOn.front())
-        .itemFrameOnScreen(static_cast<std::size_t>(holder - shown.begin()), zone,
-                           shownOn.front().visibleFrame);
+    if (shownOn.empty()) continue;
+    const auto& shown = all.at(zone.id);
+    const auto places = geometry(items(shown), zone, shownOn.front());
+    for (std::size_t index = 0; index < shown.size(); ++index)
+      for (const auto id : shown[index].tabIDs)
+        if (wanted.contains(id))
+          frames[id] = places.itemFrameOnScreen(index, zone, shownOn.front().visibleFrame);
   }
-  return std::nullopt;
+  return frames;
 }
 
 }  // namespace pellow

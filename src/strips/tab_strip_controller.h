@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "base/geometry.h"
@@ -18,6 +19,7 @@
 #include "platform/panels.h"
 #include "platform/queues.h"
 #include "platform/screens.h"
+#include "strips/strip_entries.h"
 #include "strips/strip_entry.h"
 #include "strips/strip_geometry.h"
 #include "strips/tab_strip_panel.h"
@@ -66,6 +68,8 @@ class TabStripController {
   // Where the entry that holds the tab is, on the first display with a panel of its zone; nothing
   // when none shows it.
   std::optional<AppKitRect> frame(UUID tabID) const;
+  // The same for many tabs at once; those that nothing shows are left out.
+  std::map<UUID, AppKitRect> frames(std::span<const UUID> tabIDs) const;
 
  private:
   struct PanelKey {
@@ -80,8 +84,7 @@ class TabStripController {
   void rebuildAndRefresh();
   std::unique_ptr<TabStripPanel> makePanel();
   std::vector<Screen> screensWithPanel(const TabZone& zone) const;
-  std::vector<StripEntry> makeEntries() const;
-  StripEntry makeEntry(const TabItem& tab, const TabZone& zone) const;
+  StripEntries makeEntries() const;
   StripGeometry geometry(const std::vector<StripItem>& items, const TabZone& zone,
                          const Screen& screen) const;
 

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <map>
 #include <string>
+#include <utility>
 
 #include "tests/unit/program.h"
 
@@ -73,6 +76,8 @@ TEST_F(Strips, TabsFollowTheStore) {
   const auto third = tab("Third", "c");
   store.add(third);
   EXPECT_EQ(strips.frame(third.id), projected);
+  EXPECT_EQ(strips.frames(std::array{first.id, platform.uuidSource().next(), third.id}),
+            (std::map{std::pair{first.id, *strips.frame(first.id)}, {third.id, *projected}}));
   EXPECT_EQ(strips.frame(platform.uuidSource().next()), std::nullopt);
 
   std::vector<UUID> clicked;
@@ -119,6 +124,7 @@ TEST_F(Strips, TabsOfOneApplicationShareAnEntryWhereApplicationsArePellowedWhole
     store.add(item);
   }
   zones.pins["a"] = zones.defaultZone().id;
+  zones.pins["b"] = platform.uuidSource().next();  // a zone that is gone
   for (const auto& [key, value] : {std::pair{"mechanism", "hideApp"}, {"tabScope", "app"}}) {
     prefer(key, value);
     const auto entries = strips.entries(zones.defaultZone().id);
@@ -135,6 +141,23 @@ TEST_F(Strips, TabsOfOneApplicationShareAnEntryWhereApplicationsArePellowedWhole
     EXPECT_EQ(std::get<Label>(view.children.back().children[0].look.content).text, "2");
     prefer(key, key == std::string("mechanism") ? "offscreen" : "window");
     EXPECT_EQ(strips.entries(zones.defaultZone().id).size(), 3);
+  }
+}
+
+TEST_F(Strips, AGroupKeepsItsOwnTitleSettingWhenAnotherWindowComes) {
+  prefer("tabScope", "app");
+  const auto showsTitle = [&] { return strips.entries(zones.defaultZone().id)[0].showsTitle; };
+  for (const bool preferred : {true, false}) {
+    prefer("showTitles", preferred);
+    const auto first = tab("First", "a");
+    store.add(first);
+    EXPECT_EQ(showsTitle(), preferred);
+    store.setShowsTitle(!preferred, {{first.id}});
+    store.add(tab("Second", "a"));
+    EXPECT_EQ(showsTitle(), !preferred);
+    store.remove(first);
+    EXPECT_EQ(showsTitle(), preferred) << "gone with the tab that was told";
+    store.remove(store.tabs().front());
   }
 }
 
