@@ -180,15 +180,15 @@ void DesktopState::raise(WindowID id) {
 
 std::expected<void, AXError> DesktopState::write(WindowID id, std::string_view attribute,
                                                  const AXValue& value) {
-  if (attribute == "AXPosition") {
+  if (attribute == AX::attribute::position) {
     const auto* origin = std::get_if<QuartzPoint>(&value);
     if (!origin) return std::unexpected(AXError::illegalArgument);
     move(id, *origin);
-  } else if (attribute == "AXSize") {
+  } else if (attribute == AX::attribute::size) {
     const auto* size = std::get_if<Size>(&value);
     if (!size) return std::unexpected(AXError::illegalArgument);
     window(id)->frame.size = *size;
-  } else if (attribute == "AXMinimized") {
+  } else if (attribute == AX::attribute::minimized) {
     const auto* minimized = std::get_if<bool>(&value);
     if (!minimized) return std::unexpected(AXError::illegalArgument);
     *minimized ? minimize(id, Actor::program) : unminimize(id);

@@ -12,6 +12,7 @@
 #include "base/geometry.h"
 #include "base/log.h"
 #include "platform/ax_element.h"
+#include "platform/ax_names.h"
 #include "platform/screens.h"
 #include "platform/symbolic_hot_keys.h"
 #include "platform/workspace.h"
@@ -69,7 +70,7 @@ struct WindowState {
   ProcessID pid = 0;
   std::string title;
   QuartzRect frame;
-  std::string subrole = "AXStandardWindow";
+  std::string subrole = std::string(AX::subrole::standardWindow);
   bool hasMinimizeButton = true;
   bool minimized = false;
   std::optional<Actor> minimizedBy = std::nullopt;  // while it is minimized

@@ -13,9 +13,9 @@
 namespace pellow::simulated {
 namespace {
 
-constexpr Seconds defaultMessagingTimeout = 6;
-
 using Answer = std::expected<AXValue, AXError>;
+
+Answer named(std::string_view name) { return std::string(name); }
 
 std::string_view verb(AXCall call) {
   switch (call) {
@@ -59,33 +59,32 @@ class Element : public AXElement::Object {
  public:
   explicit Element(SimulatedSystem& system) : system_(system) {}
 
-  void setMessagingTimeout(Seconds timeout) override { timeout_ = timeout; }
-
-  Answer copyAttribute(std::string_view attribute) const override {
-    if (const auto error = arrive(AXCall::read, attribute)) return std::unexpected(*error);
+  Answer copyAttribute(std::string_view attribute, Seconds timeout) const override {
+    if (const auto error = arrive(AXCall::read, attribute, timeout)) return std::unexpected(*error);
     return read(attribute);
   }
-  std::vector<Answer> copyMultipleAttributeValues(
-      std::span<const std::string_view> attributes) const override {
+  std::vector<Answer> copyMultipleAttributeValues(std::span<const std::string_view> attributes,
+                                                  Seconds timeout) const override {
     std::vector<Answer> answers;
-    const auto failure = arrive(AXCall::read, fmt::format("{}", fmt::join(attributes, ", ")));
+    const auto failure =
+        arrive(AXCall::read, fmt::format("{}", fmt::join(attributes, ", ")), timeout);
     for (const auto attribute : attributes) {
       const auto error = failure ? failure : orderedFault(AXCall::read, attribute);
       answers.push_back(error ? Answer(std::unexpected(*error)) : read(attribute));
     }
     return answers;
   }
-  std::expected<void, AXError> setAttribute(std::string_view attribute,
-                                            const AXValue& value) override {
+  std::expected<void, AXError> setAttribute(std::string_view attribute, const AXValue& value,
+                                            Seconds timeout) override {
     Seconds tooLateBy = 0;
-    if (const auto error = arrive(AXCall::write, attribute, &tooLateBy)) {
+    if (const auto error = arrive(AXCall::write, attribute, timeout, &tooLateBy)) {
       if (tooLateBy > 0 && isAlive()) writeLate(tooLateBy, attribute, value);
       return std::unexpected(*error);
     }
     return write(attribute, value);
   }
-  std::expected<void, AXError> performAction(std::string_view action) override {
-    if (const auto error = arrive(AXCall::perform, action)) return std::unexpected(*error);
+  std::expected<void, AXError> performAction(std::string_view action, Seconds timeout) override {
+    if (const auto error = arrive(AXCall::perform, action, timeout)) return std::unexpected(*error);
     return perform(action);
   }
   std::expected<ProcessID, AXError> pid() const override {
@@ -97,14 +96,13 @@ class Element : public AXElement::Object {
   }
 
   // Asks the application like any other call; the error that the call ends with, or none.
-  std::optional<AXError> ask(AXCall call, std::string_view name) const {
-    return arrive(call, name);
+  std::optional<AXError> ask(AXCall call, std::string_view name, Seconds timeout) const {
+    return arrive(call, name, timeout);
   }
   virtual std::expected<Subscription, AXError> observe(
       std::string_view, std::function<void(const AXElement&)>) const {
     return std::unexpected(AXError::notificationUnsupported);
   }
-  Seconds messagingTimeout() const { return timeout_; }
 
  protected:
   DesktopState& desktop() const { return system_.state; }
@@ -131,7 +129,7 @@ class Element : public AXElement::Object {
 
  private:
   // The error that ends the call on its way; none when the application now answers it.
-  std::optional<AXError> arrive(AXCall call, std::string_view name,
+  std::optional<AXError> arrive(AXCall call, std::string_view name, Seconds timeout,
                                 Seconds* tooLateBy = nullptr) const {
     const auto description = [&] {
       return fmt::format("{} {} of {}", verb(call), name, describe());
@@ -139,7 +137,7 @@ class Element : public AXElement::Object {
     if (!system_.portCall(description)) return AXError::cannotComplete;
     if (!desktop().trustsProcess) return AXError::apiDisabled;
     if (!isAlive()) return AXError::invalidUIElement;
-    const auto late = travel(call);
+    const auto late = travel(call, timeout);
     if (tooLateBy) *tooLateBy = late;
     if (late > 0 || !system_.processRuns()) return AXError::cannotComplete;
     if (!desktop().trustsProcess) return AXError::apiDisabled;
@@ -150,7 +148,7 @@ class Element : public AXElement::Object {
   }
 
   // Waits for the application; by how long it misses the messaging timeout.
-  Seconds travel(AXCall call) const {
+  Seconds travel(AXCall call, Seconds timeout) const {
     auto& scheduler = system_.scheduler;
     const bool takesTime = call != AXCall::observe;
     auto duration = takesTime && isAlive() ? delay() : 0;
@@ -158,7 +156,7 @@ class Element : public AXElement::Object {
       duration += desktop().longestExtraDelay * scheduler.randomFraction();
     if (duration == 0 && !hangs()) return 0;
     const auto answer = scheduler.now() + duration;
-    const auto giveUp = scheduler.now() + timeout_;
+    const auto giveUp = scheduler.now() + timeout;
     const auto isStuck = [this] { return isAlive() && hangs(); };
     scheduler.wait({.what = "an answer of " + describe(),
                     .moment = [&] { return isStuck() ? giveUp : std::min(answer, giveUp); }});
@@ -180,7 +178,6 @@ class Element : public AXElement::Object {
   }
 
   SimulatedSystem& system_;
-  Seconds timeout_ = defaultMessagingTimeout;
 };
 
 // The elements of a window: itself, its minimize button, its content.
@@ -199,7 +196,7 @@ class WindowElement final : public Element {
 
   std::expected<Subscription, AXError> observe(
       std::string_view notification, std::function<void(const AXElement&)> handler) const override {
-    if (part_ != WindowPart::window || notification != "AXUIElementDestroyed")
+    if (part_ != WindowPart::window || notification != AX::notification::elementDestroyed)
       return std::unexpected(AXError::notificationUnsupported);
     return system().observeElement(pid_, id_, notification, std::move(handler));
   }
@@ -234,20 +231,20 @@ class WindowElement final : public Element {
 
   Answer read(std::string_view attribute) const override {
     const auto frame = frameOf(part_, state().frame);
-    if (attribute == "AXPosition") return frame.origin;
-    if (attribute == "AXSize") return frame.size;
+    if (attribute == AX::attribute::position) return frame.origin;
+    if (attribute == AX::attribute::size) return frame.size;
     switch (part_) {
       case WindowPart::window:
         return readWindow(attribute);
       case WindowPart::minimizeButton:
-        if (attribute == "AXRole") return "AXButton";
-        if (attribute == "AXSubrole") return "AXMinimizeButton";
+        if (attribute == AX::attribute::role) return named(AX::role::button);
+        if (attribute == AX::attribute::subrole) return named(AX::subrole::minimizeButton);
         break;
       case WindowPart::content:
-        if (attribute == "AXRole") return "AXGroup";
+        if (attribute == AX::attribute::role) return named(AX::role::group);
         break;
     }
-    if (attribute == "AXParent") return windowElement(system(), id_);
+    if (attribute == AX::attribute::parent) return windowElement(system(), id_);
     return std::unexpected(AXError::attributeUnsupported);
   }
 
@@ -264,9 +261,9 @@ class WindowElement final : public Element {
 
   std::expected<void, AXError> perform(std::string_view action) override {
     const auto id = id_;
-    if (part_ == WindowPart::window && action == "AXRaise")
+    if (part_ == WindowPart::window && action == AX::action::raise)
       system().change([id](DesktopState& desk) { desk.raise(id); });
-    else if (part_ == WindowPart::minimizeButton && action == "AXPress")
+    else if (part_ == WindowPart::minimizeButton && action == AX::action::press)
       system().change([id](DesktopState& desk) { desk.minimize(id, Actor::program); });
     else
       return std::unexpected(AXError::actionUnsupported);
@@ -282,16 +279,16 @@ class WindowElement final : public Element {
 
   Answer readWindow(std::string_view attribute) const {
     const auto& window = state();
-    if (attribute == "AXRole") return "AXWindow";
-    if (attribute == "AXSubrole") return orNoValue(window.subrole);
-    if (attribute == "AXTitle") return window.title;
-    if (attribute == "AXMinimized") return window.minimized;
-    if (attribute == "AXParent") return applicationElement(system(), pid_);
-    if (attribute == "AXMinimizeButton") {
+    if (attribute == AX::attribute::role) return named(AX::role::window);
+    if (attribute == AX::attribute::subrole) return orNoValue(window.subrole);
+    if (attribute == AX::attribute::title) return window.title;
+    if (attribute == AX::attribute::minimized) return window.minimized;
+    if (attribute == AX::attribute::parent) return applicationElement(system(), pid_);
+    if (attribute == AX::attribute::minimizeButton) {
       if (!window.hasMinimizeButton) return std::unexpected(AXError::noValue);
       return part(WindowPart::minimizeButton);
     }
-    if (attribute == "AXChildren") {
+    if (attribute == AX::attribute::children) {
       std::vector<AXElement> children{part(WindowPart::content)};
       if (window.hasMinimizeButton) children.push_back(part(WindowPart::minimizeButton));
       return children;
@@ -320,7 +317,8 @@ class ApplicationElement final : public Element {
 
   std::expected<Subscription, AXError> observe(
       std::string_view notification, std::function<void(const AXElement&)> handler) const override {
-    if (notification != "AXWindowMiniaturized" && notification != "AXFocusedWindowChanged")
+    if (notification != AX::notification::windowMiniaturized &&
+        notification != AX::notification::focusedWindowChanged)
       return std::unexpected(AXError::notificationUnsupported);
     if (desktop().application(pid_)->refusesObservers)
       return std::unexpected(AXError::cannotComplete);
@@ -336,15 +334,16 @@ class ApplicationElement final : public Element {
   void countCall() const override { countCallOf(system(), pid_); }
 
   Answer read(std::string_view attribute) const override {
-    if (attribute == "AXRole") return "AXApplication";
-    if (attribute == "AXTitle") return desktop().application(pid_)->identity.localizedName;
-    if (attribute == "AXWindows") {
+    if (attribute == AX::attribute::role) return named(AX::role::application);
+    if (attribute == AX::attribute::title)
+      return desktop().application(pid_)->identity.localizedName;
+    if (attribute == AX::attribute::windows) {
       std::vector<AXElement> elements;
       for (const auto id : desktop().windowsOf(pid_))
         elements.push_back(windowElement(system(), id));
       return elements;
     }
-    if (attribute == "AXFocusedWindow") {
+    if (attribute == AX::attribute::focusedWindow) {
       const auto focused = desktop().application(pid_)->focusedWindow;
       if (!focused) return std::unexpected(AXError::noValue);
       return windowElement(system(), *focused);
@@ -374,11 +373,11 @@ class PanelElement final : public Element {
 
   Answer read(std::string_view attribute) const override {
     const auto frame = desktop().flip().toQuartz(panels_.withID(id_)->frameNow());
-    if (attribute == "AXRole") return "AXWindow";
-    if (attribute == "AXSubrole") return "AXUnknown";
-    if (attribute == "AXPosition") return frame.origin;
-    if (attribute == "AXSize") return frame.size;
-    if (attribute == "AXParent") return applicationElement(system(), owner());
+    if (attribute == AX::attribute::role) return named(AX::role::window);
+    if (attribute == AX::attribute::subrole) return named(AX::subrole::unknown);
+    if (attribute == AX::attribute::position) return frame.origin;
+    if (attribute == AX::attribute::size) return frame.size;
+    if (attribute == AX::attribute::parent) return applicationElement(system(), owner());
     return std::unexpected(AXError::attributeUnsupported);
   }
 
@@ -401,8 +400,9 @@ class SystemWideElement final : public Element {
   bool isAlive() const override { return true; }
 
   Answer read(std::string_view attribute) const override {
-    if (attribute == "AXRole") return "AXSystemWide";
-    if (attribute != "AXFocusedApplication") return std::unexpected(AXError::attributeUnsupported);
+    if (attribute == AX::attribute::role) return named(AX::role::systemWide);
+    if (attribute != AX::attribute::focusedApplication)
+      return std::unexpected(AXError::attributeUnsupported);
     if (!desktop().frontmost) return std::unexpected(AXError::noValue);
     return applicationElement(system(), *desktop().frontmost);
   }
@@ -427,14 +427,14 @@ AXElement SimulatedAccessibility::application(ProcessID pid) {
 }
 
 std::expected<AXElement, AXError> SimulatedAccessibility::elementAtPosition(
-    const AXElement& systemWide, QuartzPoint point) {
+    const AXElement& systemWide, QuartzPoint point, Seconds timeout) {
   const auto* system = dynamic_cast<const SystemWideElement*>(&systemWide.object());
   if (!system) return std::unexpected(AXError::illegalArgument);
   const auto& desktop = system_.state;
   const auto panelThere = [&] { return panels_.panelAt(desktop.toAppKit(point)); };
   const auto id = panelThere() ? std::nullopt : desktop.windowAt(point);
   if (!id) {
-    if (const auto error = system->ask(AXCall::hitTest, "elementAtPosition"))
+    if (const auto error = system->ask(AXCall::hitTest, "elementAtPosition", timeout))
       return std::unexpected(*error);
     const auto* panel = panelThere();
     if (!panel) return std::unexpected(AXError::noValue);
@@ -442,9 +442,8 @@ std::expected<AXElement, AXError> SimulatedAccessibility::elementAtPosition(
   }
 
   // The application whose window lies there is asked, and answers by what is there then.
-  WindowElement window(system_, *id);
-  window.setMessagingTimeout(system->messagingTimeout());
-  if (const auto error = window.ask(AXCall::hitTest, "elementAtPosition"))
+  const WindowElement window(system_, *id);
+  if (const auto error = window.ask(AXCall::hitTest, "elementAtPosition", timeout))
     return std::unexpected(*error);
   const auto& found = *desktop.window(*id);
   if (!desktop.isVisible(found) || !found.frame.contains(point))
@@ -454,9 +453,9 @@ std::expected<AXElement, AXError> SimulatedAccessibility::elementAtPosition(
 
 std::expected<Subscription, AXError> SimulatedAccessibility::observe(
     const AXElement& element, std::string_view notification,
-    std::function<void(const AXElement&)> handler) {
+    std::function<void(const AXElement&)> handler, Seconds timeout) {
   const auto& observed = dynamic_cast<const Element&>(element.object());
-  if (const auto error = observed.ask(AXCall::observe, notification))
+  if (const auto error = observed.ask(AXCall::observe, notification, timeout))
     return std::unexpected(*error);
   return observed.observe(notification, std::move(handler));
 }

@@ -23,12 +23,13 @@ class SimulatedAccessibility final : public Accessibility {
   AXElement systemWide() override;
   AXElement application(ProcessID pid) override;
   std::expected<AXElement, AXError> elementAtPosition(const AXElement& systemWide,
-                                                      QuartzPoint point) override;
+                                                      QuartzPoint point, Seconds timeout) override;
   // `Announcement` has the rules of what is posted when. A slow application adds an observer at
   // once; one that hangs holds the caller up as in any other call.
-  std::expected<Subscription, AXError> observe(
-      const AXElement& element, std::string_view notification,
-      std::function<void(const AXElement&)> handler) override;
+  std::expected<Subscription, AXError> observe(const AXElement& element,
+                                               std::string_view notification,
+                                               std::function<void(const AXElement&)> handler,
+                                               Seconds timeout) override;
 
  private:
   SimulatedSystem& system_;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/ax_names.h"
 #include "platforms/simulated/simulated_window.h"
 
 namespace pellow::simulated {
@@ -30,7 +31,7 @@ class SimulatedApplication {
   // A new window in front; it has the focus. The application becomes active if it is regular. An
   // empty subrole is one that the application does not tell.
   SimulatedWindow openWindow(std::string title, QuartzRect frame,
-                             std::string subrole = "AXStandardWindow") const;
+                             std::string subrole = std::string(AX::subrole::standardWindow)) const;
   void activate() const;
   // A click on its place in the Dock: it becomes active, and if it shows no window, a minimized one
   // comes back.

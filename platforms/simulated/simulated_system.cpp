@@ -97,13 +97,16 @@ void SimulatedSystem::announce(const Announcement& news) {
     case didTerminate:
       return announceOf(applicationTerminated, news.pid);
     case windowMiniaturized:
-      return announceElement({news.pid, 0, "AXWindowMiniaturized"}, news.window);
+      return announceElement({news.pid, 0, std::string(AX::notification::windowMiniaturized)},
+                             news.window);
     case focusedWindowChanged:
-      return announceElement({news.pid, 0, "AXFocusedWindowChanged"}, news.window);
+      return announceElement({news.pid, 0, std::string(AX::notification::focusedWindowChanged)},
+                             news.window);
     case elementDestroyed:
       if (news.pid == ownPid_)
         mainLoop.post([this, window = news.window] { windowGone.notify(window); });
-      return announceElement({news.pid, news.window, "AXUIElementDestroyed"}, news.window);
+      return announceElement(
+          {news.pid, news.window, std::string(AX::notification::elementDestroyed)}, news.window);
   }
 }
 

@@ -20,7 +20,7 @@ bool isReached(QuartzPoint point, QuartzPoint target) {
 }
 
 QuartzPoint readPosition(const AXElement& element) {
-  const auto value = element.copyAttribute(AX::attribute::position);
+  const auto value = element.copyAttribute(AX::attribute::position, AX::timeout::windowChange);
   const auto* const position = value ? std::get_if<QuartzPoint>(&*value) : nullptr;
   if (!position) throw PellowError::moveFailed(AXError::cannotComplete);
   return *position;
@@ -32,22 +32,20 @@ std::vector<TargetWindow> TargetWindow::windows(Accessibility& accessibility, Pr
   auto windows = everyWindow(accessibility, pid, AX::timeout::application);
   if (!windows) return {};
   std::erase_if(*windows, [](const TargetWindow& window) {
-    return AX::string(window.element, AX::attribute::subrole) != AX::subrole::standardWindow;
+    return AX::string(window.element, AX::attribute::subrole, AX::timeout::windowChange) !=
+           AX::subrole::standardWindow;
   });
   return std::move(*windows);
 }
 
 std::expected<std::vector<TargetWindow>, AXError> TargetWindow::everyWindow(
     Accessibility& accessibility, ProcessID pid, Seconds timeout) {
-  const auto application = accessibility.application(pid);
-  application.setMessagingTimeout(timeout);
-  auto listed = application.copyAttribute(AX::attribute::windows);
+  auto listed = accessibility.application(pid).copyAttribute(AX::attribute::windows, timeout);
   if (!listed) return std::unexpected(listed.error());
   std::vector<TargetWindow> windows;
   if (auto* const elements = std::get_if<std::vector<AXElement>>(&*listed))
     for (auto& element : *elements)
       if (const auto owner = element.pid()) windows.push_back({std::move(element), *owner});
-  for (const auto& window : windows) window.element.setMessagingTimeout(AX::timeout::windowChange);
   return windows;
 }
 
@@ -55,8 +53,8 @@ std::optional<TargetWindow> TargetWindow::frontmost(Accessibility& accessibility
                                                     Workspace& workspace) {
   const auto application = workspace.frontmostApplication();
   if (!application) return std::nullopt;
-  auto element =
-      AX::child(AX::application(accessibility, *application), AX::attribute::focusedWindow);
+  auto element = AX::child(accessibility.application(*application), AX::attribute::focusedWindow,
+                           AX::timeout::application);
   if (!element) return std::nullopt;
   const auto owner = element->pid();
   if (!owner) return std::nullopt;
@@ -64,18 +62,16 @@ std::optional<TargetWindow> TargetWindow::frontmost(Accessibility& accessibility
 }
 
 std::optional<bool> TargetWindow::isGone() const {
-  element.setMessagingTimeout(AX::timeout::application);
-  const auto role = element.copyAttribute(AX::attribute::role);
+  const auto role = element.copyAttribute(AX::attribute::role, AX::timeout::application);
   if (!role && role.error() == AXError::cannotComplete) return std::nullopt;
   return !role && role.error() == AXError::invalidUIElement;
 }
 
 WindowState TargetWindow::state() const {
-  element.setMessagingTimeout(AX::timeout::windowChange);
   constexpr std::array attributes{AX::attribute::role, AX::attribute::title,
                                   AX::attribute::position, AX::attribute::size,
                                   AX::attribute::minimized};
-  const auto answers = element.copyMultipleAttributeValues(attributes);
+  const auto answers = element.copyMultipleAttributeValues(attributes, AX::timeout::windowChange);
   const auto& role = answers[0];
   if (!role && role.error() == AXError::cannotComplete) return {.answers = false};
   WindowState state{.title = AX::held<std::string>(answers[1]).value_or(""),
@@ -87,9 +83,9 @@ WindowState TargetWindow::state() const {
 }
 
 QuartzPoint TargetWindow::move(QuartzPoint point, Verify verify, Clock& clock) const {
-  element.setMessagingTimeout(AX::timeout::windowChange);
-  if (const auto written = element.setAttribute(AX::attribute::position, point); !written)
-    throw PellowError::moveFailed(written.error());
+  const auto written =
+      element.setAttribute(AX::attribute::position, point, AX::timeout::windowChange);
+  if (!written) throw PellowError::moveFailed(written.error());
   if (verify == Verify::no) return point;
 
   const auto deadline = clock.now() + readFor;

@@ -17,8 +17,11 @@ std::vector<QuartzRect> framesOnScreen(Accessibility& accessibility, ProcessID p
   std::vector<QuartzRect> frames;
   for (const auto& window : TargetWindow::windows(accessibility, pid)) {
     if (std::ranges::find(leftOut, window) != leftOut.end()) continue;
-    if (AX::boolean(window.element, AX::attribute::minimized).value_or(false)) continue;
-    if (const auto frame = AX::frame(window.element)) frames.push_back(*frame);
+    if (AX::boolean(window.element, AX::attribute::minimized, AX::timeout::windowChange)
+            .value_or(false))
+      continue;
+    if (const auto frame = AX::frame(window.element, AX::timeout::windowChange))
+      frames.push_back(*frame);
   }
   return frames;
 }

@@ -17,10 +17,9 @@ void DestroyedWindowWatcher::watch(const std::vector<TabItem>& tabs) {
 
 Subscription DestroyedWindowWatcher::observe(const TabItem& tab) {
   // On the main thread, so an application that hangs may not take its time.
-  tab.window.element.setMessagingTimeout(AX::timeout::application);
-  auto observer =
-      accessibility_.observe(tab.window.element, "AXUIElementDestroyed",
-                             [this, id = tab.id](const AXElement&) { onDestroyed(id); });
+  auto observer = accessibility_.observe(
+      tab.window.element, AX::notification::elementDestroyed,
+      [this, id = tab.id](const AXElement&) { onDestroyed(id); }, AX::timeout::application);
   if (observer) return std::move(*observer);
   // The window may be gone already; a platform that posts no such notification leaves the tab to
   // the next restore, which finds out.

@@ -12,8 +12,8 @@ constexpr Seconds minimizeEcho = 2;
 constexpr int movesAtMost = 3;
 
 std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minimized) {
-  window.element.setMessagingTimeout(AX::timeout::windowChange);
-  return window.element.setAttribute(AX::attribute::minimized, minimized);
+  return window.element.setAttribute(AX::attribute::minimized, minimized,
+                                     AX::timeout::windowChange);
 }
 
 }  // namespace
@@ -132,17 +132,15 @@ Task<> Mechanisms::unminimize(const TargetWindow& window) {
 // A window that the user minimized, before it was put away or since, is not back in the Dock.
 Task<> Mechanisms::unminimizeIfNeeded(const TargetWindow& window) {
   const auto isMinimized = co_await around_.axQueue.ax([&] {
-    window.element.setMessagingTimeout(AX::timeout::windowChange);
-    return AX::boolean(window.element, AX::attribute::minimized).value_or(false);
+    return AX::boolean(window.element, AX::attribute::minimized, AX::timeout::windowChange)
+        .value_or(false);
   });
   if (isMinimized) co_await unminimize(window);
 }
 
 Task<> Mechanisms::bringToFront(const TargetWindow& window) {
-  const auto raised = co_await around_.axQueue.ax([&] {
-    window.element.setMessagingTimeout(AX::timeout::windowChange);
-    return window.element.performAction(AX::action::raise);
-  });
+  const auto raised = co_await around_.axQueue.ax(
+      [&] { return window.element.performAction(AX::action::raise, AX::timeout::windowChange); });
   if (!raised)
     around_.log.standard("raise failed after successful restore: {}", explanation(raised.error()));
   around_.workspace.activate(window.pid);
@@ -155,9 +153,9 @@ std::expected<void, AXError> Mechanisms::revealBlocking(const TabItem& tab) {
       break;
     case Mechanism::offscreen:
       if (!tab.originalFrame) break;
-      tab.window.element.setMessagingTimeout(AX::timeout::windowChange);
       return tab.window.element.setAttribute(AX::attribute::position,
-                                             around_.parking.restoreOrigin(*tab.originalFrame));
+                                             around_.parking.restoreOrigin(*tab.originalFrame),
+                                             AX::timeout::windowChange);
     case Mechanism::minimize:
       return setMinimized(tab.window, false);
   }

@@ -28,10 +28,10 @@ void MinimizeWatcher::stop() {
 void MinimizeWatcher::watch(const RunningApplication& application) {
   if (application.activationPolicy != ActivationPolicy::regular) return;
   if (application.pid == ownProcess_ || observers_.contains(application.pid)) return;
-  const auto element = AX::application(accessibility_, application.pid);
+  const auto element = accessibility_.application(application.pid);
   std::vector<Subscription> observer;
-  observe(observer, element, "AXWindowMiniaturized", onMinimized);
-  observe(observer, element, "AXFocusedWindowChanged", onFocused);
+  observe(observer, element, AX::notification::windowMiniaturized, onMinimized);
+  observe(observer, element, AX::notification::focusedWindowChanged, onFocused);
   if (!observer.empty()) observers_.emplace(application.pid, std::move(observer));
 }
 
@@ -40,9 +40,10 @@ void MinimizeWatcher::unwatch(ProcessID pid) { observers_.erase(pid); }
 void MinimizeWatcher::observe(std::vector<Subscription>& observer, const AXElement& application,
                               std::string_view notification,
                               std::function<void(TargetWindow)>& callback) {
-  auto token =
-      accessibility_.observe(application, notification,
-                             [&callback](const AXElement& element) { report(element, callback); });
+  auto token = accessibility_.observe(
+      application, notification,
+      [&callback](const AXElement& element) { report(element, callback); },
+      AX::timeout::application);
   if (token) observer.push_back(std::move(*token));
 }
 

@@ -177,8 +177,10 @@ int OffscreenParking::rescueHiddenWindows(bool clearJournal) {
     if (application.activationPolicy != ActivationPolicy::regular) continue;
     if (application.pid == ownProcess_) continue;
     for (const auto& window : TargetWindow::windows(accessibility_, application.pid)) {
-      if (AX::boolean(window.element, AX::attribute::minimized).value_or(false)) continue;
-      const auto frame = AX::frame(window.element);
+      if (AX::boolean(window.element, AX::attribute::minimized, AX::timeout::windowChange)
+              .value_or(false))
+        continue;
+      const auto frame = AX::frame(window.element, AX::timeout::windowChange);
       if (!frame || !displays_.isHidden(*frame)) continue;
       const auto origin = onScreenOrigin(*frame);
       if (!origin) continue;

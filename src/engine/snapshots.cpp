@@ -20,10 +20,11 @@ struct Subject {
 
 // Nothing for a window that cannot be photographed.
 std::optional<Subject> readSubject(const TargetWindow& window) {
-  window.element.setMessagingTimeout(AX::timeout::application);
-  if (AX::boolean(window.element, AX::attribute::minimized).value_or(false)) return std::nullopt;
-  auto title = AX::string(window.element, AX::attribute::title).value_or("");
-  const auto frame = AX::frame(window.element);
+  constexpr auto timeout = AX::timeout::application;
+  if (AX::boolean(window.element, AX::attribute::minimized, timeout).value_or(false))
+    return std::nullopt;
+  auto title = AX::string(window.element, AX::attribute::title, timeout).value_or("");
+  const auto frame = AX::frame(window.element, timeout);
   if (!frame) return std::nullopt;
   return Subject{std::move(title), *frame};
 }
@@ -60,7 +61,8 @@ Task<> Snapshots::cacheSnapshot(TargetWindow window) {
 Task<> Snapshots::cacheSnapshotOfFocusedWindow(ProcessID pid) {
   if (!isEnabled()) co_return;
   const auto window = co_await around_.axQueue.ax([&] {
-    return AX::child(AX::application(around_.accessibility, pid), AX::attribute::focusedWindow);
+    return AX::child(around_.accessibility.application(pid), AX::attribute::focusedWindow,
+                     AX::timeout::application);
   });
   if (window) co_await cacheSnapshot({*window, pid});
 }

@@ -6,6 +6,7 @@
 
 #include "base/subscription.h"
 #include "platform/ax_element.h"
+#include "platform/ax_names.h"
 
 namespace pellow {
 
@@ -27,20 +28,22 @@ class Accessibility {
   virtual AXElement application(ProcessID pid) = 0;
 
   // The deepest element at a point of the screen, in Quartz space; `noValue` where there is none.
-  // Takes the messaging timeout of `systemWide`. Any thread.
+  // The application whose element it is may take so long to answer. Any thread.
   virtual std::expected<AXElement, AXError> elementAtPosition(const AXElement& systemWide,
-                                                              QuartzPoint point) = 0;
+                                                              QuartzPoint point,
+                                                              Seconds timeout) = 0;
 
   // Calls `handler` on the main queue with the element that posts the notification, until the
   // subscription ends; the handler may end it. Answers `invalidUIElement` for an element that is
-  // gone already and `notificationUnsupported` for a name that it does not post. Main thread.
+  // gone already and `notificationUnsupported` for a name that it does not post. The application
+  // may take so long to take the observer in. Main thread.
   //
-  //   of a window        "AXUIElementDestroyed"     it is gone; once
-  //   of an application  "AXWindowMiniaturized"     the window that was minimized, by anybody
-  //                      "AXFocusedWindowChanged"   the window that has the focus now
+  //   of a window        `elementDestroyed`       it is gone; once
+  //   of an application  `windowMiniaturized`     the window that was minimized, by anybody
+  //                      `focusedWindowChanged`   the window that has the focus now
   virtual std::expected<Subscription, AXError> observe(
       const AXElement& element, std::string_view notification,
-      std::function<void(const AXElement&)> handler) = 0;
+      std::function<void(const AXElement&)> handler, Seconds timeout) = 0;
 };
 
 }  // namespace pellow

@@ -110,10 +110,11 @@ TEST_F(X11DesktopTest, TellsOfWindowsMinimizedByAnybodyAndOfNothingElse) {
     EXPECT_EQ(window.pid(), pid);
   };
   const auto application = x11->accessibility().application(pid);
-  auto watch = x11->accessibility().observe(application, "AXWindowMiniaturized", note);
+  auto watch = x11->accessibility().observe(application, "AXWindowMiniaturized", note, patience);
   ASSERT_TRUE(watch);
-  EXPECT_EQ(x11->accessibility().observe(application, "AXUIElementDestroyed", note).error(),
-            AXError::notificationUnsupported);
+  EXPECT_EQ(
+      x11->accessibility().observe(application, "AXUIElementDestroyed", note, patience).error(),
+      AXError::notificationUnsupported);
   const auto expectHeard = [&](std::vector<std::string> expected) {
     ASSERT_TRUE(until([&] { return heard.size() >= expected.size(); }));
     EXPECT_EQ(heard, expected);
@@ -129,25 +130,26 @@ TEST_F(X11DesktopTest, TellsOfWindowsMinimizedByAnybodyAndOfNothingElse) {
 
   desktop.iconify(second);
   expectHeard({"Second"});
-  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true, patience));
   expectHeard({"Second", "First"});
   // Minimized on a desktop that is left, and seen again from another one.
   ASSERT_TRUE(desktop.switchTo(1));
   EXPECT_EQ(windows(*x11, pid).size(), 3u);  // with the dialog, which went with its window
-  ASSERT_TRUE(element.setAttribute("AXMinimized", false));
+  ASSERT_TRUE(element.setAttribute("AXMinimized", false, patience));
   EXPECT_EQ(desktop.values(first, "_NET_WM_DESKTOP"), std::vector<std::uint32_t>{1});
   client.open("Third", {200, 200, 300, 200});
   ASSERT_TRUE(x11->processEvents());
-  ASSERT_TRUE(windowNamed(*x11, pid, "Third").setAttribute("AXMinimized", true));
+  ASSERT_TRUE(windowNamed(*x11, pid, "Third").setAttribute("AXMinimized", true, patience));
   expectHeard({"Second", "First", "Third"});
   watch->cancel();
-  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true, patience));
   ASSERT_TRUE(x11->processEvents());
   EXPECT_EQ(heard.size(), 3u);
 
   client.process().kill();
-  EXPECT_EQ(x11->accessibility().observe(application, "AXWindowMiniaturized", note).error(),
-            AXError::invalidUIElement);
+  EXPECT_EQ(
+      x11->accessibility().observe(application, "AXWindowMiniaturized", note, patience).error(),
+      AXError::invalidUIElement);
 }
 
 TEST_F(X11DesktopTest, TellsWhoIsStartedAndWhoHasTheKeys) {
@@ -161,11 +163,12 @@ TEST_F(X11DesktopTest, TellsWhoIsStartedAndWhoHasTheKeys) {
     heard.push_back(name(process) + std::string(" launched"));
     EXPECT_EQ(x11->workspace().application(process)->activationPolicy, ActivationPolicy::regular);
   });
-  const auto focused =
-      x11->accessibility().observe(x11->accessibility().application(pid), "AXFocusedWindowChanged",
-                                   [&](const AXElement& window) {
-                                     heard.push_back(read<std::string>(window, "AXTitle").value());
-                                   });
+  const auto focused = x11->accessibility().observe(
+      x11->accessibility().application(pid), "AXFocusedWindowChanged",
+      [&](const AXElement& window) {
+        heard.push_back(read<std::string>(window, "AXTitle").value());
+      },
+      patience);
   ASSERT_TRUE(focused);
   const auto expectHeard = [&](std::vector<std::string> expected) {
     EXPECT_TRUE(until([&] { return heard.size() >= expected.size(); }));
@@ -188,7 +191,7 @@ TEST_F(X11DesktopTest, TellsWhoIsStartedAndWhoHasTheKeys) {
   // The last window goes and comes back: its application is chosen anew.
   other.process().kill();
   const auto second = windowNamed(*x11, pid, "Second");
-  ASSERT_TRUE(second.setAttribute("AXMinimized", true));
+  ASSERT_TRUE(second.setAttribute("AXMinimized", true, patience));
   desktop.iconify(first);
   ASSERT_TRUE(eventually([&] {
     return desktop.activeWindow() == 0 && desktop.hasState(first, "_NET_WM_STATE_HIDDEN");

@@ -17,10 +17,10 @@ TEST_F(X11DesktopTest, NothingWaitsForAServerThatIsGone) {
   desktop.killServer();
   EXPECT_TRUE(eventually([&] { return !x11->processEvents(); }));
   EXPECT_FALSE(x11->connectionError().sentence.empty());
-  EXPECT_EQ(errorOf(element.setAttribute("AXPosition", QuartzPoint{1, 1})),
+  EXPECT_EQ(errorOf(element.setAttribute("AXPosition", QuartzPoint{1, 1}, patience)),
             AXError::cannotComplete);
-  EXPECT_EQ(errorOf(element.copyAttribute("AXRole")), AXError::cannotComplete);
-  EXPECT_EQ(errorOf(application.copyAttribute("AXWindows")), AXError::cannotComplete);
+  EXPECT_EQ(errorOf(element.copyAttribute("AXRole", patience)), AXError::cannotComplete);
+  EXPECT_EQ(errorOf(application.copyAttribute("AXWindows", patience)), AXError::cannotComplete);
   EXPECT_FALSE(x11->workspace().frontmostApplication());
   EXPECT_FALSE(x11->screens().all().empty());
 }
@@ -63,11 +63,11 @@ TEST_F(X11DesktopTest, ActionsGoOnBesideTheMainThread) {
   const auto goAndCome = [&] {
     (void)windows(*x11, otherPid);
     for (const bool minimized : {true, false}) {
-      (void)element.setAttribute("AXPosition", QuartzPoint{1279, 772});
-      (void)element.setAttribute("AXMinimized", minimized);
+      (void)element.setAttribute("AXPosition", QuartzPoint{1279, 772}, patience);
+      (void)element.setAttribute("AXMinimized", minimized, patience);
     }
-    (void)element.setAttribute("AXPosition", QuartzPoint{double(home.x), double(home.y)});
-    (void)element.performAction("AXRaise");
+    (void)element.setAttribute("AXPosition", QuartzPoint{double(home.x), double(home.y)}, patience);
+    (void)element.performAction("AXRaise", patience);
     ++rounds;
   };
   ThreadSerialQueue queue("com.velloway.pellow.test");

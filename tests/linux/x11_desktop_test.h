@@ -16,9 +16,13 @@
 
 namespace pellow::desktop {
 
+// Longer than any answer takes that comes at all.
+inline constexpr Seconds patience = 6;
+
 template <class Value>
-std::expected<Value, AXError> read(const AXElement& element, std::string_view attribute) {
-  const auto value = element.copyAttribute(attribute);
+std::expected<Value, AXError> read(const AXElement& element, std::string_view attribute,
+                                   Seconds timeout = patience) {
+  const auto value = element.copyAttribute(attribute, timeout);
   if (!value) return std::unexpected(value.error());
   return std::get<Value>(*value);
 }
@@ -68,17 +72,19 @@ class X11DesktopTest : public testing::Test {
   }
 
   void move(const AXElement& window, double x, double y) {
-    ASSERT_TRUE(window.setAttribute("AXPosition", QuartzPoint{x, y}));
+    ASSERT_TRUE(window.setAttribute("AXPosition", QuartzPoint{x, y}, patience));
     EXPECT_EQ(read<QuartzPoint>(window, "AXPosition"), (QuartzPoint{x, y}));
   }
 
   void expectGone(const AXElement& window) {
     for (const auto* attribute : {"AXRole", "AXSubrole", "AXTitle", "AXPosition", "AXMinimized"})
-      EXPECT_EQ(errorOf(window.copyAttribute(attribute)), AXError::invalidUIElement) << attribute;
-    EXPECT_EQ(errorOf(window.setAttribute("AXPosition", QuartzPoint{5, 5})),
+      EXPECT_EQ(errorOf(window.copyAttribute(attribute, patience)), AXError::invalidUIElement)
+          << attribute;
+    EXPECT_EQ(errorOf(window.setAttribute("AXPosition", QuartzPoint{5, 5}, patience)),
               AXError::invalidUIElement);
-    EXPECT_EQ(errorOf(window.setAttribute("AXMinimized", true)), AXError::invalidUIElement);
-    EXPECT_EQ(errorOf(window.performAction("AXRaise")), AXError::invalidUIElement);
+    EXPECT_EQ(errorOf(window.setAttribute("AXMinimized", true, patience)),
+              AXError::invalidUIElement);
+    EXPECT_EQ(errorOf(window.performAction("AXRaise", patience)), AXError::invalidUIElement);
   }
 
   DesktopSession desktop;

@@ -106,7 +106,8 @@ class X11HitTest : public testing::Test {
   }
 
   std::expected<AXElement, AXError> at(double x, double y) {
-    return x11->accessibility().elementAtPosition(x11->accessibility().systemWide(), {x, y});
+    return x11->accessibility().elementAtPosition(x11->accessibility().systemWide(), {x, y},
+                                                  patience);
   }
   bool isAt(double x, double y, std::string_view attribute, std::string_view value) {
     const auto found = at(x, y);
@@ -163,7 +164,7 @@ class X11HitTest : public testing::Test {
           << "at " << x << ", " << y;
       // Some window managers move the frame about when they do this.
       EXPECT_TRUE(eventually([&] { return !isButton(at(x, y)); }));
-      ASSERT_TRUE(parent.setAttribute("AXMinimized", false));
+      ASSERT_TRUE(parent.setAttribute("AXMinimized", false, patience));
       ASSERT_TRUE(desktop->activate(window));
       ASSERT_TRUE(eventually([&] { return desktop->frame(window) == home; }));
     }
@@ -215,8 +216,7 @@ TEST_F(X11HitTest, SlowSettingsAreReadAnotherTime) {
   forgetEverything();
 
   const auto system = x11->accessibility().systemWide();
-  system.setMessagingTimeout(0.25);
-  x11->accessibility().elementAtPosition(system, {frame.x + 80.0, frame.y + 3.0}).value();
+  x11->accessibility().elementAtPosition(system, {frame.x + 80.0, frame.y + 3.0}, 0.25).value();
   EXPECT_TRUE(onlyButton({frame.x, frame.y + 3, frame.width, 1}));
   setenv("PATH", path.c_str(), 1);
 }
@@ -296,11 +296,10 @@ TEST_F(X11HeaderBarTest, SaysItselfWhereItsButtonsAre) {
   ASSERT_EQ(kill(pid, SIGSTOP), 0);
   forgetEverything();
   const auto system = x11->accessibility().systemWide();
-  system.setMessagingTimeout(1);
   const auto begin = std::chrono::steady_clock::now();
   std::optional<PixelRect> guessed;
   for (int x = bar.x; x < bar.x + bar.width; x += 4) {
-    const auto found = x11->accessibility().elementAtPosition(system, {double(x), bar.y + 20.0});
+    const auto found = x11->accessibility().elementAtPosition(system, {double(x), bar.y + 20.0}, 1);
     if (isButton(found)) guessed = placeOf(*found);
   }
   // Half a second for each of a hundred would be fifty.
@@ -341,8 +340,8 @@ TEST_F(X11HitTest, FindsWindowsAndNothingElse) {
   client.destroy(above);
   ASSERT_TRUE(eventually([&] { return !desktop->exists(above); }));
   ASSERT_TRUE(button);
-  EXPECT_EQ(errorOf(button->copyAttribute("AXRole")), AXError::invalidUIElement);
-  EXPECT_EQ(errorOf(button->copyAttribute("AXPosition")), AXError::invalidUIElement);
+  EXPECT_EQ(errorOf(button->copyAttribute("AXRole", patience)), AXError::invalidUIElement);
+  EXPECT_EQ(errorOf(button->copyAttribute("AXPosition", patience)), AXError::invalidUIElement);
 }
 
 }  // namespace

@@ -25,9 +25,9 @@ TEST_F(X11Rows, ShadedWindowsAreNotMinimizedAndComeBackShaded) {
   const auto window = client.open("Shaded", {100, 100, 400, 300});
   const auto element = windowNamed(*x11, pid, "Shaded");
   std::vector<std::string> heard;
-  const auto watch =
-      x11->accessibility().observe(x11->accessibility().application(pid), "AXWindowMiniaturized",
-                                   [&](const AXElement&) { heard.push_back("minimized"); });
+  const auto watch = x11->accessibility().observe(
+      x11->accessibility().application(pid), "AXWindowMiniaturized",
+      [&](const AXElement&) { heard.push_back("minimized"); }, patience);
   const auto home = desktop.frame(window);
   desktop.changeState(window, "_NET_WM_STATE_SHADED", true);
   ASSERT_TRUE(eventually([&] { return isShaded(window); }));
@@ -41,15 +41,15 @@ TEST_F(X11Rows, ShadedWindowsAreNotMinimizedAndComeBackShaded) {
   EXPECT_TRUE(eventually([&] { return isShaded(window); }));
   TestClient other(desktop, "Other");
   other.open("Other", {600, 500, 200, 100});
-  ASSERT_TRUE(element.performAction("AXRaise"));
+  ASSERT_TRUE(element.performAction("AXRaise", patience));
   ASSERT_TRUE(x11->workspace().activate(pid));
   // When the window manager shows another window, it has done what it was asked before.
   other.open("Next", {700, 500, 200, 100});
   EXPECT_TRUE(eventually([&] { return isShaded(window); }));
 
-  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true, patience));
   EXPECT_EQ(read<bool>(element, "AXMinimized"), true);
-  ASSERT_TRUE(element.setAttribute("AXMinimized", false));
+  ASSERT_TRUE(element.setAttribute("AXMinimized", false, patience));
   EXPECT_TRUE(eventually([&] { return isShaded(window); }));
 
   ASSERT_TRUE(x11->workspace().hide(pid));
@@ -67,10 +67,10 @@ TEST_F(X11Rows, AnXIDOfItsOwnProcessAnewIsAnotherWindow) {
     return [&, name](const AXElement&) { heard.push_back(name); };
   };
   const auto application = x11->accessibility().application(pid);
-  const auto minimized =
-      x11->accessibility().observe(application, "AXWindowMiniaturized", note("minimized"));
+  const auto minimized = x11->accessibility().observe(application, "AXWindowMiniaturized",
+                                                      note("minimized"), patience);
   const auto oldDestroyed =
-      x11->accessibility().observe(old, "AXUIElementDestroyed", note("old destroyed"));
+      x11->accessibility().observe(old, "AXUIElementDestroyed", note("old destroyed"), patience);
   client.reconnect();
   // Nothing of what happened has been looked at when the window is there again.
   ASSERT_EQ(client.open("New", {100, 100, 300, 200}), window);
@@ -79,8 +79,8 @@ TEST_F(X11Rows, AnXIDOfItsOwnProcessAnewIsAnotherWindow) {
   expectGone(old);
   EXPECT_TRUE(until([&] { return heard.size() == 1; }));
   const auto freshDestroyed =
-      x11->accessibility().observe(fresh, "AXUIElementDestroyed", note("new destroyed"));
-  ASSERT_TRUE(fresh.setAttribute("AXMinimized", true));
+      x11->accessibility().observe(fresh, "AXUIElementDestroyed", note("new destroyed"), patience);
+  ASSERT_TRUE(fresh.setAttribute("AXMinimized", true, patience));
   EXPECT_TRUE(until([&] { return heard.size() == 2; }));
   client.destroy(window);
   EXPECT_TRUE(until([&] { return heard.size() == 3; }));

@@ -47,7 +47,7 @@ TEST_F(X11DesktopTest, TellsApplicationsAndTheirWindows) {
 
   // Raising chooses the front window, activating brings it forward with the keys.
   EXPECT_EQ(x11->workspace().frontmostApplication(), other.process().pid());
-  ASSERT_TRUE(own[0].performAction("AXRaise"));
+  ASSERT_TRUE(own[0].performAction("AXRaise", patience));
   ASSERT_TRUE(x11->workspace().activate(pid));
   ASSERT_TRUE(eventually([&] { return desktop.activeWindow() == first; }));
   EXPECT_EQ(x11->workspace().frontmostApplication(), pid);
@@ -58,9 +58,9 @@ TEST_F(X11DesktopTest, HidesAnApplicationWithoutItsMinimizedWindows) {
   client.open("First", {100, 50, 400, 300});
   const auto second = client.open("Second", {300, 250, 400, 300});
   const auto element = windowNamed(*x11, pid, "First");
-  EXPECT_EQ(errorOf(element.setAttribute("AXMinimized", std::string("yes"))),
+  EXPECT_EQ(errorOf(element.setAttribute("AXMinimized", std::string("yes"), patience)),
             AXError::illegalArgument);
-  ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+  ASSERT_TRUE(element.setAttribute("AXMinimized", true, patience));
   ASSERT_TRUE(x11->workspace().hide(pid));
   EXPECT_TRUE(desktop.hasState(second, "_NET_WM_STATE_HIDDEN"));
   EXPECT_EQ(read<bool>(windowNamed(*x11, pid, "Second"), "AXMinimized"), false);
@@ -81,7 +81,7 @@ TEST_F(X11DesktopTest, WhatIsGoneStaysGone) {
   std::vector<std::string> heard;
   const auto listen = [&](const AXElement& to, const char* notification, const char* word) {
     return x11->accessibility().observe(
-        to, notification, [&heard, word](const AXElement&) { heard.push_back(word); });
+        to, notification, [&heard, word](const AXElement&) { heard.push_back(word); }, patience);
   };
   const auto destroyed = listen(element, "AXUIElementDestroyed", "old destroyed");
   const auto neverDestroyed = listen(other, "AXUIElementDestroyed", "survivor destroyed");
@@ -98,7 +98,7 @@ TEST_F(X11DesktopTest, WhatIsGoneStaysGone) {
   expectGone(element);
 
   EXPECT_EQ(errorOf(listen(element, "AXUIElementDestroyed", "")), AXError::invalidUIElement);
-  EXPECT_EQ(errorOf(x11->accessibility().application(oldPid).copyAttribute("AXWindows")),
+  EXPECT_EQ(errorOf(x11->accessibility().application(oldPid).copyAttribute("AXWindows", patience)),
             AXError::invalidUIElement);
   EXPECT_EQ(read<bool>(other, "AXMinimized"), false);
   EXPECT_EQ(heard.size(), 2u);
@@ -109,13 +109,12 @@ TEST_F(X11DesktopTest, NoAnswerInTimeIsNotAnEmptyOne) {
   client.open("Guest", {100, 50, 400, 300});
   const auto own = windows(*x11, pid);
   const auto application = x11->accessibility().application(pid);
-  application.setMessagingTimeout(0.25);
   const auto keys = x11->eventMonitors().addLocalKeyDown([](const KeyEvent&) { return false; });
 
   client.grabServer(3000);
   x11->deliverLocalKeyDown(escape, 0);
-  for (auto answer = read<std::vector<AXElement>>(application, "AXWindows"); answer != own;
-       answer = read<std::vector<AXElement>>(application, "AXWindows"))
+  for (auto answer = read<std::vector<AXElement>>(application, "AXWindows", 0.25); answer != own;
+       answer = read<std::vector<AXElement>>(application, "AXWindows", 0.25))
     ASSERT_EQ(errorOf(answer), AXError::cannotComplete);
   EXPECT_FALSE(x11->deliverLocalKeyDown(escape, 0));
 }
@@ -127,10 +126,10 @@ TEST_F(X11DesktopTest, AWindowThatComesBackIsAtHomeAtOnce) {
   const auto element = windowNamed(*x11, pid, "Guest");
   const QuartzPoint origin{double(home.x), double(home.y)};
   for (int round = 0; round < 5; ++round) {
-    ASSERT_TRUE(element.setAttribute("AXMinimized", true));
+    ASSERT_TRUE(element.setAttribute("AXMinimized", true, patience));
     EXPECT_EQ(read<QuartzPoint>(element, "AXPosition"), origin);
     ASSERT_TRUE(eventually([&] { return !desktop.isShown(window); }));
-    ASSERT_TRUE(round % 2 == 0 ? element.setAttribute("AXMinimized", false).has_value()
+    ASSERT_TRUE(round % 2 == 0 ? element.setAttribute("AXMinimized", false, patience).has_value()
                                : desktop.activate(window));
     EXPECT_EQ(read<QuartzPoint>(element, "AXPosition"), origin);
     ASSERT_TRUE(

@@ -19,6 +19,8 @@ namespace {
 
 using simulated::SimulatedPlatform;
 
+constexpr Seconds patience = 5;
+
 TEST(PellowError, EveryAccessibilityErrorReadsDifferently) {
   std::set<std::string> texts{explanation(AXError::success)};
   for (int number = -25214; number <= -25200; ++number)
@@ -39,23 +41,23 @@ TEST(AXReaders, AnswerNothingForErrorsAndForOtherTypes) {
   scripted->answer("list", std::vector{other, third});
   scripted->answer("error", std::unexpected(AXError::cannotComplete));
 
-  EXPECT_EQ(AX::string(element, "text"), "hello");
-  EXPECT_EQ(AX::boolean(element, "yes"), true);
-  EXPECT_EQ(AX::child(element, "element"), other);
-  EXPECT_EQ(AX::children(element, "list"), (std::vector{other, third}));
+  EXPECT_EQ(AX::string(element, "text", patience), "hello");
+  EXPECT_EQ(AX::boolean(element, "yes", patience), true);
+  EXPECT_EQ(AX::child(element, "element", patience), other);
+  EXPECT_EQ(AX::children(element, "list", patience), (std::vector{other, third}));
   for (const auto attribute : {"error", "absent", "yes"}) {
-    EXPECT_EQ(AX::string(element, attribute), std::nullopt);
-    EXPECT_EQ(AX::child(element, attribute), std::nullopt);
-    EXPECT_TRUE(AX::children(element, attribute).empty());
+    EXPECT_EQ(AX::string(element, attribute, patience), std::nullopt);
+    EXPECT_EQ(AX::child(element, attribute, patience), std::nullopt);
+    EXPECT_TRUE(AX::children(element, attribute, patience).empty());
   }
-  EXPECT_EQ(AX::boolean(element, "text"), std::nullopt);
-  EXPECT_EQ(AX::child(element, "list"), std::nullopt);
+  EXPECT_EQ(AX::boolean(element, "text", patience), std::nullopt);
+  EXPECT_EQ(AX::child(element, "list", patience), std::nullopt);
 
   // A frame needs position and size.
   scripted->answer("AXPosition", QuartzPoint{10, 20});
-  EXPECT_EQ(AX::frame(element), std::nullopt);
+  EXPECT_EQ(AX::frame(element, patience), std::nullopt);
   scripted->answer("AXSize", Size{300, 200});
-  EXPECT_EQ(AX::frame(element), QuartzRect(10, 20, 300, 200));
+  EXPECT_EQ(AX::frame(element, patience), QuartzRect(10, 20, 300, 200));
 }
 
 // A window with a button `depth` levels below it; answers what the walk up from the button finds.
@@ -68,7 +70,7 @@ std::optional<AXElement> windowAbove(int depth) {
     element->answer("AXParent", AXElement(parent));
     parent = element;
   }
-  return AX::enclosingWindow(AXElement(parent));
+  return AX::enclosingWindow(AXElement(parent), patience);
 }
 
 TEST(AXReaders, TheEnclosingWindowIsAtMostSevenLevelsUp) {
@@ -77,9 +79,9 @@ TEST(AXReaders, TheEnclosingWindowIsAtMostSevenLevelsUp) {
   EXPECT_EQ(windowAbove(8), std::nullopt);
 
   const auto button = scriptedElement(1);
-  EXPECT_EQ(AX::enclosingWindow(AXElement(button)), std::nullopt);
+  EXPECT_EQ(AX::enclosingWindow(AXElement(button), patience), std::nullopt);
   button->answer("AXParent", AXElement(button));
-  EXPECT_EQ(AX::enclosingWindow(AXElement(button)), std::nullopt) << "its own parent";
+  EXPECT_EQ(AX::enclosingWindow(AXElement(button), patience), std::nullopt) << "its own parent";
   button->attributes.clear();
 }
 
@@ -106,9 +108,7 @@ TEST(TargetWindow, OnlyStandardWindowsThatTellTheirProcess) {
   EXPECT_EQ(windows[0].pid, 42);
   EXPECT_EQ(windows[1].element, listed[4]);
   EXPECT_EQ(windows[1].pid, 43);
-  EXPECT_EQ(accessibility.onlyApplication->messagingTimeout, 0.25);
-  EXPECT_EQ(AX::systemWide(accessibility), AXElement(accessibility.system));
-  EXPECT_EQ(accessibility.system->messagingTimeout, 0.1);
+  EXPECT_EQ(accessibility.onlyApplication->lastTimeout, 0.25);
 }
 
 class TargetWindowMove : public testing::Test {
@@ -138,7 +138,7 @@ TEST_F(TargetWindowMove, EndsAsSoonAsTheWindowIsCloseEnough) {
   reports({{501.5, 498.5}});
   EXPECT_EQ(move({500, 500}), (QuartzPoint{501.5, 498.5}));
   EXPECT_EQ(took, 0);
-  EXPECT_EQ(window->messagingTimeout, 5.0);
+  EXPECT_EQ(window->lastTimeout, 5.0);
   ASSERT_EQ(window->writes.size(), 1u);
   EXPECT_EQ(window->writes[0],
             (std::pair<std::string, AXValue>("AXPosition", QuartzPoint{500, 500})));

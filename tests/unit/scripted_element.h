@@ -21,7 +21,7 @@ class ScriptedElement final : public AXElement::Object {
   std::map<std::string, std::function<Answer()>, std::less<>> attributes;
   std::expected<void, AXError> writeAnswer;
   std::vector<std::pair<std::string, AXValue>> writes;
-  Seconds messagingTimeout = 0;
+  mutable Seconds lastTimeout = 0;
 
   void answer(std::string attribute, Answer answer) {
     attributes[std::move(attribute)] = [answer] { return answer; };
@@ -31,24 +31,26 @@ class ScriptedElement final : public AXElement::Object {
     return thing == dynamic_cast<const ScriptedElement&>(other).thing;
   }
   std::expected<ProcessID, AXError> pid() const override { return owner; }
-  void setMessagingTimeout(Seconds timeout) override { messagingTimeout = timeout; }
-  std::expected<AXValue, AXError> copyAttribute(std::string_view attribute) const override {
+  std::expected<AXValue, AXError> copyAttribute(std::string_view attribute,
+                                                Seconds timeout) const override {
+    lastTimeout = timeout;
     const auto found = attributes.find(attribute);
     if (found == attributes.end()) return std::unexpected(AXError::attributeUnsupported);
     return found->second();
   }
-  std::vector<Answer> copyMultipleAttributeValues(
-      std::span<const std::string_view> names) const override {
+  std::vector<Answer> copyMultipleAttributeValues(std::span<const std::string_view> names,
+                                                  Seconds timeout) const override {
     std::vector<Answer> answers;
-    for (const auto name : names) answers.push_back(copyAttribute(name));
+    for (const auto name : names) answers.push_back(copyAttribute(name, timeout));
     return answers;
   }
-  std::expected<void, AXError> setAttribute(std::string_view attribute,
-                                            const AXValue& value) override {
+  std::expected<void, AXError> setAttribute(std::string_view attribute, const AXValue& value,
+                                            Seconds timeout) override {
+    lastTimeout = timeout;
     writes.emplace_back(attribute, value);
     return writeAnswer;
   }
-  std::expected<void, AXError> performAction(std::string_view) override { return {}; }
+  std::expected<void, AXError> performAction(std::string_view, Seconds) override { return {}; }
 };
 
 inline std::shared_ptr<ScriptedElement> scriptedElement(int thing) {
@@ -67,11 +69,13 @@ class ScriptedAccessibility final : public Accessibility {
   bool isProcessTrustedWithPrompt() override { return true; }
   AXElement systemWide() override { return AXElement(system); }
   AXElement application(ProcessID) override { return AXElement(onlyApplication); }
-  std::expected<AXElement, AXError> elementAtPosition(const AXElement&, QuartzPoint) override {
+  std::expected<AXElement, AXError> elementAtPosition(const AXElement&, QuartzPoint,
+                                                      Seconds) override {
     return std::unexpected(AXError::noValue);
   }
   std::expected<Subscription, AXError> observe(const AXElement&, std::string_view,
-                                               std::function<void(const AXElement&)>) override {
+                                               std::function<void(const AXElement&)>,
+                                               Seconds) override {
     return std::unexpected(AXError::notificationUnsupported);
   }
 };

@@ -20,12 +20,13 @@ class SimulatedDesktopTest : public testing::Test {
  protected:
   template <class T>
   T read(const AXElement& element, std::string_view attribute) {
-    return std::get<T>(element.copyAttribute(attribute).value());
+    return std::get<T>(element.copyAttribute(attribute, patience).value());
   }
 
   SimulatedPlatform platform;
   SimulatedDesktop& desktop = platform.desktop();
   MainQueue& mainQueue = platform.queues().main();
+  Seconds patience = 6;
 };
 
 // That one seed is one history, random histories tell call by call.
@@ -103,20 +104,21 @@ TEST_F(SimulatedDesktopTest, WindowsAnswerLikeThoseOfAMac) {
   const auto element = list.element();
   const auto windows = [&] { return read<std::vector<AXElement>>(notes.element(), "AXWindows"); };
   EXPECT_EQ(windows(), (std::vector{letter.element(), element}));
-  EXPECT_EQ(element.copyAttribute("AXGrowArea").error(), AXError::attributeUnsupported);
-  EXPECT_EQ(element.performAction("AXPress").error(), AXError::actionUnsupported);
-  EXPECT_EQ(element.setAttribute("AXPosition", true).error(), AXError::illegalArgument);
+  EXPECT_EQ(element.copyAttribute("AXGrowArea", patience).error(), AXError::attributeUnsupported);
+  EXPECT_EQ(element.performAction("AXPress", patience).error(), AXError::actionUnsupported);
+  EXPECT_EQ(element.setAttribute("AXPosition", true, patience).error(), AXError::illegalArgument);
 
-  EXPECT_TRUE(letter.element().setAttribute("AXMinimized", true).has_value());
+  EXPECT_TRUE(letter.element().setAttribute("AXMinimized", true, patience).has_value());
   EXPECT_EQ(windows().back(), letter.element());
   EXPECT_TRUE(platform.workspace().activate(inbox.pid()));
-  EXPECT_TRUE(element.performAction("AXRaise").has_value());
+  EXPECT_TRUE(element.performAction("AXRaise", patience).has_value());
   EXPECT_TRUE(inbox.isInFront()) << "a raise stays behind the frontmost application";
 
   // What is gone stays gone.
   notes.quit();
   EXPECT_EQ(element.pid().error(), AXError::invalidUIElement);
-  EXPECT_EQ(notes.element().copyAttribute("AXWindows").error(), AXError::invalidUIElement);
+  EXPECT_EQ(notes.element().copyAttribute("AXWindows", patience).error(),
+            AXError::invalidUIElement);
   EXPECT_FALSE(platform.workspace().activate(notes.pid()));
   EXPECT_FALSE(platform.workspace().application(notes.pid()));
 }
@@ -125,7 +127,7 @@ TEST_F(SimulatedDesktopTest, WindowsHaveManners) {
   const auto list = desktop.launch("Notes").openWindow("Shopping", home);
   const auto element = list.element();
   const auto placeAfterMove = [&](QuartzPoint asked) {
-    EXPECT_TRUE(element.setAttribute("AXPosition", asked).has_value());
+    EXPECT_TRUE(element.setAttribute("AXPosition", asked, patience).has_value());
     return read<QuartzPoint>(element, "AXPosition");
   };
   EXPECT_EQ(placeAfterMove({1439, 872}), (QuartzPoint{1439, 872}));
@@ -138,22 +140,23 @@ TEST_F(SimulatedDesktopTest, WindowsHaveManners) {
 
   // Slow, and too slow: the caller loses exactly its timeout.
   list.behaves().answersAfter(0.2);
-  element.setMessagingTimeout(0.25);
+  patience = 0.25;
   const auto start = desktop.now();
-  EXPECT_TRUE(element.setAttribute("AXMinimized", true).has_value());
+  EXPECT_TRUE(element.setAttribute("AXMinimized", true, patience).has_value());
   EXPECT_DOUBLE_EQ(desktop.now(), start + 0.2);
   list.answersAfter(3);
-  EXPECT_EQ(element.setAttribute("AXMinimized", false).error(), AXError::cannotComplete);
+  EXPECT_EQ(element.setAttribute("AXMinimized", false, patience).error(), AXError::cannotComplete);
   EXPECT_DOUBLE_EQ(desktop.now(), start + 0.45);
   desktop.run(5);
   EXPECT_TRUE(list.isMinimized());
   // Faults by name and kind, and then the end.
   list.behaves().fails("AXPosition", AXError::notImplemented, AXCall::write);
-  EXPECT_TRUE(element.copyAttribute("AXPosition").has_value());
-  EXPECT_EQ(element.setAttribute("AXPosition", QuartzPoint{}).error(), AXError::notImplemented);
+  EXPECT_TRUE(element.copyAttribute("AXPosition", patience).has_value());
+  EXPECT_EQ(element.setAttribute("AXPosition", QuartzPoint{}, patience).error(),
+            AXError::notImplemented);
   list.closesDuring(2);
-  EXPECT_TRUE(element.copyAttribute("AXTitle").has_value());
-  EXPECT_EQ(element.copyAttribute("AXTitle").error(), AXError::invalidUIElement);
+  EXPECT_TRUE(element.copyAttribute("AXTitle", patience).has_value());
+  EXPECT_EQ(element.copyAttribute("AXTitle", patience).error(), AXError::invalidUIElement);
   EXPECT_FALSE(list.exists());
 }
 
@@ -205,7 +208,7 @@ TEST_F(SimulatedDesktopTest, NothingOfAnEndedProcessRuns) {
   const auto queue = platform.queues().makeSerialQueue("com.velloway.pellow.actions");
   auto running = queue->async([&] {
     platform.clock().sleep(1);
-    const auto moved = list.element().setAttribute("AXPosition", QuartzPoint{1439, 872});
+    const auto moved = list.element().setAttribute("AXPosition", QuartzPoint{1439, 872}, patience);
     done.push_back(moved ? "moved" : "not moved");
   });
   const auto waiting = queue->async([&] { done.push_back("waiting"); });

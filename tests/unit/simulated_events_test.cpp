@@ -46,10 +46,12 @@ class SimulatedEventsTest : public testing::Test {
 
   void listen(const AXElement& element, const char* notification, std::string word) {
     auto observer = platform.accessibility().observe(
-        element, notification, [this, word = std::move(word)](const AXElement& about) {
-          const auto title = about.copyAttribute("AXTitle");
+        element, notification,
+        [this, word = std::move(word)](const AXElement& about) {
+          const auto title = about.copyAttribute("AXTitle", patience);
           heard.push_back(word + " " + (title ? std::get<std::string>(*title) : "?"));
-        });
+        },
+        patience);
     ASSERT_TRUE(observer);
     observers.push_back(std::move(*observer));
   }
@@ -64,17 +66,18 @@ class SimulatedEventsTest : public testing::Test {
   }
 
   AXElement minimizeButtonOf(const SimulatedWindow& window) {
-    return std::get<AXElement>(window.element().copyAttribute("AXMinimizeButton").value());
+    return std::get<AXElement>(
+        window.element().copyAttribute("AXMinimizeButton", patience).value());
   }
 
   std::string at(QuartzPoint point) {
-    const auto found = platform.accessibility().elementAtPosition(systemWide, point);
+    const auto found = platform.accessibility().elementAtPosition(systemWide, point, patience);
     if (!found) return found.error() == AXError::noValue ? "nothing" : "an error";
     const auto read = [&](const AXElement& element, const char* attribute) {
-      const auto value = element.copyAttribute(attribute);
+      const auto value = element.copyAttribute(attribute, patience);
       return value ? std::get<std::string>(*value) : "-";
     };
-    const auto parent = found->copyAttribute("AXParent");
+    const auto parent = found->copyAttribute("AXParent", patience);
     return fmt::format("{} {} in {}", read(*found, "AXRole"), read(*found, "AXSubrole"),
                        read(std::get<AXElement>(*parent), "AXTitle"));
   }
@@ -82,6 +85,7 @@ class SimulatedEventsTest : public testing::Test {
   SimulatedPlatform platform;
   SimulatedDesktop& desktop = platform.desktop();
   AXElement systemWide = platform.accessibility().systemWide();
+  Seconds patience = 6;
   Lines heard;
   std::vector<Subscription> observers;
 };
@@ -112,8 +116,9 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
            // The focus moves on within the application, wherever the minimize came from.
            {[&] { desktop.click(list.minimizeButton()); }, {"Windo Shopping", "Focus Letter"}},
            {[&] { list.unminimize(); }, {"Focus Shopping"}},
-           {[&] { letter.element().performAction("AXRaise").value(); }, {"Focus Letter"}},
-           {[&] { list.element().setAttribute("AXMinimized", true).value(); }, {"Windo Shopping"}},
+           {[&] { letter.element().performAction("AXRaise", patience).value(); }, {"Focus Letter"}},
+           {[&] { list.element().setAttribute("AXMinimized", true, patience).value(); },
+            {"Windo Shopping"}},
            {[&] { letter.minimize(); }, {"Windo Letter"}},
            {[&] { letter.minimize(); }, {}},
            // Who takes the place of the frontmost application had its focus all the time.
@@ -165,22 +170,23 @@ TEST_F(SimulatedEventsTest, AHitTestFindsWhatLiesOnTop) {
   EXPECT_EQ(at({10, 10}), "nothing");
   list.withoutMinimizeButton();
   EXPECT_EQ(at({133, 131}), "AXWindow AXStandardWindow in Notes");
-  EXPECT_EQ(button.copyAttribute("AXRole").error(), AXError::invalidUIElement);
+  EXPECT_EQ(button.copyAttribute("AXRole", patience).error(), AXError::invalidUIElement);
 
   // The program's own panel covers what is below it, at its level.
   const auto panel = platform.panels().makePanel("pellow-strip");
   panel->setFrame({580, 680, 40, 40});
   panel->orderFront();
-  const auto found = platform.accessibility().elementAtPosition(systemWide, {600, 200}).value();
+  const auto found =
+      platform.accessibility().elementAtPosition(systemWide, {600, 200}, patience).value();
   EXPECT_EQ(found.pid(), platform.process().pid());
   panel->setLevel(PanelLevel::desktopIcons);
   EXPECT_EQ(at({600, 200}), "AXGroup - in Inbox");
 
   // A slow application answers by what is there then, if the one who asks waits for it.
-  systemWide.setMessagingTimeout(0.1);
+  patience = 0.1;
   inbox.answersAfter(1);
   EXPECT_EQ(at({600, 200}), "an error");
-  systemWide.setMessagingTimeout(5);
+  patience = 5;
   desktop.after(0.5, [&] { inbox.moveTo({0, 600}); });
   EXPECT_EQ(at({600, 200}), "nothing");
 }
@@ -188,24 +194,24 @@ TEST_F(SimulatedEventsTest, AHitTestFindsWhatLiesOnTop) {
 TEST_F(SimulatedEventsTest, ApplicationsHangWakeAndDie) {
   const auto notes = desktop.launch("Notes");
   const auto element = notes.openWindow("Shopping", home).actsLate().element();
-  element.setMessagingTimeout(2);
+  patience = 2;
   notes.hangs();
   const auto start = desktop.now();
-  EXPECT_EQ(element.setAttribute("AXMinimized", true).error(), AXError::cannotComplete);
+  EXPECT_EQ(element.setAttribute("AXMinimized", true, patience).error(), AXError::cannotComplete);
   EXPECT_DOUBLE_EQ(desktop.now(), start + 2);
   // Who waits long enough is answered when it wakes; late work is done then.
   desktop.after(1, [&] { notes.wakes(); });
-  EXPECT_TRUE(std::get<bool>(element.copyAttribute("AXMinimized").value()));
+  EXPECT_TRUE(std::get<bool>(element.copyAttribute("AXMinimized", patience).value()));
   EXPECT_DOUBLE_EQ(desktop.now(), start + 3);
   // Nobody waits for the dead.
   notes.hangs();
   desktop.after(1, [&] { notes.kill(); });
-  EXPECT_EQ(element.copyAttribute("AXTitle").error(), AXError::invalidUIElement);
+  EXPECT_EQ(element.copyAttribute("AXTitle", patience).error(), AXError::invalidUIElement);
 
   // The permission goes while the answer is on its way.
   const auto web = desktop.launch("Web").openWindow("Page", home).answersAfter(1);
   desktop.after(0.5, [&] { desktop.setTrusted(false); });
-  EXPECT_EQ(web.element().copyAttribute("AXTitle").error(), AXError::apiDisabled);
+  EXPECT_EQ(web.element().copyAttribute("AXTitle", patience).error(), AXError::apiDisabled);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 
 #include "platforms/linux/x11/client_processes.h"
 #include "platforms/linux/x11/hit_test.h"
@@ -15,6 +14,8 @@ namespace {
 using Answer = std::expected<AXValue, AXError>;
 using Outcome = std::expected<void, AXError>;
 
+Answer named(std::string_view name) { return std::string(name); }
+
 struct Context {
   X11Server& server;
   WindowManager& windowManager;
@@ -24,24 +25,22 @@ class X11Element : public AXElement::Object {
  public:
   explicit X11Element(Context context) : context_(context) {}
 
-  void setMessagingTimeout(Seconds timeout) override { timeout_ = timeout; }
-  std::vector<Answer> copyMultipleAttributeValues(
-      std::span<const std::string_view> attributes) const override {
+  std::vector<Answer> copyMultipleAttributeValues(std::span<const std::string_view> attributes,
+                                                  Seconds timeout) const override {
     std::vector<Answer> answers;
-    for (const auto attribute : attributes) answers.push_back(copyAttribute(attribute));
+    for (const auto attribute : attributes) answers.push_back(copyAttribute(attribute, timeout));
     return answers;
   }
-  std::expected<void, AXError> setAttribute(std::string_view, const AXValue&) override {
+  std::expected<void, AXError> setAttribute(std::string_view, const AXValue&, Seconds) override {
     return std::unexpected(AXError::attributeUnsupported);
   }
-  std::expected<void, AXError> performAction(std::string_view) override {
+  std::expected<void, AXError> performAction(std::string_view, Seconds) override {
     return std::unexpected(AXError::actionUnsupported);
   }
 
  protected:
   X11Server& server() const { return context_.server; }
   const Context& context() const { return context_; }
-  Deadline deadline() const { return deadlineIn(timeout_); }
   // Whether answers may be missing from what was asked for until `end`.
   bool isIncomplete(Deadline end) const { return hasPassed(end) || server().connection().isLost(); }
   std::unexpected<AXError> nothingFound(Deadline end) const {
@@ -50,7 +49,6 @@ class X11Element : public AXElement::Object {
 
  private:
   Context context_;
-  std::atomic<Seconds> timeout_ = 6;  // the system's own default
 };
 
 AXElement applicationElement(Context context, ProcessID pid);
@@ -66,27 +64,27 @@ class WindowElement : public X11Element {
   }
   std::expected<ProcessID, AXError> pid() const override { return pid_; }
 
-  Answer copyAttribute(std::string_view attribute) const override;
-  std::vector<Answer> copyMultipleAttributeValues(
-      std::span<const std::string_view> attributes) const override;
-  Outcome setAttribute(std::string_view attribute, const AXValue& value) override;
-  Outcome performAction(std::string_view action) override;
+  Answer copyAttribute(std::string_view attribute, Seconds timeout) const override;
+  std::vector<Answer> copyMultipleAttributeValues(std::span<const std::string_view> attributes,
+                                                  Seconds timeout) const override;
+  Outcome setAttribute(std::string_view attribute, const AXValue& value, Seconds timeout) override;
+  Outcome performAction(std::string_view action, Seconds timeout) override;
 
   const WindowKey& key() const { return window_; }
-  bool isGone() const {
-    const auto found = facts(Facet::state);
+  bool isGone(Seconds timeout) const {
+    const auto found = facts(Facet::state, deadlineIn(timeout));
     return !found && found.error() == AXError::invalidUIElement;
   }
 
  private:
   // A withdrawn window is no window to anybody, even if its application keeps it for later.
-  std::expected<WindowFacts, AXError> facts(Facet facets) const {
-    auto found = look(server(), window_, facets | Facet::state, deadline());
+  std::expected<WindowFacts, AXError> facts(Facet facets, Deadline deadline) const {
+    auto found = look(server(), window_, facets | Facet::state, deadline);
     if (found && found->state.withdrawn) return std::unexpected(AXError::invalidUIElement);
     return found;
   }
-  Answer value(std::string_view attribute, const WindowFacts& found) const;
-  Outcome setMinimized(bool minimized);
+  Answer value(std::string_view attribute, const WindowFacts& found, Deadline deadline) const;
+  Outcome setMinimized(bool minimized, Deadline deadline);
 
   const WindowKey window_;
   const ProcessID pid_;
@@ -104,105 +102,109 @@ class ButtonElement : public X11Element {
   }
   std::expected<ProcessID, AXError> pid() const override { return window_->pid(); }
 
-  Answer copyAttribute(std::string_view attribute) const override;
+  Answer copyAttribute(std::string_view attribute, Seconds timeout) const override;
 
  private:
   const std::shared_ptr<const WindowElement> window_;
 };
 
-Answer ButtonElement::copyAttribute(std::string_view attribute) const {
-  if (attribute == "AXParent")
+Answer ButtonElement::copyAttribute(std::string_view attribute, Seconds timeout) const {
+  if (attribute == AX::attribute::parent)
     return AXValue(
         AXElement(std::make_shared<WindowElement>(context(), window_->key(), *window_->pid())));
-  if (window_->isGone()) return std::unexpected(AXError::invalidUIElement);
-  if (attribute == "AXRole") return AXValue(std::string("AXButton"));
-  if (attribute == "AXSubrole") return AXValue(std::string("AXMinimizeButton"));
-  if (attribute != "AXPosition" && attribute != "AXSize")
+  if (window_->isGone(timeout)) return std::unexpected(AXError::invalidUIElement);
+  if (attribute == AX::attribute::role) return named(AX::role::button);
+  if (attribute == AX::attribute::subrole) return named(AX::subrole::minimizeButton);
+  if (attribute != AX::attribute::position && attribute != AX::attribute::size)
     return std::unexpected(AXError::attributeUnsupported);
-  const auto place =
-      context().windowManager.titleBars().minimizeButton(window_->key().window, deadline());
+  const auto place = context().windowManager.titleBars().minimizeButton(window_->key().window,
+                                                                        deadlineIn(timeout));
   if (!place) return std::unexpected(AXError::cannotComplete);
   const auto frame = server().layout().toQuartz(*place);
-  if (attribute == "AXPosition") return AXValue(frame.origin);
+  if (attribute == AX::attribute::position) return AXValue(frame.origin);
   return AXValue(frame.size);
 }
 
-std::string subrole(WindowKind kind) {
+std::string_view subrole(WindowKind kind) {
   switch (kind) {
     case WindowKind::standard:
-      return "AXStandardWindow";
+      return AX::subrole::standardWindow;
     case WindowKind::dialog:
-      return "AXDialog";
+      return AX::subrole::dialog;
     case WindowKind::floating:
-      return "AXFloatingWindow";
+      return AX::subrole::floatingWindow;
     case WindowKind::furniture:
       break;
   }
-  return "AXUnknown";
+  return AX::subrole::unknown;
 }
 
 // What to look at for an attribute of a window; nothing that it does not have.
 std::optional<Facet> facetOf(std::string_view attribute) {
-  if (attribute == "AXRole" || attribute == "AXMinimized" || attribute == "AXParent")
+  if (attribute == AX::attribute::role || attribute == AX::attribute::minimized ||
+      attribute == AX::attribute::parent)
     return Facet::state;
-  if (attribute == "AXSubrole") return Facet::kind;
-  if (attribute == "AXTitle") return Facet::title;
-  if (attribute == "AXPosition" || attribute == "AXSize") return Facet::frame;
+  if (attribute == AX::attribute::subrole) return Facet::kind;
+  if (attribute == AX::attribute::title) return Facet::title;
+  if (attribute == AX::attribute::position || attribute == AX::attribute::size) return Facet::frame;
   return std::nullopt;
 }
 
-Answer WindowElement::value(std::string_view attribute, const WindowFacts& found) const {
-  if (attribute == "AXSubrole") return subrole(found.kind);
-  if (attribute == "AXTitle") return found.title;
-  if (attribute == "AXPosition") return server().layout().toQuartz(found.frame).origin;
-  if (attribute == "AXSize") return server().layout().toQuartz(found.frame).size;
-  if (attribute == "AXMinimized") return isMinimized(server(), found.state, deadline());
-  if (attribute == "AXParent") return applicationElement(context(), pid_);
-  return std::string("AXWindow");
+Answer WindowElement::value(std::string_view attribute, const WindowFacts& found,
+                            Deadline deadline) const {
+  if (attribute == AX::attribute::subrole) return named(subrole(found.kind));
+  if (attribute == AX::attribute::title) return found.title;
+  if (attribute == AX::attribute::position) return server().layout().toQuartz(found.frame).origin;
+  if (attribute == AX::attribute::size) return server().layout().toQuartz(found.frame).size;
+  if (attribute == AX::attribute::minimized) return isMinimized(server(), found.state, deadline);
+  if (attribute == AX::attribute::parent) return applicationElement(context(), pid_);
+  return named(AX::role::window);
 }
 
-Answer WindowElement::copyAttribute(std::string_view attribute) const {
-  return copyMultipleAttributeValues({&attribute, 1}).front();
+Answer WindowElement::copyAttribute(std::string_view attribute, Seconds timeout) const {
+  return copyMultipleAttributeValues({&attribute, 1}, timeout).front();
 }
 
 std::vector<Answer> WindowElement::copyMultipleAttributeValues(
-    std::span<const std::string_view> attributes) const {
+    std::span<const std::string_view> attributes, Seconds timeout) const {
+  const Deadline end = deadlineIn(timeout);
   auto facets = Facet::state;
   for (const auto attribute : attributes) facets = facets | facetOf(attribute).value_or(facets);
-  const auto found = facts(facets);
+  const auto found = facts(facets, end);
   std::vector<Answer> answers;
   for (const auto attribute : attributes) {
     if (!facetOf(attribute))
       answers.emplace_back(std::unexpected(AXError::attributeUnsupported));
     else
-      answers.push_back(found ? value(attribute, *found) : std::unexpected(found.error()));
+      answers.push_back(found ? value(attribute, *found, end) : std::unexpected(found.error()));
   }
   return answers;
 }
 
-Outcome WindowElement::setAttribute(std::string_view attribute, const AXValue& value) {
-  if (attribute == "AXPosition") {
+Outcome WindowElement::setAttribute(std::string_view attribute, const AXValue& value,
+                                    Seconds timeout) {
+  if (attribute == AX::attribute::position) {
     const auto* position = std::get_if<QuartzPoint>(&value);
     if (!position) return std::unexpected(AXError::illegalArgument);
-    return context().windowManager.moveFrame(window_, *position, deadline());
+    return context().windowManager.moveFrame(window_, *position, deadlineIn(timeout));
   }
-  if (attribute == "AXMinimized") {
+  if (attribute == AX::attribute::minimized) {
     const auto* minimized = std::get_if<bool>(&value);
     if (!minimized) return std::unexpected(AXError::illegalArgument);
-    return setMinimized(*minimized);
+    return setMinimized(*minimized, deadlineIn(timeout));
   }
   return std::unexpected(AXError::attributeUnsupported);
 }
 
-Outcome WindowElement::setMinimized(bool minimized) {
+Outcome WindowElement::setMinimized(bool minimized, Deadline deadline) {
   auto& windowManager = context().windowManager;
-  return minimized ? windowManager.minimize(window_, deadline())
-                   : windowManager.unminimize(window_, deadline());
+  return minimized ? windowManager.minimize(window_, deadline)
+                   : windowManager.unminimize(window_, deadline);
 }
 
-Outcome WindowElement::performAction(std::string_view action) {
-  if (action != "AXRaise") return std::unexpected(AXError::actionUnsupported);
-  const auto raised = context().windowManager.raise(window_, deadline());
+Outcome WindowElement::performAction(std::string_view action, Seconds timeout) {
+  if (action != AX::action::raise) return std::unexpected(AXError::actionUnsupported);
+  const auto raised = context().windowManager.raise(window_, deadlineIn(timeout));
   if (raised) server().setFrontWindow(pid_, window_);
   return raised;
 }
@@ -219,7 +221,7 @@ class ApplicationElement : public X11Element {
   }
   std::expected<ProcessID, AXError> pid() const override { return pid_; }
 
-  Answer copyAttribute(std::string_view attribute) const override;
+  Answer copyAttribute(std::string_view attribute, Seconds timeout) const override;
 
  private:
   // Those of its windows in the list of clients that are more than furniture.
@@ -228,16 +230,16 @@ class ApplicationElement : public X11Element {
   AXElement element(const WindowFacts& window) const {
     return AXElement(std::make_shared<WindowElement>(context(), window.key(), pid_));
   }
-  Answer windows() const;
-  Answer focusedWindow() const;
+  Answer windows(Deadline end) const;
+  Answer focusedWindow(Deadline end) const;
 
   const ProcessID pid_;
 };
 
-Answer ApplicationElement::copyAttribute(std::string_view attribute) const {
-  if (attribute == "AXWindows") return windows();
-  if (attribute == "AXFocusedWindow") return focusedWindow();
-  if (attribute == "AXRole") return AXValue(std::string("AXApplication"));
+Answer ApplicationElement::copyAttribute(std::string_view attribute, Seconds timeout) const {
+  if (attribute == AX::attribute::windows) return windows(deadlineIn(timeout));
+  if (attribute == AX::attribute::focusedWindow) return focusedWindow(deadlineIn(timeout));
+  if (attribute == AX::attribute::role) return named(AX::role::application);
   return std::unexpected(AXError::attributeUnsupported);
 }
 
@@ -255,8 +257,7 @@ std::vector<WindowFacts> ApplicationElement::ownWindows(const std::vector<xcb_wi
   return windows;
 }
 
-Answer ApplicationElement::windows() const {
-  const Deadline end = deadline();
+Answer ApplicationElement::windows(Deadline end) const {
   const auto desktop = currentDesktop(server(), end);
   auto windows = ownWindows(clientList(server(), server().atoms().netClientList, end), end);
   std::vector<AXElement> elements;
@@ -271,8 +272,7 @@ Answer ApplicationElement::windows() const {
   return AXValue(std::move(elements));
 }
 
-Answer ApplicationElement::focusedWindow() const {
-  const Deadline end = deadline();
+Answer ApplicationElement::focusedWindow(Deadline end) const {
   const auto active = activeWindow(server(), end);
   if (!active) return nothingFound(end);
   const auto windows = ownWindows({*active}, end);
@@ -289,21 +289,21 @@ class SystemElement : public X11Element {
   }
   std::expected<ProcessID, AXError> pid() const override { return 0; }
 
-  Answer copyAttribute(std::string_view attribute) const override {
-    if (attribute == "AXRole") return AXValue(std::string("AXSystemWide"));
-    if (attribute != "AXFocusedApplication") return std::unexpected(AXError::attributeUnsupported);
-    const Deadline end = deadline();
+  Answer copyAttribute(std::string_view attribute, Seconds timeout) const override {
+    if (attribute == AX::attribute::role) return named(AX::role::systemWide);
+    if (attribute != AX::attribute::focusedApplication)
+      return std::unexpected(AXError::attributeUnsupported);
+    const Deadline end = deadlineIn(timeout);
     const auto active = activeWindow(server(), end);
     const ProcessID pid = active ? owningProcesses(server(), {*active}, end).front() : 0;
     if (pid == 0) return nothingFound(end);
     return AXValue(applicationElement(context(), pid));
   }
 
-  std::expected<AXElement, AXError> elementAt(QuartzPoint point) const;
+  std::expected<AXElement, AXError> elementAt(QuartzPoint point, Deadline end) const;
 };
 
-std::expected<AXElement, AXError> SystemElement::elementAt(QuartzPoint point) const {
-  const Deadline end = deadline();
+std::expected<AXElement, AXError> SystemElement::elementAt(QuartzPoint point, Deadline end) const {
   const auto hit = hitTest(server(), context().windowManager.titleBars(),
                            server().layout().toPixels(point), end);
   if (!hit) return std::unexpected(AXError::cannotComplete);
@@ -331,17 +331,19 @@ AXElement X11Accessibility::application(ProcessID pid) {
 }
 
 std::expected<AXElement, AXError> X11Accessibility::elementAtPosition(const AXElement& systemWide,
-                                                                      QuartzPoint point) {
+                                                                      QuartzPoint point,
+                                                                      Seconds timeout) {
   const auto* system = dynamic_cast<const SystemElement*>(&systemWide.object());
   if (!system) return std::unexpected(AXError::illegalArgument);
-  return system->elementAt(point);
+  return system->elementAt(point, deadlineIn(timeout));
 }
 
 std::expected<Subscription, AXError> X11Accessibility::observe(const AXElement& element,
                                                                std::string_view notification,
-                                                               Handler handler) {
+                                                               Handler handler, Seconds timeout) {
   if (dynamic_cast<const WindowElement*>(&element.object())) {
-    if (notification == "AXUIElementDestroyed") return observeWindow(element, std::move(handler));
+    if (notification == AX::notification::elementDestroyed)
+      return observeWindow(element, std::move(handler), timeout);
   } else if (const auto* application = dynamic_cast<const ApplicationElement*>(&element.object())) {
     if (application->isGone()) return std::unexpected(AXError::invalidUIElement);
     return observeApplication(*application->pid(), notification, std::move(handler));
@@ -350,16 +352,17 @@ std::expected<Subscription, AXError> X11Accessibility::observe(const AXElement& 
 }
 
 std::expected<Subscription, AXError> X11Accessibility::observeWindow(const AXElement& element,
-                                                                     Handler handler) {
+                                                                     Handler handler,
+                                                                     Seconds timeout) {
   const auto& window = dynamic_cast<const WindowElement&>(element.object());
   auto subscription = windowEvents_.observe(
       window.key().window,
       [element, &window, handler = std::move(handler), isTold = false]() mutable {
-        if (isTold || !window.isGone()) return;
+        if (isTold || !window.isGone(serverPatience)) return;
         isTold = true;
         handler(element);
       });
-  if (window.isGone()) return std::unexpected(AXError::invalidUIElement);
+  if (window.isGone(timeout)) return std::unexpected(AXError::invalidUIElement);
   return subscription;
 }
 
@@ -369,9 +372,9 @@ std::expected<Subscription, AXError> X11Accessibility::observeApplication(
                handler = std::move(handler)](const WindowKey& window) {
     handler(AXElement(std::make_shared<WindowElement>(context, window, pid)));
   };
-  if (notification == "AXWindowMiniaturized")
+  if (notification == AX::notification::windowMiniaturized)
     return applicationEvents_.onMinimized(pid, std::move(tell));
-  if (notification == "AXFocusedWindowChanged")
+  if (notification == AX::notification::focusedWindowChanged)
     return applicationEvents_.onFocused(pid, std::move(tell));
   return std::unexpected(AXError::notificationUnsupported);
 }

@@ -33,11 +33,12 @@ class X11Accessibility : public Accessibility {
   bool isProcessTrustedWithPrompt() override { return isProcessTrusted(); }
   AXElement systemWide() override;
   AXElement application(ProcessID pid) override;
-  std::expected<Subscription, AXError> observe(
-      const AXElement& element, std::string_view notification,
-      std::function<void(const AXElement&)> handler) override;
+  std::expected<Subscription, AXError> observe(const AXElement& element,
+                                               std::string_view notification,
+                                               std::function<void(const AXElement&)> handler,
+                                               Seconds timeout) override;
   std::expected<AXElement, AXError> elementAtPosition(const AXElement& systemWide,
-                                                      QuartzPoint point) override;
+                                                      QuartzPoint point, Seconds timeout) override;
 
   // The list of clients has changed.
   void windowsChanged() { applicationEvents_.windowsChanged(); }
@@ -45,7 +46,8 @@ class X11Accessibility : public Accessibility {
  private:
   using Handler = std::function<void(const AXElement&)>;
 
-  std::expected<Subscription, AXError> observeWindow(const AXElement& element, Handler handler);
+  std::expected<Subscription, AXError> observeWindow(const AXElement& element, Handler handler,
+                                                     Seconds timeout);
   std::expected<Subscription, AXError> observeApplication(ProcessID pid,
                                                           std::string_view notification,
                                                           Handler handler);
