@@ -1,7 +1,8 @@
 #pragma once
 
-#include <functional>
 #include <utility>
+
+#include "base/function.h"
 
 namespace pellow {
 
@@ -11,13 +12,13 @@ namespace pellow {
 class [[nodiscard]] Subscription {
  public:
   Subscription() = default;
-  explicit Subscription(std::move_only_function<void()> end) : end_(std::move(end)) {}
+  explicit Subscription(Function<void()> end) : end_(std::move(end)) {}
 
-  Subscription(Subscription&& other) noexcept : end_(std::exchange(other.end_, nullptr)) {}
+  Subscription(Subscription&&) noexcept = default;
   Subscription& operator=(Subscription&& other) noexcept {
     if (this != &other) {
       cancel();
-      end_ = std::exchange(other.end_, nullptr);
+      end_ = std::move(other.end_);
     }
     return *this;
   }
@@ -27,13 +28,13 @@ class [[nodiscard]] Subscription {
 
   // Ends it now; a second call does nothing.
   void cancel() {
-    if (auto end = std::exchange(end_, nullptr)) end();
+    if (auto end = std::move(end_)) end();
   }
 
-  explicit operator bool() const { return end_ != nullptr; }
+  explicit operator bool() const { return static_cast<bool>(end_); }
 
  private:
-  std::move_only_function<void()> end_;
+  Function<void()> end_;
 };
 
 }  // namespace pellow

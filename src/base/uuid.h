@@ -3,6 +3,7 @@
 #include <array>
 #include <compare>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <optional>
 #include <string>
@@ -15,7 +16,10 @@ namespace pellow {
 struct UUID {
   std::array<std::uint8_t, 16> bytes{};
 
-  auto operator<=>(const UUID&) const = default;
+  bool operator==(const UUID&) const = default;
+  std::strong_ordering operator<=>(const UUID& other) const {
+    return std::memcmp(bytes.data(), other.bytes.data(), bytes.size()) <=> 0;
+  }
 
   // The standard text, upper case: "6BA7B810-9DAD-11D1-80B4-00C04FD430C8".
   std::string text() const;

@@ -4,12 +4,13 @@
 #include <memory>
 #include <string>
 
+#include "base/function.h"
 #include "base/subscription.h"
 #include "platform/clock.h"
 
 namespace pellow {
 
-using Work = std::move_only_function<void()>;
+using Work = Function<void()>;
 
 // The queue of the main thread. Its members may be called on any thread; the subscriptions that
 // they return are dropped on the main thread, if need be by their own work while it runs.

@@ -1,9 +1,10 @@
 #include "platform/user_defaults.h"
 
-#include <charconv>
 #include <utility>
 
 #include <fmt/format.h>
+
+#include "base/number.h"
 
 namespace pellow {
 namespace {
@@ -12,8 +13,6 @@ template <class... Cases>
 struct Overloaded : Cases... {
   using Cases::operator()...;
 };
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::string_view withoutLeadingSpace(std::string_view text) {
   const auto start = text.find_first_not_of(" \t\n\v\f\r");
@@ -31,14 +30,7 @@ bool booleanOf(std::string_view text) {
 
 // The decimal number that the text begins with, else 0.
 double numberOf(std::string_view text) {
-  text = withoutLeadingSpace(text);
-  const bool isNegative = text.starts_with('-');
-  if (isNegative || text.starts_with('+')) text.remove_prefix(1);
-  // The parser would also take a second sign, "inf" and "nan".
-  if (text.empty() || !(isDigit(text[0]) || text[0] == '.')) return 0;
-  double number = 0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
-  return isNegative ? -number : number;
+  return leadingNumber(withoutLeadingSpace(text)).value_or(0);
 }
 
 }  // namespace

@@ -1,15 +1,24 @@
+#include <cmath>
+#include <coroutine>
+#include <limits>
+#include <locale>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "base/colour.h"
+#include "base/function.h"
 #include "base/geometry.h"
 #include "base/json.h"
 #include "base/notification_center.h"
+#include "base/number.h"
 #include "base/task.h"
 #include "base/unicode.h"
 #include "base/uuid.h"
@@ -147,6 +156,46 @@ TEST(NotificationCenter, MayEndBeforeItsObservers) {
   auto observer = center->observe("tabs", [] {});
   center.reset();
   observer.cancel();
+}
+
+TEST(Function, OwnsWhatItCalls) {
+  auto token = std::make_shared<int>(3);
+  Function<int(std::unique_ptr<int>)> add =
+      [token, own = std::make_unique<int>(30)](std::unique_ptr<int> other) {
+        return *token + *own + *other;
+      };
+  auto moved = std::move(add);
+  EXPECT_FALSE(add);  // NOLINT(bugprone-use-after-move): it is empty then
+  EXPECT_EQ(moved(std::make_unique<int>(300)), 333);
+  moved = nullptr;
+  EXPECT_FALSE(moved);
+  EXPECT_EQ(token.use_count(), 1);
+}
+
+struct CommaNumbers : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(Number, IsTheLongestOneThatTheTextBeginsWithWhateverTheLocale) {
+  const std::locale before = std::locale::global({std::locale::classic(), new CommaNumbers});
+  const std::vector<std::pair<const char*, std::optional<double>>> texts{{"-2.5e3pt", -2500},
+                                                                         {"1234.5", 1234.5},
+                                                                         {"1e", 1},
+                                                                         {"1e+", 1},
+                                                                         {"5.e1", 50},
+                                                                         {"12abc", 12},
+                                                                         {"0x10", 0},
+                                                                         {"1.2.3", 1.2},
+                                                                         {".", std::nullopt},
+                                                                         {"+-5", std::nullopt},
+                                                                         {"e5", std::nullopt},
+                                                                         {"inf", std::nullopt},
+                                                                         {"", std::nullopt},
+                                                                         {"1e999", std::nullopt}};
+  for (const auto& [text, number] : texts) EXPECT_EQ(leadingNumber(text), number) << text;
+  std::locale::global(before);
 }
 
 // Suspends a coroutine until the test opens it.

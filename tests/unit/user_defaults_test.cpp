@@ -43,8 +43,7 @@ TEST_F(UserDefaultsCoercion, Booleans) {
 
 TEST_F(UserDefaultsCoercion, Numbers) {
   const std::vector<std::pair<const char*, double>> texts{
-      {"5", 5},   {" 2.5pt", 2.5}, {"-1e3", -1000}, {"+4", 4}, {".5", 0.5}, {"inf", 0}, {"-inf", 0},
-      {"nan", 0}, {"0x10", 0},     {"", 0},         {"-", 0},  {"ten", 0},  {"+-5", 0}, {"7,5", 7}};
+      {" 2.5pt", 2.5}, {"-1e3", -1000}, {"inf", 0}, {"", 0}, {"ten", 0}, {"7,5", 7}};
   for (const auto& [stored, expected] : texts) EXPECT_EQ(numberOf(stored), expected) << stored;
   EXPECT_EQ(numberOf(true), 1);
   EXPECT_EQ(numberOf(DefaultsData{"5"}), 0);

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace pellow {
+
+// The decimal number that the text begins with, whatever the locale: "-2.5e3pt" begins with -2500.
+// Nothing for a text that begins with none, or with one that no double can hold.
+std::optional<double> leadingNumber(std::string_view text);
+
+}  // namespace pellow
