@@ -1,8 +1,6 @@
 #include "platforms/simulated/simulated_event_monitors.h"
 
-#include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "platforms/simulated/simulated_system.h"
 
@@ -17,11 +15,7 @@ std::optional<Subscription> SimulatedEventMonitors::addGlobalKeyDown(
 std::optional<Subscription> SimulatedEventMonitors::addLocalKeyDown(
     std::function<bool(const KeyEvent&)> handler) {
   if (!system_.state.allowsMonitors) return std::nullopt;
-  const auto added = std::make_shared<LocalHandler>(std::move(handler));
-  local_->push_front(added);
-  return Subscription([weak = std::weak_ptr(local_), added] {
-    if (const auto handlers = weak.lock()) std::erase(*handlers, added);
-  });
+  return local_.add(std::move(handler));
 }
 
 std::optional<Subscription> SimulatedEventMonitors::addGlobalPointerMoved(
@@ -55,12 +49,7 @@ bool SimulatedEventMonitors::programHasKeyboard() const {
 
 void SimulatedEventMonitors::deliver(const KeyEvent& event) const {
   if (!programHasKeyboard()) return global_.notify(event);
-  const auto handlers = *local_;
-  for (const auto& handler : handlers) {
-    // One that has left meanwhile hears no more.
-    if (std::ranges::find(*local_, handler) == local_->end()) continue;
-    if (!(*handler)(event)) return;
-  }
+  local_.newestFirst(event);
 }
 
 }  // namespace pellow::simulated

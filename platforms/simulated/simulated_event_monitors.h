@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <list>
-#include <memory>
+#include <functional>
+#include <optional>
 #include <string>
 
+#include "base/handler_list.h"
 #include "platform/event_monitors.h"
-#include "platforms/simulated/observers.h"
 
 namespace pellow::simulated {
 
@@ -33,16 +33,13 @@ class SimulatedEventMonitors final : public EventMonitors {
   void pointerMoved(bool isOverProgram) const;
 
  private:
-  using LocalHandler = std::function<bool(const KeyEvent&)>;
-  using LocalHandlers = std::list<std::shared_ptr<LocalHandler>>;
-
   void deliver(const KeyEvent& event) const;
 
   SimulatedSystem& system_;
-  Observers<const KeyEvent&> global_;
-  Observers<> globalPointer_;
-  Observers<> localPointer_;
-  std::shared_ptr<LocalHandlers> local_ = std::make_shared<LocalHandlers>();  // newest first
+  HandlerList<void(const KeyEvent&)> global_;
+  HandlerList<bool(const KeyEvent&)> local_;
+  HandlerList<void()> globalPointer_;
+  HandlerList<void()> localPointer_;
   bool programHasKeyboard_ = false;
 };
 

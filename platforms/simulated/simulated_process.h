@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/handler_list.h"
 #include "platform/process.h"
-#include "platforms/simulated/observers.h"
 
 namespace pellow::simulated {
 
@@ -40,7 +40,7 @@ class SimulatedProcess final : public Process {
  private:
   SimulatedSystem& system_;
   std::vector<std::string> arguments_;
-  std::map<TerminationSignal, Observers<>> handlers_;
+  std::map<TerminationSignal, HandlerList<void()>> handlers_;
   std::function<void()> onTerminate_;
   int launchedInstances_ = 0;
   std::optional<SystemError> launchFault_;

@@ -110,7 +110,7 @@ void SimulatedSystem::announce(const Announcement& news) {
   }
 }
 
-void SimulatedSystem::announceOf(const Observers<ProcessID>& observers, ProcessID pid) {
+void SimulatedSystem::announceOf(const HandlerList<void(ProcessID)>& observers, ProcessID pid) {
   send(0, [&observers, pid] { observers.notify(pid); });
 }
 

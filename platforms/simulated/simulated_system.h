@@ -12,11 +12,11 @@
 
 #include <fmt/format.h>
 
+#include "base/handler_list.h"
 #include "base/subscription.h"
 #include "platforms/simulated/announcements.h"
 #include "platforms/simulated/desktop_state.h"
 #include "platforms/simulated/main_loop.h"
-#include "platforms/simulated/observers.h"
 #include "platforms/simulated/scheduler.h"
 
 namespace pellow::simulated {
@@ -34,11 +34,11 @@ class SimulatedSystem {
   DesktopState state;
   Scheduler scheduler;
   MainLoop mainLoop;
-  Observers<ProcessID> applicationActivated;
-  Observers<ProcessID> applicationLaunched;
-  Observers<ProcessID> applicationTerminated;
-  Observers<WindowID> windowGone;
-  Observers<> screensChanged;
+  HandlerList<void(ProcessID)> applicationActivated;
+  HandlerList<void(ProcessID)> applicationLaunched;
+  HandlerList<void(ProcessID)> applicationTerminated;
+  HandlerList<void(WindowID)> windowGone;
+  HandlerList<void()> screensChanged;
 
   // Counts the call, takes the copy of a crash ordered for it, and lets others run. False once the
   // process has ended: then the call must change nothing.
@@ -89,7 +89,7 @@ class SimulatedSystem {
                               std::function<void(const AXElement&)> handler);
 
  private:
-  using ElementObservers = Observers<const AXElement&>;
+  using ElementObservers = HandlerList<void(const AXElement&)>;
   struct ElementNotification {
     ProcessID pid;
     WindowID window;  // 0: of the application
@@ -102,7 +102,7 @@ class SimulatedSystem {
   void endProcess();
   void scheduleLateWrite(const LateWrite& late);
   void announce(const Announcement& news);
-  void announceOf(const Observers<ProcessID>& observers, ProcessID pid);
+  void announceOf(const HandlerList<void(ProcessID)>& observers, ProcessID pid);
   void announceElement(const ElementNotification& notification, WindowID window);
   // On its way as long as the seed says, behind all that its sender has sent before.
   void send(ProcessID sender, Work delivery);

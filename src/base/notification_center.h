@@ -1,10 +1,11 @@
 #pragma once
 
 #include <functional>
-#include <memory>
+#include <map>
 #include <string>
 #include <string_view>
 
+#include "base/handler_list.h"
 #include "base/subscription.h"
 
 namespace pellow {
@@ -12,22 +13,19 @@ namespace pellow {
 // Named announcements inside the program, such as "pellow.tabsDidChange". Main thread.
 class NotificationCenter {
  public:
-  NotificationCenter();
-  ~NotificationCenter();
+  NotificationCenter() = default;
   NotificationCenter(const NotificationCenter&) = delete;
   NotificationCenter& operator=(const NotificationCenter&) = delete;
 
   // Calls every observer of the name, in the order in which they came, before it returns.
-  // Observers may post, observe and leave meanwhile: one that leaves is not called any more, one
-  // that comes is called from the next post on.
+  // Observers may post, observe and leave meanwhile.
   void post(std::string_view name);
 
   // Calls `observer` at every post of `name` until the subscription ends.
-  Subscription observe(std::string name, std::function<void()> observer);
+  Subscription observe(std::string_view name, std::function<void()> observer);
 
  private:
-  struct Observers;
-  std::shared_ptr<Observers> observers_;
+  std::map<std::string, HandlerList<void()>, std::less<>> observers_;
 };
 
 }  // namespace pellow

@@ -16,6 +16,7 @@
 #include "base/colour.h"
 #include "base/function.h"
 #include "base/geometry.h"
+#include "base/handler_list.h"
 #include "base/json.h"
 #include "base/notification_center.h"
 #include "base/number.h"
@@ -127,35 +128,73 @@ TEST(JSON, WritesNothingThatItCouldNotReadAgain) {
   EXPECT_EQ(encodeJSON({{"a", "\xFF"}}), std::nullopt);
 }
 
-TEST(NotificationCenter, ObserversMayComeGoAndPostMeanwhile) {
-  NotificationCenter center;
+TEST(HandlerList, HandlersMayComeAndGoWhileTheyAreCalled) {
+  HandlerList<void(int)> list;
   std::string calls;
   Subscription leaver, newcomer, itself;
-  const auto first = center.observe("tabs", [&] {
+  const auto first = list.add([&](int value) {
     calls += "1";
     leaver.cancel();
-    if (!newcomer) {
-      newcomer = center.observe("tabs", [&] { calls += "n"; });
-      center.post("zones");
-    }
+    if (!newcomer) newcomer = list.add([&](int) { calls += "n"; });
+    if (value > 0) list.notify(value - 1);
   });
-  leaver = center.observe("tabs", [&] { calls += "never"; });
-  itself = center.observe("tabs", [&, kept = std::make_shared<int>(1)] {
+  leaver = list.add([&](int) { calls += "never"; });
+  itself = list.add([&, kept = std::make_shared<int>(7)](int) {
     itself.cancel();
     calls += std::to_string(*kept);
   });
-  const auto zones = center.observe("zones", [&] { calls += "z"; });
-  center.post("tabs");
-  EXPECT_EQ(calls, "1z1");
-  center.post("tabs");
-  EXPECT_EQ(calls, "1z11n");
+  list.notify(1);
+  EXPECT_EQ(calls, "117n");
+  list.notify(0);
+  EXPECT_EQ(calls, "117n1n");
 }
 
-TEST(NotificationCenter, MayEndBeforeItsObservers) {
-  auto center = std::make_unique<NotificationCenter>();
-  auto observer = center->observe("tabs", [] {});
-  center.reset();
-  observer.cancel();
+TEST(HandlerList, AsksTheNewestFirstUntilOneAnswersFalse) {
+  HandlerList<bool(int)> list;
+  std::string calls;
+  const auto oldest = list.add([&](int) {
+    calls += "1";
+    return true;
+  });
+  auto leaver = list.add([](int) { return false; });
+  const auto newest = list.add([&](int value) {
+    calls += "3";
+    leaver.cancel();
+    return value == 0;
+  });
+  EXPECT_TRUE(list.newestFirst(0));
+  EXPECT_FALSE(list.newestFirst(1));
+  EXPECT_EQ(calls, "313");
+}
+
+TEST(HandlerList, LetsNothingOutliveItOrDieInside) {
+  auto list = std::make_unique<HandlerList<void()>>();
+  int calls = 0;
+  auto owned = list->add([&] { ++calls; });
+  auto owner = list->add([kept = std::make_shared<Subscription>(std::move(owned))] {});
+  owner.cancel();
+  EXPECT_TRUE(list->isEmpty()) << "a handler may own the subscription of another";
+
+  const auto token = std::make_shared<int>();
+  const auto breaker = list->add([&] { list.reset(); });
+  auto last = list->add([&, token] { ++calls; });
+  list->notify();
+  EXPECT_EQ(calls, 1) << "the list may end while it calls";
+  EXPECT_EQ(token.use_count(), 1);
+  last.cancel();
+}
+
+TEST(NotificationCenter, CallsTheObserversOfTheName) {
+  NotificationCenter center;
+  std::string calls;
+  const auto tabs = center.observe("tabs", [&] {
+    calls += "t";
+    center.post("zones");
+  });
+  const auto zones = center.observe("zones", [&] { calls += "z"; });
+  center.post("tabs");
+  center.post("pins");
+  EXPECT_EQ(calls, "tz");
 }
 
 TEST(Function, OwnsWhatItCalls) {

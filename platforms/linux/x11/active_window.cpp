@@ -26,7 +26,7 @@ void ActiveWindow::refresh() {
                       .isOfOtherApplication = std::exchange(pid_, pid) != pid};
   window_ = change.window.key();
   windowWatch_ = windowEvents_.observe(*active, [this] { windowChanged(); });
-  observers_.forEach([&](const auto& observer) { observer(change); });
+  observers_.notify(change);
 }
 
 void ActiveWindow::windowChanged() {

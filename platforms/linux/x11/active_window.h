@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "platforms/linux/x11/handler_list.h"
+#include "base/handler_list.h"
 #include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/x11_window.h"
 

@@ -77,7 +77,7 @@ void ApplicationEvents::windowChanged(xcb_window_t window) {
   // Copies stay when a handler makes the maps change.
   const auto handlers = application->second.minimized;
   const auto key = watched.window;
-  handlers.forEach([&](const auto& handler) { handler(key); });
+  handlers.notify(key);
 }
 
 // Everything that is out of the way for a look at the desktop comes back by itself.
@@ -92,7 +92,7 @@ void ApplicationEvents::focusChanged(const ActiveWindow::Change& change) {
   const auto application = applications_.find(change.pid);
   if (application == applications_.end() || change.window.kind == WindowKind::furniture) return;
   const auto handlers = application->second.focused;
-  handlers.forEach([&](const auto& handler) { handler(change.window.key()); });
+  handlers.notify(change.window.key());
 }
 
 }  // namespace pellow

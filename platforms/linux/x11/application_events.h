@@ -3,8 +3,8 @@
 #include <functional>
 #include <map>
 
+#include "base/handler_list.h"
 #include "platforms/linux/x11/active_window.h"
-#include "platforms/linux/x11/handler_list.h"
 #include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/x11_window.h"
 

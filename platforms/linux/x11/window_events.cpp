@@ -55,7 +55,7 @@ void WindowEvents::dispatch() {
     if (found == observers_.end()) continue;
     // A copy shares the handlers, and stays when they make the map change.
     const auto observers = found->second;
-    observers.forEach([](const auto& changed) { changed(); });
+    observers.notify();
   }
   forgetUnobserved();
 }

@@ -4,8 +4,8 @@
 #include <map>
 #include <set>
 
+#include "base/handler_list.h"
 #include "base/subscription.h"
-#include "platforms/linux/x11/handler_list.h"
 #include "platforms/linux/x11/x11_server.h"
 
 namespace pellow {

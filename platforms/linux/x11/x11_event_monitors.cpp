@@ -184,7 +184,7 @@ void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
                        .modifierFlags = keyboard->modifierFlags(modifiers_),
                        .charactersIgnoringModifiers = keyboard->characters(
                            keycode, group_, (modifiers_ & XCB_MOD_MASK_SHIFT) != 0)};
-  global_.forEach([&](const auto& handler) { handler(press); });
+  global_.notify(press);
 }
 
 void X11EventMonitors::gatherMovements() {
@@ -202,7 +202,7 @@ void X11EventMonitors::tellOfMovements() {
   if (read(movementTimer_.number(), &expirations, sizeof expirations) < 0) return;
   areMovementsGathered_ = false;
   const auto& handlers = isOwnWindowBelowPointer() ? localMoved_ : globalMoved_;
-  handlers.forEach([](const auto& handler) { handler(); });
+  handlers.notify();
 }
 
 bool X11EventMonitors::isOwnWindowBelowPointer() const {
@@ -230,7 +230,7 @@ bool X11EventMonitors::deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t s
                        .modifierFlags = keyboard->modifierFlags(state),
                        .charactersIgnoringModifiers = keyboard->characters(
                            keycode, state >> groupShift & 3u, (state & XCB_MOD_MASK_SHIFT) != 0)};
-  return local_.newestFirst([&](const auto& handler) { return handler(press); });
+  return local_.newestFirst(press);
 }
 
 AppKitPoint X11EventMonitors::pointerLocation() const {

@@ -3,9 +3,9 @@
 #include <functional>
 #include <memory>
 
+#include "base/handler_list.h"
 #include "platform/event_monitors.h"
 #include "platforms/linux/system/file_descriptor.h"
-#include "platforms/linux/x11/handler_list.h"
 #include "platforms/linux/x11/keyboard_map.h"
 #include "platforms/linux/x11/x11_server.h"
 

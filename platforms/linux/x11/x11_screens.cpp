@@ -118,7 +118,7 @@ bool X11Screens::refresh() {
   const bool sameMonitors =
       std::ranges::equal(layout.monitors, before.monitors, {}, &Monitor::frame, &Monitor::frame);
   server_.setLayout(std::move(layout));
-  observers_.forEach([](const auto& observer) { observer(); });
+  observers_.notify();
   return !sameMonitors;
 }
 

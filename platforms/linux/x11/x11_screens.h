@@ -2,8 +2,8 @@
 
 #include <map>
 
+#include "base/handler_list.h"
 #include "platform/screens.h"
-#include "platforms/linux/x11/handler_list.h"
 #include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/x11_server.h"
 

@@ -62,7 +62,7 @@ X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager,
       loadIcon_(std::move(loadIcon)),
       activeWatch_(activeWindow.onChange([this](const ActiveWindow::Change& change) {
         if (!change.isOfOtherApplication) return;
-        activationObservers_.forEach([&](const auto& observer) { observer(change.pid); });
+        activationObservers_.notify(change.pid);
       })) {
   windowsChanged();
   // Applications that a Pellow that crashed has hidden.
@@ -381,8 +381,7 @@ void X11Workspace::notice(const Owners& now) {
   for (const auto& window : lookAtAll(server_, fresh, faceFacets, deadlineIn(serverPatience)))
     if (const auto pid = now.at(window.window); isInTaskbar(window) && launched_.insert(pid).second)
       launches.push_back(pid);
-  for (const auto pid : launches)
-    launchObservers_.forEach([pid](const auto& observer) { observer(pid); });
+  for (const auto pid : launches) launchObservers_.notify(pid);
 }
 
 void X11Workspace::watchForEnd(ProcessID pid) {
@@ -411,7 +410,7 @@ void X11Workspace::end(ProcessID pid) {
   windowIcons_.erase(pid);
   launched_.erase(pid);
   server_.forgetApplication(pid);
-  terminationObservers_.forEach([pid](const auto& observer) { observer(pid); });
+  terminationObservers_.notify(pid);
 }
 
 }  // namespace pellow

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "base/handler_list.h"
 #include "platform/workspace.h"
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/active_window.h"
 #include "platforms/linux/x11/desktop_entries.h"
-#include "platforms/linux/x11/handler_list.h"
 #include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/window_manager.h"
 

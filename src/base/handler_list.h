@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -10,19 +11,24 @@
 
 namespace pellow {
 
-// Handlers that come and go, also while they are called: one that leaves is not called any more,
-// one that comes is called from the next time on. Calling allocates nothing. Main thread.
 template <class Signature>
-class HandlerList {
+class HandlerList;
+
+// Handlers that come and go, also while they are called: one that leaves is not called any more,
+// one that comes is called from the next time on. The list itself may go meanwhile. Calling
+// allocates nothing. Main thread.
+template <class Result, class... Args>
+class HandlerList<Result(Args...)> {
  public:
-  using Handler = std::function<Signature>;
+  using Handler = std::function<Result(Args...)>;
 
   Subscription add(Handler handler) {
     auto entry = std::make_shared<Entry>(std::move(handler));
-    state_->entries.push_back(entry);
-    return Subscription([state = state_, entry = std::move(entry)] {
-      entry->isLive = false;
-      state->sweep();
+    const std::weak_ptr weak = entry;
+    state_->entries.push_back(std::move(entry));
+    return Subscription([list = std::weak_ptr(state_), weak] {
+      if (const auto leaving = weak.lock()) leaving->isLive = false;
+      if (const auto state = list.lock()) state->sweep();
     });
   }
 
@@ -30,21 +36,22 @@ class HandlerList {
     return std::ranges::none_of(state_->entries, [](const auto& entry) { return entry->isLive; });
   }
 
-  // Visits the handlers from the oldest to the newest.
-  template <class Visitor>
-  void forEach(Visitor visit) const {
+  // Calls the handlers from the oldest to the newest.
+  void notify(Args... args) const {
     const Calling calling(state_);
-    const auto count = state_->entries.size();
-    for (std::size_t i = 0; i < count; ++i) callAt(i, visit);
+    const auto& entries = calling.state->entries;
+    const auto count = entries.size();
+    for (std::size_t i = 0; i < count; ++i)
+      if (const auto entry = entries[i]; entry->isLive) entry->handler(args...);
   }
 
-  // Visits the handlers from the newest to the oldest until one visit answers false; whether none
-  // did.
-  template <class Visitor>
-  bool newestFirst(Visitor visit) const {
+  // Calls the handlers from the newest to the oldest until one answers false; whether none did.
+  bool newestFirst(Args... args) const {
     const Calling calling(state_);
-    for (auto i = state_->entries.size(); i > 0; --i)
-      if (!callAt(i - 1, visit)) return false;
+    const auto& entries = calling.state->entries;
+    for (auto i = entries.size(); i > 0; --i)
+      if (const auto entry = entries[i - 1]; entry->isLive && !entry->handler(args...))
+        return false;
     return true;
   }
 
@@ -67,7 +74,7 @@ class HandlerList {
       std::erase_if(entries, [](const auto& entry) { return !entry->isLive; });
     }
   };
-  // Keeps the entries in their places while handlers run, even if the list itself is destroyed.
+  // Keeps the entries in their places while handlers run.
   struct Calling {
     explicit Calling(std::shared_ptr<State> list) : state(std::move(list)) {
       ++state->callsUnderWay;
@@ -80,18 +87,6 @@ class HandlerList {
     }
     std::shared_ptr<State> state;
   };
-
-  template <class Visitor>
-  bool callAt(std::size_t index, Visitor& visit) const {
-    const auto entry = state_->entries[index];  // survives its own leaving
-    if (!entry->isLive) return true;
-    if constexpr (std::is_void_v<decltype(visit(entry->handler))>) {
-      visit(entry->handler);
-      return true;
-    } else {
-      return visit(entry->handler);
-    }
-  }
 
   std::shared_ptr<State> state_ = std::make_shared<State>();
 };
