@@ -27,7 +27,7 @@ std::optional<Colour> Colour::parse(std::string_view text) {
 }
 
 std::string Colour::text() const {
-  return fmt::format("#{:06X}", byteOf(red) << 16 | byteOf(green) << 8 | byteOf(blue));
+  return fmt::format("#{:06X}", byteOf(red_) << 16 | byteOf(green_) << 8 | byteOf(blue_));
 }
 
 }  // namespace pellow

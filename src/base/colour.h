@@ -1,17 +1,25 @@
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace pellow {
 
-// A colour in sRGB; components from 0 to 1.
-struct Colour {
-  double red = 0;
-  double green = 0;
-  double blue = 0;
-  double alpha = 1;
+// A colour in sRGB; components from 0 to 1. Those beyond, as other colour spaces have them, become
+// the nearest.
+class Colour {
+ public:
+  constexpr Colour() = default;
+  constexpr Colour(double red, double green, double blue, double alpha = 1)
+      : red_(nearest(red)), green_(nearest(green)), blue_(nearest(blue)), alpha_(nearest(alpha)) {}
+
+  double red() const { return red_; }
+  double green() const { return green_; }
+  double blue() const { return blue_; }
+  double alpha() const { return alpha_; }
+  Colour withAlpha(double alpha) const { return {red_, green_, blue_, alpha}; }
 
   bool operator==(const Colour&) const = default;
 
@@ -21,6 +29,15 @@ struct Colour {
 
   // "#1A2B3C", each component truncated to a byte; alpha is left out.
   std::string text() const;
+
+ private:
+  // No number at all becomes 0, too.
+  static constexpr double nearest(double value) { return value > 0 ? std::min(value, 1.0) : 0; }
+
+  double red_ = 0;
+  double green_ = 0;
+  double blue_ = 0;
+  double alpha_ = 1;
 };
 
 }  // namespace pellow

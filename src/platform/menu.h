@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-#include "base/colour.h"
+#include "platform/paint.h"
 
 namespace pellow {
 
@@ -33,8 +33,15 @@ struct MenuSymbol {
   bool operator==(const MenuSymbol&) const = default;
 };
 
-// A small picture beside an item: a symbol, or a rounded swatch of a colour.
-using MenuImage = std::variant<std::monostate, MenuSymbol, Colour>;
+// A small rounded patch of a colour.
+struct MenuSwatch {
+  Paint paint;
+
+  bool operator==(const MenuSwatch&) const = default;
+};
+
+// A small picture beside an item.
+using MenuImage = std::variant<std::monostate, MenuSymbol, MenuSwatch>;
 
 struct MenuItem {
   std::string title;

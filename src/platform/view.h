@@ -6,10 +6,10 @@
 #include <variant>
 #include <vector>
 
-#include "base/colour.h"
 #include "base/geometry.h"
 #include "platform/image.h"
 #include "platform/menu.h"
+#include "platform/paint.h"
 
 // The insides of a panel as data. A platform compares a new tree with the one it shows, by key, and
 // changes only what differs, so that hover, drag and focus survive.
@@ -26,12 +26,11 @@ struct Picture {
 // A system symbol by its name, for example "pin.fill", drawn in one colour.
 struct Symbol {
   std::string name;
-  Colour colour;
+  Paint paint;
 
   bool operator==(const Symbol&) const = default;
 };
 
-enum class TextColour { label, secondaryLabel, white };
 enum class TextAlignment { left, centre };
 enum class FontWeight { regular, medium };
 
@@ -39,17 +38,16 @@ enum class FontWeight { regular, medium };
 struct Label {
   std::string text;
   double pointSize = 11;
-  TextColour colour = TextColour::label;
+  Paint paint = SystemColour::label;
   TextAlignment alignment = TextAlignment::left;
   FontWeight weight = FontWeight::regular;
 
   bool operator==(const Label&) const = default;
 };
 
-// A flat colour; the accent colour of the system where `accent` is set.
+// A flat colour.
 struct Fill {
-  Colour colour;
-  bool accent = false;
+  Paint paint;
 
   bool operator==(const Fill&) const = default;
 };

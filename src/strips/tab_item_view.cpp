@@ -7,6 +7,7 @@ namespace pellow {
 namespace {
 
 constexpr double titleGap = 6;
+constexpr Colour white(1, 1, 1);
 
 View iconView(const StripEntry& entry, const StripLayout& layout) {
   const auto side = layout.iconSide;
@@ -28,7 +29,7 @@ View pinView(const StripLayout& layout) {
   constexpr double side = 13;
   return {.key = "pin",
           .frame = {0, layout.itemSize.height - side, side, side},
-          .look = {.content = Symbol{"pin.fill", {1, 1, 1}},
+          .look = {.content = Symbol{"pin.fill", white},
                    .rotation = -35,
                    .shadow = Shadow{.opacity = 0.55, .blurRadius = 2, .dy = -0.5},
                    .accessibleName = "Pinned"}};
@@ -43,13 +44,13 @@ View countView(const StripEntry& entry, const StripLayout& layout) {
   View badge{.key = "count",
              .frame = {layout.itemSize.width - margin - width,
                        layout.itemSize.height - margin - height, width, height},
-             .look = {.content = Fill{.accent = true}, .cornerRadius = height / 2}};
-  badge.children.push_back({.key = "number",
-                            .frame = {0, 0, width, height},
-                            .look = {.content = Label{.text = text,
-                                                      .pointSize = 9,
-                                                      .colour = TextColour::white,
-                                                      .alignment = TextAlignment::centre}}});
+             .look = {.content = Fill{SystemColour::accent}, .cornerRadius = height / 2}};
+  badge.children.push_back(
+      {.key = "number",
+       .frame = {0, 0, width, height},
+       .look = {
+           .content = Label{
+               .text = text, .pointSize = 9, .paint = white, .alignment = TextAlignment::centre}}});
   return badge;
 }
 

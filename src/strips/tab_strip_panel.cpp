@@ -40,10 +40,9 @@ View TabStripPanel::makeContent(const std::vector<StripEntry>& entries,
                                 const TabZone& zone) const {
   View content{.key = "strip", .frame = {{}, chrome.totalSize}};
   content.children.push_back(background("backdrop", chrome.totalSize, Backdrop{}));
-  if (auto colour = Colour::parse(zone.colorHex.value_or(""))) {
-    colour->alpha = colourOpacity;
-    content.children.push_back(background("colour", chrome.totalSize, Fill{*colour}));
-  }
+  if (const auto colour = Colour::parse(zone.colorHex.value_or("")))
+    content.children.push_back(
+        background("colour", chrome.totalSize, Fill{colour->withAlpha(colourOpacity)}));
   if (zone.showsName)
     content.children.push_back(
         zoneNameView(zone.name, chrome.nameBand, /*rotated=*/!chrome.nameBandAcross));

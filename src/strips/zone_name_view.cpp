@@ -12,7 +12,7 @@ View zoneNameView(std::string text, const ViewRect& band, bool rotated) {
           .frame = {band.midX() - length / 2, band.midY() - thickness / 2, length, thickness},
           .look = {.content = Label{.text = std::move(text),
                                     .pointSize = 10,
-                                    .colour = TextColour::secondaryLabel,
+                                    .paint = SystemColour::secondaryLabel,
                                     .alignment = TextAlignment::centre,
                                     .weight = FontWeight::medium},
                    .rotation = rotated ? 90.0 : 0.0}};

@@ -54,6 +54,7 @@ TEST(ColourText, ReadsSixDigitsWithOrWithoutTheSign) {
     EXPECT_EQ(Colour::parse(text)->text(), text);
   }
   EXPECT_EQ((Colour{0.999, 0.5, 0, 0}).text(), "#FE7F00") << "truncated, not rounded";
+  EXPECT_EQ(Colour(1.5, -0.2, std::nan(""), 2), Colour(1, 0, 0, 1));
 }
 
 TEST(Geometry, TilesShareNoPointAndFlippingTwiceChangesNothing) {

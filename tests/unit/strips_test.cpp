@@ -113,7 +113,7 @@ TEST_F(Strips, SizesAndTitlesAreTheTabsOwnThenTheZonesThenThePreferences) {
   EXPECT_EQ(panel.view("name")->frame.midX(), 9);
   const auto* const fill = std::get_if<Fill>(&panel.view("colour")->look.content);
   ASSERT_TRUE(fill);
-  EXPECT_EQ(fill->colour, (Colour{1, 0, 0, 0.45}));
+  EXPECT_EQ(fill->paint, Paint(Colour(1, 0, 0, 0.45)));
   EXPECT_EQ(panel.frame().width(), 5.3 * 40 + 10 + 18);
 }
 

@@ -1,6 +1,6 @@
 #include "platforms/linux/qt/material.h"
 
-#include <algorithm>
+#include <variant>
 
 namespace pellow {
 namespace {
@@ -16,6 +16,35 @@ QColor mixed(const QColor& one, const QColor& other, double share) {
                           mix(one.blueF(), other.blueF()));
 }
 
+QColor systemColour(SystemColour colour, const Material& material) {
+  const auto shade = [&](QRgb light, QRgb dark) { return QColor(material.isDark ? dark : light); };
+  switch (colour) {
+    case SystemColour::label:
+      return material.label;
+    case SystemColour::secondaryLabel:
+      return material.secondaryLabel;
+    case SystemColour::accent:
+      return material.accent;
+    case SystemColour::red:
+      return shade(0xe2362f, 0xff5a52);
+    case SystemColour::orange:
+      return shade(0xef8700, 0xffa033);
+    case SystemColour::yellow:
+      return shade(0xe8b800, 0xffd53d);
+    case SystemColour::green:
+      return shade(0x2da44e, 0x42c966);
+    case SystemColour::blue:
+      return shade(0x2271e0, 0x438fff);
+    case SystemColour::purple:
+      return shade(0x964fcc, 0xbd70f0);
+    case SystemColour::pink:
+      return shade(0xe0427a, 0xff6096);
+    case SystemColour::grey:
+      return shade(0x8a8a8f, 0x9b9ba1);
+  }
+  return material.label;
+}
+
 }  // namespace
 
 Material Material::of(const QPalette& palette, bool translucent) {
@@ -25,6 +54,7 @@ Material Material::of(const QPalette& palette, bool translucent) {
   // A panel lies on other windows of the same colour, so it stands out from them by a shade.
   const auto surface = dark ? mixed(window, Qt::white, 0.04) : mixed(window, Qt::white, 0.55);
   Material material;
+  material.isDark = dark;
   material.backdrop = withAlpha(surface, translucent ? 0.86 : 1.0);
   material.rim = dark ? withAlpha(Qt::black, 0.65) : withAlpha(Qt::black, 0.22);
   material.gleam = withAlpha(Qt::white, dark ? 0.14 : 0.75);
@@ -36,28 +66,14 @@ Material Material::of(const QPalette& palette, bool translucent) {
   return material;
 }
 
-QColor Material::text(TextColour colour) const {
-  switch (colour) {
-    case TextColour::label:
-      return label;
-    case TextColour::secondaryLabel:
-      return secondaryLabel;
-    case TextColour::white:
-      return Qt::white;
-  }
-  return label;
-}
-
-QColor Material::fill(const Fill& fill) const {
-  return fill.accent ? accent : toQColor(fill.colour);
+QColor Material::colour(const Paint& paint) const {
+  if (const auto* always = std::get_if<Colour>(&paint)) return toQColor(*always);
+  return systemColour(std::get<SystemColour>(paint), *this);
 }
 
 QColor toQColor(const Colour& colour) {
-  const auto component = [](double value) {
-    return static_cast<float>(std::clamp(value, 0.0, 1.0));
-  };
-  return QColor::fromRgbF(component(colour.red), component(colour.green), component(colour.blue),
-                          component(colour.alpha));
+  return QColor::fromRgbF(static_cast<float>(colour.red()), static_cast<float>(colour.green()),
+                          static_cast<float>(colour.blue()), static_cast<float>(colour.alpha()));
 }
 
 }  // namespace pellow

@@ -3,12 +3,13 @@
 #include <QColor>
 #include <QPalette>
 
-#include "platform/view.h"
+#include "platform/paint.h"
 
 namespace pellow {
 
 // The colours that panels are made of, after the light or dark colours of the desktop.
 struct Material {
+  bool isDark = false;
   QColor backdrop;
   QColor rim;      // the hairline around a backdrop
   QColor gleam;    // the hairline of light inside its upper rim
@@ -21,8 +22,7 @@ struct Material {
   // `translucent` where a compositor lets the windows below shine through.
   static Material of(const QPalette& palette, bool translucent);
 
-  QColor text(TextColour colour) const;
-  QColor fill(const Fill& fill) const;
+  QColor colour(const Paint& paint) const;
 };
 
 QColor toQColor(const Colour& colour);

@@ -29,11 +29,10 @@ void drawCheckMark(QPainter& painter, const QColor& below) {
                                  centre + QPointF(3, -2.25)});
 }
 
-QIcon swatch(const Colour& colour, bool isChecked, double scale) {
+QIcon swatch(const QColor& fill, bool isChecked, double scale) {
   auto pixmap = transparentPixmap(imageSide, scale);
   QPainter painter(&pixmap);
   painter.setRenderHint(QPainter::Antialiasing);
-  const auto fill = toQColor(colour);
   painter.setBrush(fill);
   painter.setPen(QPen(fill.darker(130), 1 / scale));
   const double margin = (imageSide - swatchSide) / 2 + 0.5 / scale;
@@ -60,8 +59,10 @@ QIcon symbol(const std::string& name, const QMenu& menu) {
 }
 
 QIcon iconOf(const MenuItem& item, const QMenu& menu) {
-  if (const auto* colour = std::get_if<Colour>(&item.image))
-    return swatch(*colour, item.isChecked, menu.devicePixelRatioF());
+  if (const auto* shown = std::get_if<MenuSwatch>(&item.image)) {
+    const auto fill = Material::of(menu.palette(), false).colour(shown->paint);
+    return swatch(fill, item.isChecked, menu.devicePixelRatioF());
+  }
   if (const auto* shown = std::get_if<MenuSymbol>(&item.image)) return symbol(shown->name, menu);
   return {};
 }

@@ -94,7 +94,7 @@ void ViewPainter::drawContent(ViewNode& node) {
   if (std::holds_alternative<Backdrop>(content)) return drawBackdrop(node);
   if (const auto* fill = std::get_if<Fill>(&content)) {
     painter_.setPen(Qt::NoPen);
-    painter_.setBrush(material_.fill(*fill));
+    painter_.setBrush(material_.colour(fill->paint));
     painter_.drawRoundedRect(node.bounds(), node.look.cornerRadius, node.look.cornerRadius);
   }
 }
@@ -128,7 +128,7 @@ void ViewPainter::drawLabel(const ViewNode& node, const Label& label) {
   // A title of another application may hold line breaks.
   const auto text = QString::fromStdString(label.text).simplified();
   painter_.setFont(font);
-  painter_.setPen(material_.text(label.colour));
+  painter_.setPen(material_.colour(label.paint));
   const auto alignment =
       label.alignment == TextAlignment::centre ? Qt::AlignHCenter : Qt::AlignLeft;
   painter_.drawText(bounds, alignment | Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextDontClip,
@@ -201,7 +201,7 @@ QPixmap ViewPainter::makePixmap(ViewNode& node, double rotation) {
     if (const auto* symbol = std::get_if<Symbol>(&node.look.content)) {
       painter.resetTransform();
       painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-      painter.fillRect(content.rect(), toQColor(symbol->colour));
+      painter.fillRect(content.rect(), material_.colour(symbol->paint));
     }
   }
   if (!node.look.shadow) return QPixmap::fromImage(std::move(content));
