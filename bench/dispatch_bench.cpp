@@ -35,7 +35,7 @@ constexpr int pressesPerRound = 1'000'000;
 class NoDefaults final : public UserDefaults {
  public:
   std::optional<DefaultsValue> value(std::string_view) const override { return std::nullopt; }
-  std::expected<void, SystemError> set(std::string_view, DefaultsValue, Durability) override {
+  std::expected<void, SystemError> set(std::string_view, DefaultsValue, Kept) override {
     return {};
   }
   void registerDefaults(std::map<std::string, DefaultsValue>) override {}

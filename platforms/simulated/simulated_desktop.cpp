@@ -202,8 +202,8 @@ std::optional<DefaultsValue> SimulatedDesktop::storedDefault(std::string_view ke
   return system_.state.defaults.value(key);
 }
 
-std::optional<DefaultsValue> SimulatedDesktop::defaultOnDisk(std::string_view key) const {
-  return system_.state.defaults.onDisk(key, now());
+std::optional<DefaultsValue> SimulatedDesktop::defaultAfterCrash(std::string_view key) const {
+  return system_.state.defaults.afterCrash(key, now());
 }
 
 void SimulatedDesktop::setSymbolicHotKeys(std::vector<SymbolicHotKey> hotKeys) {

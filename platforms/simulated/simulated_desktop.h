@@ -175,7 +175,7 @@ class SimulatedDesktop {
   void setDefault(std::string_view key, DefaultsValue value);
   // What the program reads, and what a crash at this moment would leave.
   std::optional<DefaultsValue> storedDefault(std::string_view key) const;
-  std::optional<DefaultsValue> defaultOnDisk(std::string_view key) const;
+  std::optional<DefaultsValue> defaultAfterCrash(std::string_view key) const;
 
   void setSymbolicHotKeys(std::vector<SymbolicHotKey> hotKeys);
 
@@ -187,7 +187,8 @@ class SimulatedDesktop {
   // The next call of this name, on any element, answers with the error. Names are those of
   // attributes, actions and notifications, "pid", "elementAtPosition", or empty for every name.
   void failNext(std::string name, AXError error, std::optional<AXCall> call = std::nullopt);
-  // The next immediate write, of this key or of any, answers with the error and is lost in a crash.
+  // The next write to be kept at once, of this key or of any, answers with the error and is lost in
+  // a crash.
   void failNextDefaultsWrite(SystemError error, std::optional<std::string> key = std::nullopt);
   // Every Accessibility call takes up to so long, by seed.
   void delayAnswers(Seconds longest);

@@ -11,10 +11,9 @@ std::optional<DefaultsValue> SimulatedUserDefaults::value(std::string_view key) 
 }
 
 std::expected<void, SystemError> SimulatedUserDefaults::set(std::string_view key,
-                                                            DefaultsValue value,
-                                                            Durability durability) {
+                                                            DefaultsValue value, Kept kept) {
   if (!system_.portCall("stores {}", key)) return {};
-  return system_.state.defaults.write(key, std::move(value), durability, system_.scheduler.now());
+  return system_.state.defaults.write(key, std::move(value), kept, system_.scheduler.now());
 }
 
 void SimulatedUserDefaults::registerDefaults(std::map<std::string, DefaultsValue> values) {

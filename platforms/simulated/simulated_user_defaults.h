@@ -15,7 +15,7 @@ class SimulatedUserDefaults final : public UserDefaults {
 
   std::optional<DefaultsValue> value(std::string_view key) const override;
   std::expected<void, SystemError> set(std::string_view key, DefaultsValue value,
-                                       Durability durability = Durability::eventual) override;
+                                       Kept kept = Kept::eventually) override;
   void registerDefaults(std::map<std::string, DefaultsValue> values) override;
 
  private:

@@ -14,20 +14,20 @@ constexpr Seconds eventually = 1;
 }  // namespace
 
 std::optional<DefaultsValue> StoredDefaults::value(std::string_view key) const {
-  return onDisk(key, never);
+  return afterCrash(key, never);
 }
 
-std::optional<DefaultsValue> StoredDefaults::onDisk(std::string_view key, Seconds now) const {
+std::optional<DefaultsValue> StoredDefaults::afterCrash(std::string_view key, Seconds now) const {
   for (const auto& write : std::views::reverse(unsaved_))
     if (write.key == key && write.saved <= now) return write.value;
-  const auto found = onDisk_.find(key);
-  return found == onDisk_.end() ? std::nullopt : std::optional(found->second);
+  const auto found = saved_.find(key);
+  return found == saved_.end() ? std::nullopt : std::optional(found->second);
 }
 
 std::expected<void, SystemError> StoredDefaults::write(std::string_view key, DefaultsValue value,
-                                                       Durability durability, Seconds now) {
+                                                       Kept kept, Seconds now) {
   settle(now);
-  if (durability == Durability::eventual) {
+  if (kept == Kept::eventually) {
     unsaved_.push_back({std::string(key), std::move(value), now + eventually});
     return {};
   }
@@ -45,7 +45,7 @@ std::expected<void, SystemError> StoredDefaults::write(std::string_view key, Def
 
 void StoredDefaults::put(std::string_view key, DefaultsValue value) {
   std::erase_if(unsaved_, [&](const Write& write) { return write.key == key; });
-  onDisk_.insert_or_assign(std::string(key), std::move(value));
+  saved_.insert_or_assign(std::string(key), std::move(value));
 }
 
 void StoredDefaults::failNextWrite(std::optional<std::string> key, SystemError error) {
@@ -61,7 +61,7 @@ void StoredDefaults::loseUnsaved(Seconds now) {
 
 void StoredDefaults::settle(Seconds now) {
   for (auto& write : unsaved_)
-    if (write.saved <= now) onDisk_.insert_or_assign(write.key, write.value);
+    if (write.saved <= now) saved_.insert_or_assign(write.key, write.value);
   std::erase_if(unsaved_, [&](const Write& write) { return write.saved <= now; });
 }
 

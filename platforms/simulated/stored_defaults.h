@@ -12,23 +12,23 @@
 
 namespace pellow::simulated {
 
-// User defaults as the desktop keeps them: what is on disk, and what the program wrote but would be
-// lost with it. Times are virtual.
+// User defaults as the desktop keeps them: what the next process would read, and what the program
+// wrote but would be lost with it. Times are virtual.
 class StoredDefaults {
  public:
   // What the program reads.
   std::optional<DefaultsValue> value(std::string_view key) const;
   // What a crash at this moment would leave.
-  std::optional<DefaultsValue> onDisk(std::string_view key, Seconds now) const;
+  std::optional<DefaultsValue> afterCrash(std::string_view key, Seconds now) const;
 
-  std::expected<void, SystemError> write(std::string_view key, DefaultsValue value,
-                                         Durability durability, Seconds now);
+  std::expected<void, SystemError> write(std::string_view key, DefaultsValue value, Kept kept,
+                                         Seconds now);
 
-  // Somebody else writes; it is on disk at once.
+  // Somebody else writes; nothing of it can be lost.
   void put(std::string_view key, DefaultsValue value);
 
-  // The next immediate write of the key, or of any key, is answered with the error and stays in
-  // memory.
+  // The next write of the key, or of any key, that is to be kept at once is answered with the error
+  // and stays in memory.
   void failNextWrite(std::optional<std::string> key, SystemError error);
 
   // The program ends in good order, or is cut off.
@@ -39,7 +39,7 @@ class StoredDefaults {
   struct Write {
     std::string key;
     DefaultsValue value;
-    Seconds saved;  // the moment at which it is on disk
+    Seconds saved;  // the moment from which it is safe
   };
   struct Fault {
     std::optional<std::string> key;
@@ -49,7 +49,7 @@ class StoredDefaults {
 
   void settle(Seconds now);
 
-  Values onDisk_;
+  Values saved_;
   std::vector<Write> unsaved_;  // the oldest first
   std::vector<Fault> faults_;
 };

@@ -48,7 +48,7 @@ class Mechanisms {
     StripEdge side;
   };
 
-  // Writes down at once what must be on disk before these windows are hidden, one after another.
+  // Writes down at once what must be kept before these windows are hidden, one after another.
   // `hide` must follow for each.
   void prepare(const std::vector<Departure>& departures);
 

@@ -34,7 +34,7 @@ void ParkedWindows::recordAhead(const std::vector<Departure>& departures) {
     if (auto entry = recorded(departure)) recorded_.push_back(std::move(*entry));
   for (auto entry = recorded_.begin() + before; entry != recorded_.end(); ++entry)
     entry->isAhead = true;
-  // What is not on disk is written once more by itself.
+  // What is not kept is written once more by itself.
   if (recorded_.size() > before && !write()) recorded_.resize(before);
 }
 

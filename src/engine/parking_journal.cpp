@@ -47,7 +47,7 @@ bool ParkingJournal::write(std::vector<ParkingRecord> records) {
   stored.insert(stored.end(), records_.begin(), records_.end());
   // A title is whatever bytes another application made of it.
   auto text = nlohmann::json(stored).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  const auto written = defaults_.set(key, DefaultsData{std::move(text)}, Durability::immediate);
+  const auto written = defaults_.set(key, DefaultsData{std::move(text)}, Kept::atOnce);
   if (!written)
     log_.error("Could not write the parked-window journal: {}", written.error().sentence);
   return written.has_value();

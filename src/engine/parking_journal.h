@@ -26,8 +26,9 @@ struct ParkingRecord {
 void to_json(nlohmann::json& json, const ParkingRecord& record);
 void from_json(const nlohmann::json& json, ParkingRecord& record);
 
-// The records of the windows that are parked off-screen, kept where a crash cannot take them: every
-// write is on disk before it returns, or answers false and has said why in the log. Main thread.
+// The records of the windows that are parked off-screen, kept where a crash cannot take them: the
+// next process can read every write before it returns, or it answers false and has said why in the
+// log. Main thread.
 class ParkingJournal {
  public:
   // Reads what a previous run left; nothing when the stored data does not decode.

@@ -21,9 +21,14 @@ struct DefaultsData {
 
 using DefaultsValue = std::variant<bool, double, std::string, DefaultsData>;
 
-enum class Durability {
-  eventual,   // on disk within a second, and at the end of the process
-  immediate,  // on disk before the call returns
+// How soon a value is safe, and for how long. A key is always kept in the same way.
+enum class Kept {
+  // A setting: on disk within a second and at the end of the process. Nobody waits for the disk.
+  eventually,
+  // What the next process must know should this one be cut off: it can read the value before the
+  // call returns. As it speaks of the windows of a desktop, it need not outlive them, neither the
+  // end of that session nor a loss of power.
+  atOnce,
 };
 
 // The values that the user's settings live in, by key. Reads see every earlier write. Main thread.
@@ -35,9 +40,9 @@ class UserDefaults {
   virtual std::optional<DefaultsValue> value(std::string_view key) const = 0;
 
   // Stores a value. An error means that it may be lost with the process, not that a read of this
-  // process does not see it; `eventual` writes do not report one.
+  // process does not see it; what is kept eventually reports none.
   virtual std::expected<void, SystemError> set(std::string_view key, DefaultsValue value,
-                                               Durability durability = Durability::eventual) = 0;
+                                               Kept kept = Kept::eventually) = 0;
 
   // Values for keys that have none stored. They are not stored themselves.
   virtual void registerDefaults(std::map<std::string, DefaultsValue> values) = 0;

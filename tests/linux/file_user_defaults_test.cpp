@@ -76,7 +76,7 @@ TEST_F(FileUserDefaultsTest, EveryKindOfValueSurvivesAndIsReadable) {
       {"json", DefaultsData{R"([{"a":1}])"}},
       {"nothing", DefaultsData{}},
       {"binary", DefaultsData{binary}}};
-  for (const auto& [key, value] : values) (void)open().set(key, value, Durability::eventual);
+  for (const auto& [key, value] : values) (void)open().set(key, value, Kept::eventually);
   defaults_->flush();
 
   // To the letter: other programs read it.
@@ -114,7 +114,7 @@ TEST_F(FileUserDefaultsTest, DataIsTextOnlyWhereItIsUTF8) {
       {"a\xE2\x82", R"({"base64":"YeKC"})"},             // cut off
   };
   for (const auto& [bytes, json] : cases) {
-    ASSERT_TRUE(open().set("data", DefaultsData{bytes}, Durability::immediate)) << json;
+    ASSERT_TRUE(open().set("data", DefaultsData{bytes}, Kept::atOnce)) << json;
     EXPECT_EQ(parsed(file_)["data"].dump(), nlohmann::json::parse(json).dump());
     EXPECT_EQ(open().value("data"), DefaultsValue(DefaultsData{bytes})) << json;
   }
@@ -132,7 +132,7 @@ TEST_F(FileUserDefaultsTest, WhatItDoesNotKnowIsNoValueAndStaysAsItIs) {
   EXPECT_EQ(defaults.value("size"), DefaultsValue(1.0));
   EXPECT_EQ(defaults.value("other"), DefaultsValue(7.0));
 
-  ASSERT_TRUE(defaults.set("size", 2.0, Durability::immediate));
+  ASSERT_TRUE(defaults.set("size", 2.0, Kept::atOnce));
   auto after = before;
   after["size"] = 2;
   EXPECT_EQ(parsed(file_), after);
@@ -142,21 +142,21 @@ TEST_F(FileUserDefaultsTest, WhatItDoesNotKnowIsNoValueAndStaysAsItIs) {
 
 TEST_F(FileUserDefaultsTest, ImmediateIsThereAtOnceTheRestSoonAndAtTheEnd) {
   auto& defaults = open();
-  ASSERT_TRUE(defaults.set("journal", 1.0, Durability::immediate));
+  ASSERT_TRUE(defaults.set("journal", 1.0, Kept::atOnce));
   EXPECT_EQ(parsed(file_)["journal"], 1);
 
-  ASSERT_TRUE(defaults.set("size", 2.0, Durability::eventual));
+  ASSERT_TRUE(defaults.set("size", 2.0, Kept::eventually));
   EXPECT_EQ(defaults.value("size"), DefaultsValue(2.0));
   EXPECT_FALSE(parsed(file_).contains("size"));
   runUntilWritten();
   EXPECT_EQ(parsed(file_)["size"], 2);
 
   // An immediate write takes along what waits, in the order of the calls.
-  ASSERT_TRUE(defaults.set("size", 3.0, Durability::eventual));
-  ASSERT_TRUE(defaults.set("journal", 4.0, Durability::immediate));
+  ASSERT_TRUE(defaults.set("size", 3.0, Kept::eventually));
+  ASSERT_TRUE(defaults.set("journal", 4.0, Kept::atOnce));
   EXPECT_EQ(parsed(file_), (nlohmann::json{{"journal", 4}, {"size", 3}}));
 
-  ASSERT_TRUE(defaults.set("size", 5.0, Durability::eventual));
+  ASSERT_TRUE(defaults.set("size", 5.0, Kept::eventually));
   defaults_.reset();
   EXPECT_EQ(parsed(file_)["size"], 5);
   EXPECT_EQ(std::distance(fs::directory_iterator(file_.parent_path()), {}), 1);
@@ -168,7 +168,7 @@ TEST_F(FileUserDefaultsTest, ReadersNeverSeeHalfAFileAndLinksStayLinks) {
   fs::create_directories(file_.parent_path());
   fs::create_symlink(target, file_);
   std::ifstream reader(file_);
-  ASSERT_TRUE(open().set("size", 1.0, Durability::immediate));
+  ASSERT_TRUE(open().set("size", 1.0, Kept::atOnce));
   EXPECT_TRUE(fs::is_symlink(file_));
   EXPECT_EQ(parsed(target)["size"], 1);
   // Replaced, not overwritten: who had it open still reads the old contents.
@@ -183,7 +183,7 @@ TEST_F(FileUserDefaultsTest, AFileThatIsNoObjectIsSetAsideAndNeverLost) {
     EXPECT_EQ(contentsOf(file_.native() + suffix), "[" + suffix);
     EXPECT_TRUE(warnings_.back().contains("defaults.json" + suffix)) << warnings_.back();
   }
-  ASSERT_TRUE(defaults_->set("size", 1.0, Durability::immediate));
+  ASSERT_TRUE(defaults_->set("size", 1.0, Kept::atOnce));
   EXPECT_EQ(parsed(file_)["size"], 1);
 }
 
@@ -191,10 +191,10 @@ TEST_F(FileUserDefaultsTest, AFileThatCannotBeReadIsLeftAloneAndTheProgramGoesOn
   fs::create_directories(file_);  // a folder where the file should be
   auto& defaults = open();
   ASSERT_EQ(warnings_.size(), 1u);
-  const auto written = defaults.set("size", 1.0, Durability::immediate);
+  const auto written = defaults.set("size", 1.0, Kept::atOnce);
   ASSERT_FALSE(written);
   EXPECT_EQ(written.error().sentence, warnings_[0]);
-  EXPECT_TRUE(defaults.set("size", 2.0, Durability::eventual));
+  EXPECT_TRUE(defaults.set("size", 2.0, Kept::eventually));
   EXPECT_EQ(defaults.value("size"), DefaultsValue(2.0));
   defaults_.reset();
   EXPECT_TRUE(fs::is_directory(file_));
@@ -205,18 +205,17 @@ TEST_F(FileUserDefaultsTest, AWriteThatFailsSaysSoAndTheNextOneTakesItsValueAlon
   const fs::path inTheWay = file_.native() + ".new";
   fs::create_directories(inTheWay);
   auto& defaults = open();
-  EXPECT_FALSE(defaults.set("journal", 1.0, Durability::immediate));
+  EXPECT_FALSE(defaults.set("journal", 1.0, Kept::atOnce));
   EXPECT_TRUE(warnings_.empty());  // the caller says it
-  EXPECT_TRUE(defaults.set("size", 2.0, Durability::eventual));
+  EXPECT_TRUE(defaults.set("size", 2.0, Kept::eventually));
   defaults.flush();
-  EXPECT_TRUE(defaults.set("size", 3.0, Durability::eventual));
+  EXPECT_TRUE(defaults.set("size", 3.0, Kept::eventually));
   defaults.flush();
   EXPECT_EQ(warnings_.size(), 1u);  // not every quarter of a second
   EXPECT_FALSE(fs::exists(file_));
 
   fs::remove(inTheWay);
-  ASSERT_TRUE(
-      defaults.set("journal", 1.0, Durability::immediate));  // the same value, unwritten yet
+  ASSERT_TRUE(defaults.set("journal", 1.0, Kept::atOnce));  // the same value, unwritten yet
   EXPECT_EQ(parsed(file_), (nlohmann::json{{"journal", 1}, {"size", 3}}));
 }
 
@@ -225,10 +224,10 @@ TEST_F(FileUserDefaultsTest, TwoProgramsOnOneFileKeepWhatTheOtherHasChanged) {
   put(R"({"size": 1, "journal": 1, "theirs": null})");
   auto& first = open();
   FileUserDefaults second(file_, queue_, log_);
-  ASSERT_TRUE(first.set("journal", 2.0, Durability::immediate));
-  ASSERT_TRUE(second.set("size", 3.0, Durability::immediate));
-  ASSERT_TRUE(first.set("name", "first", Durability::eventual));
-  ASSERT_TRUE(second.set("name", "second", Durability::immediate));
+  ASSERT_TRUE(first.set("journal", 2.0, Kept::atOnce));
+  ASSERT_TRUE(second.set("size", 3.0, Kept::atOnce));
+  ASSERT_TRUE(first.set("name", "first", Kept::eventually));
+  ASSERT_TRUE(second.set("name", "second", Kept::atOnce));
   EXPECT_EQ(parsed(file_), nlohmann::json::parse(R"({"size": 3, "journal": 2, "theirs": null,
                                                      "name": "second"})"));
   EXPECT_EQ(first.value("size"), DefaultsValue(1.0)) << "it goes by what it has read";
@@ -238,18 +237,18 @@ TEST_F(FileUserDefaultsTest, TwoProgramsOnOneFileKeepWhatTheOtherHasChanged) {
 
   // Of a file that is gone or broken there is nothing to keep but what this program knows.
   fs::remove(file_);
-  ASSERT_TRUE(second.set("journal", 4.0, Durability::immediate));
+  ASSERT_TRUE(second.set("journal", 4.0, Kept::atOnce));
   EXPECT_EQ(parsed(file_), nlohmann::json::parse(R"({"size": 3, "journal": 4, "theirs": null,
                                                      "name": "second"})"));
   put("half an edi");
-  ASSERT_TRUE(second.set("journal", 5.0, Durability::immediate));
+  ASSERT_TRUE(second.set("journal", 5.0, Kept::atOnce));
   EXPECT_EQ(parsed(file_)["size"], 3);
   EXPECT_EQ(parsed(file_)["journal"], 5);
   EXPECT_EQ(contentsOf(file_.native() + ".bad"), "half an edi");
 
   const auto setMany = [](FileUserDefaults& defaults, const std::string& prefix) {
     for (int number = 0; number < 50; ++number)
-      (void)defaults.set(prefix + std::to_string(number), 1.0, Durability::immediate);
+      (void)defaults.set(prefix + std::to_string(number), 1.0, Kept::atOnce);
   };
   const auto before = parsed(file_).size();
   std::thread atOnce([&] { setMany(first, "a"); });

@@ -48,7 +48,7 @@ enum class Verb {
   dock,       // goes to another side
   faults,     // calls fail by chance: percent, error
   delays,     // answers, announcements and pictures are late: each up to so many milliseconds
-  failWrite,  // the next write that must be on disk is not
+  failWrite,  // the next write that must be kept at once is not
   trust,      // the permission is given or withdrawn
   capture,    // the other permission is given or withdrawn
 

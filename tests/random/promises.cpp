@@ -133,7 +133,7 @@ std::optional<Breach> Promises::always(const Scene& scene) {
                   *scene.sightings.misdeed()};
   if (auto breach = oneTab(scene)) return breach;
   if (auto breach = hiddenHasTab(scene)) return breach;
-  return recordOnDisk(scene);
+  return recordSurvivesCrash(scene);
 }
 
 void Promises::noteTabs(const Scene& scene) {
@@ -203,7 +203,7 @@ std::optional<Breach> Promises::hiddenHasTab(const Scene& scene) const {
   return std::nullopt;
 }
 
-std::optional<Breach> Promises::recordOnDisk(const Scene& scene) {
+std::optional<Breach> Promises::recordSurvivesCrash(const Scene& scene) {
   std::vector<Parked> parked;
   const auto add = [&](const TabItem& tab) {
     if (!isParkedTab(tab)) return;
@@ -217,14 +217,14 @@ std::optional<Breach> Promises::recordOnDisk(const Scene& scene) {
     if (entry.tab && !scene.controller.store().contains(entry.window)) add(*entry.tab);
   if (parked.empty()) return std::nullopt;
 
-  auto written = scene.desktop.defaultOnDisk(journalKey);
+  auto written = scene.desktop.defaultAfterCrash(journalKey);
   if (written != journalWritten_) {
     journal_ = parseJournal(written);
     journalWritten_ = std::move(written);
   }
   const auto* lost = withoutRecord(parked, journal_);
   if (!lost) return std::nullopt;
-  return Breach{"a window that is parked off-screen stands in the journal on disk",
+  return Breach{"a window that is parked off-screen stands in the journal that a crash would leave",
                 fmt::format("\"{}\" of {} is parked without a record", lost->title, lost->appName)};
 }
 
@@ -281,7 +281,7 @@ std::optional<Breach> Promises::nothingUnderWay(const Scene& scene) const {
 // That every parked window has its record is asked at every moment; here: that no other record is
 // left. A tab whose window is back in its place but still minimized needs none.
 //
-// Excused: a journal whose last write failed may still have records too many on disk.
+// Excused: a journal whose last write failed may still have records too many.
 std::optional<Breach> Promises::journalIsExact(const Scene& scene) const {
   constexpr auto promise = "when everything is quiet, the journal has no record without a tab";
   std::vector<const TabItem*> parked;
@@ -302,9 +302,10 @@ std::optional<Breach> Promises::journalIsExact(const Scene& scene) const {
                                          record.bundleID, parked.size())};
     parked.erase(owner);
   }
-  const bool lastWriteFailed = written != scene.desktop.defaultOnDisk(journalKey);
-  const auto onDisk = parseJournal(scene.desktop.defaultOnDisk(journalKey));
-  if (!lastWriteFailed && onDisk != records) return Breach{promise, "the disk has another one"};
+  const bool lastWriteFailed = written != scene.desktop.defaultAfterCrash(journalKey);
+  const auto afterCrash = parseJournal(scene.desktop.defaultAfterCrash(journalKey));
+  if (!lastWriteFailed && afterCrash != records)
+    return Breach{promise, "a crash would leave another one"};
   return std::nullopt;
 }
 

@@ -61,7 +61,7 @@ class Promises {
  private:
   std::optional<Breach> oneTab(const Scene& scene) const;
   std::optional<Breach> hiddenHasTab(const Scene& scene) const;
-  std::optional<Breach> recordOnDisk(const Scene& scene);
+  std::optional<Breach> recordSurvivesCrash(const Scene& scene);
   std::optional<Breach> nothingUnderWay(const Scene& scene) const;
   std::optional<Breach> journalIsExact(const Scene& scene) const;
   std::optional<Breach> tabsHaveWindows(const Scene& scene) const;

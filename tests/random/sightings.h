@@ -81,7 +81,7 @@ class Sightings {
 
   // The program begins to end.
   void beginsToEnd();
-  // The process is gone and has left these records on disk: windows that are parked with one are
+  // The process is gone and has left these records: windows that are parked with one are
   // stranded, everything else that it had hidden the user finds where it is.
   void isLeftWith(const std::vector<ParkingRecord>& records,
                   const simulated::DesktopState& desktop);

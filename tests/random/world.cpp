@@ -152,7 +152,7 @@ void World::onEnded() {
   if (hasBegun_ && desktop.exitStatus() != 0)
     setBreach(Breach{"the program ends with status 0", "it was cut off"});
   setBreach(Promises::whenEnded(desktop, sightings_));
-  sightings_.isLeftWith(parseJournal(desktop.defaultOnDisk(journalKey)), desktop.state());
+  sightings_.isLeftWith(parseJournal(desktop.defaultAfterCrash(journalKey)), desktop.state());
   sightings_.settled(desktop.state(), [](simulated::WindowID) { return false; });
 }
 
@@ -180,7 +180,7 @@ void World::continueOn(DesktopState left, Sightings sightings, bool afterCrash) 
   if (recordsCalls_) desktop.recordHistory();
   desktop.onPortCall([this](std::uint64_t) { onPortCall(); });
   if (afterCrash) {
-    const auto records = parseJournal(desktop.defaultOnDisk(journalKey));
+    const auto records = parseJournal(desktop.defaultAfterCrash(journalKey));
     for (const auto& record : records)
       say(fmt::format("  in the journal: \"{}\" of {} from ({}, {}), parked at ({}, {})",
                       record.title, record.bundleID, record.originalOrigin.x,

@@ -151,7 +151,7 @@ std::string World::actOnDesktop(const Step& step) {
                          first, second, third);
     case Verb::failWrite:
       desktop.failNextDefaultsWrite({"the disk is full"});
-      return "the next write that must be on disk will not be";
+      return "the next write that must be kept at once will not be";
     case Verb::trust:
       desktop.setTrusted(first % 2 == 1);
       return first % 2 == 1 ? "the permission is given" : "the permission is withdrawn";

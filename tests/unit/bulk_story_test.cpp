@@ -79,7 +79,7 @@ TEST_F(BulkStory, EverythingIsEveryStandardWindowOfOrdinaryApplications) {
   EXPECT_EQ(sortedTabs(), (Tabs{"Inbox", "Letter", "Shopping"}));
   EXPECT_EQ(clock.frame(), QuartzRect(10, 40, 200, 100));
   EXPECT_EQ(sheet.frame(), QuartzRect(350, 250, 300, 200));
-  EXPECT_EQ(program->journalOnDisk().size(), 3);
+  EXPECT_EQ(program->journalAfterCrash().size(), 3);
 
   program->pressEverything();
   EXPECT_EQ(program->tabs().size(), 3) << "once is enough";
@@ -275,7 +275,7 @@ TEST_F(BulkStory, ASignalInTheMiddleBringsEverythingHome) {
         EXPECT_TRUE(window.isVisible());
         EXPECT_EQ(window.frame().minY(), 100);
       }
-      EXPECT_TRUE(running.journalOnDisk().empty());
+      EXPECT_TRUE(running.journalAfterCrash().empty());
     }
   }
 }

@@ -76,7 +76,7 @@ TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
       windows.expectHome(desktop, mechanism);
       EXPECT_FALSE(windows.notes.isHidden());
       EXPECT_FALSE(windows.mail.isHidden());
-      EXPECT_TRUE(program.journalOnDisk().empty());
+      EXPECT_TRUE(program.journalAfterCrash().empty());
     }
   }
 }
@@ -100,7 +100,7 @@ TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {
     SimulatedPlatform next(crashes[call]);
     Program relaunched(next);
     windows.expectHome(next.desktop(), fmt::format("crash at call {}", call));
-    EXPECT_TRUE(relaunched.journalOnDisk().empty());
+    EXPECT_TRUE(relaunched.journalAfterCrash().empty());
     recoveries += next.desktop().hasLogged("Recovered 3 window(s) stranded by a previous run");
   }
   EXPECT_GT(recoveries, 0);
@@ -116,13 +116,13 @@ TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
   program.pressPellow();
   first.raise();
   program.pressPellow();
-  ASSERT_EQ(program.journalOnDisk().size(), 2);
+  ASSERT_EQ(program.journalAfterCrash().size(), 2);
 
   // The tab of the second is the first on the strip.
   program.clickTab("~");
   EXPECT_EQ(second.frame(), QuartzRect(700, 300, 600, 400));
-  ASSERT_EQ(program.journalOnDisk().size(), 1);
-  EXPECT_EQ(program.journalOnDisk()[0].originalOrigin, (QuartzPoint{10, 50}));
+  ASSERT_EQ(program.journalAfterCrash().size(), 1);
+  EXPECT_EQ(program.journalAfterCrash()[0].originalOrigin, (QuartzPoint{10, 50}));
 
   SimulatedPlatform next(desktop.snapshot());
   Program relaunched(next);
@@ -142,7 +142,7 @@ TEST(EndStory, ProcessesOfOneApplicationAreToldApart) {
   program.pressPellow();
   one.activate();
   program.pressPellow();
-  ASSERT_EQ(program.journalOnDisk().size(), 2);
+  ASSERT_EQ(program.journalAfterCrash().size(), 2);
   first.rename("c");
 
   SimulatedPlatform next(desktop.snapshot());
@@ -187,7 +187,7 @@ TEST(EndStory, RecoveryPairsRecordsAndWindows) {
   EXPECT_EQ(panel.frame().origin, (QuartzPoint{-5000, 100}));
   EXPECT_EQ(asleep.frame().origin, (QuartzPoint{-5000, 100}));
   EXPECT_TRUE(desktop.hasLogged("Recovered 5 window(s) stranded by a previous run"));
-  EXPECT_TRUE(program.journalOnDisk().empty());
+  EXPECT_TRUE(program.journalAfterCrash().empty());
 }
 
 TEST(EndStory, AnEmptyJournalAsksNobody) {
@@ -217,7 +217,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   program.pressPellow();
   notes.activate();
   program.pressPellow();
-  ASSERT_EQ(program.journalOnDisk().size(), 2);
+  ASSERT_EQ(program.journalAfterCrash().size(), 2);
 
   SimulatedPlatform second(desktop.snapshot());
   second.desktop().application("Stuck").hangs();
@@ -226,7 +226,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   second.desktop().application("Notes").activate();
   afterCrash.pressPellow();
   afterCrash.pressRestoreAll();
-  EXPECT_EQ(afterCrash.journalOnDisk().size(), 1);
+  EXPECT_EQ(afterCrash.journalAfterCrash().size(), 1);
   second.desktop().application("Stuck").wakes();
   afterCrash.quit();
   second.desktop().runUntilQuiet();
@@ -234,7 +234,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   SimulatedPlatform third(second.desktop().snapshot());
   Program afterEnd(third);
   EXPECT_EQ(third.desktop().counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
-  EXPECT_TRUE(afterEnd.journalOnDisk().empty());
+  EXPECT_TRUE(afterEnd.journalAfterCrash().empty());
 
   // Two of one title and place, brought back by two clicks at once.
   const auto twin = notes.openWindow("Twin", {50, 60, 300, 300});
@@ -248,7 +248,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
     desktop.run(0.01);
   }
   desktop.runUntilQuiet();
-  for (const auto& record : program.journalOnDisk()) EXPECT_NE(record.title, "Twin");
+  for (const auto& record : program.journalAfterCrash()) EXPECT_NE(record.title, "Twin");
 
   // An application that hangs at the end.
   program.pressRestoreAll();

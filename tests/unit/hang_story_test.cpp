@@ -114,7 +114,7 @@ TEST(HangStory, WhatHangsInTheMiddleFinishesWhenItWakes) {
     }
     program.pressRestoreAll();
     EXPECT_EQ(report.frame(), QuartzRect(100, 120, 800, 600));
-    EXPECT_TRUE(program.journalOnDisk().empty());
+    EXPECT_TRUE(program.journalAfterCrash().empty());
   }
   EXPECT_GE(finished, 6);
 }

@@ -66,7 +66,7 @@ class Program {
   }
 
   // The journal as a crash at this moment would leave it.
-  std::vector<ParkingRecord> journalOnDisk() const {
+  std::vector<ParkingRecord> journalAfterCrash() const {
     simulated::SimulatedPlatform afterCrash(platform_.desktop().snapshot());
     return ParkingJournal(afterCrash.userDefaults(), afterCrash.log()).records();
   }

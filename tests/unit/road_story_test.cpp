@@ -38,11 +38,11 @@ TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
   launch();
   EXPECT_TRUE(program->tabs().empty());
 
-  // Nobody may see the window away from home without its record on disk.
+  // Nobody may see the window away from home without a record that a crash would leave.
   bool movedUnrecorded = false;
   desktop.onPortCall([&](std::uint64_t) {
     if (list.frame() == home) return;
-    movedUnrecorded |= !desktop.defaultOnDisk("parkedWindows");
+    movedUnrecorded |= !desktop.defaultAfterCrash("parkedWindows");
   });
   program->pressPellow();
   desktop.onPortCall(nullptr);
@@ -50,7 +50,7 @@ TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
   EXPECT_EQ(list.frame(), QuartzRect(1439, 872, 800, 600));
   EXPECT_EQ(program->tabs(), std::vector<std::string>{"Shopping"});
   EXPECT_EQ(
-      program->journalOnDisk(),
+      program->journalAfterCrash(),
       (std::vector<ParkingRecord>{{"com.example.notes", "Shopping", home.origin, {1439, 872}}}));
 
   const auto& strip = desktop.panel("pellow-strip");
@@ -63,7 +63,7 @@ TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
   EXPECT_TRUE(list.isInFront());
   EXPECT_TRUE(list.hasFocus());
   EXPECT_TRUE(program->tabs().empty());
-  EXPECT_TRUE(program->journalOnDisk().empty());
+  EXPECT_TRUE(program->journalAfterCrash().empty());
   EXPECT_TRUE(desktop.alerts().empty());
 }
 
@@ -76,7 +76,7 @@ TEST_F(RoadStory, EveryMechanismTakesTheSameRoad) {
   program->pressPellow();
   EXPECT_TRUE(letter.isMinimized());
   EXPECT_FALSE(list.isMinimized());
-  EXPECT_TRUE(program->journalOnDisk().empty());
+  EXPECT_TRUE(program->journalAfterCrash().empty());
   program->clickTab("Letter");
   EXPECT_FALSE(letter.isMinimized());
   EXPECT_TRUE(letter.hasFocus());
@@ -98,7 +98,7 @@ TEST_F(RoadStory, EveryMechanismTakesTheSameRoad) {
   const auto page = desktop.launch("Web").openWindow("Page", {50, 60, 700, 500});
   program->pressPellow();
   EXPECT_EQ(program->tabs(), (std::vector<std::string>{"Letter", "Inbox", "Page"}));
-  EXPECT_TRUE(program->journalOnDisk().empty()) << "Web has no identifier to find it by";
+  EXPECT_TRUE(program->journalAfterCrash().empty()) << "Web has no identifier to find it by";
   program->pressRestoreAll();
   EXPECT_TRUE(program->tabs().empty());
   EXPECT_FALSE(notes->isHidden());
@@ -118,7 +118,7 @@ TEST_F(RoadStory, AWindowIsPutAwayOnce) {
   // Still focused, with its tab: nothing more to do.
   program->pressPellow();
   EXPECT_EQ(program->tabs().size(), 1);
-  EXPECT_EQ(program->journalOnDisk().size(), 1);
+  EXPECT_EQ(program->journalAfterCrash().size(), 1);
   // On its way back it goes away again once it has arrived.
   desktop.press(15, Program::modifiers);
   desktop.run(0.5);
@@ -126,7 +126,7 @@ TEST_F(RoadStory, AWindowIsPutAwayOnce) {
   desktop.press(17, Program::modifiers);
   desktop.runUntilQuiet();
   EXPECT_EQ(program->tabs().size(), 1);
-  EXPECT_EQ(program->journalOnDisk().size(), 1);
+  EXPECT_EQ(program->journalAfterCrash().size(), 1);
   EXPECT_LE(list.shareOnDisplays(), 0.05);
   program->pressRestoreAll();
   EXPECT_EQ(list.frame(), home);
@@ -172,7 +172,7 @@ TEST_F(RoadStory, AWindowThatStaysInSightGoesBackAndHasNoTab) {
   program->pressPellow();
   EXPECT_EQ(list.frame(), home);
   EXPECT_TRUE(program->tabs().empty());
-  EXPECT_TRUE(program->journalOnDisk().empty());
+  EXPECT_TRUE(program->journalAfterCrash().empty());
   ASSERT_EQ(desktop.alerts().size(), 1);
   EXPECT_EQ(desktop.alerts()[0].style, AlertStyle::warning);
   EXPECT_EQ(program->answerAlert(), refusal);
@@ -250,14 +250,14 @@ TEST_F(RoadStory, AWindowWhoseFateIsUnknownKeepsATab) {
   launch();
   // From the record on, its application takes 8 s for everything, and then does it all the same.
   desktop.onPortCall([&](std::uint64_t) {
-    if (desktop.defaultOnDisk("parkedWindows")) list.answersAfter(8).actsLate();
+    if (desktop.defaultAfterCrash("parkedWindows")) list.answersAfter(8).actsLate();
   });
   desktop.press(17, Program::modifiers);
   desktop.run(10.5);
   desktop.onPortCall(nullptr);
   EXPECT_LT(list.shareOnDisplays(), 0.05);
   EXPECT_EQ(program->tabs().size(), 1);
-  EXPECT_EQ(program->journalOnDisk().size(), 1);
+  EXPECT_EQ(program->journalAfterCrash().size(), 1);
   ASSERT_EQ(desktop.alerts().size(), 1);
 
   desktop.runUntilQuiet();
@@ -265,7 +265,7 @@ TEST_F(RoadStory, AWindowWhoseFateIsUnknownKeepsATab) {
   program->clickTab("Shopping");
   EXPECT_EQ(list.frame(), home);
   EXPECT_TRUE(program->tabs().empty());
-  EXPECT_TRUE(program->journalOnDisk().empty());
+  EXPECT_TRUE(program->journalAfterCrash().empty());
 }
 
 TEST_F(RoadStory, AClosedWindowLeavesNoTabAndNoRecord) {
@@ -280,11 +280,11 @@ TEST_F(RoadStory, AClosedWindowLeavesNoTabAndNoRecord) {
   letter.close();
   desktop.runUntilQuiet();
   EXPECT_EQ(program->tabs(), std::vector<std::string>{"Shopping"});
-  EXPECT_EQ(program->journalOnDisk().size(), 1);
+  EXPECT_EQ(program->journalAfterCrash().size(), 1);
   notes->quit();
   desktop.runUntilQuiet();
   EXPECT_TRUE(program->tabs().empty());
-  EXPECT_TRUE(program->journalOnDisk().empty());
+  EXPECT_TRUE(program->journalAfterCrash().empty());
   EXPECT_TRUE(desktop.alerts().empty());
 }
 
@@ -306,7 +306,7 @@ TEST(RoadStories, AWindowMayCloseAtAnyMoment) {
       desktop.runUntilQuiet();
     }
     EXPECT_TRUE(program.tabs().empty()) << "closed during call " << call;
-    EXPECT_TRUE(program.journalOnDisk().empty()) << "closed during call " << call;
+    EXPECT_TRUE(program.journalAfterCrash().empty()) << "closed during call " << call;
     EXPECT_TRUE(program.controller().isIdle());
   }
   EXPECT_GT(call, 6);
@@ -402,17 +402,17 @@ TEST_F(RoadStory, ThePermissionCountsWhileItsAlertStillShows) {
   Program unstarted(second);
   unstarted.quit();
   second.desktop().runUntilQuiet();
-  EXPECT_EQ(unstarted.journalOnDisk().size(), 1);
+  EXPECT_EQ(unstarted.journalAfterCrash().size(), 1);
 
   desktop.setTrusted(true);
   desktop.run(1.1);
   EXPECT_TRUE(desktop.alerts().empty());
   EXPECT_EQ(lost.frame(), home);
-  EXPECT_TRUE(program->journalOnDisk().empty());
+  EXPECT_TRUE(program->journalAfterCrash().empty());
   lost.raise();
   program->pressPellow();
   desktop.run(3);
-  EXPECT_EQ(program->journalOnDisk().size(), 1) << "it has begun once";
+  EXPECT_EQ(program->journalAfterCrash().size(), 1) << "it has begun once";
 }
 
 }  // namespace

@@ -52,7 +52,7 @@ std::optional<DefaultsValue> FileUserDefaults::value(std::string_view key) const
 }
 
 std::expected<void, SystemError> FileUserDefaults::set(std::string_view key, DefaultsValue value,
-                                                       Durability durability) {
+                                                       Kept kept) {
   auto json = encodeDefaultsValue(value);
   const auto found = stored_.find(key);
   if (found == stored_.end() || *found != json) {
@@ -60,7 +60,7 @@ std::expected<void, SystemError> FileUserDefaults::set(std::string_view key, Def
     changed_.emplace(key);
   }
   if (changed_.empty()) return {};
-  if (durability == Durability::immediate) return unusable_ ? std::unexpected(*unusable_) : write();
+  if (kept == Kept::atOnce) return unusable_ ? std::unexpected(*unusable_) : write();
   if (!pendingWrite_) pendingWrite_ = queue_.after(writeDelay, [this] { flush(); });
   return {};
 }

@@ -35,7 +35,7 @@ class FileUserDefaults final : public UserDefaults {
 
   std::optional<DefaultsValue> value(std::string_view key) const override;
   std::expected<void, SystemError> set(std::string_view key, DefaultsValue value,
-                                       Durability durability) override;
+                                       Kept kept) override;
   void registerDefaults(std::map<std::string, DefaultsValue> values) override;
 
   // Writes what has not been written, for an end of the process without destructors.
