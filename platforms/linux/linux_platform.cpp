@@ -29,6 +29,7 @@
 #include "platforms/linux/system/random_uuid_source.h"
 #include "platforms/linux/system/thread_serial_queue.h"
 #include "platforms/linux/updates/feed_updates.h"
+#include "platforms/linux/x11/display_name.h"
 #include "platforms/linux/x11/x11_desktop.h"
 
 namespace pellow {
@@ -120,8 +121,8 @@ struct LinuxPlatform::Parts {
       : log(systemLog),
         desktop(std::move(openDesktop)),
         screenCapture(desktop->makeScreenCapture(queues)),
-        userDefaults(FileUserDefaults::standardFile(), queues.main(), log),
-        process(std::move(arguments), signals, [this] { userDefaults.flush(); }),
+        userDefaults(FileUserDefaults::standardFiles(canonicalDisplayName("")), log),
+        process(std::move(arguments), signals, [this] { userDefaults.finish(); }),
         alerts(queues.main()),
         updates(thisBuild(), {.defaults = userDefaults,
                               .queue = queues.main(),

@@ -46,8 +46,8 @@ int Picture::count(std::uint32_t colour) const {
 DesktopSession::DesktopSession(DesktopOptions options)
     : options_(std::move(options)), folder_(makeTemporaryFolder()) {
   std::filesystem::create_directories(configHome());
-  std::filesystem::create_directory(folder_ / "runtime");
-  std::filesystem::permissions(folder_ / "runtime", std::filesystem::perms::owner_all);
+  std::filesystem::create_directory(runtimeFolder());
+  std::filesystem::permissions(runtimeFolder(), std::filesystem::perms::owner_all);
   startServer();
   connect();
   if (!options_.windowManager.empty()) startWindowManager();
@@ -69,9 +69,9 @@ Environment DesktopSession::environment() const {
   Environment result{
       {"HOME", folder_ / "home"},
       {"XDG_CONFIG_HOME", configHome()},
-      {"XDG_RUNTIME_DIR", folder_ / "runtime"},
+      {"XDG_RUNTIME_DIR", runtimeFolder()},
       // No bus: a library that finds none may start one, which would outlive the test.
-      {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (folder_ / "runtime" / "bus").string()},
+      {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (runtimeFolder() / "bus").string()},
       {"NO_AT_BRIDGE", "1"},
       {"LANG", "C.UTF-8"},
   };

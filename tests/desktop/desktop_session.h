@@ -86,6 +86,7 @@ class DesktopSession {
   // XDG_CONFIG_HOME and XDG_RUNTIME_DIR.
   Environment environment() const;
   std::filesystem::path configHome() const { return folder_ / "home" / ".config"; }
+  std::filesystem::path runtimeFolder() const { return folder_ / "runtime"; }
 
   // Starts a program on this desktop; `changes` go over `environment()`.
   std::unique_ptr<ChildProcess> start(const std::vector<std::string>& command,

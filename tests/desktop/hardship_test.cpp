@@ -54,13 +54,14 @@ TEST_F(Hardship, ALostServerEndsTheProgramWithASentence) {
   EXPECT_EQ(pellow->journal().size(), 1u);
 }
 
-TEST_F(Hardship, TheFileOfTheUserDefaultsIsWholeAndAheadOfTheWindows) {
+TEST_F(Hardship, TheJournalIsWholeAndAheadOfTheWindows) {
   const auto guest = open(client, "Guest", {150, 120, 500, 300});
   ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", "offscreen"}}));
   std::atomic<int> halfWritten = 0;
-  std::jthread reader([&, file = PellowProgram::defaultsFile(desktop)](std::stop_token stop) {
+  std::jthread reader([&, file = PellowProgram::journalFile(desktop)](std::stop_token stop) {
     while (!stop.stop_requested()) {
       std::ifstream stream(file);
+      if (!stream) continue;  // it comes with the first window that goes
       const std::string text(std::istreambuf_iterator<char>(stream), {});
       if (!nlohmann::json::parse(text, nullptr, false).is_object()) ++halfWritten;
     }

@@ -46,27 +46,21 @@ void PellowProgram::clickTab(int index) const {
                  place.y + padding + index * (tabSide + spacing) + tabSide / 2);
 }
 
-std::filesystem::path PellowProgram::defaultsFile(const DesktopSession& desktop) {
-  return desktop.configHome() / "pellow" / "defaults.json";
-}
-
 void PellowProgram::writeDefaults(const DesktopSession& desktop, const nlohmann::json& defaults) {
-  const auto file = defaultsFile(desktop);
-  std::filesystem::create_directories(file.parent_path());
-  std::ofstream(file) << defaults;
+  const auto folder = desktop.configHome() / "pellow";
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "defaults.json") << defaults;
 }
 
-nlohmann::json PellowProgram::defaults() const {
-  std::ifstream file(defaultsFile(desktop_));
-  if (!file) return nlohmann::json::object();
-  return nlohmann::json::parse(file);
+std::filesystem::path PellowProgram::journalFile(const DesktopSession& desktop) {
+  return desktop.runtimeFolder() / "pellow" / ("parked-" + desktop.display() + ".json");
 }
 
 nlohmann::json PellowProgram::journal() const {
-  const auto stored = defaults();
-  const auto journal = stored.find("parkedWindows");
-  if (journal == stored.end()) return nlohmann::json::array();
-  return nlohmann::json::parse(journal->at("data").get<std::string>());
+  std::ifstream file(journalFile(desktop_));
+  if (!file) return nlohmann::json::array();
+  const auto stored = nlohmann::json::parse(file);
+  return nlohmann::json::parse(stored.at("parkedWindows").at("data").get<std::string>());
 }
 
 int PellowProgram::timesLogged(std::string_view line) const {

@@ -31,12 +31,11 @@ class PellowProgram {
   // What the user sees of a tab's picture: the strip on the screen.
   Picture picture() const { return desktop_.picture(desktop_.content(strip())); }
 
-  // The user defaults as they are on disk; an empty object without a file.
-  static std::filesystem::path defaultsFile(const DesktopSession& desktop);
+  // Puts these settings, and no others, where the next launch reads them.
   static void writeDefaults(const DesktopSession& desktop, const nlohmann::json& defaults);
-  nlohmann::json defaults() const;
 
-  // The records of the parked-window journal on disk.
+  // The parked-window journal of the desktop, and its records as others can read them.
+  static std::filesystem::path journalFile(const DesktopSession& desktop);
   nlohmann::json journal() const;
 
   // How many lines of its log, level and message, read like this.

@@ -24,7 +24,7 @@ TEST_F(Road, AKeyPutsAWindowAwayAndAClickOnItsTabBringsItBack) {
   press('t');
   ASSERT_TRUE(eventually([&] { return !isHome(letter); }));
   const auto journal = pellow->journal();
-  ASSERT_EQ(journal.size(), 1) << "the record is on disk before the window moves";
+  ASSERT_EQ(journal.size(), 1) << "others can read the record before the window moves";
   EXPECT_EQ(journal[0]["bundleID"], client.windowClass());
   EXPECT_EQ(journal[0]["title"], "Letter to Åse");
   EXPECT_EQ(journal[0]["originalOrigin"], (json{letter.home.x, letter.home.y}));
@@ -165,6 +165,33 @@ TEST_F(Road, OnePellowServesADisplayUntilItsSuccessorTakesOver) {
   ASSERT_NO_FATAL_FAILURE(putOffScreen(note));
   end();
   expectHome({note});
+}
+
+// One user, two displays: what one Pellow cleans up after a crash is none of the other's.
+TEST_F(Road, TheCrashOfAPellowOnAnotherDisplayLeavesThisOneItsJournal) {
+  DesktopSession other;
+  TestClient otherClient(other);
+  const auto theirs = otherClient.open("Theirs", {200, 150, 500, 300});
+  const auto home = other.frame(theirs);
+  auto folders = desktop.environment();
+  folders["DISPLAY"] = other.display();
+  auto theirPellow = std::make_unique<PellowProgram>(other, folders);
+  ASSERT_TRUE(theirPellow->isReady());
+  ASSERT_NO_FATAL_FAILURE(launch());
+  const auto ours = open(client, "Ours", {100, 120, 500, 300});
+  ASSERT_NO_FATAL_FAILURE(putOffScreen(ours));
+
+  ASSERT_TRUE(other.activate(theirs));
+  other.type({key::control, key::alt, key::super, 't'});
+  ASSERT_TRUE(eventually([&] { return theirPellow->tabCount() == 1; }));
+  theirPellow->process().kill();
+  theirPellow = std::make_unique<PellowProgram>(other, folders);
+  EXPECT_TRUE(eventually([&] { return other.frame(theirs) == home; }));
+  EXPECT_EQ(pellow->journal().size(), 1);
+
+  pellow->process().kill();
+  ASSERT_NO_FATAL_FAILURE(launch());
+  expectHome({ours});
 }
 
 }  // namespace

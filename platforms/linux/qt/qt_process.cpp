@@ -37,6 +37,9 @@ Subscription QtProcess::onSignal(TerminationSignal signal, std::function<void()>
 void QtProcess::exit(int status) {
   beforeExit_();
   std::fflush(nullptr);
+  // A thread that waits for a slow disk may keep the process for a while, but not its windows, nor
+  // its place on the display.
+  close_range(STDERR_FILENO + 1, ~0U, 0);
   std::_Exit(status);
 }
 

@@ -12,17 +12,13 @@
 #include "platforms/linux/system/desktop_file.h"
 #include "platforms/linux/system/files.h"
 #include "platforms/linux/system/programs.h"
+#include "platforms/linux/system/user_folders.h"
 
 namespace pellow {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string environment(const char* name, const std::string& otherwise) {
-  const char* const value = std::getenv(name);
-  return value && *value ? value : otherwise;
-}
 
 bool startsProgram(const DesktopFileKeys& keys) {
   return !value(keys, "Exec").empty() && value(keys, "Hidden") != "true" &&
@@ -58,10 +54,10 @@ AutostartEntry::AutostartEntry(std::vector<fs::path> configFolders, fs::path pro
 }
 
 AutostartEntry AutostartEntry::ofEnvironment() {
-  const fs::path home = environment("HOME", "/");
-  std::vector<fs::path> folders{environment("XDG_CONFIG_HOME", home / ".config")};
-  const auto shared = environment("XDG_CONFIG_DIRS", "/etc/xdg");
-  for (const auto part : std::views::split(shared, ':'))
+  std::vector<fs::path> folders{configurationFolder()};
+  const char* const shared = std::getenv("XDG_CONFIG_DIRS");
+  for (const auto part :
+       std::views::split(std::string_view(shared && *shared ? shared : "/etc/xdg"), ':'))
     if (const fs::path folder = std::string_view(part); folder.is_absolute())
       folders.push_back(folder);
   return {std::move(folders), ownExecutable()};

@@ -1,51 +1,45 @@
 #include "platforms/linux/system/file_user_defaults.h"
 
-#include <cstdlib>
-#include <system_error>
+#include <fmt/format.h>
+
 #include <utility>
 
 #include "platforms/linux/system/defaults_encoding.h"
-#include "platforms/linux/system/files.h"
+#include "platforms/linux/system/user_folders.h"
 
 namespace pellow {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-constexpr Seconds writeDelay = 0.25;  // well within the second that eventual writes may take
+// Every name its own file name: what might mean something to the file system is written as %2F.
+std::string safeFileName(std::string_view text) {
+  std::string safe;
+  for (const char c : text) {
+    const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    const bool isDigit = c >= '0' && c <= '9';
+    if (isLetter || isDigit || std::string_view(".:-_").contains(c))
+      safe += c;
+    else
+      safe += fmt::format("%{:02X}", static_cast<unsigned char>(c));
+  }
+  return safe;
+}
 
 }  // namespace
 
-std::filesystem::path FileUserDefaults::standardFile() {
-  const char* const configured = std::getenv("XDG_CONFIG_HOME");
-  const char* const home = std::getenv("HOME");
-  // A relative folder is to be ignored, as the base directory convention says.
-  const auto folder = configured && configured[0] == '/'
-                          ? std::filesystem::path(configured)
-                          : std::filesystem::path(home ? home : "/") / ".config";
-  return folder / "pellow" / "defaults.json";
+FileUserDefaults::Files FileUserDefaults::standardFiles(const std::string& display) {
+  return {.settings = configurationFolder() / "pellow" / "defaults.json",
+          .session = sessionFolder() / "pellow" / ("parked-" + safeFileName(display) + ".json")};
 }
 
-FileUserDefaults::FileUserDefaults(const std::filesystem::path& file, MainQueue& queue,
-                                   const Log& log)
-    : file_(file), queue_(queue), log_(log) {
-  // A file that is a link, as people who keep their settings elsewhere have it, stays one.
-  std::error_code error;
-  if (auto target = std::filesystem::weakly_canonical(file, error); !error)
-    file_ = std::move(target);
-  if (auto contents = read()) {
-    stored_ = std::move(*contents).value_or(Json::object());
-  } else {
-    unusable_ = contents.error();
-    log_.warning("{}", unusable_->sentence);
-  }
-}
+FileUserDefaults::FileUserDefaults(const Files& files, const Log& log)
+    : settings_(files.settings, log), session_(files.session, log) {}
 
-FileUserDefaults::~FileUserDefaults() { flush(); }
-
+// Earlier versions kept everything among the settings; what they left there is read until it is
+// replaced.
 std::optional<DefaultsValue> FileUserDefaults::value(std::string_view key) const {
-  if (const auto found = stored_.find(key); found != stored_.end())
-    if (auto value = decodeDefaultsValue(*found)) return value;
+  for (const auto& stored : {session_.value(key), settings_.value(key)})
+    if (stored)
+      if (auto value = decodeDefaultsValue(*stored)) return value;
   const auto found = registered_.find(key);
   if (found == registered_.end()) return std::nullopt;
   return found->second;
@@ -54,77 +48,17 @@ std::optional<DefaultsValue> FileUserDefaults::value(std::string_view key) const
 std::expected<void, SystemError> FileUserDefaults::set(std::string_view key, DefaultsValue value,
                                                        Kept kept) {
   auto json = encodeDefaultsValue(value);
-  const auto found = stored_.find(key);
-  if (found == stored_.end() || *found != json) {
-    stored_[std::string(key)] = std::move(json);
-    changed_.emplace(key);
+  if (kept == Kept::eventually) {
+    settings_.set(key, std::move(json));
+    return {};
   }
-  if (changed_.empty()) return {};
-  if (kept == Kept::atOnce) return unusable_ ? std::unexpected(*unusable_) : write();
-  if (!pendingWrite_) pendingWrite_ = queue_.after(writeDelay, [this] { flush(); });
-  return {};
+  auto published = session_.set(key, std::move(json));
+  if (published) settings_.remove(key);
+  return published;
 }
 
 void FileUserDefaults::registerDefaults(std::map<std::string, DefaultsValue> values) {
   for (auto& [key, value] : values) registered_.insert_or_assign(key, std::move(value));
-}
-
-void FileUserDefaults::flush() {
-  pendingWrite_.cancel();
-  if (changed_.empty() || unusable_) return;
-  const auto written = write();
-  if (written) {
-    reported_.reset();
-  } else if (reported_ != written.error()) {
-    reported_ = written.error();
-    log_.warning("{}", reported_->sentence);
-  }
-}
-
-std::expected<std::optional<Json>, SystemError> FileUserDefaults::read() const {
-  const auto contents = readFile(file_);
-  if (!contents) {
-    if (contents.error() == std::errc::no_such_file_or_directory) return std::nullopt;
-    return std::unexpected(SystemError{fmt::format("Could not read {}: {}; changes are not kept.",
-                                                   file_.native(), contents.error().message())});
-  }
-  auto json = Json::parse(*contents, nullptr, false);
-  if (json.is_object()) return json;
-  if (const auto aside = setAside(); !aside) return std::unexpected(aside.error());
-  return std::nullopt;
-}
-
-std::expected<void, SystemError> FileUserDefaults::setAside() const {
-  auto other = file_;
-  other += ".bad";
-  auto error = renameWithoutReplacing(file_, other);
-  for (int number = 1; error == std::errc::file_exists; ++number) {
-    other = file_;
-    other += fmt::format(".bad.{}", number);
-    error = renameWithoutReplacing(file_, other);
-  }
-  if (error)
-    return std::unexpected(
-        SystemError{fmt::format("{} is not a JSON object and could not be set aside: {}; "
-                                "changes are not kept.",
-                                file_.native(), error.message())});
-  log_.warning("{} is not a JSON object; it is kept as {}, and a new file takes its place.",
-               file_.native(), other.filename().native());
-  return {};
-}
-
-std::expected<void, SystemError> FileUserDefaults::write() {
-  auto written = rewriteFileAtomically(file_, [this]() -> std::expected<std::string, SystemError> {
-    auto contents = read();
-    if (!contents) return std::unexpected(contents.error());
-    auto json = std::move(*contents).value_or(stored_);
-    for (const auto& key : changed_) json[key] = stored_[key];
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
-  });
-  if (!written) return written;
-  changed_.clear();
-  pendingWrite_.cancel();
-  return {};
 }
 
 }  // namespace pellow

@@ -22,6 +22,13 @@ std::unexpected<SystemError> failure(const std::filesystem::path& file, std::err
       SystemError{fmt::format("Could not write {}: {}.", file.native(), error.message())});
 }
 
+std::error_code makeFolder(const std::filesystem::path& folder) {
+  if (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) return {};
+  if (errno != ENOENT || !folder.has_relative_path()) return lastError();
+  if (const auto error = makeFolder(folder.parent_path())) return error;
+  return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? std::error_code() : lastError();
+}
+
 bool isStillNamed(int number, const char* path) {
   struct stat open{};
   struct stat named{};
@@ -57,20 +64,13 @@ bool syncFolder(const std::filesystem::path& folder) {
   return descriptor && fsync(descriptor.number()) == 0;
 }
 
-}  // namespace
+enum class Wait { forDisk, forNothing };
 
-std::expected<void, SystemError> writeFileAtomically(const std::filesystem::path& file,
-                                                     std::string_view contents) {
-  return rewriteFileAtomically(file, [contents] { return std::string(contents); });
-}
-
-std::expected<void, SystemError> rewriteFileAtomically(
-    const std::filesystem::path& file,
+std::expected<void, SystemError> replaceFile(
+    const std::filesystem::path& file, Wait wait,
     const std::function<std::expected<std::string, SystemError>()>& makeContents) {
   const auto folder = file.parent_path();
-  std::error_code error;
-  std::filesystem::create_directories(folder, error);
-  if (error) return failure(file, error);
+  if (const auto error = makeFolder(folder)) return failure(file, error);
 
   auto growing = file;
   growing += ".new";
@@ -82,14 +82,35 @@ std::expected<void, SystemError> rewriteFileAtomically(
     return std::unexpected(contents.error());
   }
   const int number = descriptor.number();
-  if (ftruncate(number, 0) != 0 || !writeAll(number, *contents) || fsync(number) != 0 ||
+  const bool waits = wait == Wait::forDisk;
+  // The sticky bit is the sign to leave it alone.
+  if (ftruncate(number, 0) != 0 || !writeAll(number, *contents) ||
+      (waits ? fsync(number) : fchmod(number, S_ISVTX | 0600)) != 0 ||
       rename(growing.c_str(), file.c_str()) != 0) {
     const auto reason = lastError();
     unlink(growing.c_str());
     return failure(file, reason);
   }
-  if (!syncFolder(folder)) return failure(file, lastError());
+  if (waits && !syncFolder(folder)) return failure(file, lastError());
   return {};
+}
+
+}  // namespace
+
+std::expected<void, SystemError> writeFileAtomically(const std::filesystem::path& file,
+                                                     std::string_view contents) {
+  return rewriteFileAtomically(file, [contents] { return std::string(contents); });
+}
+
+std::expected<void, SystemError> rewriteFileAtomically(
+    const std::filesystem::path& file,
+    const std::function<std::expected<std::string, SystemError>()>& makeContents) {
+  return replaceFile(file, Wait::forDisk, makeContents);
+}
+
+std::expected<void, SystemError> publishFile(const std::filesystem::path& file,
+                                             std::string_view contents) {
+  return replaceFile(file, Wait::forNothing, [contents] { return std::string(contents); });
 }
 
 std::expected<std::string, std::error_code> readFile(const std::filesystem::path& file) {

@@ -11,9 +11,9 @@
 
 namespace pellow {
 
-// Replaces the contents of a file, which only its owner may read, as a whole and on disk: whoever
-// opens it, even after a loss of power, finds the old contents or the new ones. Makes the folder
-// when it is missing. Several processes may do it at once.
+// Replaces the contents of a file, which only its owner may read, as a whole: whoever opens it,
+// even after a loss of power, finds the old contents or the new ones. Waits until they are on disk.
+// Makes the folder, for its owner only, when it is missing. Several processes may do it at once.
 std::expected<void, SystemError> writeFileAtomically(const std::filesystem::path& file,
                                                      std::string_view contents);
 
@@ -22,6 +22,11 @@ std::expected<void, SystemError> writeFileAtomically(const std::filesystem::path
 std::expected<void, SystemError> rewriteFileAtomically(
     const std::filesystem::path& file,
     const std::function<std::expected<std::string, SystemError>()>& makeContents);
+
+// The same without waiting for the disk: only a loss of power may leave something else. Those who
+// clean up folders of sessions are asked to leave the file alone.
+std::expected<void, SystemError> publishFile(const std::filesystem::path& file,
+                                             std::string_view contents);
 
 std::expected<std::string, std::error_code> readFile(const std::filesystem::path& file);
 

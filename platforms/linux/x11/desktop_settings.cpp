@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
 
@@ -25,11 +24,6 @@ std::string_view trimmed(std::string_view text) {
   const auto first = text.find_first_not_of(space);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(space) + 1 - first);
-}
-
-std::string environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value ? value : "";
 }
 
 struct Pipe {
@@ -185,13 +179,6 @@ std::optional<std::string> announcedText(X11Server& server, std::string_view nam
       connection.property((*owner)->owner, server.atoms().xsettingsSettings).collect(deadline);
   if (!settings) return std::nullopt;
   return Announcement(settings->bytes).text(name);
-}
-
-fs::path homeFolder() { return environment("HOME"); }
-
-fs::path configurationFolder() {
-  const auto folder = environment("XDG_CONFIG_HOME");
-  return folder.empty() ? homeFolder() / ".config" : fs::path(folder);
 }
 
 }  // namespace pellow

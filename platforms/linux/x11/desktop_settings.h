@@ -26,8 +26,4 @@ std::optional<std::string> gsettingsText(const std::string& schema, const std::s
 std::optional<std::string> announcedText(X11Server& server, std::string_view name,
                                          Deadline deadline);
 
-// The folders of the user: of the environment's HOME and XDG_CONFIG_HOME.
-std::filesystem::path homeFolder();
-std::filesystem::path configurationFolder();
-
 }  // namespace pellow

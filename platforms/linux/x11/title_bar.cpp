@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platforms/linux/system/user_folders.h"
 #include "platforms/linux/x11/desktop_settings.h"
 #include "platforms/linux/x11/x11_window.h"
 

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <expected>
+#include <optional>
+#include <string_view>
+
+#include "platforms/linux/system/defaults_file.h"
+
+namespace pellow {
+
+// What the next process must know of this session on its desktop, in a file that only one program
+// writes. Main thread.
+class SessionFile {
+ public:
+  // Reads the file. One that cannot be read is left alone, and that is told to the log.
+  SessionFile(const std::filesystem::path& path, const Log& log);
+
+  std::optional<DefaultsFile::Values> value(std::string_view key) const;
+
+  // The next process can read the value before this returns. The error says why not; the value
+  // stays in memory then, and the next call takes it along.
+  std::expected<void, SystemError> set(std::string_view key, DefaultsFile::Values value);
+
+ private:
+  DefaultsFile file_;
+  DefaultsFile::Values values_ = DefaultsFile::Values::object();
+  std::optional<SystemError> unusable_;  // the file cannot be read and must not be replaced
+  bool isPublished_ = true;
+};
+
+}  // namespace pellow
