@@ -23,7 +23,7 @@
 // How long it takes to put many windows away by one key, seen from outside, beside a loop of wmctrl
 // over the same windows. Both on one private desktop, in turns, without flights.
 //
-// wmctrl asks for the move and goes on; Pellow writes each window's journal record to disk, moves
+// wmctrl asks for the move and goes on; Pellow writes each window's journal record, moves
 // it, and looks where it stands. openbox leaves a tenth of what wmctrl moves on the screen.
 //
 // Beside them stands what no program can go below: the server's time to move the same frames to

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <set>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "tests/desktop/child_process.h"
+
+namespace pellow::desktop {
+
+using Options = std::set<std::string_view>;
+
+// The arguments of the program; throws at one that it does not know.
+inline Options readOptions(int argc, char** argv, const Options& known) {
+  Options options;
+  for (const std::string_view argument :
+       std::span(argv, static_cast<std::size_t>(argc)).subspan(1)) {
+    if (!known.contains(argument)) throw std::runtime_error("unknown: " + std::string(argument));
+    options.insert(argument);
+  }
+  return options;
+}
+
+// A folder of the session in memory, where desktops have theirs.
+class SessionInMemory {
+ public:
+  SessionInMemory() {
+    std::string pattern = "/dev/shm/pellow-bench-XXXXXX";
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("there is no /dev/shm");
+    folder_ = pattern;
+  }
+  ~SessionInMemory() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+  }
+  SessionInMemory(const SessionInMemory&) = delete;
+  SessionInMemory& operator=(const SessionInMemory&) = delete;
+
+  Environment environment() const { return {{"XDG_RUNTIME_DIR", folder_}}; }
+
+ private:
+  std::filesystem::path folder_;
+};
+
+// As on a desktop that has no such folder.
+inline Environment withoutSession() { return {{"XDG_RUNTIME_DIR", ""}}; }
+
+}  // namespace pellow::desktop

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "tests/desktop/child_process.h"
+
+namespace pellow::desktop {
+
+// Keeps the disk of a folder busy until this ends: large files are written there and waited for,
+// again and again. They have no names, so that nothing is left of them whatever happens.
+class BusyDisk {
+ public:
+  explicit BusyDisk(const std::filesystem::path& folder);
+
+ private:
+  std::vector<std::unique_ptr<ChildProcess>> writers_;
+};
+
+}  // namespace pellow::desktop
