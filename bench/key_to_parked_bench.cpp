@@ -1,67 +1,48 @@
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "bench/bench_desktop.h"
+#include "bench/busy_disk.h"
+#include "bench/stopwatch.h"
 #include "tests/desktop/desktop_session.h"
 #include "tests/desktop/pellow_program.h"
 #include "tests/desktop/test_client.h"
 
 // How long it takes from a key press to the window off the screen, seen from outside, beside what a
 // shell script would use to put the same window away. Both on one private desktop, in turns.
+//
+//   --busy-disk         the disk of the user defaults is kept busy meanwhile
+//   --journal-on-disk   there is no folder of the session in memory
 
 namespace {
 
 using namespace pellow::desktop;
-using Clock = std::chrono::steady_clock;
 
 constexpr int rounds = 200;
-constexpr auto tooLong = std::chrono::seconds(5);
+constexpr double bound = 25;  // milliseconds
 
-// Milliseconds from the start until the condition holds; asks without a pause.
-double timeUntil(const char* what, Clock::time_point start,
-                 const std::function<bool()>& condition) {
-  while (!condition())
-    if (Clock::now() - start > tooLong)
-      throw std::runtime_error(fmt::format("waited in vain until {}", what));
-  return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-void await(const char* what, const std::function<bool()>& condition) {
-  timeUntil(what, Clock::now(), condition);
-}
-
-double percentile(std::vector<double> times, double share) {
-  std::ranges::sort(times);
-  return times[static_cast<std::size_t>(share * static_cast<double>(times.size() - 1))];
-}
-
-void print(const std::string& name, const std::vector<double>& times) {
-  const auto within = std::ranges::count_if(times, [](double time) { return time <= 25; });
-  fmt::print(
-      "{:<36} median {:5.1f} ms   95 % {:5.1f} ms   slowest {:5.1f} ms   within 25 ms {} %\n", name,
-      percentile(times, 0.5), percentile(times, 0.95), percentile(times, 1),
-      100 * within / static_cast<long>(times.size()));
-}
-
-void measure() {
+void measure(const Options& options) {
   DesktopSession desktop;
+  const SessionInMemory session;
   TestClient client(desktop);
   // What the script minimizes is not to become a tab.
   PellowProgram::writeDefaults(desktop, {{"pellowOnMinimize", false}});
-  PellowProgram pellow(desktop);
+  PellowProgram pellow(
+      desktop, options.contains("--journal-on-disk") ? withoutSession() : session.environment());
   if (!pellow.isReady()) throw std::runtime_error("Pellow does not start");
   // The script has a window of its own: openbox animates one that it minimizes for a while after.
   const auto scripted = client.open("Scripted", {620, 120, 500, 300});
   const auto window = client.open("Measured", {100, 120, 500, 300});
   const auto home = desktop.frame(window);
 
+  std::optional<BusyDisk> busyDisk;
+  if (options.contains("--busy-disk")) busyDisk.emplace(desktop.configHome());
   std::vector<double> parked;
   std::vector<double> minimized;
   for (int round = 0; round < rounds; ++round) {
@@ -87,16 +68,16 @@ void measure() {
     }));
     desktop.start({"xdotool", "windowmap", "--sync", id})->exitStatus();
   }
-  print("Pellow, key press to parked", parked);
-  print("xdotool windowminimize --sync", minimized);
+  print("Pellow, key press to parked", parked, bound);
+  print("xdotool windowminimize --sync", minimized, bound);
   fmt::print("ratio of the medians {:.2f}\n", percentile(parked, 0.5) / percentile(minimized, 0.5));
 }
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
   try {
-    measure();
+    measure(readOptions(argc, argv, {"--busy-disk", "--journal-on-disk"}));
     return EXIT_SUCCESS;
   } catch (const std::exception& error) {
     fmt::print(stderr, "{}\n", error.what());
