@@ -20,12 +20,12 @@ std::optional<std::uint8_t> nibble(char c) {
 }  // namespace
 
 std::string UUID::text() const {
-  std::string text;
-  text.reserve(36);
+  std::string text(36, '-');
+  std::size_t at = 0;
   for (std::size_t i = 0; i < bytes.size(); ++i) {
-    if (hyphenBefore(i)) text += '-';
-    text += digits[bytes[i] >> 4];
-    text += digits[bytes[i] & 0xF];
+    if (hyphenBefore(i)) ++at;
+    text[at++] = digits[bytes[i] >> 4];
+    text[at++] = digits[bytes[i] & 0xF];
   }
   return text;
 }

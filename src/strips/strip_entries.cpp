@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -60,7 +61,8 @@ class EntryMaker {
 
   StripEntries take() && {
     StripEntries all;
-    for (auto& [id, strip] : strips_) all.emplace(id, std::move(strip.entries));
+    for (auto& [id, strip] : strips_)
+      all.emplace(id, std::make_shared<const std::vector<StripEntry>>(std::move(strip.entries)));
     return all;
   }
 

@@ -4,6 +4,7 @@ namespace pellow {
 
 std::vector<StripItem> items(const std::vector<StripEntry>& entries) {
   std::vector<StripItem> items;
+  items.reserve(entries.size());
   for (const auto& entry : entries) items.push_back({entry.size, entry.showsTitle});
   return items;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,6 +31,9 @@ struct StripEntry {
 
   bool operator==(const StripEntry&) const = default;
 };
+
+// The entries of one strip, for all panels that show it.
+using SharedEntries = std::shared_ptr<const std::vector<StripEntry>>;
 
 // What the geometry of a strip needs to know of its entries.
 std::vector<StripItem> items(const std::vector<StripEntry>& entries);

@@ -100,6 +100,8 @@ double StripGeometry::rawLength() const {
 }
 
 void StripGeometry::pack() {
+  laneOf_.reserve(layouts_.size());
+  offsetInLane_.reserve(layouts_.size());
   int lane = 0;
   double offset = 0;
   for (const auto& layout : layouts_) {

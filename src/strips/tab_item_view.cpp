@@ -63,6 +63,8 @@ View tabItemView(const StripEntry& entry, const StripLayout& layout, ViewPoint o
                     .highlightsOnHover = true,
                     .tooltip = entry.tooltip,
                     .accessibleName = entry.title}};
+  // There may be a thousand tabs, and views are not small.
+  tab.children.reserve(1U + entry.showsTitle + entry.isPinned + (entry.count > 1));
   tab.children.push_back(iconView(entry, layout));
   const auto icon = tab.children.back().frame;
   if (entry.showsTitle) tab.children.push_back(titleView(entry, layout, icon.maxX() + titleGap));

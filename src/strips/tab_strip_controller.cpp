@@ -81,8 +81,9 @@ std::vector<Screen> TabStripController::screensWithPanel(const TabZone& zone) co
 }
 
 std::vector<StripEntry> TabStripController::entries(UUID zoneID) const {
-  auto all = makeEntries();
-  return std::move(all[zoneID]);
+  const auto all = makeEntries();
+  const auto found = all.find(zoneID);
+  return found == all.end() ? std::vector<StripEntry>() : *found->second;
 }
 
 StripEntries TabStripController::makeEntries() const {
@@ -129,7 +130,7 @@ std::map<UUID, AppKitRect> TabStripController::frames(std::span<const UUID> tabI
   for (const auto& zone : around_.zones.zones()) {
     const auto shownOn = screensWithPanel(zone);
     if (shownOn.empty()) continue;
-    const auto& shown = all.at(zone.id);
+    const auto& shown = *all.at(zone.id);
     const auto places = geometry(items(shown), zone, shownOn.front());
     for (std::size_t index = 0; index < shown.size(); ++index)
       for (const auto id : shown[index].tabIDs)

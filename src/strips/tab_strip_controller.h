@@ -50,8 +50,8 @@ class TabStripController {
   // The user clicked an entry that stands for these tabs.
   std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
 
-  // Renders every panel anew with what it should show now, also one on a display that was the main
-  // one when it came. Tabs that come and go by the hundred are shown once in a frame of the
+  // Gives every panel what it should show now, also one on a display that was the main one when it
+  // came. Tabs that come and go by the hundred are shown once in a frame of the
   // display, the first at once.
   void refresh();
 

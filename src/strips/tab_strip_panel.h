@@ -2,8 +2,10 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "base/uuid.h"
 #include "model/preferences.h"
 #include "model/tab_zone.h"
 #include "platform/panels.h"
@@ -21,17 +23,29 @@ class TabStripPanel {
   // The user clicked an entry that stands for these tabs.
   std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
 
-  // Shows these entries of the zone at the zone's place on the display.
-  void render(const std::vector<StripEntry>& entries, const Screen& screen, const TabZone& zone);
+  // Shows these entries of the zone at the zone's place on the display. Nothing is done where they
+  // are shown already.
+  void render(const SharedEntries& entries, const Screen& screen, const TabZone& zone);
 
  private:
-  View makeContent(const std::vector<StripEntry>& entries, const StripGeometry& geometry,
-                   const StripChrome& chrome, const TabZone& zone) const;
-  View makeTabs(const std::vector<StripEntry>& entries, const StripGeometry& geometry,
-                const StripChrome& chrome) const;
+  // All that the look of the panel depends on.
+  struct Shown {
+    SharedEntries entries;
+    Screen screen;
+    TabZone zone;
+    bool pictureTabs = false;
+    bool floatsAboveWindows = false;
+
+    bool operator==(const Shown& other) const;
+  };
+
+  View makeContent(const StripGeometry& geometry, const StripChrome& chrome) const;
+  View makeTabs(const StripGeometry& geometry, const StripChrome& chrome) const;
+  void activate(UUID firstTab) const;
 
   const Preferences& preferences_;
   std::unique_ptr<Panel> panel_;
+  std::optional<Shown> shown_;
 };
 
 }  // namespace pellow
