@@ -93,8 +93,8 @@ SimulatedPanel::SimulatedPanel(SimulatedPanels& panels, PanelID id, std::string 
 
 SimulatedPanel::~SimulatedPanel() { panels_.remove(*this); }
 
-void SimulatedPanel::setContent(const View& root) {
-  content_ = root;
+void SimulatedPanel::setContent(View root) {
+  content_ = std::move(root);
   panels_.changed();
 }
 

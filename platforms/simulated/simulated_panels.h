@@ -22,7 +22,7 @@ class SimulatedPanel final : public Panel {
   SimulatedPanel(SimulatedPanels& panels, PanelID id, std::string name);
   ~SimulatedPanel() override;
 
-  void setContent(const View& root) override;
+  void setContent(View root) override;
   void setFrame(const AppKitRect& frame) override;
   AppKitRect frame() const override { return frame_; }
   void animate(const AppKitRect& frame, double opacity, Seconds duration, AnimationTiming timing,

@@ -26,7 +26,7 @@ class Panel {
 
   // Shows `root`, whose frame's size is the panel's content size. While the panel has another one
   // than that, as during an animation, the content is drawn scaled to it.
-  virtual void setContent(const View& root) = 0;
+  virtual void setContent(View root) = 0;
 
   virtual void setFrame(const AppKitRect& frame) = 0;
   virtual AppKitRect frame() const = 0;

@@ -69,9 +69,9 @@ PanelCanvas::PanelCanvas(const std::string& name, PictureSource& pictures, const
   chooseMaterial();
 }
 
-void PanelCanvas::setContent(const View& root) {
+void PanelCanvas::setContent(View root) {
   constexpr std::size_t manyParts = 64;
-  const auto parts = tree_.update(root);
+  const auto parts = tree_.update(std::move(root));
   if (parts.size() > manyParts) {
     update();
   } else {

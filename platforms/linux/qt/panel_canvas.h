@@ -31,7 +31,7 @@ class PanelCanvas final : public QWidget {
   // The pictures and the hints outlive the canvas.
   PanelCanvas(const std::string& name, PictureSource& pictures, const WindowHints& hints);
 
-  void setContent(const View& root);
+  void setContent(View root);
 
   // Whether the windows below may shine through.
   void setTranslucent(bool translucent);

@@ -5,12 +5,15 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QStandardPaths>
+#include <algorithm>
+#include <cstddef>
 
 #include "platforms/linux/x11/pixel_image.h"
 
 namespace pellow {
 namespace {
 
+constexpr std::size_t fewest = 16;      // pictures worth forgetting
 constexpr double nominalIconSide = 32;  // points, of icons that have any size
 
 // Shrinking keeps an icon sharp, growing does not.
@@ -84,10 +87,17 @@ std::shared_ptr<const PictureSource::Scaled> PictureSource::scaled(const Image& 
     pixels = pixels.convertToFormat(QImage::Format_ARGB32_Premultiplied)
                  .scaled(side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
   if (cornerRadius > 0 && !pixels.isNull()) pixels = rounded(pixels, cornerRadius);
-  std::erase_if(known_, [](const auto& entry) { return entry.second.expired(); });
+  forgetExpired();
   auto picture = std::make_shared<const Scaled>(image, QPixmap::fromImage(std::move(pixels)));
   known_[key] = picture;
   return picture;
+}
+
+// Only when there have become twice as many: a strip may show a thousand icons for the first time.
+void PictureSource::forgetExpired() {
+  if (known_.size() < lookAgainAt_) return;
+  std::erase_if(known_, [](const auto& entry) { return entry.second.expired(); });
+  lookAgainAt_ = std::max(fewest, 2 * known_.size());
 }
 
 }  // namespace pellow

@@ -3,6 +3,7 @@
 #include <QIcon>
 #include <QPixmap>
 #include <QString>
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <optional>
@@ -47,7 +48,10 @@ class PictureSource {
  private:
   using Key = std::tuple<const Image::Object*, int, int, double>;
 
+  void forgetExpired();
+
   std::map<Key, std::weak_ptr<const Scaled>> known_;
+  std::size_t lookAgainAt_ = 0;
 };
 
 }  // namespace pellow

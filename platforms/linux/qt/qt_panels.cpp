@@ -43,7 +43,7 @@ class QtPanels::QtPanel final : public Panel {
     canvas_->giveUp();
   }
 
-  void setContent(const View& root) override { canvas_->setContent(root); }
+  void setContent(View root) override { canvas_->setContent(std::move(root)); }
 
   void setFrame(const AppKitRect& frame) override {
     end();

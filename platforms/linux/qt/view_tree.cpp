@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <optional>
+#include <unordered_map>
 #include <utility>
 
 namespace pellow {
@@ -25,24 +28,63 @@ void visitBelow(const NodePointer& node, const QTransform& toPanel,
     visitBelow(child, placement(*child, node->frame.height()) * toPanel, visitor);
 }
 
+// The children that a node had, found by their keys.
+class FormerChildren {
+ public:
+  explicit FormerChildren(std::vector<NodePointer> children) : children_(std::move(children)) {}
+
+  // The one with this key, which is then no longer among them. Most often it is the next one.
+  NodePointer take(const std::string& key, bool& comesNext) {
+    comesNext = next_ < children_.size() && children_[next_] && children_[next_]->key == key;
+    if (comesNext) return std::move(children_[next_++]);
+    const auto found = places().find(key);
+    if (found == places().end() || !children_[found->second]) return nullptr;
+    next_ = found->second + 1;
+    return std::move(children_[found->second]);
+  }
+
+  template <class Visit>
+  void forEachLeft(Visit visit) const {
+    for (const auto& child : children_)
+      if (child) visit(child);
+  }
+
+ private:
+  using Places = std::unordered_map<std::string, std::size_t>;
+
+  const Places& places() {
+    if (places_) return *places_;
+    places_.emplace();
+    for (std::size_t at = 0; at < children_.size(); ++at)
+      if (children_[at]) places_->emplace(children_[at]->key, at);
+    return *places_;
+  }
+
+  std::vector<NodePointer> children_;
+  std::size_t next_ = 0;
+  std::optional<Places> places_;  // only where the order changes
+};
+
 // Takes over one tree into the nodes of the one before, and notes what looks different.
 class Reconciliation {
  public:
-  NodePointer take(NodePointer node, const View& view, const ViewRect& frame, double parentHeight,
-                   const QTransform& parentToPanel) {
+  // `isCovered` where all of the view has been noted already, as it was and as it will be.
+  NodePointer take(NodePointer node, View&& view, const ViewRect& frame, double parentHeight,
+                   const QTransform& parentToPanel, bool isCovered) {
     const bool isNew = !node;
     if (isNew) node = std::make_shared<ViewNode>(view.key);
     const bool looksDifferent = node->frame.size != frame.size || node->look != view.look;
     const bool moves = isNew || node->frame != frame || node->look.rotation != view.look.rotation;
-    const bool changes = moves || looksDifferent;
+    const bool changes = (moves || looksDifferent) && !isCovered;
     if (changes && !isNew) damage(node, parentHeight, parentToPanel, moves);
     if (looksDifferent) {
-      node->look = view.look;
+      node->look = std::move(view.look);
       node->drawing = {};
     }
     node->frame = frame;
-    node->actions = view.actions;
-    takeChildren(*node, view, placement(*node, parentHeight) * parentToPanel);
+    node->actions = std::move(view.actions);
+    takeChildren(*node, view.children, placement(*node, parentHeight) * parentToPanel,
+                 isCovered || moves);
     if (changes) damage(node, parentHeight, parentToPanel, moves);
     return node;
   }
@@ -50,27 +92,22 @@ class Reconciliation {
   std::vector<QRectF> damaged() && { return std::move(damaged_); }
 
  private:
-  void takeChildren(ViewNode& node, const View& view, const QTransform& toPanel) {
-    auto before = std::exchange(node.children, {});
-    node.children.reserve(view.children.size());
-    std::size_t next = 0;  // most often nothing has changed its place
-    for (const auto& child : view.children) {
-      NodePointer known;
-      if (next < before.size() && before[next] && before[next]->key == child.key) {
-        known = std::move(before[next++]);
-      } else if (const auto found = std::ranges::find_if(
-                     before, [&](const auto& old) { return old && old->key == child.key; });
-                 found != before.end()) {
-        known = std::move(*found);
-        next = static_cast<std::size_t>(found - before.begin()) + 1;
-        // It now stands above others than before.
-        damage(known, node.frame.height(), toPanel, true);
-      }
+  void takeChildren(ViewNode& node, std::vector<View>& views, const QTransform& toPanel,
+                    bool areCovered) {
+    FormerChildren before(std::exchange(node.children, {}));
+    node.children.reserve(views.size());
+    const auto height = node.frame.height();
+    for (auto& view : views) {
+      bool comesNext = false;
+      auto known = before.take(view.key, comesNext);
+      // Else it now stands above others than before.
+      if (known && !comesNext && !areCovered) damage(known, height, toPanel, true);
+      const auto frame = view.frame;
       node.children.push_back(
-          take(std::move(known), child, child.frame, node.frame.height(), toPanel));
+          take(std::move(known), std::move(view), frame, height, toPanel, areCovered));
     }
-    for (const auto& gone : before)
-      if (gone) damage(gone, node.frame.height(), toPanel, true);
+    if (areCovered) return;
+    before.forEachLeft([&](const auto& gone) { damage(gone, height, toPanel, true); });
   }
 
   void damage(const NodePointer& node, double parentHeight, const QTransform& parentToPanel,
@@ -105,12 +142,12 @@ QRectF ViewNode::extent() const {
       bounds().translated(shadow.dx, -shadow.dy).adjusted(-blur, -blur, blur, blur));
 }
 
-std::vector<QRectF> ViewTree::update(const View& root) {
+std::vector<QRectF> ViewTree::update(View root) {
   if (root_ && root_->key != root.key) root_.reset();
   // The panel is as large as the root, wherever the root says that it stands.
   const ViewRect frame({}, root.frame.size);
   Reconciliation reconciliation;
-  root_ = reconciliation.take(root_, root, frame, frame.height(), {});
+  root_ = reconciliation.take(root_, std::move(root), frame, frame.height(), {}, false);
   return std::move(reconciliation).damaged();
 }
 

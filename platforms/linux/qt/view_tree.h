@@ -48,7 +48,7 @@ class ViewTree {
   using Visitor = std::function<void(const std::shared_ptr<ViewNode>&, const QTransform& toPanel)>;
 
   // Shows `root`. Nodes whose keys stay live on. Answers what has to be drawn again.
-  std::vector<QRectF> update(const View& root);
+  std::vector<QRectF> update(View root);
 
   // Parents before their children, later siblings after earlier ones.
   void visit(const Visitor& visitor) const;
