@@ -1,0 +1,101 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platforms/simulated/simulated_image.h"
+#include "platforms/simulated/simulated_platform.h"
+#include "strips/tab_strip_controller.h"
+
+// What one change of one tab costs while there are many: to decide what the strips show, and to
+// hand it over to a platform that only keeps it. Processor time, so that other programs do not
+// count.
+
+namespace {
+
+using namespace pellow;
+
+constexpr int rounds = 15;
+constexpr double limit = 2;  // milliseconds, with a thousand tabs
+
+// The program's part that draws tabs, with stores of its own.
+class Bench {
+ public:
+  explicit Bench(int count) {
+    for (int index = 0; index < count; ++index) {
+      const auto application = fmt::format("org.example.application{}", index % 40);
+      TabItem tab{.id = platform_.uuidSource().next(),
+                  .window = {window_.element(), window_.pid()},
+                  .appName = "Application",
+                  .bundleID = application,
+                  .title = fmt::format("Document {} - Application", index),
+                  .icon = icon_,
+                  .showsTitle = true};
+      changed_ = index == count / 2 ? tab.id : changed_;
+      tabs_.add(std::move(tab));
+    }
+    strips_.start();
+  }
+
+  // Milliseconds of the median round.
+  double timeForOneChange(int changesPerRound) {
+    std::vector<double> times(rounds);
+    for (auto& time : times) {
+      const auto start = std::clock();
+      for (int change = 0; change < changesPerRound; ++change) {
+        tabs_.setShowsTitle(change % 2 != 0, {{changed_}});
+        strips_.refresh();
+      }
+      time = 1000.0 * static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC / changesPerRound;
+    }
+    std::ranges::sort(times);
+    return times[rounds / 2];
+  }
+
+  // Whether what is drawn follows the last change.
+  bool isShown() {
+    const auto* const tab =
+        platform_.desktop().panel("pellow-strip").view("tabs/" + changed_.text());
+    return tab && tab->children.size() == (tabs_.tab(changed_)->showsTitle == true ? 2 : 1);
+  }
+
+ private:
+  simulated::SimulatedPlatform platform_;
+  simulated::SimulatedWindow window_ = platform_.desktop()
+                                           .launch("Application", "org.example.application")
+                                           .openWindow("Document", {0, 0, 300, 200});
+  Image icon_{std::make_shared<simulated::SimulatedImage>("icon", Size{32, 32})};
+  NotificationCenter notifications_;
+  Preferences preferences_{platform_.userDefaults(), notifications_};
+  ZoneStore zones_{platform_.userDefaults(), preferences_, notifications_, platform_.uuidSource()};
+  TabStore tabs_{notifications_, platform_.workspace()};
+  TabStripController strips_{{tabs_, zones_, preferences_, platform_.clock(),
+                              platform_.queues().main(), platform_.screens(), platform_.panels(),
+                              notifications_}};
+  UUID changed_;
+};
+
+}  // namespace
+
+int main() {
+  double ofThousand = 0;
+  double before = 0;
+  for (const int count : {10, 100, 1'000, 10'000}) {
+    Bench bench(count);
+    const auto time = bench.timeForOneChange(std::max(20'000 / count, 2));
+    fmt::print("{:6} tabs: one change {:8.3f} ms", count, time);
+    if (before > 0) fmt::print(", {:.1f} times as long", time / before);
+    fmt::print("\n");
+    if (!bench.isShown()) {
+      fmt::print("the change is not shown\n");
+      return EXIT_FAILURE;
+    }
+    before = time;
+    if (count == 1'000) ofThousand = time;
+  }
+  return ofThousand <= limit ? EXIT_SUCCESS : EXIT_FAILURE;
+}
