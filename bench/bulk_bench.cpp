@@ -21,7 +21,8 @@
 #include "tests/desktop/test_client.h"
 
 // How long it takes to put many windows away by one key, seen from outside, beside a loop of wmctrl
-// over the same windows. Both on one private desktop, in turns, without flights.
+// over the same windows. Both on one private desktop, in turns, with the settings of a first start
+// or without flights.
 //
 // wmctrl asks for the move and goes on; Pellow writes each window's journal record, moves
 // it, and looks where it stands. openbox leaves a tenth of what wmctrl moves on the screen.
@@ -60,10 +61,12 @@ xcb_window_t outermost(xcb_connection_t* connection, xcb_window_t window) {
   }
 }
 
+enum class Flights { off, asOnFirstStart };
+
 class Desk {
  public:
-  Desk(int applications, int windows) {
-    PellowProgram::writeDefaults(desktop_, {{"animateFlight", false}});
+  Desk(int applications, int windows, Flights flights) {
+    if (flights == Flights::off) PellowProgram::writeDefaults(desktop_, {{"animateFlight", false}});
     for (int index = 0; index < applications; ++index)
       clients_.push_back(
           std::make_unique<TestClient>(desktop_, "Application" + std::to_string(index)));
@@ -80,11 +83,11 @@ class Desk {
   void turn(Times& times) {
     const double before = processorTime();
     times.away.push_back(timeUntilAll("the windows are away", [&] { press('a'); }, &Desk::isAway));
-    // The last window is away before its tab stands.
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    // The last window is away before its tab stands and its flight has ended.
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
     times.own.push_back(processorTime() - before);
     times.back.push_back(timeUntilAll("the windows are back", [&] { press('r'); }, &Desk::isBack));
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
     times.scripted.push_back(
         timeUntilAll("wmctrl has moved the windows", [&] { runScript(true); }, &Desk::hasLeft));
     timeUntilAll("wmctrl has moved them back", [&] { runScript(false); }, &Desk::isBack);
@@ -193,30 +196,35 @@ struct Medians {
   double own = 0;
 };
 
-Medians measure(int applications, int windows, int turns) {
-  Desk desk(applications, windows);
+Medians measure(int applications, int windows, int turns, Flights flights = Flights::off) {
+  Desk desk(applications, windows, flights);
   Times times;
   for (int turn = 0; turn < turns; ++turn) desk.turn(times);
   const Medians medians{median(times.away), median(times.scripted), median(times.bare),
                         median(times.own)};
   fmt::print(
-      "{:3} windows of {:2} applications: away {:7.1f} ms (best {:.1f}), wmctrl {:7.1f} ms, ratio "
+      "{:3} windows of {:2} applications{}: away {:7.1f} ms (best {:.1f}), wmctrl {:7.1f} ms, "
+      "ratio "
       "{:.2f}; the server alone {:5.1f} ms; Pellow's processor time {:5.1f} ms; back {:7.1f} ms\n",
-      windows, applications, medians.away, std::ranges::min(times.away), medians.scripted,
-      medians.away / medians.scripted, medians.bare, medians.own, median(times.back));
+      windows, applications, flights == Flights::off ? "" : ", flights on", medians.away,
+      std::ranges::min(times.away), medians.scripted, medians.away / medians.scripted, medians.bare,
+      medians.own, median(times.back));
   std::fflush(stdout);
   return medians;
 }
 
 }  // namespace
 
-// With three numbers, applications, windows and turns, only that is measured.
+// With three numbers, applications, windows and turns, only that is measured; a word after them
+// leaves flights on.
 int main(int count, char** arguments) {
   try {
-    if (count == 4) {
-      measure(std::stoi(arguments[1]), std::stoi(arguments[2]), std::stoi(arguments[3]));
+    if (count >= 4) {
+      measure(std::stoi(arguments[1]), std::stoi(arguments[2]), std::stoi(arguments[3]),
+              count > 4 ? Flights::asOnFirstStart : Flights::off);
       return EXIT_SUCCESS;
     }
+    measure(50, 50, 7, Flights::asOnFirstStart);
     measure(50, 50, 7);
     const auto fifty = measure(1, 50, 7);
     const auto fiveHundred = measure(1, 500, 3);
