@@ -1,6 +1,7 @@
 #include "capture/flight_animator.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace pellow {
@@ -11,6 +12,8 @@ constexpr double iconAtMost = 180;
 constexpr double tooSmall = 1.0;
 constexpr double fadedOut = 0.15;
 constexpr double cornerRadius = 6.0;
+constexpr Seconds frameTime = 1.0 / 60;
+constexpr std::size_t atATime = 8;  // what a display can draw of them
 
 AppKitRect centred(Size size, const AppKitRect& in) {
   return {in.midX() - size.width / 2, in.midY() - size.height / 2, size.width, size.height};
@@ -50,14 +53,32 @@ void FlightAnimator::flyBack(const Image& image, Subject subject, const AppKitRe
 
 void FlightAnimator::fly(const Image& image, const AppKitRect& from, const AppKitRect& to,
                          double fadeFrom, double fadeTo, std::function<void()> completion) {
-  if (!canBeSeen(from) || !canBeSeen(to)) {
+  const bool tooMany = flying_.size() + waiting_.size() >= atATime;
+  if (!canBeSeen(from) || !canBeSeen(to) || tooMany) {
     if (completion) completion();
     return;
   }
+  Flight flight{image, from, to, fadeFrom, fadeTo, std::move(completion)};
+  if (flying_.empty() && waiting_.empty()) return begin(std::move(flight));
+  waiting_.push_back(std::move(flight));
+  beginNextSoon();
+}
+
+void FlightAnimator::beginNextSoon() {
+  lull_ = mainQueue_.after(frameTime, [this] {
+    auto next = std::move(waiting_.front());
+    waiting_.pop_front();
+    begin(std::move(next));
+    if (!waiting_.empty()) beginNextSoon();
+  });
+}
+
+void FlightAnimator::begin(Flight flight) {
+  const auto& [image, from, to, fadeFrom, fadeTo, completion] = flight;
   // Scaled down from the larger of its sizes it stays sharp all the way.
   const auto& largest = from.area() > to.area() ? from : to;
-  const auto flight = flying_.insert(flying_.end(), panels_.makePanel("pellow-flight"));
-  auto& panel = **flight;
+  const auto place = flying_.insert(flying_.end(), panels_.makePanel("pellow-flight"));
+  auto& panel = **place;
   panel.setIgnoresMouseEvents(true);
   panel.setLevel(PanelLevel::statusWindow);
   panel.setContent({.key = "picture",
@@ -66,8 +87,8 @@ void FlightAnimator::fly(const Image& image, const AppKitRect& from, const AppKi
   panel.animate(from, fadeFrom, 0, AnimationTiming::linear, nullptr);
   panel.orderFront();
   panel.animate(to, fadeTo, preferences_.animationDuration(), AnimationTiming::easeInOut,
-                [this, flight, done = std::move(completion)] {
-                  flying_.erase(flight);
+                [this, place, done = completion] {
+                  flying_.erase(place);
                   if (done) done();
                 });
 }

@@ -1,26 +1,33 @@
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <list>
 #include <memory>
 
 #include "base/geometry.h"
+#include "base/subscription.h"
 #include "model/preferences.h"
 #include "platform/image.h"
 #include "platform/panels.h"
+#include "platform/queues.h"
 
 namespace pellow {
 
 // Lets a picture fly from where a window was into its tab and back, in a panel that lives only for
 // its flight. Nothing of the window itself moves. All frames are in AppKit space. Main thread.
+//
+// Windows come before pictures: a flight begins at once when it is the only one. While others are
+// on their way it waits until nothing more has been asked for during a frame of the display, and
+// what would be too many at a time is left out.
 class FlightAnimator {
  public:
   // What flies: the window's own picture, or the application's icon in its stead.
   enum class Subject { picture, icon };
 
   // Every flight takes `preferences.animationDuration()`.
-  FlightAnimator(Panels& panels, const Preferences& preferences)
-      : panels_(panels), preferences_(preferences) {}
+  FlightAnimator(Panels& panels, const Preferences& preferences, MainQueue& mainQueue)
+      : panels_(panels), preferences_(preferences), mainQueue_(mainQueue) {}
 
   // From the window, shrinking and fading, into the tab. `completion` runs once; at once when there
   // is nothing to see.
@@ -38,9 +45,24 @@ class FlightAnimator {
   static AppKitRect landing(const AppKitRect& rect, const AppKitRect& tabFrame);
 
  private:
+  struct Flight {
+    Image image;
+    AppKitRect from;
+    AppKitRect to;
+    double fadeFrom = 1;
+    double fadeTo = 1;
+    std::function<void()> completion;
+  };
+
+  void begin(Flight flight);
+  void beginNextSoon();
+
   Panels& panels_;
   const Preferences& preferences_;
+  MainQueue& mainQueue_;
   std::list<std::unique_ptr<Panel>> flying_;
+  std::deque<Flight> waiting_;
+  Subscription lull_;
 };
 
 }  // namespace pellow

@@ -56,7 +56,7 @@ PellowController::PellowController(const Surroundings& surroundings)
           .preferences = around_.preferences,
           .screenCapture = around_.screenCapture,
       }),
-      flights_(around_.panels, around_.preferences),
+      flights_(around_.panels, around_.preferences, around_.queues.main()),
       failures_(around_.alerts, around_.log, tasks_),
       triggers_({
           .accessibility = around_.accessibility,

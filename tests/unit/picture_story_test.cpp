@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -224,7 +226,7 @@ TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
   SimulatedPlatform platform;
   NotificationCenter notifications;
   const Preferences preferences(platform.userDefaults(), notifications);
-  FlightAnimator flights(platform.panels(), preferences);
+  FlightAnimator flights(platform.panels(), preferences, platform.queues().main());
   const auto icon = Image(std::make_shared<simulated::SimulatedImage>("icon", Size{32, 32}));
   const auto startsAt = [&](AppKitRect window, AppKitRect tab) -> std::optional<AppKitRect> {
     int landed = 0;
@@ -239,6 +241,26 @@ TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
   EXPECT_EQ(startsAt({0, 0, 1200, 800}, {0, 0, 34, 34}), AppKitRect(510, 310, 180, 180));
   EXPECT_EQ(startsAt({0, 0, 300, 200}, {0, 0, 34, 34}), AppKitRect(90, 40, 120, 120));
   EXPECT_EQ(startsAt({0, 0, 300, 200}, {0, 0, 0, 0}), std::nullopt);
+
+  // Of many the first flies at once, a few more when nothing comes any more, each in a frame of its
+  // own, and all of them land.
+  const auto flying = [&] { return platform.desktop().panels("pellow-flight").size(); };
+  int landed = 0;
+  for (int count = 0; count < 50; ++count) {
+    flights.flyOut(icon, FlightAnimator::Subject::icon, {0, 0, 300, 200}, {0, 0, 34, 34},
+                   [&] { ++landed; });
+    platform.desktop().run(0.002);
+    ASSERT_EQ(flying(), 1);
+  }
+  std::size_t most = 0;
+  for (std::size_t before = 1; landed < 50; before = flying()) {
+    platform.desktop().run(0.01);
+    EXPECT_LE(flying(), before + 1);
+    most = std::max(most, flying());
+  }
+  EXPECT_EQ(most, 8);
+  platform.desktop().runUntilQuiet();
+  EXPECT_EQ(landed, 50);
 }
 
 }  // namespace
