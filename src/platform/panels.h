@@ -25,7 +25,7 @@ class Panel {
   virtual ~Panel() = default;
 
   // Shows `root`, whose frame's size is the panel's content size. While the panel has another one
-  // than that, as during an animation, the content is drawn scaled to it.
+  // than that, as during an animation, the content is drawn scaled to it, its corner radii are not.
   virtual void setContent(View root) = 0;
 
   virtual void setFrame(const AppKitRect& frame) = 0;

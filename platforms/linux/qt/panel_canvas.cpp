@@ -108,22 +108,26 @@ void PanelCanvas::giveUp() {
 // Without a compositor the corners are cut off; what is cut in the middle of a pixel is drawn over
 // the colour of the rim.
 void PanelCanvas::shape() {
-  auto corners = translucent_ ? std::vector<Corners>() : backdrops();
+  auto corners = translucent_ ? std::vector<Corners>() : solidParts();
   if (corners == shapedFor_) return;
   shapedFor_ = std::move(corners);
   if (shapedFor_.empty()) {
     clearMask();
   } else {
-    setMask(regionOf(shapedFor_, tree_.root()->bounds().size().toSize()));
+    setMask(regionOf(shapedFor_, size()));
   }
 }
 
-// They stand at the bottom of a panel: they are its content, or right inside it.
-std::vector<PanelCanvas::Corners> PanelCanvas::backdrops() const {
+// The backdrops, which are the content of a panel or stand right inside it, and a picture that
+// flies.
+std::vector<PanelCanvas::Corners> PanelCanvas::solidParts() const {
   std::vector<Corners> corners;
-  const auto add = [&](const ViewNode& node, QPointF origin) {
-    if (std::holds_alternative<Backdrop>(node.look.content))
-      corners.push_back({node.bounds().translated(origin), node.look.cornerRadius});
+  const auto add = [&, toSize = scaleToSize()](const ViewNode& node, QPointF origin) {
+    const auto& look = node.look;
+    const bool isRoundPicture =
+        std::holds_alternative<Picture>(look.content) && look.cornerRadius > 0;
+    if (isRoundPicture || std::holds_alternative<Backdrop>(look.content))
+      corners.push_back({toSize.mapRect(node.bounds().translated(origin)), look.cornerRadius});
   };
   const auto& root = tree_.root();
   if (!root) return corners;
@@ -182,7 +186,10 @@ QTransform PanelCanvas::scaleToSize() const {
   return QTransform::fromScale(width() / size.width(), height() / size.height());
 }
 
-void PanelCanvas::resizeEvent(QResizeEvent*) { lookForPointerSoon(); }
+void PanelCanvas::resizeEvent(QResizeEvent*) {
+  shape();
+  lookForPointerSoon();
+}
 
 void PanelCanvas::changeEvent(QEvent* event) {
   if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange)

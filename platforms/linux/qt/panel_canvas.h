@@ -20,7 +20,7 @@ namespace pellow {
 // The window of a panel: draws its views and tells them of the pointer. Main thread.
 class PanelCanvas final : public QWidget {
  public:
-  // A rounded rectangle, in points.
+  // A rounded rectangle of the panel, in points.
   struct Corners {
     QRectF area;
     double radius = 0;
@@ -83,7 +83,7 @@ class PanelCanvas final : public QWidget {
   void chooseMaterial();
   void shape();
   QTransform scaleToSize() const;
-  std::vector<Corners> backdrops() const;
+  std::vector<Corners> solidParts() const;
 
   PictureSource& pictures_;
   const WindowHints& hints_;

@@ -2,8 +2,6 @@
 
 #include <QFileInfo>
 #include <QImage>
-#include <QPainter>
-#include <QPainterPath>
 #include <QStandardPaths>
 #include <algorithm>
 #include <cstddef>
@@ -30,17 +28,6 @@ QImage pixelsOf(const Image::Object& object, QSize side) {
     return QImage(reinterpret_cast<const uchar*>(pixels->pixels().data()), pixels->width(),
                   pixels->height(), QImage::Format_ARGB32);
   return {};
-}
-
-QImage rounded(const QImage& image, double radius) {
-  QImage result(image.size(), QImage::Format_ARGB32_Premultiplied);
-  result.fill(Qt::transparent);
-  QPainter painter(&result);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(Qt::NoPen);
-  painter.setBrush(QBrush(image));
-  painter.drawRoundedRect(QRectF(image.rect()), radius, radius);
-  return result;
 }
 
 // An icon theme that is likely to be there; "hicolor" alone holds applications' own icons only.
@@ -76,9 +63,8 @@ void ThemeIcon::chooseFallbacks() {
 
 Size ThemeIcon::size() const { return {nominalIconSide, nominalIconSide}; }
 
-std::shared_ptr<const PictureSource::Scaled> PictureSource::scaled(const Image& image, QSize side,
-                                                                   double cornerRadius) {
-  const Key key{&image.object(), side.width(), side.height(), cornerRadius};
+std::shared_ptr<const PictureSource::Scaled> PictureSource::scaled(const Image& image, QSize side) {
+  const Key key{&image.object(), side.width(), side.height()};
   if (const auto found = known_.find(key); found != known_.end())
     if (auto picture = found->second.lock()) return picture;
 
@@ -86,7 +72,6 @@ std::shared_ptr<const PictureSource::Scaled> PictureSource::scaled(const Image& 
   if (!pixels.isNull())
     pixels = pixels.convertToFormat(QImage::Format_ARGB32_Premultiplied)
                  .scaled(side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-  if (cornerRadius > 0 && !pixels.isNull()) pixels = rounded(pixels, cornerRadius);
   forgetExpired();
   auto picture = std::make_shared<const Scaled>(image, QPixmap::fromImage(std::move(pixels)));
   known_[key] = picture;

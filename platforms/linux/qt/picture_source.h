@@ -41,12 +41,12 @@ class PictureSource {
     QPixmap pixmap;
   };
 
-  // The image scaled into `side` device pixels with its proportions kept, its corners rounded by
-  // `cornerRadius` device pixels. A null pixmap when the image cannot be drawn.
-  std::shared_ptr<const Scaled> scaled(const Image& image, QSize side, double cornerRadius);
+  // The image scaled into `side` device pixels with its proportions kept. A null pixmap when it
+  // cannot be drawn.
+  std::shared_ptr<const Scaled> scaled(const Image& image, QSize side);
 
  private:
-  using Key = std::tuple<const Image::Object*, int, int, double>;
+  using Key = std::tuple<const Image::Object*, int, int>;
 
   void forgetExpired();
 

@@ -74,6 +74,7 @@ QImage transparentImage(QSize size) {
 }  // namespace
 
 void ViewPainter::draw(ViewNode& node, const QTransform& toPanel, bool isPressed) {
+  stretch_ = {std::hypot(toPanel.m11(), toPanel.m12()), std::hypot(toPanel.m21(), toPanel.m22())};
   const bool needsPixmap = node.look.shadow || std::holds_alternative<Symbol>(node.look.content);
   if (needsPixmap) {
     drawAsPixmap(node, toPanel);
@@ -95,8 +96,23 @@ void ViewPainter::drawContent(ViewNode& node) {
   if (const auto* fill = std::get_if<Fill>(&content)) {
     painter_.setPen(Qt::NoPen);
     painter_.setBrush(material_.colour(fill->paint));
-    painter_.drawRoundedRect(node.bounds(), node.look.cornerRadius, node.look.cornerRadius);
+    drawRounded(node.bounds(), node.look.cornerRadius);
   }
+}
+
+// The radius is one of the panel, also while its content is drawn scaled.
+void ViewPainter::drawRounded(const QRectF& area, double radius) {
+  painter_.drawRoundedRect(area, radius / stretch_.width(), radius / stretch_.height());
+}
+
+void ViewPainter::drawRounded(const QPixmap& pixmap, const QRectF& area, double radius) {
+  if (pixmap.isNull()) return;
+  QBrush brush(pixmap);
+  brush.setTransform(QTransform::fromTranslate(area.x(), area.y())
+                         .scale(area.width() / pixmap.width(), area.height() / pixmap.height()));
+  painter_.setPen(Qt::NoPen);
+  painter_.setBrush(brush);
+  drawRounded(area, radius);
 }
 
 void ViewPainter::drawPicture(ViewNode& node, const Picture& picture) {
@@ -104,7 +120,7 @@ void ViewPainter::drawPicture(ViewNode& node, const Picture& picture) {
   const QSize side = (bounds.size() * scale_).toSize();
   if (side.isEmpty()) return;
   auto& shown = node.drawing.picture;
-  if (!shown) shown = pictures_.scaled(picture.image, side, node.look.cornerRadius * scale_);
+  if (!shown) shown = pictures_.scaled(picture.image, side);
   const QSizeF size = QSizeF(shown->pixmap.size()) / scale_;
   QPointF origin = bounds.center() - QPointF(size.width() / 2, size.height() / 2);
   // On whole device pixels nothing is drawn between two of them, so the picture stays sharp.
@@ -113,7 +129,9 @@ void ViewPainter::drawPicture(ViewNode& node, const Picture& picture) {
     const auto corner = transform.map(origin) * scale_;
     origin += (QPointF(std::round(corner.x()), std::round(corner.y())) - corner) / scale_;
   }
-  painter_.drawPixmap(QRectF(origin, size), shown->pixmap, QRectF(shown->pixmap.rect()));
+  const QRectF area(origin, size);
+  if (node.look.cornerRadius > 0) return drawRounded(shown->pixmap, area, node.look.cornerRadius);
+  painter_.drawPixmap(area, shown->pixmap, QRectF(shown->pixmap.rect()));
 }
 
 void ViewPainter::drawSymbol(const ViewNode& node, const Symbol& symbol) {
@@ -166,7 +184,7 @@ void ViewPainter::drawHighlight(const ViewNode& node, bool isPressed) {
   if (colour.alpha() == 0) return;
   painter_.setPen(Qt::NoPen);
   painter_.setBrush(colour);
-  painter_.drawRoundedRect(node.bounds(), node.look.cornerRadius, node.look.cornerRadius);
+  drawRounded(node.bounds(), node.look.cornerRadius);
 }
 
 void ViewPainter::drawAsPixmap(ViewNode& node, const QTransform& toPanel) {

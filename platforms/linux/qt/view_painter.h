@@ -1,6 +1,9 @@
 #pragma once
 
 #include <QPainter>
+#include <QPixmap>
+#include <QRectF>
+#include <QSizeF>
 #include <QTransform>
 
 #include "platforms/linux/qt/material.h"
@@ -26,6 +29,8 @@ class ViewPainter {
   void drawBackdrop(const ViewNode& node);
   void drawSymbol(const ViewNode& node, const Symbol& symbol);
   void drawHighlight(const ViewNode& node, bool isPressed);
+  void drawRounded(const QRectF& area, double radius);
+  void drawRounded(const QPixmap& pixmap, const QRectF& area, double radius);
   void drawAsPixmap(ViewNode& node, const QTransform& toPanel);
   QPixmap makePixmap(ViewNode& node, double rotation);
 
@@ -33,6 +38,7 @@ class ViewPainter {
   const Material& material_;
   PictureSource& pictures_;
   double scale_;
+  QSizeF stretch_{1, 1};  // of the node that is drawn, to the panel's size
 };
 
 }  // namespace pellow
