@@ -4,19 +4,21 @@
 #include <unordered_map>
 #include <vector>
 
+#include "access/ax_queue.h"
 #include "base/subscription.h"
+#include "base/task.h"
 #include "base/uuid.h"
 #include "model/tab_item.h"
 #include "platform/accessibility.h"
-#include "platform/queues.h"
 
 namespace pellow {
 
-// Hears when the window of a tab is closed or otherwise gone. Main thread.
+// Hears when the window of a tab is closed or otherwise gone. Observers are added on the AX queue,
+// so that nobody waits for an application that takes its time. Main thread.
 class DestroyedWindowWatcher {
  public:
-  DestroyedWindowWatcher(Accessibility& accessibility, MainQueue& mainQueue)
-      : accessibility_(accessibility), mainQueue_(mainQueue) {}
+  DestroyedWindowWatcher(AXQueue& axQueue, TaskScope& tasks, Accessibility& accessibility)
+      : axQueue_(axQueue), tasks_(tasks), accessibility_(accessibility) {}
 
   // Called on the main queue, never from within `watch`.
   std::function<void(UUID tab)> onDestroyed;
@@ -30,10 +32,11 @@ class DestroyedWindowWatcher {
     int round = 0;  // the last one that knew its tab
   };
 
-  Subscription observe(const TabItem& tab);
+  Task<> observe(UUID tab, AXElement window);
 
+  AXQueue& axQueue_;
+  TaskScope& tasks_;
   Accessibility& accessibility_;
-  MainQueue& mainQueue_;
   std::unordered_map<UUID, Watched> watched_;
   int round_ = 0;
 };

@@ -5,10 +5,22 @@
 #include "access/ax.h"
 
 namespace pellow {
+namespace {
 
-MinimizeWatcher::MinimizeWatcher(Accessibility& accessibility, Workspace& workspace,
-                                 ProcessID ownProcess)
-    : accessibility_(accessibility), workspace_(workspace), ownProcess_(ownProcess) {}
+void report(const AXElement& element, const std::function<void(TargetWindow)>& callback) {
+  const auto pid = element.pid();
+  if (pid && callback) callback({element, *pid});
+}
+
+}  // namespace
+
+MinimizeWatcher::MinimizeWatcher(AXQueue& axQueue, TaskScope& tasks, Accessibility& accessibility,
+                                 Workspace& workspace, ProcessID ownProcess)
+    : axQueue_(axQueue),
+      tasks_(tasks),
+      accessibility_(accessibility),
+      workspace_(workspace),
+      ownProcess_(ownProcess) {}
 
 void MinimizeWatcher::start() {
   stop();
@@ -21,36 +33,38 @@ void MinimizeWatcher::start() {
 }
 
 void MinimizeWatcher::stop() {
-  observers_.clear();
+  watched_.clear();
   workspaceTokens_.clear();
 }
 
 void MinimizeWatcher::watch(const RunningApplication& application) {
   if (application.activationPolicy != ActivationPolicy::regular) return;
-  if (application.pid == ownProcess_ || observers_.contains(application.pid)) return;
-  const auto element = accessibility_.application(application.pid);
-  std::vector<Subscription> observer;
-  observe(observer, element, AX::notification::windowMiniaturized, onMinimized);
-  observe(observer, element, AX::notification::focusedWindowChanged, onFocused);
-  if (!observer.empty()) observers_.emplace(application.pid, std::move(observer));
+  if (application.pid == ownProcess_ || watched_.contains(application.pid)) return;
+  watched_.try_emplace(application.pid);
+  tasks_.start(observe(application.pid));
 }
 
-void MinimizeWatcher::unwatch(ProcessID pid) { observers_.erase(pid); }
+void MinimizeWatcher::unwatch(ProcessID pid) { watched_.erase(pid); }
 
-void MinimizeWatcher::observe(std::vector<Subscription>& observer, const AXElement& application,
-                              std::string_view notification,
-                              std::function<void(TargetWindow)>& callback) {
-  auto token = accessibility_.observe(
-      application, notification,
-      [&callback](const AXElement& element) { report(element, callback); },
-      AX::timeout::application);
-  if (token) observer.push_back(std::move(*token));
+Task<> MinimizeWatcher::observe(ProcessID pid) {
+  Observers observers;
+  co_await axQueue_.ax([&] { add(observers, pid); });
+  const auto watched = watched_.find(pid);
+  if (watched != watched_.end()) watched->second = std::move(observers);
 }
 
-void MinimizeWatcher::report(const AXElement& element,
-                             const std::function<void(TargetWindow)>& callback) {
-  const auto pid = element.pid();
-  if (pid && callback) callback({element, *pid});
+void MinimizeWatcher::add(Observers& observers, ProcessID pid) {
+  const auto application = accessibility_.application(pid);
+  const auto observe = [&](Subscription& observer, std::string_view notification,
+                           const std::function<void(TargetWindow)>& callback) {
+    auto added = accessibility_.observe(
+        application, notification,
+        [&callback](const AXElement& element) { report(element, callback); },
+        AX::timeout::application);
+    if (added) observer = std::move(*added);
+  };
+  observe(observers[0], AX::notification::windowMiniaturized, onMinimized);
+  observe(observers[1], AX::notification::focusedWindowChanged, onFocused);
 }
 
 }  // namespace pellow

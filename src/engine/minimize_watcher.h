@@ -1,11 +1,14 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <map>
 #include <vector>
 
+#include "access/ax_queue.h"
 #include "access/target_window.h"
 #include "base/subscription.h"
+#include "base/task.h"
 #include "platform/accessibility.h"
 #include "platform/workspace.h"
 
@@ -13,10 +16,12 @@ namespace pellow {
 
 // Hears when a window of another application is minimized, by whatever means, and when an
 // application's focus goes to another window. Follows applications as they come and go; one that
-// refuses an observer is not watched. Main thread.
+// refuses an observer is not watched. Observers are added on the AX queue, so that nobody waits for
+// an application that takes its time. Main thread.
 class MinimizeWatcher {
  public:
-  MinimizeWatcher(Accessibility& accessibility, Workspace& workspace, ProcessID ownProcess);
+  MinimizeWatcher(AXQueue& axQueue, TaskScope& tasks, Accessibility& accessibility,
+                  Workspace& workspace, ProcessID ownProcess);
 
   std::function<void(TargetWindow)> onMinimized;
   std::function<void(TargetWindow)> onFocused;
@@ -29,14 +34,17 @@ class MinimizeWatcher {
   void unwatch(ProcessID pid);
 
  private:
-  void observe(std::vector<Subscription>& observer, const AXElement& application,
-               std::string_view notification, std::function<void(TargetWindow)>& callback);
-  static void report(const AXElement& element, const std::function<void(TargetWindow)>& callback);
+  using Observers = std::array<Subscription, 2>;
 
+  Task<> observe(ProcessID pid);
+  void add(Observers& observers, ProcessID pid);
+
+  AXQueue& axQueue_;
+  TaskScope& tasks_;
   Accessibility& accessibility_;
   Workspace& workspace_;
   const ProcessID ownProcess_;
-  std::map<ProcessID, std::vector<Subscription>> observers_;
+  std::map<ProcessID, Observers> watched_;
   std::vector<Subscription> workspaceTokens_;
 };
 

@@ -76,8 +76,9 @@ PellowController::PellowController(const Surroundings& surroundings)
                     .workspace = around_.workspace,
                     .zones = around_.zones,
                     .ownProcess = around_.ownProcess}),
-      destroyedWindows_(around_.accessibility, around_.queues.main()),
-      minimizeWatcher_(around_.accessibility, around_.workspace, around_.ownProcess),
+      destroyedWindows_(axQueue_, tasks_, around_.accessibility),
+      minimizeWatcher_(axQueue_, tasks_, around_.accessibility, around_.workspace,
+                       around_.ownProcess),
       tasks_([this](std::exception_ptr failure) {
         try {
           std::rethrow_exception(failure);

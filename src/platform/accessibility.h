@@ -36,7 +36,8 @@ class Accessibility {
   // Calls `handler` on the main queue with the element that posts the notification, until the
   // subscription ends; the handler may end it. Answers `invalidUIElement` for an element that is
   // gone already and `notificationUnsupported` for a name that it does not post. The application
-  // may take so long to take the observer in. Main thread.
+  // may take so long to take the observer in. Any thread; the subscription is dropped on the main
+  // thread.
   //
   //   of a window        `elementDestroyed`       it is gone; once
   //   of an application  `windowMiniaturized`     the window that was minimized, by anybody

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "platforms/linux/system/file_descriptor.h"
+#include "platforms/linux/x11/errands.h"
 #include "platforms/linux/x11/instance_lock.h"
 #include "platforms/linux/x11/parking_guard.h"
 #include "platforms/linux/x11/window_manager.h"
@@ -70,7 +71,8 @@ struct X11Desktop::Parts {
         windowEvents(*server, *events),
         parkingGuard(*server, windowManager),
         activeWindow(*server, windowEvents),
-        accessibility(*server, windowManager, windowEvents, activeWindow),
+        errands(eventSignal.number()),
+        accessibility(*server, windowManager, windowEvents, activeWindow, errands),
         screens(*server, *events, windowEvents, scale),
         workspace(*server, windowManager, windowEvents, activeWindow, pollSet.number(),
                   std::move(hooks.loadIcon)),
@@ -91,6 +93,7 @@ struct X11Desktop::Parts {
   WindowEvents windowEvents;
   ParkingGuard parkingGuard;
   ActiveWindow activeWindow;
+  Errands errands;
   X11Accessibility accessibility;
   X11Screens screens;
   X11Workspace workspace;
@@ -133,6 +136,7 @@ int X11Desktop::fileDescriptor() const { return parts_->pollSet.number(); }
 bool X11Desktop::processEvents() {
   eventfd_t signals = 0;
   eventfd_read(parts_->eventSignal.number(), &signals);
+  parts_->errands.run();
   while (const auto event = parts_->events->pollForEvent()) parts_->handle(*event);
   parts_->actOnChanges();
   parts_->workspace.processEnded();

@@ -355,28 +355,59 @@ std::expected<Subscription, AXError> X11Accessibility::observeWindow(const AXEle
                                                                      Handler handler,
                                                                      Seconds timeout) {
   const auto& window = dynamic_cast<const WindowElement&>(element.object());
-  auto subscription = windowEvents_.observe(
-      window.key().window,
-      [element, &window, handler = std::move(handler), isTold = false]() mutable {
-        if (isTold || !window.isGone(serverPatience)) return;
-        isTold = true;
-        handler(element);
-      });
+  const auto tellIfGone = [element, &window, handler = std::move(handler),
+                           isTold = std::make_shared<bool>(false)] {
+    if (*isTold || !window.isGone(serverPatience)) return;
+    *isTold = true;
+    handler(element);
+  };
+  const auto add = [this, &window, tellIfGone] {
+    return windowEvents_.observe(window.key().window, tellIfGone);
+  };
+  if (errands_.isMainThread()) {
+    auto observer = add();
+    if (window.isGone(timeout)) return std::unexpected(AXError::invalidUIElement);
+    return observer;
+  }
   if (window.isGone(timeout)) return std::unexpected(AXError::invalidUIElement);
-  return subscription;
+  return observeLater([add, tellIfGone] {
+    auto observer = add();
+    tellIfGone();
+    return observer;
+  });
 }
 
 std::expected<Subscription, AXError> X11Accessibility::observeApplication(
     ProcessID pid, std::string_view notification, Handler handler) {
-  auto tell = [context = Context{server_, windowManager_}, pid,
-               handler = std::move(handler)](const WindowKey& window) {
+  const bool isMinimizing = notification == AX::notification::windowMiniaturized;
+  if (!isMinimizing && notification != AX::notification::focusedWindowChanged)
+    return std::unexpected(AXError::notificationUnsupported);
+  const auto tell = [context = Context{server_, windowManager_}, pid,
+                     handler = std::move(handler)](const WindowKey& window) {
     handler(AXElement(std::make_shared<WindowElement>(context, window, pid)));
   };
-  if (notification == AX::notification::windowMiniaturized)
-    return applicationEvents_.onMinimized(pid, std::move(tell));
-  if (notification == AX::notification::focusedWindowChanged)
-    return applicationEvents_.onFocused(pid, std::move(tell));
-  return std::unexpected(AXError::notificationUnsupported);
+  const auto add = [this, isMinimizing, pid, tell] {
+    return isMinimizing ? applicationEvents_.onMinimized(pid, tell)
+                        : applicationEvents_.onFocused(pid, tell);
+  };
+  return errands_.isMainThread() ? add() : observeLater(add);
+}
+
+Subscription X11Accessibility::observeLater(std::function<Subscription()> add) {
+  struct Observation {
+    Subscription observer;
+    bool isOver = false;
+  };
+  const auto observation = std::make_shared<Observation>();
+  errands_.leave([observation, add = std::move(add)] {
+    if (observation->isOver) return;
+    auto observer = add();
+    if (!observation->isOver) observation->observer = std::move(observer);
+  });
+  return Subscription([observation] {
+    observation->isOver = true;
+    observation->observer.cancel();
+  });
 }
 
 }  // namespace pellow

@@ -2,6 +2,7 @@
 
 #include "platform/accessibility.h"
 #include "platforms/linux/x11/application_events.h"
+#include "platforms/linux/x11/errands.h"
 #include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/window_manager.h"
 
@@ -22,10 +23,11 @@ namespace pellow {
 class X11Accessibility : public Accessibility {
  public:
   X11Accessibility(X11Server& server, WindowManager& windowManager, WindowEvents& windowEvents,
-                   ActiveWindow& activeWindow)
+                   ActiveWindow& activeWindow, Errands& errands)
       : server_(server),
         windowManager_(windowManager),
         windowEvents_(windowEvents),
+        errands_(errands),
         applicationEvents_(server, windowEvents, activeWindow) {}
 
   // An X display shows its windows to every client.
@@ -51,10 +53,13 @@ class X11Accessibility : public Accessibility {
   std::expected<Subscription, AXError> observeApplication(ProcessID pid,
                                                           std::string_view notification,
                                                           Handler handler);
+  // For a caller on another thread: what is observed here belongs to the main thread.
+  Subscription observeLater(std::function<Subscription()> add);
 
   X11Server& server_;
   WindowManager& windowManager_;
   WindowEvents& windowEvents_;
+  Errands& errands_;
   ApplicationEvents applicationEvents_;
 };
 
