@@ -93,8 +93,10 @@ void DesktopState::hide(ProcessID pid, Actor actor) {
 }
 
 void DesktopState::unhide(ProcessID pid) {
-  application(pid)->hidden = false;
-  application(pid)->hiddenBy = std::nullopt;
+  auto& shown = *application(pid);
+  shown.hidden = false;
+  shown.hiddenBy = std::nullopt;
+  shown.isAskedToHide = false;
 }
 
 void DesktopState::activate(ProcessID pid) {

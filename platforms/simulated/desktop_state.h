@@ -95,6 +95,8 @@ struct ApplicationState {
   bool hidden = false;
   std::optional<Actor> hiddenBy = std::nullopt;  // while it is hidden
   bool refusesToHide = false;
+  Seconds hidesAfter = 0;  // it was asked to; `never`: not at all
+  bool isAskedToHide = false;
   bool refusesObservers = false;
   bool hangs = false;
   Seconds answersAfter = 0;
@@ -136,6 +138,7 @@ struct DesktopState {
   std::vector<LogLine> log;
   std::vector<SymbolicHotKey> symbolicHotKeys;
   bool trustsProcess = true;
+  bool ignoresActivations = false;
   bool allowsCapture = true;
   bool allowsMonitors = true;
   int trustPrompts = 0;     // so often the system asked the user for the permission

@@ -348,7 +348,17 @@ class ApplicationElement final : public Element {
       if (!focused) return std::unexpected(AXError::noValue);
       return windowElement(system(), *focused);
     }
+    if (attribute == AX::attribute::hidden) return desktop().application(pid_)->hidden;
+    if (attribute == AX::attribute::frontmost) return desktop().frontmost == pid_;
     return std::unexpected(AXError::attributeUnsupported);
+  }
+
+  std::expected<void, AXError> write(std::string_view attribute, const AXValue& value) override {
+    if (attribute != AX::attribute::frontmost)
+      return std::unexpected(AXError::attributeUnsupported);
+    if (value != AXValue(true)) return std::unexpected(AXError::illegalArgument);
+    system().change([pid = pid_](DesktopState& desk) { desk.activate(pid); });
+    return {};
   }
 
  private:

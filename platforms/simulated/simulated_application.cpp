@@ -64,6 +64,11 @@ SimulatedApplication SimulatedApplication::refusesToHide(bool refuses) const {
   return *this;
 }
 
+SimulatedApplication SimulatedApplication::hidesAfter(Seconds delay) const {
+  state().hidesAfter = delay;
+  return *this;
+}
+
 SimulatedApplication SimulatedApplication::refusesObservers(bool refuses) const {
   state().refusesObservers = refuses;
   return *this;

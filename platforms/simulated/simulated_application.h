@@ -47,6 +47,8 @@ class SimulatedApplication {
   SimulatedApplication answersAfter(Seconds delay) const;
   // The workspace's `hide` fails.
   SimulatedApplication refusesToHide(bool refuses = true) const;
+  // Hides so long after the workspace has asked it to; `never`: stays, and says that it shows.
+  SimulatedApplication hidesAfter(Seconds delay) const;
   // No observer can be added to it.
   SimulatedApplication refusesObservers(bool refuses = true) const;
   // Answers nothing, so that callers lose their messaging timeout, until it wakes. Then it answers

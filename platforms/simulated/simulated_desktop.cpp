@@ -235,6 +235,10 @@ void SimulatedDesktop::injectFaults(double probability, std::vector<AXError> err
   system_.state.possibleFaults = std::move(errors);
 }
 void SimulatedDesktop::setTrusted(bool trusted) { system_.state.trustsProcess = trusted; }
+void SimulatedDesktop::ignoreActivations(bool ignores) {
+  system_.state.ignoresActivations = ignores;
+}
+
 void SimulatedDesktop::allowCapture(bool allowed) { system_.state.allowsCapture = allowed; }
 int SimulatedDesktop::trustPrompts() const { return system_.state.trustPrompts; }
 int SimulatedDesktop::captureAccessRequests() const { return system_.state.captureRequests; }

@@ -211,6 +211,8 @@ class SimulatedDesktop {
   // The next call of this kind, or of any, answers with the error.
   void failNextCapture(SystemError error, std::optional<CaptureCall> call = std::nullopt);
   void failNextLoginItemChange(SystemError error);
+  // Whether the workspace takes an activation for a mere wish, and does not follow it.
+  void ignoreActivations(bool ignores = true);
   // Whether event monitors can be added.
   void allowMonitors(bool allowed);
 

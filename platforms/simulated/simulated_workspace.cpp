@@ -24,10 +24,21 @@ std::optional<ProcessID> SimulatedWorkspace::frontmostApplication() {
 
 bool SimulatedWorkspace::hide(ProcessID pid) {
   if (!system_.portCall("hides application {}", pid)) return false;
-  const auto* found = system_.state.application(pid);
+  auto* found = system_.state.application(pid);
   if (!found || found->refusesToHide) return false;
-  system_.change([pid](DesktopState& desktop) { desktop.hide(pid, Actor::program); });
+  found->isAskedToHide = true;
+  if (found->hidesAfter == 0)
+    hideAsAsked(pid);
+  else if (found->hidesAfter != never)
+    system_.scheduler.happenAt(system_.scheduler.now() + found->hidesAfter,
+                               [this, pid] { hideAsAsked(pid); });
   return true;
+}
+
+void SimulatedWorkspace::hideAsAsked(ProcessID pid) {
+  const auto* found = system_.state.application(pid);
+  if (!found || !found->isAskedToHide) return;
+  system_.change([pid](DesktopState& desktop) { desktop.hide(pid, Actor::program); });
 }
 
 bool SimulatedWorkspace::unhide(ProcessID pid) {
@@ -40,6 +51,7 @@ bool SimulatedWorkspace::unhide(ProcessID pid) {
 bool SimulatedWorkspace::activate(ProcessID pid) {
   if (!system_.portCall("activates application {}", pid)) return false;
   if (!system_.state.application(pid)) return false;
+  if (system_.state.ignoresActivations) return true;
   system_.change([pid](DesktopState& desktop) { desktop.activate(pid); });
   return true;
 }

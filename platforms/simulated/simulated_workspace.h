@@ -21,6 +21,9 @@ class SimulatedWorkspace final : public Workspace {
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
 
  private:
+  // Unless the wish has been taken back.
+  void hideAsAsked(ProcessID pid);
+
   SimulatedSystem& system_;
 };
 

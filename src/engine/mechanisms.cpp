@@ -10,6 +10,8 @@ namespace {
 
 constexpr Seconds minimizeEcho = 2;
 constexpr int movesAtMost = 3;
+constexpr Seconds hiddenWithin = 0.6;
+constexpr Seconds readHiddenEvery = 0.02;
 
 std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minimized) {
   return window.element.setAttribute(AX::attribute::minimized, minimized,
@@ -36,9 +38,33 @@ Task<Mechanisms::Hiding> Mechanisms::hide(Departure departure) {
     case Mechanism::hideApp:
       break;
   }
-  if (around_.workspace.hide(tab.window.pid)) co_return Hiding{.mayBeHidden = true};
-  const bool runs = around_.workspace.application(tab.window.pid).has_value();
-  co_return Hiding{.failure = runs ? PellowError::hideFailed() : PellowError::windowGone()};
+  co_return co_await hideApplication(tab.window.pid);
+}
+
+// An application that says that it shows all the same need not follow any more.
+Task<Mechanisms::Hiding> Mechanisms::hideApplication(ProcessID pid) {
+  if (!around_.workspace.hide(pid)) {
+    const bool runs = around_.workspace.application(pid).has_value();
+    co_return Hiding{.failure = runs ? PellowError::hideFailed() : PellowError::windowGone()};
+  }
+  const auto hidden = co_await isHidden(pid, true);
+  if (hidden.value_or(true)) co_return Hiding{.mayBeHidden = true};
+  around_.workspace.unhide(pid);
+  co_return Hiding{.failure = PellowError::hideFailed()};
+}
+
+// What the application says, once it has done what it was asked for or has had the time to; nothing
+// when it does not say.
+Task<std::optional<bool>> Mechanisms::isHidden(ProcessID pid, bool expected) {
+  co_return co_await around_.axQueue.ax([&] {
+    const auto application = around_.accessibility.application(pid);
+    const auto deadline = around_.clock.now() + hiddenWithin;
+    while (true) {
+      const auto hidden = AX::boolean(application, AX::attribute::hidden, AX::timeout::application);
+      if (hidden.value_or(expected) == expected || around_.clock.now() > deadline) return hidden;
+      around_.clock.sleep(readHiddenEvery);
+    }
+  });
 }
 
 Task<Mechanisms::Hiding> Mechanisms::minimize(const TabItem& tab) {
@@ -101,6 +127,7 @@ Task<> Mechanisms::reveal(const TabItem& tab) {
     }
     case Mechanism::hideApp:
       around_.workspace.unhide(tab.window.pid);
+      co_await isHidden(tab.window.pid, false);
       co_await unminimizeIfNeeded(tab.window);
       break;
   }
@@ -138,9 +165,15 @@ Task<> Mechanisms::unminimizeIfNeeded(const TargetWindow& window) {
   if (isMinimized) co_await unminimize(window);
 }
 
+// The system may take an activation for a mere wish. An application that is told to be the
+// frontmost one is; where it will not hear of that, the wish must do.
 Task<> Mechanisms::bringToFront(const TargetWindow& window) {
-  const auto raised = co_await around_.axQueue.ax(
-      [&] { return window.element.performAction(AX::action::raise, AX::timeout::windowChange); });
+  const auto raised = co_await around_.axQueue.ax([&] {
+    const auto done = window.element.performAction(AX::action::raise, AX::timeout::windowChange);
+    (void)around_.accessibility.application(window.pid)
+        .setAttribute(AX::attribute::frontmost, true, AX::timeout::application);
+    return done;
+  });
   if (!raised)
     around_.log.standard("raise failed after successful restore: {}", explanation(raised.error()));
   around_.workspace.activate(window.pid);

@@ -14,6 +14,7 @@
 #include "engine/parked_windows.h"
 #include "model/strip_edge.h"
 #include "model/tab_item.h"
+#include "platform/accessibility.h"
 #include "platform/clock.h"
 #include "platform/workspace.h"
 
@@ -24,6 +25,7 @@ namespace pellow {
 class Mechanisms {
  public:
   struct Surroundings {
+    Accessibility& accessibility;
     AXQueue& axQueue;
     Clock& clock;
     const Displays& displays;
@@ -66,6 +68,8 @@ class Mechanisms {
  private:
   Task<Hiding> minimize(const TabItem& tab);
   Task<Hiding> slideOffscreen(Departure departure);
+  Task<Hiding> hideApplication(ProcessID pid);
+  Task<std::optional<bool>> isHidden(ProcessID pid, bool expected);
   Task<bool> slideBack(const TabItem& tab);
   Task<> moveHome(const TabItem& tab);
   Task<> unminimize(const TargetWindow& window);

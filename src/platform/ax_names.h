@@ -9,6 +9,8 @@ namespace attribute {
 inline constexpr std::string_view children = "AXChildren";
 inline constexpr std::string_view focusedApplication = "AXFocusedApplication";
 inline constexpr std::string_view focusedWindow = "AXFocusedWindow";
+inline constexpr std::string_view frontmost = "AXFrontmost";
+inline constexpr std::string_view hidden = "AXHidden";
 inline constexpr std::string_view minimizeButton = "AXMinimizeButton";
 inline constexpr std::string_view minimized = "AXMinimized";
 inline constexpr std::string_view parent = "AXParent";

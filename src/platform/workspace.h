@@ -40,13 +40,15 @@ class Workspace {
   // The application that receives the keys. Any thread.
   virtual std::optional<ProcessID> frontmostApplication() = 0;
 
-  // Hides all windows of the application; false when it does not run or the system refuses.
+  // Asks for all windows of the application to be hidden; false when it does not run or the system
+  // refuses at once. Whether they are, `hidden` of its element tells, a moment later.
   virtual bool hide(ProcessID pid) = 0;
 
-  // Shows them again; false when it does not run.
+  // Asks for them to be shown again; false when the application does not run.
   virtual bool unhide(ProcessID pid) = 0;
 
-  // Makes the application active, its front window in front; false when it does not run.
+  // Asks for the application to become active, its front window in front; false when it does not
+  // run. The system may take that for a mere wish: to write `frontmost` of its element is more.
   virtual bool activate(ProcessID pid) = 0;
 
   // Opens a URL with whatever the user opens such with; false when nothing does.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "platforms/linux/x11/application_windows.h"
 #include "platforms/linux/x11/client_processes.h"
 #include "platforms/linux/x11/hit_test.h"
 
@@ -222,6 +223,7 @@ class ApplicationElement : public X11Element {
   std::expected<ProcessID, AXError> pid() const override { return pid_; }
 
   Answer copyAttribute(std::string_view attribute, Seconds timeout) const override;
+  Outcome setAttribute(std::string_view attribute, const AXValue& value, Seconds timeout) override;
 
  private:
   // Those of its windows in the list of clients that are more than furniture.
@@ -232,6 +234,8 @@ class ApplicationElement : public X11Element {
   }
   Answer windows(Deadline end) const;
   Answer focusedWindow(Deadline end) const;
+  Answer isHidden(Deadline end) const;
+  Answer isFrontmost(Deadline end) const;
 
   const ProcessID pid_;
 };
@@ -239,6 +243,8 @@ class ApplicationElement : public X11Element {
 Answer ApplicationElement::copyAttribute(std::string_view attribute, Seconds timeout) const {
   if (attribute == AX::attribute::windows) return windows(deadlineIn(timeout));
   if (attribute == AX::attribute::focusedWindow) return focusedWindow(deadlineIn(timeout));
+  if (attribute == AX::attribute::hidden) return isHidden(deadlineIn(timeout));
+  if (attribute == AX::attribute::frontmost) return isFrontmost(deadlineIn(timeout));
   if (attribute == AX::attribute::role) return named(AX::role::application);
   return std::unexpected(AXError::attributeUnsupported);
 }
@@ -278,6 +284,30 @@ Answer ApplicationElement::focusedWindow(Deadline end) const {
   const auto windows = ownWindows({*active}, end);
   if (windows.empty()) return nothingFound(end);
   return AXValue(element(windows.front()));
+}
+
+Answer ApplicationElement::isHidden(Deadline end) const {
+  const bool isIt = isApplicationHidden(server(), pid_, end);
+  if (isIncomplete(end)) return std::unexpected(AXError::cannotComplete);
+  if (!isIt && isGone()) return std::unexpected(AXError::invalidUIElement);
+  return isIt;
+}
+
+Answer ApplicationElement::isFrontmost(Deadline end) const {
+  const auto active = activeWindow(server(), end);
+  const bool isIt = active && owningProcesses(server(), {*active}, end).front() == pid_;
+  if (isIncomplete(end)) return std::unexpected(AXError::cannotComplete);
+  if (!isIt && isGone()) return std::unexpected(AXError::invalidUIElement);
+  return isIt;
+}
+
+Outcome ApplicationElement::setAttribute(std::string_view attribute, const AXValue& value,
+                                         Seconds timeout) {
+  if (attribute != AX::attribute::frontmost) return std::unexpected(AXError::attributeUnsupported);
+  if (value != AXValue(true)) return std::unexpected(AXError::illegalArgument);
+  const Deadline end = deadlineIn(timeout);
+  if (activateApplication(server(), context().windowManager, pid_, end)) return {};
+  return std::unexpected(isIncomplete(end) ? AXError::cannotComplete : AXError::invalidUIElement);
 }
 
 class SystemElement : public X11Element {

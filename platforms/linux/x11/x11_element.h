@@ -11,7 +11,7 @@ namespace pellow {
 // Elements of X11: the system, applications and their windows. The attributes are
 //
 //   system        AXRole, AXFocusedApplication
-//   application   AXRole, AXWindows, AXFocusedWindow
+//   application   AXRole, AXWindows, AXFocusedWindow, AXHidden, AXFrontmost, which can be set
 //   window        AXRole, AXSubrole, AXTitle, AXPosition, AXSize, AXMinimized, AXParent; of these
 //                 AXPosition and AXMinimized can be written; the action is AXRaise
 //   button        AXRole, AXSubrole, AXPosition, AXSize, AXParent; of a window, to minimize it

@@ -146,9 +146,23 @@ std::optional<WindowKey> X11Server::frontWindow(ProcessID pid) const {
   return found->second;
 }
 
+void X11Server::setHidden(ProcessID pid, bool isHidden) {
+  const std::lock_guard lock(mutex_);
+  if (isHidden)
+    hidden_.insert(pid);
+  else
+    hidden_.erase(pid);
+}
+
+bool X11Server::isHidden(ProcessID pid) const {
+  const std::lock_guard lock(mutex_);
+  return hidden_.contains(pid);
+}
+
 void X11Server::forgetApplication(ProcessID pid) {
   const std::lock_guard lock(mutex_);
   frontWindows_.erase(pid);
+  hidden_.erase(pid);
 }
 
 }  // namespace pellow

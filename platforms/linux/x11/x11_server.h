@@ -66,6 +66,12 @@ class X11Server {
   // The window of an application that was raised last.
   void setFrontWindow(ProcessID pid, WindowKey window);
   std::optional<WindowKey> frontWindow(ProcessID pid) const;
+
+  // Whether the application was hidden and has not been shown again since; its windows may be
+  // minimized, or on another desktop, and tell nothing of that.
+  void setHidden(ProcessID pid, bool isHidden);
+  bool isHidden(ProcessID pid) const;
+
   void forgetApplication(ProcessID pid);
 
  private:
@@ -95,6 +101,7 @@ class X11Server {
   std::map<xcb_window_t, ProcessID> owners_;
   std::map<xcb_window_t, xcb_window_t> parents_;
   std::map<ProcessID, WindowKey> frontWindows_;
+  std::set<ProcessID> hidden_;
 };
 
 }  // namespace pellow

@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "platforms/linux/system/url_opener.h"
+#include "platforms/linux/x11/application_windows.h"
 #include "platforms/linux/x11/client_processes.h"
 #include "platforms/linux/x11/pixel_image.h"
 #include "platforms/linux/x11/text_encoding.h"
@@ -75,18 +76,9 @@ X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager,
   windowEvents_.noteAll();
 }
 
-std::vector<xcb_window_t> X11Workspace::windowsOf(ProcessID pid) const {
-  const Deadline deadline = deadlineIn(serverPatience);
-  const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
-  const auto owners = owningProcesses(server_, windows, deadline);
-  std::vector<xcb_window_t> own;
-  for (std::size_t i = 0; i < windows.size(); ++i)
-    if (owners[i] == pid) own.push_back(windows[i]);
-  return own;
-}
-
 X11Workspace::Windows X11Workspace::windowsOf(ProcessID pid, Facet facets) const {
-  return lookAtAll(server_, windowsOf(pid), facets, deadlineIn(serverPatience));
+  const Deadline deadline = deadlineIn(serverPatience);
+  return lookAtAll(server_, pellow::windowsOf(server_, pid, deadline), facets, deadline);
 }
 
 // A launch forgets what it knows of windows whose application does not run.
@@ -114,7 +106,7 @@ std::vector<RunningApplication> X11Workspace::runningApplications() {
 
 std::optional<RunningApplication> X11Workspace::application(ProcessID pid) {
   if (pid == getpid()) return thisProcess();
-  const auto own = windowsOf(pid);
+  const auto own = pellow::windowsOf(server_, pid, deadlineIn(serverPatience));
   // The first ordinary window says it all, and an application may have hundreds.
   constexpr std::ptrdiff_t atOnce = 4;
   Windows seen;
@@ -183,35 +175,7 @@ std::optional<ProcessID> X11Workspace::frontmostApplication() {
 }
 
 bool X11Workspace::activate(ProcessID pid) {
-  constexpr Facet facets = Facet::state | Facet::kind;
-  const Deadline deadline = deadlineIn(serverPatience);
-  const auto desktop = currentDesktop(server_, deadline);
-  const auto isOut = [&](const WindowFacts& window) {
-    return window.kind != WindowKind::furniture && !window.state.withdrawn &&
-           !isIconified(server_, window.state, deadline);
-  };
-  if (const auto front = server_.frontWindow(pid)) {
-    const auto facts = look(server_, *front, facets, deadline);
-    if (facts && isOut(*facts)) {
-      windowManager_.activate(front->window);
-      return true;
-    }
-  }
-  const auto own = windowsOf(pid, facets);
-  if (own.empty()) return false;
-  std::map<xcb_window_t, const WindowFacts*> out;
-  for (const auto& window : own)
-    if (isOut(window)) out[window.window] = &window;
-
-  const auto stacking = clientList(server_, server_.atoms().netClientListStacking, deadline);
-  // One on another desktop only where there is none on this one.
-  std::optional<xcb_window_t> top;
-  for (const auto window : stacking)
-    if (out.contains(window) &&
-        (!top || out[window]->state.isOn(desktop) || !out[*top]->state.isOn(desktop)))
-      top = window;
-  if (top) windowManager_.activate(*top);
-  return true;
+  return activateApplication(server_, windowManager_, pid, deadlineIn(serverPatience));
 }
 
 bool X11Workspace::open(std::string_view url) { return openURL(url); }
@@ -255,9 +219,10 @@ bool X11Workspace::hide(ProcessID pid) {
     markHidden(window.window, true);
     watchHidden(window.window);
   }
-  if (windowManager_.iconify(shown, deadline)) return true;
-  takeBack(shown);
-  return false;
+  const bool isHidden = windowManager_.iconify(shown, deadline);
+  server_.setHidden(pid, isHidden);
+  if (!isHidden) takeBack(shown);
+  return isHidden;
 }
 
 // A window manager that is late may still do what it was asked to. Windows that have not followed
@@ -297,6 +262,7 @@ bool X11Workspace::unhide(ProcessID pid) {
   }
   for (const auto& window : hidden) hidden_.erase(window.window);
   showAgain(hidden);
+  server_.setHidden(pid, false);
   return !hidden.empty() || isAlive(pid);
 }
 

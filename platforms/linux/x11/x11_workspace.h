@@ -52,7 +52,6 @@ class X11Workspace : public Workspace {
     bool isToShow = false;  // its application could not be hidden: it comes back, should it follow
   };
 
-  std::vector<xcb_window_t> windowsOf(ProcessID pid) const;
   Windows windowsOf(ProcessID pid, Facet facets) const;
   RunningApplication describe(ProcessID pid, const Windows& own);
   RunningApplication thisProcess() const;
