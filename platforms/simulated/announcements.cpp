@@ -18,7 +18,9 @@ Glance::Glance(const DesktopState& desktop) : frontmost_(desktop.frontmost) {
   applications_.reserve(desktop.applications.size());
   for (const auto& each : desktop.windows) windows_.push_back({each.id, each.pid, each.minimized});
   for (const auto& each : desktop.applications)
-    applications_.push_back({each.identity.pid, each.focusedWindow});
+    applications_.push_back({each.identity.pid,
+                             each.identity.activationPolicy == ActivationPolicy::regular,
+                             each.focusedWindow});
   std::ranges::sort(windows_, {}, &Window::id);
   std::ranges::sort(applications_, {}, &Application::pid);
 }
@@ -26,9 +28,11 @@ Glance::Glance(const DesktopState& desktop) : frontmost_(desktop.frontmost) {
 std::vector<Announcement> Glance::announcementsSince(const Glance& before) const {
   using enum Announcement::Kind;
   std::vector<Announcement> news;
-  for (const auto& each : applications_)
-    if (!find(before.applications_, each.pid, &Application::pid))
-      news.push_back({didLaunch, each.pid});
+  for (const auto& each : applications_) {
+    const auto* earlier = find(before.applications_, each.pid, &Application::pid);
+    if (each.isRegular && !(earlier && earlier->isRegular))
+      news.push_back({didBecomeRegular, each.pid});
+  }
 
   for (const auto& each : windows_) {
     const auto* earlier = find(before.windows_, each.id, &Window::id);

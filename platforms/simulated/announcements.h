@@ -10,7 +10,7 @@ namespace pellow::simulated {
 // What a desktop tells its observers about one thing that somebody did, in the order in which it
 // tells it:
 //
-//   1  didLaunch                of every application that was started
+//   1  didBecomeRegular         of every regular application that was not one before
 //   2  AXWindowMiniaturized     of every window that is minimized now and was not before
 //   3  AXUIElementDestroyed     of every window that is gone
 //   4  didActivate              of the application that is the frontmost one now and was not before
@@ -25,7 +25,7 @@ namespace pellow::simulated {
 // get to say 3. Without permission nobody hears 2, 3 and 5.
 struct Announcement {
   enum class Kind {
-    didLaunch,
+    didBecomeRegular,
     windowMiniaturized,
     elementDestroyed,
     didActivate,
@@ -33,7 +33,7 @@ struct Announcement {
     didTerminate,
   };
 
-  Kind kind = Kind::didLaunch;
+  Kind kind = Kind::didBecomeRegular;
   ProcessID pid = 0;
   WindowID window = 0;  // of 2, 3 and 5
 };
@@ -54,6 +54,7 @@ class Glance {
   };
   struct Application {
     ProcessID pid;
+    bool isRegular;
     std::optional<WindowID> focusedWindow;
   };
 

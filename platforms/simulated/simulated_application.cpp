@@ -47,6 +47,12 @@ void SimulatedApplication::does(void (DesktopState::*verb)(ProcessID)) const {
   system_->change([&](DesktopState& desktop) { (desktop.*verb)(pid); });
 }
 
+void SimulatedApplication::becomes(ActivationPolicy policy) const {
+  system_->change([pid = state().identity.pid, policy](DesktopState& desktop) {
+    desktop.application(pid)->identity.activationPolicy = policy;
+  });
+}
+
 void SimulatedApplication::activate() const { does(&DesktopState::activate); }
 void SimulatedApplication::clickInDock() const { does(&DesktopState::reopen); }
 void SimulatedApplication::hide() const { does(&DesktopState::hide); }

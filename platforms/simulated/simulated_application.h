@@ -32,6 +32,8 @@ class SimulatedApplication {
   // empty subrole is one that the application does not tell.
   SimulatedWindow openWindow(std::string title, QuartzRect frame,
                              std::string subrole = std::string(AX::subrole::standardWindow)) const;
+  // Has a place in the Dock from now on, or none any more.
+  void becomes(ActivationPolicy policy) const;
   void activate() const;
   // A click on its place in the Dock: it becomes active, and if it shows no window, a minimized one
   // comes back.

@@ -90,8 +90,8 @@ void SimulatedSystem::giveWay() {
 void SimulatedSystem::announce(const Announcement& news) {
   using enum Announcement::Kind;
   switch (news.kind) {
-    case didLaunch:
-      return announceOf(applicationLaunched, news.pid);
+    case didBecomeRegular:
+      return announceOf(applicationBecameRegular, news.pid);
     case didActivate:
       return announceOf(applicationActivated, news.pid);
     case didTerminate:

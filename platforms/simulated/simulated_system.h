@@ -35,7 +35,7 @@ class SimulatedSystem {
   Scheduler scheduler;
   MainLoop mainLoop;
   HandlerList<void(ProcessID)> applicationActivated;
-  HandlerList<void(ProcessID)> applicationLaunched;
+  HandlerList<void(ProcessID)> applicationBecameRegular;
   HandlerList<void(ProcessID)> applicationTerminated;
   HandlerList<void(WindowID)> windowGone;
   HandlerList<void()> screensChanged;

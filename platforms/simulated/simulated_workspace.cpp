@@ -66,8 +66,8 @@ Subscription SimulatedWorkspace::onDidActivateApplication(std::function<void(Pro
   return system_.applicationActivated.add(std::move(observer));
 }
 
-Subscription SimulatedWorkspace::onDidLaunchApplication(std::function<void(ProcessID)> observer) {
-  return system_.applicationLaunched.add(std::move(observer));
+Subscription SimulatedWorkspace::onDidBecomeRegular(std::function<void(ProcessID)> observer) {
+  return system_.applicationBecameRegular.add(std::move(observer));
 }
 
 Subscription SimulatedWorkspace::onDidTerminateApplication(

@@ -17,7 +17,7 @@ class SimulatedWorkspace final : public Workspace {
   bool activate(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
-  Subscription onDidLaunchApplication(std::function<void(ProcessID)> observer) override;
+  Subscription onDidBecomeRegular(std::function<void(ProcessID)> observer) override;
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
 
  private:

@@ -16,8 +16,9 @@ namespace pellow {
 
 // Hears when a window of another application is minimized, by whatever means, and when an
 // application's focus goes to another window. Follows applications as they come and go; one that
-// refuses an observer is not watched. Observers are added on the AX queue, so that nobody waits for
-// an application that takes its time. Main thread.
+// takes no observer, as it may while it starts, is asked again whenever it becomes active.
+// Observers are added on the AX queue, so that nobody waits for an application that takes its time.
+// Main thread.
 class MinimizeWatcher {
  public:
   MinimizeWatcher(AXQueue& axQueue, TaskScope& tasks, Accessibility& accessibility,
@@ -35,8 +36,14 @@ class MinimizeWatcher {
 
  private:
   using Observers = std::array<Subscription, 2>;
+  struct Watched {
+    Observers observers;   // those that it has taken
+    bool isAsked = false;  // for the others, just now
+  };
 
+  void watch(ProcessID pid);
   Task<> observe(ProcessID pid);
+  // Those that are missing.
   void add(Observers& observers, ProcessID pid);
 
   AXQueue& axQueue_;
@@ -44,7 +51,7 @@ class MinimizeWatcher {
   Accessibility& accessibility_;
   Workspace& workspace_;
   const ProcessID ownProcess_;
-  std::map<ProcessID, Observers> watched_;
+  std::map<ProcessID, Watched> watched_;
   std::vector<Subscription> workspaceTokens_;
 };
 

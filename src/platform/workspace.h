@@ -57,8 +57,9 @@ class Workspace {
   // Hears of every application that becomes active, after it has; also of this process.
   virtual Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) = 0;
 
-  // Hears of every application that was started, before its first window shows.
-  virtual Subscription onDidLaunchApplication(std::function<void(ProcessID)> observer) = 0;
+  // Hears of every application that becomes a regular one, when it is started or later. It may not
+  // be ready to be observed yet.
+  virtual Subscription onDidBecomeRegular(std::function<void(ProcessID)> observer) = 0;
 
   // Hears of every application that has ended, after its windows are gone.
   virtual Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) = 0;

@@ -159,7 +159,7 @@ TEST_F(X11DesktopTest, TellsWhoIsStartedAndWhoHasTheKeys) {
   const auto name = [&](ProcessID process) { return process == pid ? "own" : "other"; };
   const auto activated = x11->workspace().onDidActivateApplication(
       [&](ProcessID process) { heard.push_back(name(process) + std::string(" active")); });
-  const auto launched = x11->workspace().onDidLaunchApplication([&](ProcessID process) {
+  const auto launched = x11->workspace().onDidBecomeRegular([&](ProcessID process) {
     heard.push_back(name(process) + std::string(" launched"));
     EXPECT_EQ(x11->workspace().application(process)->activationPolicy, ActivationPolicy::regular);
   });

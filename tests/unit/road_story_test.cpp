@@ -245,6 +245,49 @@ TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
   EXPECT_EQ(program->answerAlert(), std::string(failed) + "No focused window to pellow.");
 }
 
+TEST_F(RoadStory, AnApplicationIsHiddenWhenItSaysSo) {
+  const auto list = openNotes();
+  desktop.setDefault("mechanism", "hideApp");
+  launch();
+  notes->hidesAfter(0.3);
+  program->pressPellow();
+  EXPECT_EQ(program->tabs().size(), 1);
+  EXPECT_TRUE(notes->isHidden());
+  program->clickTab("Shopping");
+  EXPECT_TRUE(list.hasFocus());
+
+  // One that says yes and stays is not hidden later, either, when nobody would bring it back.
+  for (const auto delay : {simulated::never, Seconds{1}}) {
+    notes->hidesAfter(delay);
+    program->pressPellow();
+    EXPECT_TRUE(program->tabs().empty());
+    EXPECT_TRUE(list.isVisible());
+    EXPECT_EQ(program->answerAlert(), std::string(failed) + "macOS refused to hide that app.");
+    notes->activate();
+  }
+}
+
+TEST_F(RoadStory, AWindowComesToTheFrontWhereActivationsAreWishes) {
+  const auto list = openNotes();
+  launch();
+  for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
+    SCOPED_TRACE(mechanism);
+    desktop.setDefault("mechanism", mechanism);
+    list.raise();
+    notes->activate();
+    program->pressPellow();
+    ASSERT_EQ(program->tabs().size(), 1);
+    desktop.launch("Mail").openWindow("Inbox", {0, 30, 500, 500});
+    desktop.ignoreActivations();
+    program->clickTab("Shopping");
+    EXPECT_TRUE(list.hasFocus());
+    EXPECT_TRUE(list.isInFront());
+    EXPECT_TRUE(desktop.alerts().empty());
+    desktop.ignoreActivations(false);
+    desktop.application("Mail").quit();
+  }
+}
+
 TEST_F(RoadStory, AWindowWhoseFateIsUnknownKeepsATab) {
   const auto list = openNotes();
   launch();

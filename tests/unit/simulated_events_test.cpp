@@ -26,7 +26,7 @@ class SimulatedEventsTest : public testing::Test {
       return
           [this, what](ProcessID pid) { heard.push_back(fmt::format("{} {}", what, name(pid))); };
     };
-    observers.push_back(workspace.onDidLaunchApplication(note("launch")));
+    observers.push_back(workspace.onDidBecomeRegular(note("regular")));
     observers.push_back(workspace.onDidActivateApplication(note("activate")));
     observers.push_back(workspace.onDidTerminateApplication(note("terminate")));
   }
@@ -92,7 +92,7 @@ class SimulatedEventsTest : public testing::Test {
 
 TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
   EXPECT_EQ(heardAfter([&] { desktop.launch("Notes"); }),
-            (Lines{"launch Notes", "activate Notes"}));
+            (Lines{"regular Notes", "activate Notes"}));
   const auto notes = desktop.application("Notes");
   const auto list = notes.openWindow("Shopping", home);
   const auto letter = notes.openWindow("Letter", {900, 120, 300, 600});
@@ -107,7 +107,10 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
   auto& workspace = platform.workspace();
   for (const auto& [act, told] : std::vector<Act>{
            // A background agent takes the focus from nobody.
-           {[&] { desktop.launch("agent", {}, ActivationPolicy::prohibited); }, {"launch agent"}},
+           {[&] { desktop.launch("agent", {}, ActivationPolicy::prohibited); }, {}},
+           {[&] { desktop.application("agent").becomes(ActivationPolicy::regular); },
+            {"regular agent"}},
+           {[&] { desktop.application("agent").quit(); }, {"terminate ?"}},
            // A click on a window of another application: its focused one, then another one.
            {[&] { desktop.click({1000, 400}); }, {"activate Notes"}},
            {[&] { mail.activate(); }, {"activate Mail"}},
@@ -130,7 +133,7 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
            // Killed: no window says that it goes.
            {[&] { mail.kill(); }, {"terminate ?"}},
            {[&] { letter.close(); }, {"gone ?"}},
-           {[&] { desktop.launch("Web"); }, {"launch Web", "activate Web"}},
+           {[&] { desktop.launch("Web"); }, {"regular Web", "activate Web"}},
            {[&] { notes.activate(); }, {"activate Notes"}},
            {[&] { notes.quit(); }, {"gone ?", "activate Web", "terminate ?"}}})
     EXPECT_EQ(heardAfter(act), told);

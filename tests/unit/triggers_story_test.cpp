@@ -98,9 +98,24 @@ TEST_F(TriggersStory, ApplicationsAreFollowedAsTheyComeAndGo) {
   const auto deaf = desktop.launch("Deaf", "com.example.deaf").refusesObservers();
   const auto agent = desktop.launch("Agent", "com.example.agent", ActivationPolicy::accessory);
   launch();
-  later([&] { deaf.openWindow("Unheard", home).minimize(); });
-  later([&] { agent.openWindow("Private", home).minimize(); });
+  const auto unheard = deaf.openWindow("Unheard", home);
+  const auto secret = agent.openWindow("Private", home);
+  later([&] { unheard.minimize(); });
+  later([&] { secret.minimize(); });
   EXPECT_TRUE(program->tabs().empty());
+
+  // It was not ready yet, and the other one was no ordinary application yet.
+  deaf.refusesObservers(false);
+  notes.activate();
+  later([&] { unheard.chooseFromWindowMenu(); });
+  later([&] { unheard.minimize(); });
+  EXPECT_EQ(program->tabs(), Tabs{"Unheard"});
+  deaf.quit();
+  later([&] { agent.becomes(ActivationPolicy::regular); });
+  later([&] { secret.unminimize(); });
+  later([&] { secret.minimize(); });
+  EXPECT_EQ(program->tabs(), Tabs{"Private"});
+  agent.quit();
 
   const auto page = desktop.launch("Web", "com.example.web").openWindow("Page", home);
   later([&] { page.minimize(); });

@@ -292,8 +292,8 @@ Subscription X11Workspace::onDidActivateApplication(std::function<void(ProcessID
   return activationObservers_.add(std::move(observer));
 }
 
-Subscription X11Workspace::onDidLaunchApplication(std::function<void(ProcessID)> observer) {
-  return launchObservers_.add(std::move(observer));
+Subscription X11Workspace::onDidBecomeRegular(std::function<void(ProcessID)> observer) {
+  return regularObservers_.add(std::move(observer));
 }
 
 Subscription X11Workspace::onDidTerminateApplication(std::function<void(ProcessID)> observer) {
@@ -339,15 +339,15 @@ void X11Workspace::notice(const Owners& now) {
   for (const auto& [window, pid] : now) {
     const auto before = owners_.find(window);
     const bool isKnown = before != owners_.end() && before->second == pid;
-    if (!isKnown && !launched_.contains(pid)) fresh.push_back(window);
+    if (!isKnown && !regular_.contains(pid)) fresh.push_back(window);
   }
   owners_ = now;
   server_.setOwners(now);
   std::vector<ProcessID> launches;
   for (const auto& window : lookAtAll(server_, fresh, faceFacets, deadlineIn(serverPatience)))
-    if (const auto pid = now.at(window.window); isInTaskbar(window) && launched_.insert(pid).second)
+    if (const auto pid = now.at(window.window); isInTaskbar(window) && regular_.insert(pid).second)
       launches.push_back(pid);
-  for (const auto pid : launches) launchObservers_.notify(pid);
+  for (const auto pid : launches) regularObservers_.notify(pid);
 }
 
 void X11Workspace::watchForEnd(ProcessID pid) {
@@ -374,7 +374,7 @@ void X11Workspace::processEnded() {
 
 void X11Workspace::end(ProcessID pid) {
   windowIcons_.erase(pid);
-  launched_.erase(pid);
+  regular_.erase(pid);
   server_.forgetApplication(pid);
   terminationObservers_.notify(pid);
 }

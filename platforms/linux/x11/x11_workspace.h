@@ -36,7 +36,7 @@ class X11Workspace : public Workspace {
   bool activate(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
-  Subscription onDidLaunchApplication(std::function<void(ProcessID)> observer) override;
+  Subscription onDidBecomeRegular(std::function<void(ProcessID)> observer) override;
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
 
   // The list of clients has changed.
@@ -84,12 +84,12 @@ class X11Workspace : public Workspace {
   // they exist.
   Owners owners_;
   std::set<ProcessID> withWindows_;
-  std::set<ProcessID> launched_;
+  std::set<ProcessID> regular_;
   std::map<ProcessID, FileDescriptor> leaving_;  // without windows, still alive
   std::map<xcb_window_t, HiddenWindow> hidden_;
   Subscription activeWatch_;
   HandlerList<void(ProcessID)> activationObservers_;
-  HandlerList<void(ProcessID)> launchObservers_;
+  HandlerList<void(ProcessID)> regularObservers_;
   HandlerList<void(ProcessID)> terminationObservers_;
 };
 
