@@ -31,8 +31,8 @@ class EventMonitors {
  public:
   virtual ~EventMonitors() = default;
 
-  // Key presses meant for other applications; they can be neither changed nor kept from them.
-  // Nothing when the system allows no monitor.
+  // Key presses meant for other applications; they can be neither changed nor kept from them. A key
+  // that is held down counts once. Nothing when the system allows no monitor.
   virtual std::optional<Subscription> addGlobalKeyDown(
       std::function<void(const KeyEvent&)> handler) = 0;
 

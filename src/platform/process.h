@@ -37,7 +37,8 @@ class Process {
   // returns, and nothing of the process runs afterwards.
   virtual void exit(int status) = 0;
 
-  // Ends the main loop; the program then terminates normally.
+  // Ends the main loop; the program then terminates normally. May never return, so no coroutine
+  // and no work that others wait for calls it.
   virtual void terminate() = 0;
 
   // Starts the program once more, beside this process, and tells on the main queue whether that
