@@ -123,7 +123,7 @@ struct LogLine {
 };
 
 // A desktop as plain data with the rules of its windows: everything that outlives the program. A
-// copy is all that a crash leaves behind. It announces nothing; `SimulatedSystem` does.
+// copy is all that a crash leaves behind. It announces nothing; `System` does.
 struct DesktopState {
   Seconds time = 0;                            // of the copy
   std::vector<Screen> screens;                 // the first is the primary one

@@ -11,8 +11,8 @@
 
 #include "platforms/linux/updates/feed_updates.h"
 #include "platforms/linux/updates/version_order.h"
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/platform.h"
 #include "tests/desktop/eventually.h"
 
 // Updates, with a feed on a server of the test's own.
@@ -195,8 +195,8 @@ class FeedUpdatesTest : public testing::Test {
   char* arguments_[2] = {name_, nullptr};
   QCoreApplication application_{count_, arguments_};
   FeedServer server;
-  simulated::SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
   HeldQueue queue;
   Strings logged;
   Log log{[this](LogLevel, std::string_view message) { logged.emplace_back(message); }};

@@ -12,7 +12,6 @@ namespace pellow::random {
 namespace {
 
 using simulated::DesktopState;
-using simulated::SimulatedDesktop;
 using simulated::WindowID;
 using simulated::WindowState;
 
@@ -71,7 +70,7 @@ std::string stateOf(const DesktopState& desktop, const WindowState& window) {
 }
 
 // The windows of the desktop that an element may stand for, by comparison.
-WindowID identify(SimulatedDesktop& desktop, const TargetWindow& target) {
+WindowID identify(simulated::Desktop& desktop, const TargetWindow& target) {
   for (const auto& window : desktop.windows())
     if (window.pid() == target.pid && window.element() == target.element) return window.id();
   return 0;
@@ -85,7 +84,7 @@ std::vector<ParkingRecord> parseJournal(const std::optional<DefaultsValue>& stor
   return decodeJSON<std::vector<ParkingRecord>>(data->bytes).value_or(std::vector<ParkingRecord>{});
 }
 
-AwayWindows::AwayWindows(const PellowController& controller, SimulatedDesktop& desktop) {
+AwayWindows::AwayWindows(const PellowController& controller, simulated::Desktop& desktop) {
   for (const auto& tab : controller.store().tabs()) {
     windows_.insert(identify(desktop, tab.window));
     if (tab.mechanism == Mechanism::hideApp) applications_.insert(tab.window.pid);
@@ -102,7 +101,7 @@ void Promises::whenLaunched(const DesktopState& desktop) {
 }
 
 // Excused: the applications that do not answer, or that quit before they could.
-std::optional<Breach> Promises::whenBegun(SimulatedDesktop& desktop, const Sightings& sightings) {
+std::optional<Breach> Promises::whenBegun(simulated::Desktop& desktop, const Sightings& sightings) {
   kept_ = parseJournal(desktop.storedDefault(journalKey));
   const auto& state = desktop.state();
   for (const auto& record : kept_) {
@@ -334,7 +333,7 @@ std::optional<Breach> Promises::tabsHadAReason(const Scene& scene) const {
 }
 
 // Excused: windows that were troubled while the program ended.
-std::optional<Breach> Promises::whenEnded(SimulatedDesktop& desktop, const Sightings& sightings) {
+std::optional<Breach> Promises::whenEnded(simulated::Desktop& desktop, const Sightings& sightings) {
   constexpr auto promise = "after an orderly end every window is back";
   const auto& state = desktop.state();
   for (const auto& [id, seen] : sightings.windows()) {

@@ -10,13 +10,12 @@ namespace pellow::random {
 namespace {
 
 using simulated::DesktopState;
-using simulated::SimulatedPlatform;
 
 constexpr int mostRounds = 100;  // of answers until all is quiet
 
 }  // namespace
 
-World::World(std::uint64_t seed) : seed_(seed), platform_(std::make_unique<SimulatedPlatform>()) {
+World::World(std::uint64_t seed) : seed_(seed), platform_(std::make_unique<simulated::Platform>()) {
   look(Doer::others);
 }
 
@@ -174,8 +173,8 @@ void World::continueOn(DesktopState left, Sightings sightings, bool afterCrash) 
   crash_ = std::nullopt;
 
   sightings_ = std::move(sightings);
-  platform_ = std::make_unique<SimulatedPlatform>(std::move(left),
-                                                  simulated::SimulatedOptions{.seed = ++seed_});
+  platform_ =
+      std::make_unique<simulated::Platform>(std::move(left), simulated::Options{.seed = ++seed_});
   auto& desktop = platform_->desktop();
   if (recordsCalls_) desktop.recordHistory();
   desktop.onPortCall([this](std::uint64_t) { onPortCall(); });

@@ -11,13 +11,11 @@
 #include "access/pellow_error.h"
 #include "access/target_window.h"
 #include "base/task.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/platform.h"
 #include "tests/unit/scripted_element.h"
 
 namespace pellow {
 namespace {
-
-using simulated::SimulatedPlatform;
 
 constexpr Seconds patience = 5;
 
@@ -127,7 +125,7 @@ class TargetWindowMove : public testing::Test {
     };
   }
 
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   Clock& clock = platform.clock();
   std::shared_ptr<ScriptedElement> window = scriptedElement(1);
   Seconds took = 0;
@@ -182,7 +180,7 @@ TEST_F(TargetWindowMove, FailsWithTheErrorOfTheWriteOrOfNoAnswer) {
 // The runner, on a desktop whose threads take turns by virtual time.
 class AXQueueTest : public testing::Test {
  protected:
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   AXQueue queue{platform.queues()};
   std::vector<std::string> story;
   TaskScope tasks{[this](std::exception_ptr error) {

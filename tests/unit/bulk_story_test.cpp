@@ -12,26 +12,24 @@ namespace pellow {
 namespace {
 
 using simulated::AXCall;
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
 using Tabs = std::vector<std::string>;
 
 constexpr auto failed = "Pellow could not complete that action\n";
 
 class BulkStory : public testing::Test {
  protected:
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
-  simulated::SimulatedApplication agent =
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
+  simulated::Application agent =
       desktop.launch("Agent", "com.example.agent", ActivationPolicy::accessory);
-  simulated::SimulatedApplication notes = desktop.launch("Notes", "com.example.notes");
-  simulated::SimulatedApplication mail = desktop.launch("Mail", "com.example.mail");
-  simulated::SimulatedApplication idle = desktop.launch("Idle", "com.example.idle");
-  SimulatedWindow clock = agent.openWindow("Clock", {10, 40, 200, 100});
-  SimulatedWindow list = notes.openWindow("Shopping", {100, 120, 800, 600});
-  SimulatedWindow letter = notes.openWindow("Letter", {300, 200, 400, 300});
-  SimulatedWindow sheet = notes.openWindow("Save", {350, 250, 300, 200}, "AXDialog");
-  SimulatedWindow inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
+  simulated::Application notes = desktop.launch("Notes", "com.example.notes");
+  simulated::Application mail = desktop.launch("Mail", "com.example.mail");
+  simulated::Application idle = desktop.launch("Idle", "com.example.idle");
+  simulated::Window clock = agent.openWindow("Clock", {10, 40, 200, 100});
+  simulated::Window list = notes.openWindow("Shopping", {100, 120, 800, 600});
+  simulated::Window letter = notes.openWindow("Letter", {300, 200, 400, 300});
+  simulated::Window sheet = notes.openWindow("Save", {350, 250, 300, 200}, "AXDialog");
+  simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
   std::unique_ptr<Program> program;
 
   void launch() { program = std::make_unique<Program>(platform); }
@@ -43,9 +41,9 @@ class BulkStory : public testing::Test {
   }
 
   // Opens windows that stay on the screen whatever they are asked.
-  std::vector<SimulatedWindow> openStubborn(int count) {
+  std::vector<simulated::Window> openStubborn(int count) {
     const auto stone = desktop.launch("Stone", "com.example.stone");
-    std::vector<SimulatedWindow> windows;
+    std::vector<simulated::Window> windows;
     for (int number = 1; number <= count; ++number)
       windows.push_back(
           stone.openWindow(fmt::format("Rock {}", number), {100, 100, 300, 200}).refusesToMove());
@@ -131,7 +129,7 @@ TEST_F(BulkStory, PinnedApplicationsGoToTheirZones) {
                 "to pin one.");
   expectAllHome();
 
-  SimulatedPlatform next(desktop.snapshot());
+  simulated::Platform next(desktop.snapshot());
   auto& desk = next.desktop();
   desk.setDefault("zones", DefaultsData{R"([{"id":"A0000000-0000-0000-0000-000000000000",
       "name":"A","position":[1,0.5],"showsName":false,"snap":"right"},
@@ -254,10 +252,10 @@ TEST_F(BulkStory, ASignalInTheMiddleBringsEverythingHome) {
   for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
     for (int moment = 0; moment < 40; ++moment) {
       SCOPED_TRACE(fmt::format("{}, {}", mechanism, moment));
-      SimulatedPlatform fresh({.seed = static_cast<std::uint64_t>(moment + 1)});
+      simulated::Platform fresh({.seed = static_cast<std::uint64_t>(moment + 1)});
       auto& desk = fresh.desktop();
       desk.setDefault("mechanism", mechanism);
-      std::vector<SimulatedWindow> windows;
+      std::vector<simulated::Window> windows;
       for (const auto* name : {"One", "Two"}) {
         const auto application = desk.launch(name, name);
         for (const double x : {10., 200.})

@@ -12,14 +12,10 @@ namespace pellow {
 namespace {
 
 using simulated::DesktopState;
-using simulated::SimulatedApplication;
-using simulated::SimulatedDesktop;
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
 
 // Two windows of one application and one of another.
 struct Windows {
-  explicit Windows(SimulatedDesktop& desktop)
+  explicit Windows(simulated::Desktop& desktop)
       : notes(desktop.launch("Notes", "com.example.notes")),
         mail(desktop.launch("Mail", "com.example.mail")),
         list(notes.openWindow("Shopping", {100, 120, 800, 600})),
@@ -35,7 +31,7 @@ struct Windows {
     program.pressPellow();
   }
 
-  void expectHome(SimulatedDesktop& desktop, const std::string& when) const {
+  void expectHome(simulated::Desktop& desktop, const std::string& when) const {
     for (const auto& [window, home] : {std::pair{list, QuartzRect{100, 120, 800, 600}},
                                        {letter, {300, 200, 400, 300}},
                                        {inbox, {0, 30, 500, 500}}}) {
@@ -45,25 +41,25 @@ struct Windows {
     }
   }
 
-  SimulatedApplication notes;
-  SimulatedApplication mail;
-  SimulatedWindow list;
-  SimulatedWindow letter;
-  SimulatedWindow inbox;
+  simulated::Application notes;
+  simulated::Application mail;
+  simulated::Window list;
+  simulated::Window letter;
+  simulated::Window inbox;
 };
 
 TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
-  using Road = std::function<void(SimulatedDesktop&, Program&)>;
+  using Road = std::function<void(simulated::Desktop&, Program&)>;
   const auto bySignal = [](TerminationSignal signal) {
-    return [signal](SimulatedDesktop& desktop, Program&) { desktop.signal(signal); };
+    return [signal](simulated::Desktop& desktop, Program&) { desktop.signal(signal); };
   };
   const std::vector<Road> roads{bySignal(TerminationSignal::terminate),
                                 bySignal(TerminationSignal::interrupt),
                                 bySignal(TerminationSignal::hangUp),
-                                [](SimulatedDesktop&, Program& program) { program.quit(); }};
+                                [](simulated::Desktop&, Program& program) { program.quit(); }};
   for (const auto* mechanism : {"minimize", "offscreen", "hideApp"}) {
     for (const auto& road : roads) {
-      SimulatedPlatform platform;
+      simulated::Platform platform;
       auto& desktop = platform.desktop();
       desktop.setDefault("mechanism", mechanism);
       const Windows windows(desktop);
@@ -85,7 +81,7 @@ TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
 // launched on it.
 TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {
   std::vector<DesktopState> crashes;
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   auto& desktop = platform.desktop();
   const Windows windows(desktop);
   Program program(platform);
@@ -97,7 +93,7 @@ TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {
 
   int recoveries = 0;
   for (std::size_t call = 0; call < crashes.size(); ++call) {
-    SimulatedPlatform next(crashes[call]);
+    simulated::Platform next(crashes[call]);
     Program relaunched(next);
     windows.expectHome(next.desktop(), fmt::format("crash at call {}", call));
     EXPECT_TRUE(relaunched.journalOnDisk().empty());
@@ -107,7 +103,7 @@ TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {
 }
 
 TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   auto& desktop = platform.desktop();
   const auto shell = desktop.launch("Shell", "com.example.shell");
   const auto first = shell.openWindow("~", {10, 50, 600, 400});
@@ -124,7 +120,7 @@ TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
   ASSERT_EQ(program.journalOnDisk().size(), 1);
   EXPECT_EQ(program.journalOnDisk()[0].originalOrigin, (QuartzPoint{10, 50}));
 
-  SimulatedPlatform next(desktop.snapshot());
+  simulated::Platform next(desktop.snapshot());
   Program relaunched(next);
   EXPECT_EQ(next.desktop().counterpart(first).frame(), QuartzRect(10, 50, 600, 400));
   EXPECT_EQ(next.desktop().counterpart(second).frame(), QuartzRect(700, 300, 600, 400));
@@ -132,7 +128,7 @@ TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
 
 // Of two processes, and one of them has changed its title.
 TEST(EndStory, ProcessesOfOneApplicationAreToldApart) {
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   auto& desktop = platform.desktop();
   const auto one = desktop.launch("One", "com.example.shell");
   const auto first = one.openWindow("a", {10, 50, 600, 400});
@@ -145,7 +141,7 @@ TEST(EndStory, ProcessesOfOneApplicationAreToldApart) {
   ASSERT_EQ(program.journalOnDisk().size(), 2);
   first.rename("c");
 
-  SimulatedPlatform next(desktop.snapshot());
+  simulated::Platform next(desktop.snapshot());
   Program relaunched(next);
   EXPECT_EQ(next.desktop().counterpart(first).frame(), QuartzRect(10, 50, 600, 400));
   EXPECT_EQ(next.desktop().counterpart(second).frame(), QuartzRect(70, 30, 600, 400));
@@ -153,11 +149,11 @@ TEST(EndStory, ProcessesOfOneApplicationAreToldApart) {
 
 TEST(EndStory, RecoveryPairsRecordsAndWindows) {
   const auto journal = [](const std::vector<ParkingRecord>& records) {
-    SimulatedPlatform scratch;
+    simulated::Platform scratch;
     EXPECT_TRUE(ParkingJournal(scratch.userDefaults(), scratch.log()).write(records));
     return *scratch.desktop().storedDefault("parkedWindows");
   };
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   auto& desktop = platform.desktop();
   const auto shell = desktop.launch("Shell", "com.example.shell");
   // Parked at one place, as every window of one size is; the first changed its title meanwhile.
@@ -192,7 +188,7 @@ TEST(EndStory, RecoveryPairsRecordsAndWindows) {
 
 TEST(EndStory, AnEmptyJournalAsksNobody) {
   for (const auto& stored : {"", "[]", "{}", "[1,2]", "no json"}) {
-    SimulatedPlatform platform;
+    simulated::Platform platform;
     auto& desktop = platform.desktop();
     if (*stored) desktop.setDefault("parkedWindows", DefaultsData{stored});
     const auto lost = desktop.launch("Web", "w").openWindow("Page", {1439, 100, 700, 500});
@@ -207,7 +203,7 @@ TEST(EndStory, AnEmptyJournalAsksNobody) {
 // A dialog that was parked comes back; what an application that hangs has parked is left to the
 // launch after this one; and no window leaves its record behind.
 TEST(EndStory, NoRecordIsLostAndNoneStays) {
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   auto& desktop = platform.desktop();
   const auto notes = desktop.launch("Notes", "com.example.notes");
   const auto dialog = notes.openWindow("Find", {200, 150, 300, 200}, "AXDialog");
@@ -219,7 +215,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   program.pressPellow();
   ASSERT_EQ(program.journalOnDisk().size(), 2);
 
-  SimulatedPlatform second(desktop.snapshot());
+  simulated::Platform second(desktop.snapshot());
   second.desktop().application("Stuck").hangs();
   Program afterCrash(second);
   EXPECT_EQ(second.desktop().counterpart(dialog).frame(), QuartzRect(200, 150, 300, 200));
@@ -231,7 +227,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   afterCrash.quit();
   second.desktop().runUntilQuiet();
 
-  SimulatedPlatform third(second.desktop().snapshot());
+  simulated::Platform third(second.desktop().snapshot());
   Program afterEnd(third);
   EXPECT_EQ(third.desktop().counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
   EXPECT_TRUE(afterEnd.journalOnDisk().empty());
@@ -258,19 +254,19 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   stuck.hangs();
   program.quit();
   desktop.runUntilQuiet();
-  SimulatedPlatform fourth(desktop.snapshot());
+  simulated::Platform fourth(desktop.snapshot());
   fourth.desktop().application("Stuck").wakes();
   Program afterHang(fourth);
   EXPECT_EQ(fourth.desktop().counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
 }
 
 TEST(EndStory, AWindowThatWillNotMoveDoesNotStopTheLaunch) {
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   const Windows windows(platform.desktop());
   Program program(platform);
   windows.pellowAll(program);
 
-  SimulatedPlatform next(platform.desktop().snapshot());
+  simulated::Platform next(platform.desktop().snapshot());
   auto& desktop = next.desktop();
   desktop.counterpart(windows.letter)
       .fails("AXPosition", AXError::failure, simulated::AXCall::write);

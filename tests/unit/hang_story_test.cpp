@@ -11,11 +11,10 @@
 namespace pellow {
 namespace {
 
-using simulated::SimulatedPlatform;
 using Tabs = std::vector<std::string>;
 
 TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   auto& desktop = platform.desktop();
   const auto stuck = desktop.launch("Stuck", "com.example.stuck");
   const auto report = stuck.openWindow("Report", {100, 120, 800, 600});
@@ -68,7 +67,7 @@ TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
 
 // However many windows it has put away, that looking for dead ones must ask it about.
 TEST(HangStory, ManyTabsOfItCostNoMoreThanOne) {
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   auto& desktop = platform.desktop();
   const auto stuck = desktop.launch("Stuck", "com.example.stuck");
   for (int index = 0; index < 40; ++index) stuck.openWindow("Report", {100, 120, 800, 600});
@@ -90,7 +89,7 @@ TEST(HangStory, WhatHangsInTheMiddleFinishesWhenItWakes) {
   int finished = 0;
   for (int call = 1; call <= 8; ++call) {
     SCOPED_TRACE(call);
-    SimulatedPlatform platform;
+    simulated::Platform platform;
     auto& desktop = platform.desktop();
     const auto stuck = desktop.launch("Stuck", "com.example.stuck");
     const auto report = stuck.openWindow("Report", {100, 120, 800, 600});

@@ -6,7 +6,7 @@
 
 #include "capture/flight_animator.h"
 #include "capture/window_capture.h"
-#include "platforms/simulated/simulated_image.h"
+#include "platforms/simulated/named_image.h"
 #include "tests/unit/program.h"
 
 // Pictures of windows: taken in time, kept for a while, flown to the tab and back.
@@ -14,8 +14,6 @@
 namespace pellow {
 namespace {
 
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
 using simulated::windowPicture;
 
 constexpr QuartzRect home{100, 120, 800, 600};
@@ -25,12 +23,12 @@ class PictureStory : public testing::Test {
  protected:
   PictureStory() { desktop.setDefault("useThumbnails", true); }
 
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
-  simulated::SimulatedApplication notes = desktop.launch("Notes", "com.example.notes");
-  SimulatedWindow list = notes.openWindow("Shopping", home);
-  simulated::SimulatedApplication mail = desktop.launch("Mail", "com.example.mail");
-  SimulatedWindow inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
+  simulated::Application notes = desktop.launch("Notes", "com.example.notes");
+  simulated::Window list = notes.openWindow("Shopping", home);
+  simulated::Application mail = desktop.launch("Mail", "com.example.mail");
+  simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
   std::unique_ptr<Program> program;
 
   void launch() { program = std::make_unique<Program>(platform); }
@@ -135,7 +133,7 @@ TEST_F(PictureStory, AMinimizedWindowHasThePictureTakenAhead) {
 
 TEST_F(PictureStory, SixteenPicturesAreKept) {
   launch();
-  std::vector<SimulatedWindow> windows;
+  std::vector<simulated::Window> windows;
   for (int number = 0; number < 17; ++number) {
     const auto name = fmt::format("App {}", number);
     windows.push_back(desktop.launch(name, name).openWindow(name, home));
@@ -221,11 +219,11 @@ TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
   EXPECT_EQ(FlightAnimator::landing({0, 0, 0, 900}, {100, 100, 34, 34}),
             AppKitRect(100, 100, 34, 34));
 
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   NotificationCenter notifications;
   const Preferences preferences(platform.userDefaults(), notifications);
   FlightAnimator flights(platform.panels(), preferences);
-  const auto icon = Image(std::make_shared<simulated::SimulatedImage>("icon", Size{32, 32}));
+  const auto icon = Image(std::make_shared<simulated::NamedImage>("icon", Size{32, 32}));
   const auto startsAt = [&](AppKitRect window, AppKitRect tab) -> std::optional<AppKitRect> {
     int landed = 0;
     flights.flyOut(icon, FlightAnimator::Subject::icon, window, tab, [&] { ++landed; });

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "model/preferences.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/platform.h"
 
 namespace pellow {
 namespace {
@@ -13,7 +13,7 @@ class PreferencesTest : public testing::Test {
  protected:
   int noticed() { return std::exchange(notices, 0); }
 
-  simulated::SimulatedPlatform platform;
+  simulated::Platform platform;
   UserDefaults& defaults = platform.userDefaults();
   NotificationCenter notifications;
   Preferences preferences{defaults, notifications};

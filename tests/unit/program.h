@@ -4,17 +4,16 @@
 #include <vector>
 
 #include "app/app_delegate.h"
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_panels.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/panels.h"
+#include "platforms/simulated/platform.h"
 
 namespace pellow {
 
 // The program, launched on a simulated desktop, and what its user knows of it.
 class Program {
  public:
-  explicit Program(simulated::SimulatedPlatform& platform)
-      : platform_(platform), delegate_(platform) {
+  explicit Program(simulated::Platform& platform) : platform_(platform), delegate_(platform) {
     platform.desktop().onTerminate([this] { delegate_.applicationWillTerminate(); });
     delegate_.applicationDidFinishLaunching();
     platform.desktop().runUntilQuiet();
@@ -67,12 +66,12 @@ class Program {
 
   // The journal as a crash at this moment would leave it.
   std::vector<ParkingRecord> journalOnDisk() const {
-    simulated::SimulatedPlatform afterCrash(platform_.desktop().snapshot());
+    simulated::Platform afterCrash(platform_.desktop().snapshot());
     return ParkingJournal(afterCrash.userDefaults(), afterCrash.log()).records();
   }
 
  private:
-  simulated::SimulatedPlatform& platform_;
+  simulated::Platform& platform_;
   AppDelegate delegate_;
 };
 

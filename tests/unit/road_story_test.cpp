@@ -12,8 +12,6 @@
 namespace pellow {
 namespace {
 
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
 using testing::Test;
 
 constexpr QuartzRect home{100, 120, 800, 600};
@@ -21,15 +19,15 @@ constexpr auto failed = "Pellow could not complete that action\n";
 
 class RoadStory : public Test {
  protected:
-  SimulatedWindow openNotes(const std::string& title = "Shopping", QuartzRect frame = home) {
+  simulated::Window openNotes(const std::string& title = "Shopping", QuartzRect frame = home) {
     if (!notes) notes = desktop.launch("Notes", "com.example.notes");
     return notes->openWindow(title, frame);
   }
   void launch() { program = std::make_unique<Program>(platform); }
 
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
-  std::optional<simulated::SimulatedApplication> notes;
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
+  std::optional<simulated::Application> notes;
   std::unique_ptr<Program> program;
 };
 
@@ -293,7 +291,7 @@ TEST(RoadStories, AWindowMayCloseAtAnyMoment) {
   // Until it is asked nothing any more.
   int call = 0;
   for (bool wasClosed = true; wasClosed;) {
-    SimulatedPlatform platform;
+    simulated::Platform platform;
     auto& desktop = platform.desktop();
     const auto list = desktop.launch("Notes", "com.example.notes").openWindow("Shopping", home);
     Program program(platform);
@@ -398,7 +396,7 @@ TEST_F(RoadStory, ThePermissionCountsWhileItsAlertStillShows) {
   EXPECT_EQ(desktop.alerts().size(), 1);
 
   // Who leaves now keeps the journal of the run before.
-  SimulatedPlatform second(desktop.snapshot());
+  simulated::Platform second(desktop.snapshot());
   Program unstarted(second);
   unstarted.quit();
   second.desktop().runUntilQuiet();

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "base/json.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/platform.h"
 #include "shortcuts/shortcut_store.h"
 #include "shortcuts/system_shortcuts.h"
 
@@ -22,7 +22,7 @@ class ShortcutStoreTest : public testing::Test {
   }
   int noticed() { return std::exchange(notices, 0); }
 
-  simulated::SimulatedPlatform platform;
+  simulated::Platform platform;
   UserDefaults& defaults = platform.userDefaults();
   NotificationCenter notifications;
   int notices = 0;
@@ -115,7 +115,7 @@ class SystemShortcutsTest : public testing::Test {
     return SystemShortcuts::conflictDescription(platform.symbolicHotKeys(), shortcut);
   }
 
-  simulated::SimulatedPlatform platform;
+  simulated::Platform platform;
 };
 
 TEST_F(SystemShortcutsTest, GoByCharacterAndModifiers) {

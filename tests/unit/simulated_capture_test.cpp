@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/platform.h"
 
 // What the capture interface says of the desktop.
 
@@ -13,7 +13,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 TEST(SimulatedCapture, TheListHasWhatIsOnTheScreenFrontToBack) {
-  SimulatedPlatform platform;
+  simulated::Platform platform;
   auto& desktop = platform.desktop();
   const auto mail = desktop.launch("Mail", "com.example.mail");
   const auto inbox = mail.openWindow("Inbox", {100, 100, 800, 600});

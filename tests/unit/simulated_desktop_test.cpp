@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/platform.h"
 
 // What every story relies on: time is virtual, and the desktop keeps the promises of the ports.
 
@@ -23,8 +23,8 @@ class SimulatedDesktopTest : public testing::Test {
     return std::get<T>(element.copyAttribute(attribute, patience).value());
   }
 
-  SimulatedPlatform platform;
-  SimulatedDesktop& desktop = platform.desktop();
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
   MainQueue& mainQueue = platform.queues().main();
   Seconds patience = 6;
 };
@@ -33,7 +33,7 @@ class SimulatedDesktopTest : public testing::Test {
 TEST(SimulatedScheduler, TheSeedDecidesWhoIsFirst) {
   std::set<std::string> firsts;
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-    SimulatedPlatform platform({.seed = seed});
+    simulated::Platform platform({.seed = seed});
     const auto left = platform.queues().makeSerialQueue("left");
     const auto right = platform.queues().makeSerialQueue("right");
     Lines done;
@@ -195,10 +195,10 @@ TEST_F(SimulatedDesktopTest, AFailedWriteOfTheDefaultsIsLostInACrash) {
   EXPECT_FALSE(onDisk("journal"));
 
   EXPECT_TRUE(defaults.set("eventual", 2.0));
-  SimulatedPlatform afterCrash(desktop.snapshot());
+  simulated::Platform afterCrash(desktop.snapshot());
   EXPECT_EQ(afterCrash.userDefaults().value("eventual"), DefaultsValue(1.0));
   platform.process().exit(0);
-  SimulatedPlatform afterExit(desktop.snapshot());
+  simulated::Platform afterExit(desktop.snapshot());
   EXPECT_EQ(afterExit.userDefaults().value("eventual"), DefaultsValue(2.0));
 }
 

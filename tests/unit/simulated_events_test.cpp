@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/platform.h"
 
 // What the desktop tells its observers, in which order, and what it answers when things go wrong.
 
@@ -37,7 +37,7 @@ class SimulatedEventsTest : public testing::Test {
   }
 
   // Hears everything that the application and its windows have to say.
-  void listenTo(const SimulatedApplication& application) {
+  void listenTo(const simulated::Application& application) {
     for (const auto* what : {miniaturized, focusChanged})
       listen(application.element(), what, std::string(what).substr(2, 5));
     for (const auto& window : application.windows())
@@ -65,7 +65,7 @@ class SimulatedEventsTest : public testing::Test {
     return heard;
   }
 
-  AXElement minimizeButtonOf(const SimulatedWindow& window) {
+  AXElement minimizeButtonOf(const simulated::Window& window) {
     return std::get<AXElement>(
         window.element().copyAttribute("AXMinimizeButton", patience).value());
   }
@@ -82,8 +82,8 @@ class SimulatedEventsTest : public testing::Test {
                        read(std::get<AXElement>(*parent), "AXTitle"));
   }
 
-  SimulatedPlatform platform;
-  SimulatedDesktop& desktop = platform.desktop();
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
   AXElement systemWide = platform.accessibility().systemWide();
   Seconds patience = 6;
   Lines heard;

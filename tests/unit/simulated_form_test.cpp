@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_form_window.h"
-#include "platforms/simulated/simulated_form_windows.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/form_window.h"
+#include "platforms/simulated/form_windows.h"
+#include "platforms/simulated/platform.h"
 
 // A settings window in the hands of its user.
 
@@ -70,13 +70,13 @@ class SimulatedFormTest : public testing::Test {
   std::string name = "Work";
   Lines done;
 
-  SimulatedPlatform platform;
-  SimulatedDesktop& desktop = platform.desktop();
-  SimulatedWindow list =
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
+  simulated::Window list =
       desktop.launch("Notes", "com.example.notes").openWindow("Shopping", {100, 100, 800, 600});
-  std::unique_ptr<FormWindow> window =
+  std::unique_ptr<pellow::FormWindow> window =
       platform.formWindows().makeWindow("pellow-settings", "Pellow Settings");
-  SimulatedFormWindow& settings = desktop.formWindow("pellow-settings");
+  simulated::FormWindow& settings = desktop.formWindow("pellow-settings");
 };
 
 TEST_F(SimulatedFormTest, EveryControlTellsWhatTheUserDid) {

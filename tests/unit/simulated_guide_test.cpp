@@ -8,7 +8,7 @@
 namespace pellow {
 
 TEST(SimulatedGuide, ASlowWindowGoesAndComesBack) {
-  simulated::SimulatedPlatform platform;
+  simulated::Platform platform;
   auto& desktop = platform.desktop();
   const auto notes = desktop.launch("Notes", "com.example.notes");
   const auto list = notes.openWindow("Shopping", {100, 100, 800, 600}).answersAfter(0.2);

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_panels.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/panels.h"
+#include "platforms/simulated/platform.h"
 
 // What the user does with the pointer, the menus that it opens, and panels that move below it.
 
@@ -71,9 +71,9 @@ class SimulatedPointerTest : public testing::Test {
     return done;
   }
 
-  SimulatedPlatform platform;
-  SimulatedDesktop& desktop = platform.desktop();
-  std::unique_ptr<Panel> panel = platform.panels().makePanel("pellow-strip");
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
+  std::unique_ptr<pellow::Panel> panel = platform.panels().makePanel("pellow-strip");
   Lines done;
   std::function<void()> onDragged;
   int chosenSize = 30;

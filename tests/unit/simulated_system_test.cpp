@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/platform.h"
 
 // The parts of the system around the program: status item and updates.
 
@@ -35,8 +35,8 @@ class SimulatedSystemTest : public testing::Test {
     return heard;
   }
 
-  SimulatedPlatform platform;
-  SimulatedDesktop& desktop = platform.desktop();
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
   Lines heard;
 };
 
@@ -84,7 +84,7 @@ TEST_F(SimulatedSystemTest, UpdatesAreFoundByScheduleAndShownToTheUser) {
   desktop.onTerminate([&] { heard.push_back("end"); });
   EXPECT_EQ(heardAfter([&] { desktop.installUpdate(); }), (Lines{"relaunch", "end"}));
 
-  SimulatedPlatform next(desktop.snapshot());
+  simulated::Platform next(desktop.snapshot());
   EXPECT_FALSE(next.updateFramework().automaticallyChecks());
   EXPECT_EQ(next.updateFramework().currentVersion(), "2.1");
 }

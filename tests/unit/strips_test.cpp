@@ -12,8 +12,6 @@
 namespace pellow {
 namespace {
 
-using simulated::SimulatedPlatform;
-
 // The strips alone, with stores of their own.
 class Strips : public testing::Test {
  protected:
@@ -38,8 +36,8 @@ class Strips : public testing::Test {
     return shownTabs();
   }
 
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
   NotificationCenter notifications;
   Preferences preferences{platform.userDefaults(), notifications};
   ZoneStore zones{platform.userDefaults(), preferences, notifications, platform.uuidSource()};

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "model/tab_store.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/platform.h"
 #include "tests/unit/scripted_element.h"
 
 namespace pellow {
@@ -35,7 +35,7 @@ class TabStoreTest : public testing::Test {
   // The number of notices since the last call.
   int noticed() { return std::exchange(notices, 0); }
 
-  simulated::SimulatedPlatform platform;
+  simulated::Platform platform;
   NotificationCenter notifications;
   TabStore store{notifications, platform.workspace()};
   int notices = 0;

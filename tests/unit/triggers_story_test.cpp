@@ -14,8 +14,6 @@ namespace pellow {
 namespace {
 
 using simulated::AXCall;
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
 using Tabs = std::vector<std::string>;
 
 constexpr QuartzRect home{100, 120, 800, 600};
@@ -23,17 +21,17 @@ constexpr Seconds settled = 2.1;
 
 class TriggersStory : public testing::Test {
  protected:
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
-  simulated::SimulatedApplication notes = desktop.launch("Notes", "com.example.notes");
-  simulated::SimulatedApplication mail = desktop.launch("Mail", "com.example.mail");
-  SimulatedWindow list = notes.openWindow("Shopping", home);
-  SimulatedWindow inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
+  simulated::Platform platform;
+  simulated::Desktop& desktop = platform.desktop();
+  simulated::Application notes = desktop.launch("Notes", "com.example.notes");
+  simulated::Application mail = desktop.launch("Mail", "com.example.mail");
+  simulated::Window list = notes.openWindow("Shopping", home);
+  simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
   std::unique_ptr<Program> program;
 
   void launch() { program = std::make_unique<Program>(platform); }
 
-  void pellow(const SimulatedWindow& window) {
+  void pellow(const simulated::Window& window) {
     window.raise();
     desktop.application(window == inbox ? "Mail" : "Notes").activate();
     program->pressPellow();
@@ -181,7 +179,7 @@ TEST_F(TriggersStory, ABatchIsNotDisturbedByItsOwnActivations) {
        {Case{0.3, 2.4}, Case{5, 1.2 * 3 + 1.5}, Case{0, 0.1 * 3 + 1.5}}) {
     for (const bool tooEarly : {true, false}) {
       SCOPED_TRACE(fmt::format("{} s, {}", animationDuration, tooEarly ? "early" : "late"));
-      SimulatedPlatform fresh;
+      simulated::Platform fresh;
       auto& desk = fresh.desktop();
       desk.setDefault("animationDuration", animationDuration);
       desk.setDefault("tabScope", "app");
@@ -209,7 +207,7 @@ TEST_F(TriggersStory, ABatchIsNotDisturbedByItsOwnActivations) {
 
 TEST_F(TriggersStory, HalfASecondAfterABatchActivationsCountAgain) {
   for (const auto wait : {0.4, 0.6}) {
-    SimulatedPlatform fresh;
+    simulated::Platform fresh;
     auto& desk = fresh.desktop();
     desk.setDefault("animateFlight", false);
     const auto one = desk.launch("One", "com.example.one");
@@ -269,7 +267,7 @@ TEST_F(TriggersStory, AWindowMinimizedTooLateGetsItsTabAllTheSame) {
 TEST_F(TriggersStory, NothingComesBackWhileEverythingGoes) {
   for (int moment = 1; moment <= 15; ++moment) {
     SCOPED_TRACE(moment);
-    SimulatedPlatform fresh;
+    simulated::Platform fresh;
     auto& desk = fresh.desktop();
     const auto one = desk.launch("One", "com.example.one");
     const auto old = one.openWindow("Old", home);

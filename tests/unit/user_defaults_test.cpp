@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/platform.h"
 
 namespace pellow {
 namespace {
@@ -20,7 +20,7 @@ class UserDefaultsCoercion : public testing::Test {
     return text(holding(std::move(value)), "key");
   }
 
-  simulated::SimulatedPlatform platform;
+  simulated::Platform platform;
   UserDefaults& defaults = platform.userDefaults();
 };
 

@@ -5,7 +5,7 @@
 
 #include "base/json.h"
 #include "model/zone_store.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/platform.h"
 
 namespace pellow {
 namespace {
@@ -22,7 +22,7 @@ class ZoneStoreTest : public testing::Test {
   }
   int noticed() { return std::exchange(notices, 0); }
 
-  simulated::SimulatedPlatform platform;
+  simulated::Platform platform;
   UserDefaults& defaults = platform.userDefaults();
   NotificationCenter notifications;
   Preferences preferences{defaults, notifications};

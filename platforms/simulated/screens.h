@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/screens.h"
+#include "platforms/simulated/system.h"
+
+namespace pellow::simulated {
+
+class Screens final : public pellow::Screens {
+ public:
+  explicit Screens(System& system) : system_(system) {}
+
+  std::vector<Screen> all() const override { return system_.state.screens; }
+
+  std::optional<Screen> main() const override {
+    const auto* screen = system_.state.mainScreen();
+    return screen ? std::optional(*screen) : std::nullopt;
+  }
+
+  Subscription onDidChangeParameters(std::function<void()> observer) override {
+    return system_.screensChanged.add(std::move(observer));
+  }
+
+ private:
+  System& system_;
+};
+
+}  // namespace pellow::simulated

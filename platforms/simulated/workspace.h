@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/workspace.h"
+#include "platforms/simulated/system.h"
+
+namespace pellow::simulated {
+
+class Workspace final : public pellow::Workspace {
+ public:
+  explicit Workspace(System& system) : system_(system) {}
+
+  std::vector<RunningApplication> runningApplications() override;
+  std::optional<RunningApplication> application(ProcessID pid) override;
+  std::optional<ProcessID> frontmostApplication() override;
+  bool hide(ProcessID pid) override;
+  bool unhide(ProcessID pid) override;
+  bool activate(ProcessID pid) override;
+  bool open(std::string_view url) override;
+  Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
+  Subscription onDidLaunchApplication(std::function<void(ProcessID)> observer) override;
+  Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
+
+ private:
+  System& system_;
+};
+
+}  // namespace pellow::simulated
