@@ -459,6 +459,21 @@ std::expected<Subscription, AXError> Accessibility::observe(
   return observed.observe(notification, std::move(handler));
 }
 
+void Accessibility::setTrusted(bool trusted) { system_.state.trustsProcess = trusted; }
+
+int Accessibility::prompts() const { return system_.state.trustPrompts; }
+
+void Accessibility::failNext(std::string name, AXError error, std::optional<AXCall> call) {
+  system_.state.faults.push_back({std::move(name), call, error, true});
+}
+
+void Accessibility::injectFaults(double probability, std::vector<AXError> errors) {
+  system_.state.faultProbability = probability;
+  system_.state.possibleFaults = std::move(errors);
+}
+
+void Accessibility::delayAnswers(Seconds longest) { system_.state.longestExtraDelay = longest; }
+
 AXElement windowElement(System& system, WindowID window) {
   return AXElement(std::make_shared<WindowElement>(system, window));
 }

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "platform/accessibility.h"
 #include "platforms/simulated/desktop_state.h"
 
@@ -29,6 +33,19 @@ class Accessibility final : public pellow::Accessibility {
                                                std::string_view notification,
                                                std::function<void(const AXElement&)> handler,
                                                Seconds timeout) override;
+
+  // The permission; without it every call answers `apiDisabled` and nothing is heard of elements.
+  void setTrusted(bool trusted);
+  // So often the system was to ask the user for it.
+  int prompts() const;
+  // The next call of this name, on any element, answers with the error. Names are those of
+  // attributes, actions and notifications, "pid", "elementAtPosition", or empty for every name.
+  void failNext(std::string name, AXError error, std::optional<AXCall> call = std::nullopt);
+  // Every call fails with this probability and one of the errors, by seed, besides what else was
+  // ordered. 0 ends it.
+  void injectFaults(double probability, std::vector<AXError> errors = {AXError::cannotComplete});
+  // Every call takes up to so long, by seed.
+  void delayAnswers(Seconds longest);
 
  private:
   System& system_;

@@ -34,25 +34,16 @@ std::optional<Subscription> EventMonitors::addLocalPointerMoved(std::function<vo
   return localPointer_.add(std::move(handler));
 }
 
-void EventMonitors::pointerMoved(bool isOverProgram) const {
-  (isOverProgram ? localPointer_ : globalPointer_).notify();
+void EventMonitors::allow(bool allowed) { system_.state.allowsMonitors = allowed; }
+
+void EventMonitors::pointerMoved(bool isLocal) const {
+  (isLocal ? localPointer_ : globalPointer_).notify();
 }
 
 AppKitPoint EventMonitors::pointerLocation() const { return system_.state.pointer; }
 
-void EventMonitors::press(std::uint16_t keyCode, std::uint64_t modifierFlags,
-                          std::string characters) {
-  system_.mainLoop.post([this, keyCode, modifierFlags, text = std::move(characters)] {
-    deliver({keyCode, modifierFlags, text});
-  });
-}
-
-bool EventMonitors::programHasKeyboard() const {
-  return programHasKeyboard_ || system_.state.frontmost == system_.ownPid();
-}
-
-void EventMonitors::deliver(const KeyEvent& event) const {
-  if (!programHasKeyboard()) return global_.notify(event);
+void EventMonitors::keyPressed(const KeyEvent& event, bool isLocal) const {
+  if (!isLocal) return global_.notify(event);
   const auto handlers = *local_;
   for (const auto& handler : handlers) {
     // One that has left meanwhile hears no more.

@@ -25,25 +25,21 @@ class EventMonitors final : public pellow::EventMonitors {
   std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) override;
   AppKitPoint pointerLocation() const override;
 
-  // A window of the program has the keyboard although another application is the active one, as a
-  // panel can. While the program is active, it has the keyboard anyway.
-  void setProgramHasKeyboard(bool has) { programHasKeyboard_ = has; }
-  bool programHasKeyboard() const;
-  void press(std::uint16_t keyCode, std::uint64_t modifierFlags, std::string characters);
-  void pointerMoved(bool isOverProgram) const;
+  // Whether any can be added from now on.
+  void allow(bool allowed);
+  // Local ones hear what is for the program, global ones the rest.
+  void keyPressed(const KeyEvent& event, bool isLocal) const;
+  void pointerMoved(bool isLocal) const;
 
  private:
   using LocalHandler = std::function<bool(const KeyEvent&)>;
   using LocalHandlers = std::list<std::shared_ptr<LocalHandler>>;
-
-  void deliver(const KeyEvent& event) const;
 
   System& system_;
   Observers<const KeyEvent&> global_;
   Observers<> globalPointer_;
   Observers<> localPointer_;
   std::shared_ptr<LocalHandlers> local_ = std::make_shared<LocalHandlers>();  // newest first
-  bool programHasKeyboard_ = false;
 };
 
 }  // namespace pellow::simulated

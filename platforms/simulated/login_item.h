@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "platform/login_item.h"
 #include "platforms/simulated/system.h"
 
@@ -12,6 +14,10 @@ class LoginItem final : public pellow::LoginItem {
 
   bool isEnabled() const override { return system_.state.startsAtLogin; }
   std::expected<void, SystemError> setEnabled(bool enabled) override;
+
+  // The user changes it in the settings of the system.
+  void userSets(bool enabled) { system_.state.startsAtLogin = enabled; }
+  void failNextChange(SystemError error) { system_.state.loginItemFault = std::move(error); }
 
  private:
   System& system_;

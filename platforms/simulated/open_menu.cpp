@@ -23,34 +23,35 @@ void OpenMenu::open(Menu menu) {
 
 bool OpenMenu::isOpen() const { return open_ && system_.processRuns(); }
 
-const Menu& OpenMenu::menu(std::span<const std::string_view> path) const {
+const Menu& OpenMenu::menuAt(Steps path) const {
   if (!isOpen()) throw std::out_of_range("no menu is open");
   if (path.empty()) return *open_;
-  const auto& head = item(path);
+  const auto& head = itemAt(path);
   if (!head.submenu) refuse(path, "has no submenu");
   return *head.submenu;
 }
 
-const MenuItem& OpenMenu::item(std::span<const std::string_view> path) const {
-  const auto& items = menu(path.first(path.size() - 1)).items;
+const MenuItem& OpenMenu::itemAt(Steps path) const {
+  const auto& items = menuAt(path.first(path.size() - 1)).items;
   const auto found = std::ranges::find_if(
       items, [&](const MenuItem& each) { return !each.isSeparator && each.title == path.back(); });
   if (found == items.end()) refuse(path, "is not there");
   return *found;
 }
 
-void OpenMenu::choose(std::span<const std::string_view> path) {
-  for (std::size_t depth = 1; depth <= path.size(); ++depth)
-    if (!item(path.first(depth)).isEnabled) refuse(path, "is disabled");
-  const auto onChosen = item(path).onChosen;
-  if (!onChosen) refuse(path, "cannot be chosen");
+void OpenMenu::choose(Path path) {
+  const Steps steps = path;
+  for (std::size_t depth = 1; depth <= steps.size(); ++depth)
+    if (!itemAt(steps.first(depth)).isEnabled) refuse(steps, "is disabled");
+  const auto onChosen = itemAt(steps).onChosen;
+  if (!onChosen) refuse(steps, "cannot be chosen");
   close();
   system_.mainLoop.post(onChosen);
 }
 
-std::vector<std::string> linesOf(const Menu& menu) {
+std::vector<std::string> OpenMenu::lines(Path path) const {
   std::vector<std::string> lines;
-  for (const auto& item : menu.items)
+  for (const auto& item : menuAt(path).items)
     lines.push_back(item.isSeparator ? "—"
                                      : fmt::format("{}{}{}{}", item.isChecked ? "✓ " : "",
                                                    item.title, item.submenu ? " ▸" : "",

@@ -205,6 +205,13 @@ std::vector<const Panel*> Panels::visible(std::string_view name) const {
   return found;
 }
 
+const Panel& Panels::panel(std::string_view name) const {
+  const auto found = visible(name);
+  if (found.size() != 1)
+    throw std::out_of_range(fmt::format("{} panels {} show", found.size(), name));
+  return *found.front();
+}
+
 void Panels::toFront(Panel& panel) {
   std::erase(frontToBack_, &panel);
   frontToBack_.insert(frontToBack_.begin(), &panel);
@@ -335,12 +342,18 @@ std::optional<Menu> Panels::contextMenuAt(AppKitPoint point) const {
 }
 
 void Panels::clickView(const std::string& panelName, const std::string& path) {
-  for (const auto* panel : visible(panelName)) {
-    const auto* view = panel->view(path);
-    if (!view || !view->actions.onClick) continue;
-    const auto onClick = view->actions.onClick;
-    return onClick();
-  }
+  if (!clickOf(panelName, path))
+    throw std::out_of_range(fmt::format("nothing to click at \"{}\" in {}", path, panelName));
+  system_.mainLoop.post([this, panelName, path] {
+    if (const auto onClick = clickOf(panelName, path)) onClick();
+  });
+}
+
+std::function<void()> Panels::clickOf(const std::string& panelName, const std::string& path) const {
+  for (const auto* panel : visible(panelName))
+    if (const auto* view = panel->view(path); view && view->actions.onClick)
+      return view->actions.onClick;
+  return nullptr;
 }
 
 }  // namespace pellow::simulated

@@ -89,6 +89,8 @@ class Panels final : public pellow::Panels {
 
   // The visible ones of this name, front to back; none once the process has ended.
   std::vector<const Panel*> visible(std::string_view name) const;
+  // The only one of them; throws when there is none, or more.
+  const Panel& panel(std::string_view name) const;
 
   // The panel that a click there would meet; none when there is none in front of every window.
   // Panels that ignore the pointer are not met.
@@ -103,7 +105,8 @@ class Panels final : public pellow::Panels {
   void release();
   // Of the topmost view there that has one.
   std::optional<Menu> contextMenuAt(AppKitPoint point) const;
-  // A click on the view, wherever it lies. Does nothing when it is gone.
+  // A click on the view at a path of keys, wherever it lies, in the front panel of the name that
+  // has one; throws when there is none.
   void clickView(const std::string& panelName, const std::string& path);
 
  private:
@@ -122,6 +125,7 @@ class Panels final : public pellow::Panels {
     bool isDragging = false;
   };
 
+  std::function<void()> clickOf(const std::string& panelName, const std::string& path) const;
   void drag();
   void hidden(PanelID id);
   bool exists(PanelID id) const;

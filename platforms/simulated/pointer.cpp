@@ -18,7 +18,8 @@ void Pointer::move(AppKitPoint to) {
   });
 }
 
-void Pointer::press() {
+void Pointer::press(AppKitPoint at) {
+  move(at);
   system_.mainLoop.post([this] { pressed(); });
 }
 
@@ -26,7 +27,21 @@ void Pointer::release() {
   system_.mainLoop.post([this] { released(); });
 }
 
-void Pointer::secondaryClick() {
+void Pointer::click(AppKitPoint at) {
+  press(at);
+  release();
+}
+
+void Pointer::drag(AppKitPoint from, AppKitPoint to, int steps) {
+  press(from);
+  const auto way = to - from;
+  for (int step = 1; step <= steps; ++step)
+    move(from + AppKitVector{way.dx * step / steps, way.dy * step / steps});
+  release();
+}
+
+void Pointer::secondaryClick(AppKitPoint at) {
+  move(at);
   system_.mainLoop.post([this] {
     if (holder_ != Holder::nobody) return;
     menu_.close();

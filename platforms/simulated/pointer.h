@@ -23,13 +23,17 @@ class Pointer {
   Pointer(System& system, EventMonitors& monitors, Panels& panels, OpenMenu& menu)
       : system_(system), monitors_(monitors), panels_(panels), menu_(menu) {}
 
+  // A movement between a press and a release is a drag.
   void move(AppKitPoint to);
-  // A window of another application comes to the front at the press, unless it is on its minimize
-  // button, which does its work at the release.
-  void press();
+  // Of the primary button, there. A window of another application comes to the front at the press,
+  // unless it is on its minimize button, which does its work at the release.
+  void press(AppKitPoint at);
   void release();
+  void click(AppKitPoint at);
+  // Press, so many movements in a straight line, release.
+  void drag(AppKitPoint from, AppKitPoint to, int steps = 10);
   // Opens the context menu of the view there, unless the primary button is held down.
-  void secondaryClick();
+  void secondaryClick(AppKitPoint at);
 
  private:
   enum class Holder { nobody, program, others };

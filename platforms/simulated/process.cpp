@@ -43,6 +43,17 @@ void Process::launchNewInstance(std::function<void(std::expected<void, SystemErr
   system_.mainLoop.post([onLaunched = std::move(onLaunched), result] { onLaunched(result); });
 }
 
+bool Process::isRunning() const { return system_.processRuns(); }
+
+std::optional<int> Process::exitStatus() const { return system_.exitStatus(); }
+
+bool Process::isAccessory() const {
+  const auto* self = system_.state.application(pid());
+  return self && self->identity.activationPolicy == ActivationPolicy::accessory;
+}
+
+void Process::kill() { system_.kill(); }
+
 void Process::receive(TerminationSignal signal) {
   const auto handled = handlers_.find(signal);
   if (handled == handlers_.end()) return system_.kill();

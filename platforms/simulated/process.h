@@ -28,9 +28,15 @@ class Process final : public pellow::Process {
   void terminate() override;
   void launchNewInstance(std::function<void(std::expected<void, SystemError>)> onLaunched) override;
 
+  bool isRunning() const;
+  // Of a process that ended by itself.
+  std::optional<int> exitStatus() const;
+  bool isAccessory() const;
   // The system sends a signal: handlers hear of it; the first one ever taken replaced the default,
   // which is to end the process.
   void receive(TerminationSignal signal);
+  // SIGKILL: nothing of it runs any more and what it calls does nothing.
+  void kill();
   // New instances that wait for the end of this one.
   int launchedInstances() const { return launchedInstances_; }
   void failNextLaunch(SystemError error) { launchFault_ = std::move(error); }

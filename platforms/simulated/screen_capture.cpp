@@ -77,6 +77,10 @@ Subscription ScreenCapture::captureImage(const ShareableWindow& window, int pixe
       std::move(onImage));
 }
 
+void ScreenCapture::failNext(SystemError error, std::optional<CaptureCall> call) {
+  system_.state.captureFaults.push_back({call, std::move(error)});
+}
+
 std::expected<std::vector<ShareableWindow>, SystemError> ScreenCapture::windowsNow() const {
   const auto& desktop = system_.state;
   std::vector<ShareableWindow> windows;

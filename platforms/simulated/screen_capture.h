@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "platform/screen_capture.h"
 #include "platforms/simulated/system.h"
@@ -22,6 +23,15 @@ class ScreenCapture final : public pellow::ScreenCapture {
   Subscription shareableWindows(OnWindows onWindows) override;
   Subscription captureImage(const ShareableWindow& window, int pixelWidth, int pixelHeight,
                             OnImage onImage) override;
+
+  // The permission.
+  void allow(bool allowed) { system_.state.allowsCapture = allowed; }
+  // So often the system was to ask the user for it.
+  int requests() const { return system_.state.captureRequests; }
+  // Answers after this time with what is there by then; `never`: not at all.
+  void answersAfter(Seconds delay) { system_.state.captureDelay = delay; }
+  // The next call of this kind, or of any, answers with the error.
+  void failNext(SystemError error, std::optional<CaptureCall> call = std::nullopt);
 
  private:
   std::expected<std::vector<ShareableWindow>, SystemError> windowsNow() const;

@@ -5,6 +5,7 @@
 
 namespace pellow::simulated {
 
+// The displays of the desktop, in the hands of whoever plugs them.
 class Screens final : public pellow::Screens {
  public:
   explicit Screens(System& system) : system_(system) {}
@@ -19,6 +20,12 @@ class Screens final : public pellow::Screens {
   Subscription onDidChangeParameters(std::function<void()> observer) override {
     return system_.screensChanged.add(std::move(observer));
   }
+
+  // A further display with a menu bar and no Dock.
+  void plug(DisplayID display, AppKitRect frame);
+  void unplug(DisplayID display);
+  // On the primary display, which has it at the bottom at first.
+  void moveDock(DockSide side);
 
  private:
   System& system_;

@@ -20,7 +20,6 @@ bool System::beginPortCall(std::string what) {
   if (recordsHistory)
     history.push_back(
         fmt::format("{:.6f} {}: {}", scheduler.now(), scheduler.runningThread(), what));
-  if (portCalls == crashAtPortCall) crash = snapshot();
   if (onPortCall) onPortCall(portCalls);
   scheduler.mayWait();
   return processRuns_;

@@ -40,8 +40,8 @@ class System {
   Observers<WindowID> windowGone;
   Observers<> screensChanged;
 
-  // Counts the call, takes the copy of a crash ordered for it, and lets others run. False once the
-  // process has ended: then the call must change nothing.
+  // Counts the call and lets others run. False once the process has ended: then the call must
+  // change nothing.
   template <class... Args>
   bool portCall(fmt::format_string<Args...> what, Args&&... args) {
     if (!recordsHistory) return beginPortCall({});
@@ -54,8 +54,6 @@ class System {
   }
 
   std::uint64_t portCalls = 0;  // so far
-  std::optional<std::uint64_t> crashAtPortCall;
-  std::optional<DesktopState> crash;
   std::function<void(std::uint64_t call)> onPortCall;
   bool recordsHistory = false;
   std::vector<std::string> history;

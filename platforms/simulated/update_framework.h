@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/update_framework.h"
 #include "platforms/simulated/system.h"
@@ -29,12 +30,19 @@ class UpdateFramework final : public pellow::UpdateFramework {
     return system_.state.updates.installed;
   }
 
+  // There is a newer version, which the next check finds.
+  void publish(std::string version) { system_.state.updates.published = std::move(version); }
+  // What the bundle says; nothing when it does not.
+  void setCurrentVersion(std::optional<std::string> version) {
+    system_.state.updates.installed = std::move(version);
+  }
   // The schedule's next check comes now, unless it is switched off.
   void checkBySchedule();
-  // What its window says; nothing while it shows none.
+  // What its window says, for example "Pellow 2.1 is available."; nothing while it shows none.
   std::optional<std::string> windowText() const;
   void closeWindow();
-  // Installs what the window shows and ends the process. Throws when it shows no update.
+  // Installs what the window shows and ends the process; the next one on this desktop has the new
+  // version. Throws when the window shows no update.
   void install();
 
  private:

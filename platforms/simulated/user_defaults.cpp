@@ -20,4 +20,20 @@ void UserDefaults::registerDefaults(std::map<std::string, DefaultsValue> values)
   for (auto& [key, value] : values) registered_.insert_or_assign(key, std::move(value));
 }
 
+void UserDefaults::put(std::string_view key, DefaultsValue value) {
+  system_.state.defaults.put(key, std::move(value));
+}
+
+std::optional<DefaultsValue> UserDefaults::stored(std::string_view key) const {
+  return system_.state.defaults.value(key);
+}
+
+std::optional<DefaultsValue> UserDefaults::onDisk(std::string_view key) const {
+  return system_.state.defaults.onDisk(key, system_.scheduler.now());
+}
+
+void UserDefaults::failNextWrite(SystemError error, std::optional<std::string> key) {
+  system_.state.defaults.failNextWrite(std::move(key), std::move(error));
+}
+
 }  // namespace pellow::simulated

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/user_defaults.h"
 #include "platforms/simulated/system.h"
@@ -17,6 +19,14 @@ class UserDefaults final : public pellow::UserDefaults {
   std::expected<void, SystemError> set(std::string_view key, DefaultsValue value,
                                        Durability durability = Durability::eventual) override;
   void registerDefaults(std::map<std::string, DefaultsValue> values) override;
+
+  // Somebody else writes; it is on disk at once.
+  void put(std::string_view key, DefaultsValue value);
+  // What was written, and what a crash at this moment would leave of it.
+  std::optional<DefaultsValue> stored(std::string_view key) const;
+  std::optional<DefaultsValue> onDisk(std::string_view key) const;
+  // The next immediate write, of this key or of any, answers with the error and is lost in a crash.
+  void failNextWrite(SystemError error, std::optional<std::string> key = std::nullopt);
 
  private:
   System& system_;

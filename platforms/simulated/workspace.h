@@ -20,6 +20,10 @@ class Workspace final : public pellow::Workspace {
   Subscription onDidLaunchApplication(std::function<void(ProcessID)> observer) override;
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
 
+  // URLs that the program opened, and whether nothing opens them any more.
+  const std::vector<std::string>& openedURLs() const { return system_.state.openedURLs; }
+  void refuseURLs(bool refuses = true) { system_.state.refusesURLs = refuses; }
+
  private:
   System& system_;
 };

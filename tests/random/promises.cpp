@@ -102,7 +102,7 @@ void Promises::whenLaunched(const DesktopState& desktop) {
 
 // Excused: the applications that do not answer, or that quit before they could.
 std::optional<Breach> Promises::whenBegun(simulated::Desktop& desktop, const Sightings& sightings) {
-  kept_ = parseJournal(desktop.storedDefault(journalKey));
+  kept_ = parseJournal(desktop.userDefaults().stored(journalKey));
   const auto& state = desktop.state();
   for (const auto& record : kept_) {
     const auto isExcused = [&](const simulated::ApplicationState& application) {
@@ -216,7 +216,7 @@ std::optional<Breach> Promises::recordOnDisk(const Scene& scene) {
     if (entry.tab && !scene.controller.store().contains(entry.window)) add(*entry.tab);
   if (parked.empty()) return std::nullopt;
 
-  auto written = scene.desktop.defaultOnDisk(journalKey);
+  auto written = scene.desktop.userDefaults().onDisk(journalKey);
   if (written != journalWritten_) {
     journal_ = parseJournal(written);
     journalWritten_ = std::move(written);
@@ -272,7 +272,7 @@ std::optional<Breach> Promises::nothingUnderWay(const Scene& scene) const {
   if (!scene.controller.isIdle()) return Breach{promise, "an action has not ended"};
   if (!scene.controller.ledger().entries().empty())
     return Breach{promise, "a window stands in the ledger"};
-  if (!scene.desktop.panels("pellow-flight").empty())
+  if (!scene.desktop.panels().visible("pellow-flight").empty())
     return Breach{promise, "a picture still flies"};
   return std::nullopt;
 }
@@ -286,7 +286,7 @@ std::optional<Breach> Promises::journalIsExact(const Scene& scene) const {
   std::vector<const TabItem*> parked;
   for (const auto& tab : scene.controller.store().tabs())
     if (isParkedTab(tab)) parked.push_back(&tab);
-  const auto written = scene.desktop.storedDefault(journalKey);
+  const auto written = scene.desktop.userDefaults().stored(journalKey);
   const auto records = parseJournal(written);
   auto kept = kept_;
   for (const auto& record : records) {
@@ -301,8 +301,8 @@ std::optional<Breach> Promises::journalIsExact(const Scene& scene) const {
                                          record.bundleID, parked.size())};
     parked.erase(owner);
   }
-  const bool lastWriteFailed = written != scene.desktop.defaultOnDisk(journalKey);
-  const auto onDisk = parseJournal(scene.desktop.defaultOnDisk(journalKey));
+  const bool lastWriteFailed = written != scene.desktop.userDefaults().onDisk(journalKey);
+  const auto onDisk = parseJournal(scene.desktop.userDefaults().onDisk(journalKey));
   if (!lastWriteFailed && onDisk != records) return Breach{promise, "the disk has another one"};
   return std::nullopt;
 }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platforms/simulated/platform.h"
+#include "platforms/simulated/desktop.h"
 #include "tests/random/history.h"
 #include "tests/random/runner.h"
 #include "tests/random/shrink.h"
@@ -55,8 +55,7 @@ TEST(RandomHistories, AreReadAsTheyArePrinted) {
 
 // Who did it decides whether the program owes a window its tab.
 TEST(RandomHistories, TellTheProgramsDoingFromOthers) {
-  simulated::Platform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto notes = desktop.launch("Notes", "com.example.notes");
   const auto list = notes.openWindow("Shopping", {100, 100, 800, 600});
   Sightings sightings;

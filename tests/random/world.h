@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/app_delegate.h"
-#include "platforms/simulated/platform.h"
+#include "platforms/simulated/desktop.h"
 #include "tests/random/history.h"
 #include "tests/random/promises.h"
 #include "tests/random/sightings.h"
@@ -88,7 +88,7 @@ class World {
   };
 
   std::uint64_t seed_;
-  std::unique_ptr<simulated::Platform> platform_;
+  std::unique_ptr<simulated::Desktop> desktop_;
   std::unique_ptr<AppDelegate> program_;
   Sightings sightings_;
   Promises promises_;

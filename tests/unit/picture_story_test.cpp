@@ -21,17 +21,16 @@ constexpr auto noSnapshot = "No snapshot for this window, using its icon: ";
 
 class PictureStory : public testing::Test {
  protected:
-  PictureStory() { desktop.setDefault("useThumbnails", true); }
+  PictureStory() { desktop.userDefaults().put("useThumbnails", true); }
 
-  simulated::Platform platform;
-  simulated::Desktop& desktop = platform.desktop();
+  simulated::Desktop desktop;
   simulated::Application notes = desktop.launch("Notes", "com.example.notes");
   simulated::Window list = notes.openWindow("Shopping", home);
   simulated::Application mail = desktop.launch("Mail", "com.example.mail");
   simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
   std::unique_ptr<Program> program;
 
-  void launch() { program = std::make_unique<Program>(platform); }
+  void launch() { program = std::make_unique<Program>(desktop); }
   const std::optional<Image>& snapshot() {
     return program->controller().store().tabs()[0].snapshot;
   }
@@ -41,7 +40,7 @@ TEST_F(PictureStory, AWindowIsPhotographedBeforeItGoes) {
   launch();
   for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
     SCOPED_TRACE(mechanism);
-    desktop.setDefault("mechanism", mechanism);
+    desktop.userDefaults().put("mechanism", mechanism);
     notes.activate();
     program->pressPellow();
     ASSERT_TRUE(snapshot());
@@ -51,28 +50,28 @@ TEST_F(PictureStory, AWindowIsPhotographedBeforeItGoes) {
     program->pressRestoreAll();
   }
 
-  desktop.failNextCapture({"The camera is broken."});
+  desktop.screenCapture().failNext({"The camera is broken."});
   program->pressPellow();
   EXPECT_FALSE(snapshot());
   EXPECT_TRUE(desktop.hasLogged(std::string(noSnapshot) + "The camera is broken."));
   program->pressRestoreAll();
 
   // No window waits for a camera for ever.
-  desktop.capturesAfter(simulated::never);
+  desktop.screenCapture().answersAfter(simulated::never);
   program->pressPellow();
   ASSERT_EQ(program->tabs().size(), 1);
   EXPECT_FALSE(snapshot());
-  desktop.capturesAfter(0);
+  desktop.screenCapture().answersAfter(0);
   program->pressRestoreAll();
 
-  desktop.setDefault("useThumbnails", false);
+  desktop.userDefaults().put("useThumbnails", false);
   program->pressPellow();
   EXPECT_FALSE(snapshot());
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
 }
 
 TEST_F(PictureStory, AWindowThatIsMovedBeforeItsTurnComesBackToItsNewPlace) {
-  desktop.capturesAfter(0.2);
+  desktop.screenCapture().answersAfter(0.2);
   launch();
   desktop.after(0.1, [&] { inbox.moveTo({600, 200}); });
   program->pressEverything();
@@ -82,14 +81,14 @@ TEST_F(PictureStory, AWindowThatIsMovedBeforeItsTurnComesBackToItsNewPlace) {
 }
 
 TEST_F(PictureStory, AMissingPermissionIsToldOnce) {
-  desktop.allowCapture(false);
+  desktop.screenCapture().allow(false);
   launch();
-  EXPECT_EQ(desktop.captureAccessRequests(), 1);
+  EXPECT_EQ(desktop.screenCapture().requests(), 1);
   const auto asked = program->answerAlert("Open System Settings");
   EXPECT_TRUE(
       asked.starts_with("Pellow needs Screen Recording permission\nYou have real window "
                         "images switched on, so Pellow photographs each window"));
-  EXPECT_EQ(desktop.openedURLs(),
+  EXPECT_EQ(desktop.workspace().openedURLs(),
             std::vector<std::string>{
                 "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture"});
 
@@ -152,46 +151,46 @@ TEST_F(PictureStory, SixteenPicturesAreKept) {
 }
 
 TEST_F(PictureStory, ThePictureFliesToTheTabAndBack) {
-  desktop.setDefault("animationDuration", 0.4);
+  desktop.userDefaults().put("animationDuration", 0.4);
   launch();
   notes.activate();
-  desktop.press(17, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.run(0.2);
-  const auto& out = desktop.panel("pellow-flight");
+  const auto& out = desktop.panels().panel("pellow-flight");
   EXPECT_TRUE(out.ignoresMouseEvents());
   EXPECT_LT(out.opacityNow(), 1);
-  const auto& strip = desktop.panel("pellow-strip");
+  const auto& strip = desktop.panels().panel("pellow-strip");
   EXPECT_EQ(out.frame().midX(), strip.centre("tabs/" + strip.view("tabs")->children[0].key).x);
   desktop.runUntilQuiet();
-  EXPECT_TRUE(desktop.panels("pellow-flight").empty());
+  EXPECT_TRUE(desktop.panels().visible("pellow-flight").empty());
 
-  desktop.press(15, Program::modifiers);
+  desktop.keyboard().press(15, Program::modifiers);
   desktop.run(0.3);
   // Quartz (100, 120) is 900 - 120 - 600 above the bottom.
-  EXPECT_EQ(desktop.panel("pellow-flight").frame(), AppKitRect(100, 180, 800, 600));
+  EXPECT_EQ(desktop.panels().panel("pellow-flight").frame(), AppKitRect(100, 180, 800, 600));
   desktop.runUntilQuiet();
-  EXPECT_TRUE(desktop.panels("pellow-flight").empty());
+  EXPECT_TRUE(desktop.panels().visible("pellow-flight").empty());
 
   const auto expectNoFlight = [&] {
-    desktop.press(17, Program::modifiers);
+    desktop.keyboard().press(17, Program::modifiers);
     desktop.run(0.2);
     EXPECT_EQ(program->tabs().size(), 1);
-    EXPECT_TRUE(desktop.panels("pellow-flight").empty());
+    EXPECT_TRUE(desktop.panels().visible("pellow-flight").empty());
     program->pressRestoreAll();
   };
-  desktop.setDefault("animateFlight", false);
+  desktop.userDefaults().put("animateFlight", false);
   expectNoFlight();
-  desktop.setDefault("animateFlight", true);
-  desktop.setDefault("mechanism", "minimize");
+  desktop.userDefaults().put("animateFlight", true);
+  desktop.userDefaults().put("mechanism", "minimize");
   expectNoFlight();
 
   // The end of the program waits for no flight.
-  desktop.setDefault("mechanism", "offscreen");
-  desktop.press(17, Program::modifiers);
+  desktop.userDefaults().put("mechanism", "offscreen");
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.run(0.1);
-  desktop.signal(TerminationSignal::terminate);
+  desktop.process().receive(TerminationSignal::terminate);
   desktop.runUntilQuiet();
-  EXPECT_EQ(desktop.exitStatus(), 0);
+  EXPECT_EQ(desktop.process().exitStatus(), 0);
   EXPECT_EQ(list.frame(), home);
 }
 
@@ -219,18 +218,18 @@ TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
   EXPECT_EQ(FlightAnimator::landing({0, 0, 0, 900}, {100, 100, 34, 34}),
             AppKitRect(100, 100, 34, 34));
 
-  simulated::Platform platform;
+  simulated::Desktop desktop;
   NotificationCenter notifications;
-  const Preferences preferences(platform.userDefaults(), notifications);
-  FlightAnimator flights(platform.panels(), preferences);
+  const Preferences preferences(desktop.userDefaults(), notifications);
+  FlightAnimator flights(desktop.panels(), preferences);
   const auto icon = Image(std::make_shared<simulated::NamedImage>("icon", Size{32, 32}));
   const auto startsAt = [&](AppKitRect window, AppKitRect tab) -> std::optional<AppKitRect> {
     int landed = 0;
     flights.flyOut(icon, FlightAnimator::Subject::icon, window, tab, [&] { ++landed; });
     std::optional<AppKitRect> start;
-    if (!platform.desktop().panels("pellow-flight").empty())
-      start = platform.desktop().panel("pellow-flight").frameNow();
-    platform.desktop().runUntilQuiet();
+    if (!desktop.panels().visible("pellow-flight").empty())
+      start = desktop.panels().panel("pellow-flight").frameNow();
+    desktop.runUntilQuiet();
     EXPECT_EQ(landed, 1);
     return start;
   };

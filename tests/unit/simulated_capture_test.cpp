@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "platforms/simulated/desktop.h"
-#include "platforms/simulated/platform.h"
 
 // What the capture interface says of the desktop.
 
@@ -13,8 +12,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 TEST(SimulatedCapture, TheListHasWhatIsOnTheScreenFrontToBack) {
-  simulated::Platform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto mail = desktop.launch("Mail", "com.example.mail");
   const auto inbox = mail.openWindow("Inbox", {100, 100, 800, 600});
   const auto notes = desktop.launch("Notes", "com.example.notes");
@@ -22,7 +20,7 @@ TEST(SimulatedCapture, TheListHasWhatIsOnTheScreenFrontToBack) {
   const auto recipes = notes.openWindow("Recipes", {0, 100, 600, 400});
   const auto listed = [&] {
     Lines lines;
-    const auto asked = platform.screenCapture().shareableWindows([&](const auto& windows) {
+    const auto asked = desktop.screenCapture().shareableWindows([&](const auto& windows) {
       for (const auto& each : *windows)
         lines.push_back(each.title.value_or(each.owner ? "untitled" : "the desktop"));
     });
@@ -37,7 +35,7 @@ TEST(SimulatedCapture, TheListHasWhatIsOnTheScreenFrontToBack) {
   shopping.minimize();
   mail.hide();
   EXPECT_EQ(listed(), (Lines{"Recipes", "the desktop"}));
-  desktop.plug(2, {1440, 0, 1280, 800});
+  desktop.screens().plug(2, {1440, 0, 1280, 800});
   recipes.moveTo({2720, 100});
   mail.unhide();
   EXPECT_EQ(listed(), (Lines{"Inbox", "the desktop", "the desktop"}));

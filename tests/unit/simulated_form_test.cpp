@@ -7,7 +7,6 @@
 #include "platforms/simulated/desktop.h"
 #include "platforms/simulated/form_window.h"
 #include "platforms/simulated/form_windows.h"
-#include "platforms/simulated/platform.h"
 
 // A settings window in the hands of its user.
 
@@ -70,13 +69,12 @@ class SimulatedFormTest : public testing::Test {
   std::string name = "Work";
   Lines done;
 
-  simulated::Platform platform;
-  simulated::Desktop& desktop = platform.desktop();
+  simulated::Desktop desktop;
   simulated::Window list =
       desktop.launch("Notes", "com.example.notes").openWindow("Shopping", {100, 100, 800, 600});
   std::unique_ptr<pellow::FormWindow> window =
-      platform.formWindows().makeWindow("pellow-settings", "Pellow Settings");
-  simulated::FormWindow& settings = desktop.formWindow("pellow-settings");
+      desktop.formWindows().makeWindow("pellow-settings", "Pellow Settings");
+  simulated::FormWindow& settings = desktop.formWindows().window("pellow-settings");
 };
 
 TEST_F(SimulatedFormTest, EveryControlTellsWhatTheUserDid) {
@@ -131,7 +129,7 @@ TEST_F(SimulatedFormTest, TheWindowIsOneOfTheDesktopWhileItShows) {
   const auto shown = desktop.window("Pellow Settings");
   EXPECT_TRUE(shown.isInFront() && shown.hasFocus());
   // A click elsewhere takes the keyboard away, a click on a control brings it back.
-  desktop.click(list.minimizeButton() + AppKitVector{40, 0});
+  desktop.pointer().click(list.minimizeButton() + AppKitVector{40, 0});
   desktop.runUntilQuiet();
   EXPECT_TRUE(window->isVisible() && list.hasFocus());
   settings.toggle("preview");

@@ -8,13 +8,12 @@
 namespace pellow {
 
 TEST(SimulatedGuide, ASlowWindowGoesAndComesBack) {
-  simulated::Platform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto notes = desktop.launch("Notes", "com.example.notes");
   const auto list = notes.openWindow("Shopping", {100, 100, 800, 600}).answersAfter(0.2);
 
-  Program program(platform);
-  desktop.press(17, modifier::control | modifier::option | modifier::command);
+  Program program(desktop);
+  desktop.keyboard().press(17, modifier::control | modifier::option | modifier::command);
   desktop.runUntilQuiet();
   EXPECT_LT(list.shareOnDisplays(), 0.05);
 

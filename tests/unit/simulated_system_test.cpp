@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "platforms/simulated/desktop.h"
-#include "platforms/simulated/platform.h"
 
 // The parts of the system around the program: status item and updates.
 
@@ -35,56 +34,57 @@ class SimulatedSystemTest : public testing::Test {
     return heard;
   }
 
-  simulated::Platform platform;
-  simulated::Desktop& desktop = platform.desktop();
+  simulated::Desktop desktop;
   Lines heard;
 };
 
 TEST_F(SimulatedSystemTest, TheStatusItemAsksForItsMenuEachTime) {
-  EXPECT_THROW(desktop.statusItem(), std::out_of_range);
-  auto item = platform.statusBar().makeStatusItem();
-  EXPECT_THROW(desktop.openStatusMenu(), std::out_of_range) << "it has no menu yet";
+  EXPECT_THROW(desktop.statusBar().item(), std::out_of_range);
+  auto item = desktop.statusBar().makeStatusItem();
+  EXPECT_THROW(desktop.statusBar().openMenu(), std::out_of_range) << "it has no menu yet";
   int openings = 0;
   item->setMenu([&] {
     const auto title = fmt::format("Opened {} times", ++openings);
     return Menu{{{.title = title, .onChosen = [this, title] { heard.push_back(title); }}}};
   });
   for (int opening = 0; opening < 2; ++opening) {
-    desktop.openStatusMenu();
+    desktop.statusBar().openMenu();
     desktop.runUntilQuiet();
   }
-  EXPECT_EQ(heardAfter([&] { desktop.chooseFromMenu("Opened 2 times"); }), Lines{"Opened 2 times"});
+  EXPECT_EQ(heardAfter([&] { desktop.menu().choose({"Opened 2 times"}); }),
+            Lines{"Opened 2 times"});
 
-  desktop.openStatusMenu();
+  desktop.statusBar().openMenu();
   item.reset();
   desktop.runUntilQuiet();
-  EXPECT_FALSE(desktop.menuIsOpen()) << "the item went before the click arrived";
+  EXPECT_FALSE(desktop.menu().isOpen()) << "the item went before the click arrived";
 }
 
 TEST_F(SimulatedSystemTest, UpdatesAreFoundByScheduleAndShownToTheUser) {
-  auto& updates = platform.updateFramework();
+  auto& updates = desktop.updateFramework();
   EXPECT_EQ(heardAfter([&] { updates.checkForUpdates(); }), Lines{}) << "not started";
   updates.start(delegate());
   EXPECT_EQ(heardAfter([&] { updates.checkForUpdates(); }), Lines{"alert"});
-  desktop.closeUpdateWindow();
+  desktop.updateFramework().closeWindow();
 
-  desktop.publishUpdate("2.1");
+  desktop.updateFramework().publish("2.1");
   desktop.run(day - 1);
   EXPECT_EQ(heard, Lines{"alert"});
   desktop.run(1);
   EXPECT_EQ(heard, (Lines{"alert", "found 2.1"}));
-  EXPECT_EQ(desktop.updateWindow(), std::nullopt) << "a scheduled find is never shown";
-  EXPECT_EQ(heardAfter([&] { desktop.scheduledUpdateCheck(); }), Lines{"found 2.1"});
+  EXPECT_EQ(desktop.updateFramework().windowText(), std::nullopt)
+      << "a scheduled find is never shown";
+  EXPECT_EQ(heardAfter([&] { desktop.updateFramework().checkBySchedule(); }), Lines{"found 2.1"});
 
   EXPECT_EQ(heardAfter([&] { updates.checkForUpdates(); }), (Lines{"shows 2.1", "seen"}));
   updates.setAutomaticallyChecks(false);
   heard.clear();
   desktop.run(2 * day);
   EXPECT_EQ(heard, Lines{});
-  desktop.onTerminate([&] { heard.push_back("end"); });
-  EXPECT_EQ(heardAfter([&] { desktop.installUpdate(); }), (Lines{"relaunch", "end"}));
+  desktop.process().onTerminate([&] { heard.push_back("end"); });
+  EXPECT_EQ(heardAfter([&] { desktop.updateFramework().install(); }), (Lines{"relaunch", "end"}));
 
-  simulated::Platform next(desktop.snapshot());
+  simulated::Desktop next(desktop.snapshot());
   EXPECT_FALSE(next.updateFramework().automaticallyChecks());
   EXPECT_EQ(next.updateFramework().currentVersion(), "2.1");
 }
