@@ -12,7 +12,7 @@
 #include "platforms/linux/updates/feed_updates.h"
 #include "platforms/linux/updates/version_order.h"
 #include "platforms/simulated/desktop.h"
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 // Updates, with a feed on a server of the test's own.
 

@@ -1,4 +1,4 @@
-#include "tests/desktop/child_process.h"
+#include "tests/harness/child_process.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -9,7 +9,7 @@
 
 #include <stdexcept>
 
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 namespace pellow::desktop {
 namespace {

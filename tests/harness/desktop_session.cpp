@@ -1,4 +1,4 @@
-#include "tests/desktop/desktop_session.h"
+#include "tests/harness/desktop_session.h"
 
 #include <signal.h>
 #include <xcb/xtest.h>
@@ -9,7 +9,7 @@
 #include <system_error>
 #include <type_traits>
 
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 namespace pellow::desktop {
 namespace {

@@ -7,7 +7,7 @@
 #include <iostream>
 #include <string_view>
 
-#include "tests/desktop/torture/torture.h"
+#include "tests/torture/torture.h"
 
 namespace {
 

@@ -34,7 +34,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/desktop/test_client.h"
+#include "tests/harness/test_client.h"
 
 namespace {
 

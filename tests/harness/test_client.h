@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "tests/desktop/desktop_session.h"
+#include "tests/harness/desktop_session.h"
 
 namespace pellow::desktop {
 

@@ -1,4 +1,4 @@
-#include "tests/desktop/torture/torture.h"
+#include "tests/torture/torture.h"
 
 #include <algorithm>
 #include <chrono>
@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 namespace pellow::desktop {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "tests/desktop/torture/torture.h"
+#include "tests/torture/torture.h"
 
 namespace pellow::desktop {
 namespace {

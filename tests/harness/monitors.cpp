@@ -1,4 +1,4 @@
-#include "tests/desktop/monitors.h"
+#include "tests/harness/monitors.h"
 
 #include <sys/uio.h>
 #include <xcb/xcbext.h>

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/desktop/eventually.h"
-#include "tests/desktop/pellow_program.h"
-#include "tests/desktop/test_client.h"
+#include "tests/harness/eventually.h"
+#include "tests/harness/pellow_program.h"
+#include "tests/harness/test_client.h"
 
 namespace pellow::desktop {
 

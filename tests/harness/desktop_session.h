@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/desktop/child_process.h"
-#include "tests/desktop/window_manager_choice.h"
+#include "tests/harness/child_process.h"
+#include "tests/harness/window_manager_choice.h"
 
 // A private desktop for a test: a virtual X server, a window manager, and a connection of the
 // test's own that types, points and looks at everything from outside.

@@ -1,9 +1,9 @@
-#include "tests/desktop/pellow_program.h"
+#include "tests/harness/pellow_program.h"
 
 #include <fstream>
 #include <sstream>
 
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 namespace pellow::desktop {
 namespace {

@@ -1,10 +1,10 @@
-#include "tests/desktop/test_client.h"
+#include "tests/harness/test_client.h"
 
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
 
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 namespace pellow::desktop {
 TestClient::TestClient(DesktopSession& desktop, std::string windowClass)
