@@ -50,7 +50,6 @@ void countCallOf(System& system, ProcessID pid) {
   auto& called = *system.state.application(pid);
   auto& left = called.callsUntilQuit;
   if (!left || --*left > 0) return;
-  if (called.dies) return system.killApplication(pid);
   system.change([pid](DesktopState& desktop) { desktop.endApplication(pid); });
 }
 

@@ -17,7 +17,6 @@ AXElement Application::element() const { return applicationElement(*system_, pid
 
 bool Application::isRunning() const { return system_->state.application(pid_) != nullptr; }
 bool Application::isHidden() const { return state().hidden; }
-std::optional<Actor> Application::hiddenBy() const { return state().hiddenBy; }
 bool Application::isFrontmost() const { return system_->state.frontmost == pid_; }
 
 std::vector<Window> Application::windows() const {
@@ -47,7 +46,6 @@ void Application::does(void (DesktopState::*verb)(ProcessID)) const {
 }
 
 void Application::activate() const { does(&DesktopState::activate); }
-void Application::clickInDock() const { does(&DesktopState::reopen); }
 void Application::hide() const { does(&DesktopState::hide); }
 void Application::unhide() const { does(&DesktopState::unhide); }
 void Application::quit() const { does(&DesktopState::endApplication); }
@@ -81,13 +79,6 @@ void Application::wakes() const {
 
 Application Application::quitsDuring(int call) const {
   state().callsUntilQuit = call;
-  state().dies = false;
-  return *this;
-}
-
-Application Application::diesDuring(int call) const {
-  state().callsUntilQuit = call;
-  state().dies = true;
   return *this;
 }
 

@@ -21,8 +21,6 @@ class Application {
 
   bool isRunning() const;
   bool isHidden() const;
-  // Whether its user hid it, or the program; nothing while it is not hidden.
-  std::optional<Actor> hiddenBy() const;
   bool isFrontmost() const;
   // Front to back, minimized ones last.
   std::vector<Window> windows() const;
@@ -33,9 +31,6 @@ class Application {
   Window openWindow(std::string title, QuartzRect frame,
                     std::string subrole = std::string(AX::subrole::standardWindow)) const;
   void activate() const;
-  // A click on its place in the Dock: it becomes active, and if it shows no window, a minimized one
-  // comes back.
-  void clickInDock() const;
   void hide() const;
   void unhide() const;
   // Its windows go, then the application; the workspace announces it.
@@ -55,8 +50,6 @@ class Application {
   void wakes() const;
   // Quits during the nth call from now to any of its elements, counted from 1.
   Application quitsDuring(int call) const;
-  // Is killed during that call.
-  Application diesDuring(int call) const;
 
  private:
   ApplicationState& state() const;  // throws when it does not run

@@ -87,11 +87,6 @@ std::vector<Window> Desktop::windows() {
   return windows;
 }
 
-std::optional<Application> Desktop::frontmostApplication() {
-  if (!system_.state.frontmost) return std::nullopt;
-  return Application(system_, *system_.state.frontmost);
-}
-
 bool Desktop::hasLogged(std::string_view message) const {
   return std::ranges::find(logged(), message, &LogLine::message) != logged().end();
 }

@@ -111,7 +111,6 @@ class Desktop final : public pellow::Platform {
   Window counterpart(const Window& window) { return {system_, window.id()}; }
   // Of all applications, front to back.
   std::vector<Window> windows();
-  std::optional<Application> frontmostApplication();
   // Every notification about applications and windows is on its way up to so long, by seed; those
   // of one sender arrive in their order.
   void delayAnnouncements(Seconds longest) { system_.state.longestAnnouncement = longest; }

@@ -74,7 +74,6 @@ struct WindowState {
   bool hasMinimizeButton = true;
   bool minimized = false;
   std::optional<Actor> minimizedBy = std::nullopt;  // while it is minimized
-  std::optional<Actor> movedBy = std::nullopt;      // the last to move it, if anybody has
   // Its title as pictures have it, if that is another one; perhaps none at all.
   std::optional<std::optional<std::string>> captureTitle = std::nullopt;
   int lateChanges = 0;  // so often it carried out what it had answered too late
@@ -93,13 +92,11 @@ enum class WindowPart { window, minimizeButton, content };
 struct ApplicationState {
   RunningApplication identity;
   bool hidden = false;
-  std::optional<Actor> hiddenBy = std::nullopt;  // while it is hidden
   bool refusesToHide = false;
   bool refusesObservers = false;
   bool hangs = false;
   Seconds answersAfter = 0;
   std::optional<int> callsUntilQuit;
-  bool dies = false;  // instead of quitting in good order
   std::optional<WindowID> focusedWindow;
 };
 
@@ -176,12 +173,9 @@ struct DesktopState {
   ProcessID launch(RunningApplication identity);
   // Closes its windows; another application becomes the frontmost one.
   void endApplication(ProcessID pid);
-  void hide(ProcessID pid) { hide(pid, Actor::user); }
-  void hide(ProcessID pid, Actor actor);
+  void hide(ProcessID pid);
   void unhide(ProcessID pid);
   void activate(ProcessID pid);
-  // A click on its place in the Dock: if it shows no window, a minimized one comes back.
-  void reopen(ProcessID pid);
   // If it is the frontmost application, another one takes its place.
   void resign(ProcessID pid);
 

@@ -43,7 +43,6 @@ class Panel final : public pellow::Panel {
   // the opacity that the last animation was meant to end with; a panel begins with 1.
   AppKitRect frameNow() const;
   double opacityNow() const;
-  bool isAnimating() const { return animation_.has_value(); }
 
   // The view at a path of keys below the root, for example "list/tab-1"; none when there is none.
   const View* view(std::string_view path) const;

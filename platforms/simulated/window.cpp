@@ -21,8 +21,6 @@ double Window::shareOnDisplays() const {
   return isVisible() ? system_->state.shareOnDisplays(frame()) : 0;
 }
 bool Window::isMinimized() const { return state().minimized; }
-std::optional<Actor> Window::minimizedBy() const { return state().minimizedBy; }
-std::optional<Actor> Window::movedBy() const { return state().movedBy; }
 bool Window::hasFocus() const { return system_->state.focusedWindow() == id_; }
 bool Window::isInFront() const {
   const auto& desktop = system_->state;
@@ -39,10 +37,7 @@ AppKitPoint Window::minimizeButton() const {
 std::string Window::title() const { return state().title; }
 ProcessID Window::pid() const { return state().pid; }
 
-void Window::moveTo(QuartzPoint origin) const {
-  state().frame.origin = origin;
-  state().movedBy = Actor::user;
-}
+void Window::moveTo(QuartzPoint origin) const { state().frame.origin = origin; }
 void Window::resize(Size size) const { state().frame.size = size; }
 void Window::rename(std::string title) const { state().title = std::move(title); }
 void Window::does(void (DesktopState::*verb)(WindowID)) const {

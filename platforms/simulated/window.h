@@ -32,10 +32,6 @@ class Window {
   bool isMinimized() const;
   bool hasFocus() const;  // of the frontmost application
   bool isInFront() const;
-  // Whether its user minimized it, or the program; nothing while it is not minimized.
-  std::optional<Actor> minimizedBy() const;
-  // Who moved it last; nothing when nobody has. The desktop itself moves windows, too.
-  std::optional<Actor> movedBy() const;
   QuartzRect frame() const;
   AppKitPoint minimizeButton() const;  // its middle, where a click minimizes the window
   std::string title() const;

@@ -26,7 +26,7 @@ bool Workspace::hide(ProcessID pid) {
   if (!system_.portCall("hides application {}", pid)) return false;
   const auto* found = system_.state.application(pid);
   if (!found || found->refusesToHide) return false;
-  system_.change([pid](DesktopState& desktop) { desktop.hide(pid, Actor::program); });
+  system_.change([pid](DesktopState& desktop) { desktop.hide(pid); });
   return true;
 }
 
