@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,9 +15,8 @@ using Tabs = std::vector<std::string>;
 
 constexpr auto failed = "Pellow could not complete that action\n";
 
-class BulkStory : public testing::Test {
+class BulkStory : public Story {
  protected:
-  simulated::Desktop desktop;
   simulated::Application agent =
       desktop.launch("Agent", "com.example.agent", ActivationPolicy::accessory);
   simulated::Application notes = desktop.launch("Notes", "com.example.notes");
@@ -29,9 +27,6 @@ class BulkStory : public testing::Test {
   simulated::Window letter = notes.openWindow("Letter", {300, 200, 400, 300});
   simulated::Window sheet = notes.openWindow("Save", {350, 250, 300, 200}, "AXDialog");
   simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
-  std::unique_ptr<Program> program;
-
-  void launch() { program = std::make_unique<Program>(desktop); }
 
   Tabs sortedTabs() {
     auto tabs = program->tabs();

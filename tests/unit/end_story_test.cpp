@@ -233,8 +233,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   program.pressEverything();
   twin.answersAfter(0.2);
   for (int click = 0; click < 2; ++click) {
-    const auto& panel = desktop.panels().panel("pellow-strip");
-    desktop.pointer().click(panel.centre("tabs/" + panel.viewNamed("Twin")->key));
+    desktop.pointer().click(program.tab("Twin"));
     desktop.run(0.01);
   }
   desktop.runUntilQuiet();

@@ -28,10 +28,7 @@ TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
 
   // The click takes its tab away in the next frame, whatever the window does.
   const auto clickTab = [&](const std::string& title) {
-    const auto& panel = desktop.panels().panel("pellow-strip");
-    const auto* const tab = panel.viewNamed(title);
-    ASSERT_NE(tab, nullptr) << title;
-    desktop.pointer().click(panel.centre("tabs/" + tab->key));
+    desktop.pointer().click(program.tab(title));
     desktop.run(0.02);
     for (const auto& shown : program.tabs()) EXPECT_NE(shown, title);
   };

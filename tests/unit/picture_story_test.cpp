@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -19,18 +18,15 @@ using simulated::windowPicture;
 constexpr QuartzRect home{100, 120, 800, 600};
 constexpr auto noSnapshot = "No snapshot for this window, using its icon: ";
 
-class PictureStory : public testing::Test {
+class PictureStory : public Story {
  protected:
   PictureStory() { desktop.userDefaults().put("useThumbnails", true); }
 
-  simulated::Desktop desktop;
   simulated::Application notes = desktop.launch("Notes", "com.example.notes");
   simulated::Window list = notes.openWindow("Shopping", home);
   simulated::Application mail = desktop.launch("Mail", "com.example.mail");
   simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
-  std::unique_ptr<Program> program;
 
-  void launch() { program = std::make_unique<Program>(desktop); }
   const std::optional<Image>& snapshot() {
     return program->controller().store().tabs()[0].snapshot;
   }
@@ -159,8 +155,7 @@ TEST_F(PictureStory, ThePictureFliesToTheTabAndBack) {
   const auto& out = desktop.panels().panel("pellow-flight");
   EXPECT_TRUE(out.ignoresMouseEvents());
   EXPECT_LT(out.opacityNow(), 1);
-  const auto& strip = desktop.panels().panel("pellow-strip");
-  EXPECT_EQ(out.frame().midX(), strip.centre("tabs/" + strip.view("tabs")->children[0].key).x);
+  EXPECT_EQ(out.frame().midX(), program->tab("Shopping").x);
   desktop.runUntilQuiet();
   EXPECT_TRUE(desktop.panels().visible("pellow-flight").empty());
 

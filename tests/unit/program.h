@@ -1,5 +1,9 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -41,14 +45,14 @@ class Program {
     return names;
   }
 
-  // Clicks a tab in the middle, where it stands on the screen.
-  void clickTab(const std::string& title) {
+  // The middle of a tab on the screen.
+  AppKitPoint tab(const std::string& title) const {
     const auto& panel = desktop_.panels().panel("pellow-strip");
-    const auto* const block = panel.view("tabs");
-    const auto* const tab = panel.viewNamed(title);
-    const AppKitVector inPanel{block->frame.minX() + tab->frame.midX(),
-                               block->frame.minY() + tab->frame.midY()};
-    desktop_.pointer().click(panel.frame().origin + inPanel);
+    const auto* const view = panel.viewNamed(title);
+    return view ? panel.centre("tabs/" + view->key) : throw std::out_of_range("no tab " + title);
+  }
+  void clickTab(const std::string& title) {
+    desktop_.pointer().click(tab(title));
     desktop_.runUntilQuiet();
   }
 
@@ -71,6 +75,15 @@ class Program {
  private:
   simulated::Desktop& desktop_;
   AppDelegate delegate_;
+};
+
+// A desktop on which applications open their windows before the program is launched.
+class Story : public testing::Test {
+ protected:
+  void launch() { program = std::make_unique<Program>(desktop); }
+
+  simulated::Desktop desktop;
+  std::unique_ptr<Program> program;
 };
 
 }  // namespace pellow

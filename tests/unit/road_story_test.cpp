@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,22 +11,17 @@
 namespace pellow {
 namespace {
 
-using testing::Test;
-
 constexpr QuartzRect home{100, 120, 800, 600};
 constexpr auto failed = "Pellow could not complete that action\n";
 
-class RoadStory : public Test {
+class RoadStory : public Story {
  protected:
   simulated::Window openNotes(const std::string& title = "Shopping", QuartzRect frame = home) {
     if (!notes) notes = desktop.launch("Notes", "com.example.notes");
     return notes->openWindow(title, frame);
   }
-  void launch() { program = std::make_unique<Program>(desktop); }
 
-  simulated::Desktop desktop;
   std::optional<simulated::Application> notes;
-  std::unique_ptr<Program> program;
 };
 
 TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {

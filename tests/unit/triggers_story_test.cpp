@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,16 +18,12 @@ using Tabs = std::vector<std::string>;
 constexpr QuartzRect home{100, 120, 800, 600};
 constexpr Seconds settled = 2.1;
 
-class TriggersStory : public testing::Test {
+class TriggersStory : public Story {
  protected:
-  simulated::Desktop desktop;
   simulated::Application notes = desktop.launch("Notes", "com.example.notes");
   simulated::Application mail = desktop.launch("Mail", "com.example.mail");
   simulated::Window list = notes.openWindow("Shopping", home);
   simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
-  std::unique_ptr<Program> program;
-
-  void launch() { program = std::make_unique<Program>(desktop); }
 
   void pellow(const simulated::Window& window) {
     window.raise();
