@@ -74,8 +74,6 @@ struct WindowState {
   bool hasMinimizeButton = true;
   bool minimized = false;
   std::optional<Actor> minimizedBy = std::nullopt;  // while it is minimized
-  // Its title as pictures have it, if that is another one; perhaps none at all.
-  std::optional<std::optional<std::string>> captureTitle = std::nullopt;
   int lateChanges = 0;  // so often it carried out what it had answered too late
   WindowManners manners;
 };

@@ -21,7 +21,7 @@ const SystemError noSize{"A picture needs at least one pixel."};
 ShareableWindow asShared(const WindowState& window) {
   return {.windowID = firstWindowNumber + static_cast<std::uint32_t>(window.id),
           .owner = window.pid,
-          .title = window.captureTitle ? *window.captureTitle : std::optional(window.title),
+          .title = window.title,
           .frame = window.frame};
 }
 

@@ -96,11 +96,6 @@ Window Window::closesDuring(int call) const {
   return *this;
 }
 
-Window Window::isCapturedAs(std::optional<std::string> captureTitle) const {
-  state().captureTitle = std::move(captureTitle);
-  return *this;
-}
-
 Window Window::withoutMinimizeButton() const {
   state().hasMinimizeButton = false;
   return *this;

@@ -69,8 +69,6 @@ class Window {
                    std::optional<AXCall> call = std::nullopt) const;
   // Closes during the nth call from now, counted from 1.
   Window closesDuring(int call) const;
-  // Has another title in pictures and in the list of what can be captured; or none there.
-  Window isCapturedAs(std::optional<std::string> captureTitle) const;
   // Has no minimize button.
   Window withoutMinimizeButton() const;
   // Forgets all manners.

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -18,16 +17,6 @@ namespace pellow {
 namespace {
 
 constexpr Seconds patience = 5;
-
-TEST(PellowError, EveryAccessibilityErrorReadsDifferently) {
-  std::set<std::string> texts{explanation(AXError::success)};
-  for (int number = -25214; number <= -25200; ++number)
-    texts.insert(explanation(static_cast<AXError>(number)));
-  EXPECT_EQ(texts.size(), 16u);
-  EXPECT_EQ(explanation(static_cast<AXError>(-25215)), "AXError -25215");
-  EXPECT_STREQ(PellowError::raiseFailed(AXError::cannotComplete).what(),
-               "Could not bring the window to the front (the app did not respond in time).");
-}
 
 TEST(AXReaders, AnswerNothingForErrorsAndForOtherTypes) {
   const auto scripted = scriptedElement(1);

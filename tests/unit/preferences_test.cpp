@@ -22,15 +22,6 @@ class PreferencesTest : public testing::Test {
       notifications.observe("pellow.preferencesDidChange", [this] { ++notices; });
 };
 
-TEST_F(PreferencesTest, WhatIsNotStoredHasItsRegisteredValue) {
-  EXPECT_EQ(preferences.mechanism(), Mechanism::offscreen);
-  EXPECT_EQ(preferences.value(preference::edge), StripEdge::right);
-  EXPECT_EQ(preferences.tabSize(), 34);
-  EXPECT_TRUE(preferences.value(preference::animateFlight));
-  EXPECT_FALSE(preferences.value(preference::useThumbnails));
-  EXPECT_FALSE(desktop.userDefaults().stored("animateFlight"));
-}
-
 TEST_F(PreferencesTest, TextsWithoutAMeaningHaveAFallback) {
   defaults.set("mechanism", "dock");
   EXPECT_EQ(preferences.mechanism(), Mechanism::minimize);

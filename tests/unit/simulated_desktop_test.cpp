@@ -81,19 +81,6 @@ TEST_F(SimulatedDesktopTest, VirtualTimeJumpsFromOneMomentToTheNext) {
   EXPECT_THROW(desktop.runUntilQuiet(), std::runtime_error);
 }
 
-TEST_F(SimulatedDesktopTest, AQueueThatEndsWaitsForWhatRunsAndDropsTheRest) {
-  auto ending = desktop.queues().makeSerialQueue("ending");
-  Lines done;
-  const auto last = ending->async([&] {
-    desktop.clock().sleep(1);
-    done.push_back("last");
-  });
-  const auto tooLate = ending->async([&] { done.push_back("too late"); });
-  desktop.run(0.5);
-  ending = nullptr;
-  EXPECT_EQ(done, Lines{"last"});
-}
-
 TEST_F(SimulatedDesktopTest, WindowsAnswerLikeThoseOfAMac) {
   const auto notes = desktop.launch("Notes", "com.example.notes");
   const auto list = notes.openWindow("Shopping", home);

@@ -7,7 +7,7 @@
 #include "platforms/simulated/desktop.h"
 #include "platforms/simulated/panels.h"
 
-// What the user does with the pointer, the menus that it opens, and panels that move below it.
+// What the user does with the pointer, and panels that move below it.
 
 namespace pellow::simulated {
 namespace {
@@ -36,7 +36,6 @@ class SimulatedPointerTest : public testing::Test {
           if (onDragged) onDragged();
         },
         [=, this] { done.push_back("ended" + generation); }};
-    handle.actions.contextMenu = [this] { return zoneMenu(); };
     for (const int number : {1, 2}) {
       const auto key = fmt::format("tab-{}", number);
       View tab{.key = key, .frame = {60.0 * number - 50, 20, 40, 40}};
@@ -47,20 +46,6 @@ class SimulatedPointerTest : public testing::Test {
       handle.children.push_back(tab);
     }
     return {.key = "root", .frame = {0, 0, 120, 80}, .children = {handle}};
-  }
-
-  Menu zoneMenu() {
-    MenuItem size{.title = "Size", .submenu = Menu{}};
-    for (const int points : {30, 40})
-      size.submenu->items.push_back({.title = fmt::format("{} pt", points),
-                                     .isChecked = chosenSize == points,
-                                     .onChosen = [=, this] { chosenSize = points; }});
-    MenuItem locked{.title = "Locked", .isEnabled = false, .submenu = size.submenu};
-    return {{{.title = "Zone"},
-             {.isSeparator = true},
-             size,
-             locked,
-             {.title = "Gather", .isEnabled = false, .onChosen = [] { FAIL(); }}}};
   }
 
   Lines doneAfter(const std::function<void()>& act) {
@@ -74,7 +59,6 @@ class SimulatedPointerTest : public testing::Test {
   std::unique_ptr<pellow::Panel> panel = desktop.panels().makePanel("pellow-strip");
   Lines done;
   std::function<void()> onDragged;
-  int chosenSize = 30;
 };
 
 TEST_F(SimulatedPointerTest, AClickIsNoDragAndADragNoClick) {
@@ -125,25 +109,6 @@ TEST_F(SimulatedPointerTest, ADragGoesOnWhateverBecomesOfItsView) {
   EXPECT_EQ(doneAfter([&] { desktop.pointer().drag({205, 305}, {225, 305}, 2); }),
             (Lines{"began", "by 10 0"}))
       << "the end of the panel is the end of the drag";
-}
-
-TEST_F(SimulatedPointerTest, MenusAreReadAndChosenFromByTitles) {
-  desktop.pointer().secondaryClick({230, 340});  // a tab without a menu stands on the handle
-  EXPECT_FALSE(desktop.menu().isOpen());
-  desktop.runUntilQuiet();
-  EXPECT_EQ(desktop.menu().lines(),
-            (Lines{"Zone", "—", "Size ▸", "Locked ▸ (disabled)", "Gather (disabled)"}));
-  EXPECT_EQ(desktop.menu().lines({"Size"}), (Lines{"✓ 30 pt", "40 pt"}));
-  for (const auto* title : {"Zone", "Gather", "—"})
-    EXPECT_THROW(desktop.menu().choose({title}), std::out_of_range) << title;
-  EXPECT_THROW(desktop.menu().choose({"Locked", "40 pt"}), std::out_of_range);
-
-  panel = nullptr;
-  desktop.menu().choose({"Size", "40 pt"});
-  EXPECT_FALSE(desktop.menu().isOpen());
-  EXPECT_EQ(chosenSize, 30) << "nothing reaches the program but in its main loop";
-  desktop.runUntilQuiet();
-  EXPECT_EQ(chosenSize, 40);
 }
 
 TEST_F(SimulatedPointerTest, PanelsFlyInVirtualTime) {
