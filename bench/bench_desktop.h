@@ -10,7 +10,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "tests/desktop/child_process.h"
+#include "tests/harness/child_process.h"
 
 namespace pellow::desktop {
 

@@ -16,9 +16,9 @@
 #include <thread>
 #include <vector>
 
-#include "tests/desktop/desktop_session.h"
-#include "tests/desktop/pellow_program.h"
-#include "tests/desktop/test_client.h"
+#include "tests/harness/desktop_session.h"
+#include "tests/harness/pellow_program.h"
+#include "tests/harness/test_client.h"
 
 // How long it takes to put many windows away by one key, seen from outside, beside a loop of wmctrl
 // over the same windows. Both on one private desktop, in turns, with the settings of a first start

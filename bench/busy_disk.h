@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "tests/desktop/child_process.h"
+#include "tests/harness/child_process.h"
 
 namespace pellow::desktop {
 

@@ -10,9 +10,9 @@
 #include "bench/bench_desktop.h"
 #include "bench/busy_disk.h"
 #include "bench/stopwatch.h"
-#include "tests/desktop/desktop_session.h"
-#include "tests/desktop/pellow_program.h"
-#include "tests/desktop/test_client.h"
+#include "tests/harness/desktop_session.h"
+#include "tests/harness/pellow_program.h"
+#include "tests/harness/test_client.h"
 
 // How long it takes from a key press to the window off the screen, seen from outside, beside what a
 // shell script would use to put the same window away. Both on one private desktop, in turns.

@@ -12,9 +12,9 @@
 #include "bench/bench_desktop.h"
 #include "bench/busy_disk.h"
 #include "bench/stopwatch.h"
-#include "tests/desktop/desktop_session.h"
-#include "tests/desktop/pellow_program.h"
-#include "tests/desktop/test_client.h"
+#include "tests/harness/desktop_session.h"
+#include "tests/harness/pellow_program.h"
+#include "tests/harness/test_client.h"
 
 // How long it takes from the start of the process until a look from outside finds the strip on the
 // screen, beside the window of an empty Qt Widgets program. Both on one private desktop with a few

@@ -85,17 +85,14 @@ void DesktopState::endApplication(ProcessID pid) {
   resign(pid);
 }
 
-void DesktopState::hide(ProcessID pid, Actor actor) {
-  auto& hidden = *application(pid);
-  if (!hidden.hidden) hidden.hiddenBy = actor;
-  hidden.hidden = true;
+void DesktopState::hide(ProcessID pid) {
+  application(pid)->hidden = true;
   resign(pid);
 }
 
 void DesktopState::unhide(ProcessID pid) {
   auto& shown = *application(pid);
   shown.hidden = false;
-  shown.hiddenBy = std::nullopt;
   shown.isAskedToHide = false;
 }
 
@@ -105,12 +102,6 @@ void DesktopState::activate(ProcessID pid) {
   auto& focused = application(pid)->focusedWindow;
   if (!focused) focusNext(pid);
   if (focused) bringToFront(*focused);
-}
-
-void DesktopState::reopen(ProcessID pid) {
-  activate(pid);
-  const auto ids = windowsOf(pid);
-  if (!ids.empty() && window(ids.front())->minimized) choose(ids.front());
 }
 
 void DesktopState::resign(ProcessID pid) {
@@ -220,9 +211,7 @@ void DesktopState::wake(ProcessID pid, Seconds now) {
 
 void DesktopState::move(WindowID id, QuartzPoint asked) {
   auto& moved = *window(id);
-  const auto place = placeTaken(moved, asked);
-  if (place != moved.frame.origin) moved.movedBy = Actor::program;
-  moved.frame.origin = place;
+  moved.frame.origin = placeTaken(moved, asked);
 }
 
 QuartzPoint DesktopState::placeTaken(const WindowState& window, QuartzPoint asked) const {

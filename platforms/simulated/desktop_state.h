@@ -74,9 +74,6 @@ struct WindowState {
   bool hasMinimizeButton = true;
   bool minimized = false;
   std::optional<Actor> minimizedBy = std::nullopt;  // while it is minimized
-  std::optional<Actor> movedBy = std::nullopt;      // the last to move it, if anybody has
-  // Its title as pictures have it, if that is another one; perhaps none at all.
-  std::optional<std::optional<std::string>> captureTitle = std::nullopt;
   int lateChanges = 0;  // so often it carried out what it had answered too late
   WindowManners manners;
 };
@@ -93,7 +90,6 @@ enum class WindowPart { window, minimizeButton, content };
 struct ApplicationState {
   RunningApplication identity;
   bool hidden = false;
-  std::optional<Actor> hiddenBy = std::nullopt;  // while it is hidden
   bool refusesToHide = false;
   Seconds hidesAfter = 0;  // it was asked to; `never`: not at all
   bool isAskedToHide = false;
@@ -101,7 +97,6 @@ struct ApplicationState {
   bool hangs = false;
   Seconds answersAfter = 0;
   std::optional<int> callsUntilQuit;
-  bool dies = false;  // instead of quitting in good order
   std::optional<WindowID> focusedWindow;
 };
 
@@ -125,7 +120,7 @@ struct LogLine {
 };
 
 // A desktop as plain data with the rules of its windows: everything that outlives the program. A
-// copy is all that a crash leaves behind. It announces nothing; `SimulatedSystem` does.
+// copy is all that a crash leaves behind. It announces nothing; `System` does.
 struct DesktopState {
   Seconds time = 0;                            // of the copy
   std::vector<Screen> screens;                 // the first is the primary one
@@ -179,12 +174,9 @@ struct DesktopState {
   ProcessID launch(RunningApplication identity);
   // Closes its windows; another application becomes the frontmost one.
   void endApplication(ProcessID pid);
-  void hide(ProcessID pid) { hide(pid, Actor::user); }
-  void hide(ProcessID pid, Actor actor);
+  void hide(ProcessID pid);
   void unhide(ProcessID pid);
   void activate(ProcessID pid);
-  // A click on its place in the Dock: if it shows no window, a minimized one comes back.
-  void reopen(ProcessID pid);
   // If it is the frontmost application, another one takes its place.
   void resign(ProcessID pid);
 

@@ -1,4 +1,4 @@
-#include "tests/desktop/everyday_test.h"
+#include "tests/harness/everyday.h"
 
 // Many windows at once, and the conversation about those that will not go.
 

@@ -1,5 +1,5 @@
-#include "tests/desktop/everyday_test.h"
-#include "tests/desktop/monitors.h"
+#include "tests/harness/everyday.h"
+#include "tests/harness/monitors.h"
 
 // Several monitors, beside and above each other, that come and go while windows are away.
 

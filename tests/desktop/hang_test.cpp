@@ -1,4 +1,4 @@
-#include "tests/desktop/everyday_test.h"
+#include "tests/harness/everyday.h"
 
 // An application that hangs, and a window manager that does: the program stays alive for all
 // others, and nothing is lost.

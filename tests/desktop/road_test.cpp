@@ -1,4 +1,4 @@
-#include "tests/desktop/everyday_test.h"
+#include "tests/harness/everyday.h"
 
 // From a key press on a real desktop to the window back in its place, looked at from outside.
 

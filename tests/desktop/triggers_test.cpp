@@ -1,6 +1,6 @@
 #include <thread>
 
-#include "tests/desktop/everyday_test.h"
+#include "tests/harness/everyday.h"
 
 // What the program does by itself when the user or another program does something to a window.
 

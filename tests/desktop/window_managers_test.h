@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/desktop/everyday_test.h"
+#include "tests/harness/everyday.h"
 
 // What every window manager must let Pellow do: scripts/window-managers goes through all of them,
 // and each story of WindowManagers is a column of its table.

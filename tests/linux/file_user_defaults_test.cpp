@@ -19,7 +19,7 @@
 
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/display_name.h"
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 namespace pellow {
 namespace {

@@ -8,7 +8,7 @@
 #include <span>
 #include <stdexcept>
 
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 namespace pellow::desktop {
 namespace {

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <thread>
 
-#include "tests/desktop/desktop_session.h"
+#include "tests/harness/desktop_session.h"
 
 namespace pellow::desktop {
 

@@ -3,7 +3,7 @@
 #include <QColorDialog>
 #include <vector>
 
-#include "tests/desktop/test_client.h"
+#include "tests/harness/test_client.h"
 #include "tests/linux/qt_desktop_test.h"
 
 namespace pellow::desktop {

@@ -16,8 +16,8 @@
 #include "platforms/linux/qt/qt_application.h"
 #include "platforms/linux/system/pollable_main_queue.h"
 #include "platforms/linux/x11/x11_desktop.h"
-#include "tests/desktop/desktop_session.h"
-#include "tests/desktop/eventually.h"
+#include "tests/harness/desktop_session.h"
+#include "tests/harness/eventually.h"
 
 // What Qt shows on a private desktop: the ports in this process, and a user with a real pointer and
 // a real keyboard in front of them.

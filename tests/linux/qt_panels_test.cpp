@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "tests/desktop/monitors.h"
+#include "tests/harness/monitors.h"
 #include "tests/linux/qt_desktop_test.h"
 
 namespace pellow::desktop {

@@ -10,7 +10,7 @@
 #include <fstream>
 #include <optional>
 
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 namespace pellow::desktop {
 namespace {

@@ -11,9 +11,8 @@
 
 #include "platforms/linux/updates/feed_updates.h"
 #include "platforms/linux/updates/version_order.h"
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_platform.h"
-#include "tests/desktop/eventually.h"
+#include "platforms/simulated/desktop.h"
+#include "tests/harness/eventually.h"
 
 // Updates, with a feed on a server of the test's own.
 
@@ -151,10 +150,10 @@ class FeedUpdatesTest : public testing::Test {
 
   void launch(const std::string& address) {
     updates.emplace(FeedUpdates::Build{.version = "1.9", .feed = address, .patience = patience},
-                    FeedUpdates::Around{.defaults = platform.userDefaults(),
+                    FeedUpdates::Around{.defaults = desktop.userDefaults(),
                                         .queue = queue,
-                                        .alerts = platform.alerts(),
-                                        .workspace = platform.workspace(),
+                                        .alerts = desktop.alerts(),
+                                        .workspace = desktop.workspace(),
                                         .log = log,
                                         .now = [this] { return now; }});
     updates->start({.willShowUpdate =
@@ -170,8 +169,8 @@ class FeedUpdatesTest : public testing::Test {
   }
 
   // What the user is told.
-  std::string told() const {
-    const auto alerts = desktop.alerts();
+  std::string told() {
+    const auto alerts = desktop.alerts().showing();
     return alerts.empty() ? "" : alerts[0].messageText + " " + alerts[0].informativeText;
   }
   std::string ask() {
@@ -180,7 +179,7 @@ class FeedUpdatesTest : public testing::Test {
     return told();
   }
   void choose(std::string_view button) {
-    desktop.choose(button);
+    desktop.alerts().choose(button);
     desktop.runUntilQuiet();
   }
   static bool until(const std::function<bool()>& holds) {
@@ -195,8 +194,7 @@ class FeedUpdatesTest : public testing::Test {
   char* arguments_[2] = {name_, nullptr};
   QCoreApplication application_{count_, arguments_};
   FeedServer server;
-  simulated::SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
+  simulated::Desktop desktop;
   HeldQueue queue;
   Strings logged;
   Log log{[this](LogLevel, std::string_view message) { logged.emplace_back(message); }};
@@ -254,11 +252,11 @@ TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
   EXPECT_EQ(story, (Strings{"shown 2.0", "attention"}));
   choose("Later");
   EXPECT_EQ(told(), "");
-  EXPECT_TRUE(desktop.openedURLs().empty());
+  EXPECT_TRUE(desktop.workspace().openedURLs().empty());
   ask();
   choose("Open Download Page");
-  EXPECT_EQ(desktop.openedURLs(), (Strings{"https://x.org/get"}));
-  desktop.refuseURLs();
+  EXPECT_EQ(desktop.workspace().openedURLs(), (Strings{"https://x.org/get"}));
+  desktop.workspace().refuseURLs();
   ask();
   choose("Open Download Page");
   EXPECT_EQ(told(), "No program to open web pages with was found. https://x.org/get");

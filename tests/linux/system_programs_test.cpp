@@ -14,7 +14,7 @@
 #include "platforms/linux/system/autostart_entry.h"
 #include "platforms/linux/system/programs.h"
 #include "platforms/linux/system/url_opener.h"
-#include "tests/desktop/eventually.h"
+#include "tests/harness/eventually.h"
 
 // Other programs: started by themselves, at login, or because they open a URL.
 

@@ -6,12 +6,10 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <set>
 #include <string>
 
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/system/log_sink.h"
-#include "platforms/linux/system/random_uuid_source.h"
 #include "platforms/linux/system/termination_signals.h"
 
 namespace pellow {
@@ -58,15 +56,6 @@ TEST(LogSink, WritesOneLineAMessageAndTellsTheJournalToo) {
   testing::internal::CaptureStderr();
   Log(makeLogSink("/nowhere")).standard("without a journal");
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "default without a journal\n");
-}
-
-TEST(RandomUUIDSource, MakesDifferentUUIDsOfVersion4) {
-  RandomUUIDSource source;
-  std::set<UUID> seen;
-  for (int i = 0; i < 1000; ++i) {
-    const auto [uuid, isNew] = seen.insert(source.next());
-    EXPECT_TRUE(isNew && uuid->text()[14] == '4' && std::strchr("89AB", uuid->text()[19]));
-  }
 }
 
 // How the program ends by each of them is told by the tests from outside.

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "platforms/linux/x11/x11_desktop.h"
-#include "tests/desktop/eventually.h"
-#include "tests/desktop/test_client.h"
+#include "tests/harness/eventually.h"
+#include "tests/harness/test_client.h"
 
 // The ports of the X11 adapter against real window managers' doings, looked at from outside.
 

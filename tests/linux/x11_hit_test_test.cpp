@@ -4,7 +4,7 @@
 #include <fstream>
 #include <set>
 
-#include "tests/desktop/window_manager_choice.h"
+#include "tests/harness/window_manager_choice.h"
 #include "tests/linux/x11_desktop_test.h"
 
 // What the pointer meets, on the window manager that PELLOW_WINDOW_MANAGER names; the minimize

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "tests/desktop/monitors.h"
+#include "tests/harness/monitors.h"
 #include "tests/linux/x11_desktop_test.h"
 
 // What the adapter makes of the less common states of windows, applications and screens.

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tests/desktop/monitors.h"
+#include "tests/harness/monitors.h"
 #include "tests/linux/x11_desktop_test.h"
 
 namespace pellow::desktop {

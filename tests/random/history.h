@@ -93,9 +93,9 @@ std::string text(const History& history);
 // Steps are separated by ";" or a line's end, and "#" begins a remark. Nothing for any other text.
 std::optional<History> parse(std::string_view text);
 
-// A desktop with some applications, the program started on it, so many steps, and an end. Without
-// `faults` nothing fails that an application or the system does not do by its nature.
-History generate(std::uint64_t seed, int steps, bool faults);
+// A desktop with some applications, the program started on it, many steps, and an end. With an even
+// seed nothing fails that an application or the system does not do by its nature.
+History generate(std::uint64_t seed);
 
 // Whether the verb can be ordered for later.
 bool canBeLater(Verb verb);

@@ -15,7 +15,6 @@
 
 #include "tests/random/history.h"
 #include "tests/random/runner.h"
-#include "tests/random/shrink.h"
 
 // Plays random histories until a promise of the program breaks, and then tells how in few words.
 
@@ -29,13 +28,9 @@ Plays histories made from seeds, one after another, and asks after every step wh
 keeps its promises. Ends with status 1 when one was broken.
 
   --seed N           the first seed (1)
-  --seeds N          how many (until --steps or --minutes are used up; 100 when neither is given)
-  --steps N          end after so many steps in all
+  --seeds N          how many (until --minutes are used up; 100 when it is not given)
   --minutes N        end after so long
-  --length N         steps of one history (90)
-  --faults on|off    with or without calls that fail by chance (odd seeds with, even ones without)
   --keep-going       go on after a failure, with the next seed
-  --no-shrink        do not shorten failing histories
   --print            print the history of the first seed, and play nothing
   --replay HISTORY   play this one history, given as text or as a file with the text, and tell all
   --calls            with --replay: and every call of the program
@@ -44,12 +39,8 @@ keeps its promises. Ends with status 1 when one was broken.
 struct Options {
   std::uint64_t seed = 1;
   std::optional<std::uint64_t> seeds;
-  std::optional<std::uint64_t> steps;
   std::optional<double> minutes;
-  int length = 90;
-  std::optional<bool> faults;
   bool keepsGoing = false;
-  bool shrinks = true;
   bool prints = false;
   std::optional<std::string> replay;
   bool calls = false;
@@ -66,16 +57,9 @@ bool set(Options& options, std::string_view option, const std::function<std::str
   const std::map<std::string_view, std::function<void()>> setters{
       {"--seed", [&] { options.seed = std::stoull(value()); }},
       {"--seeds", [&] { options.seeds = std::stoull(value()); }},
-      {"--steps", [&] { options.steps = std::stoull(value()); }},
       {"--minutes", [&] { options.minutes = std::stod(value()); }},
-      {"--length", [&] { options.length = std::stoi(value()); }},
-      {"--faults",
-       [&] {
-         options.faults = std::map<std::string, bool>{{"on", true}, {"off", false}}.at(value());
-       }},
       {"--replay", [&] { options.replay = value(); }},
       {"--keep-going", [&] { options.keepsGoing = true; }},
-      {"--no-shrink", [&] { options.shrinks = false; }},
       {"--print", [&] { options.prints = true; }},
       {"--calls", [&] { options.calls = true; }}};
   const auto setter = setters.find(option);
@@ -96,7 +80,7 @@ std::optional<Options> parseOptions(std::span<char* const> words) {
   } catch (const std::logic_error&) {
     return std::nullopt;
   }
-  if (!options.seeds && !options.steps && !options.minutes) options.seeds = 100;
+  if (!options.seeds && !options.minutes) options.seeds = 100;
   return options;
 }
 
@@ -126,25 +110,6 @@ int replay(const Options& options) {
   return 1;
 }
 
-void tell(std::uint64_t seed, History history, const Outcome& outcome, bool shrinks) {
-  fmt::print("\nSeed {} breaks a promise after {} steps: {}\n  {}\n", seed, outcome.steps,
-             *outcome.promise, outcome.details);
-  std::fflush(stdout);
-  if (outcome.steps > 0) history.steps.resize(static_cast<std::size_t>(outcome.steps));
-  if (shrinks)
-    history = shrink(std::move(history), [&](const History& candidate) {
-      return playApart(candidate).promise == outcome.promise;
-    });
-  const auto again = playApart(history, Record::everything);
-  printLines(fmt::format("In {} steps:", history.steps.size()), again.story);
-  fmt::print("Replay: random_histories --replay '{}'\n", text(history));
-  std::fflush(stdout);
-}
-
-History historyOf(std::uint64_t seed, const Options& options) {
-  return generate(seed, options.length, options.faults.value_or(seed % 2 == 1));
-}
-
 int playAll(const Options& options) {
   const auto start = Clock::now();
   std::uint64_t steps = 0;
@@ -153,17 +118,17 @@ int playAll(const Options& options) {
   auto seed = options.seed;
   const auto isOver = [&] {
     return (options.seeds && seed - options.seed >= *options.seeds) ||
-           (options.steps && steps >= *options.steps) ||
            (options.minutes && secondsSince(start) >= 60 * *options.minutes);
   };
   for (; !isOver(); ++seed) {
-    const auto history = historyOf(seed, options);
+    const auto history = generate(seed);
     const auto outcome = playApart(history);
     steps += static_cast<std::uint64_t>(outcome.steps);
     calls += outcome.calls;
     if (!outcome.promise) continue;
     ++failures;
-    tell(seed, history, outcome, options.shrinks);
+    fmt::print("\n{}", tell(history, outcome));
+    std::fflush(stdout);
     if (!options.keepsGoing) break;
   }
   const auto seconds = secondsSince(start);
@@ -185,7 +150,7 @@ int main(int count, char** words) {
     return 2;
   }
   if (options->prints) {
-    fmt::print("{}\n", text(historyOf(options->seed, *options)));
+    fmt::print("{}\n", text(generate(options->seed)));
     return 0;
   }
   return options->replay ? replay(*options) : playAll(*options);

@@ -12,7 +12,6 @@ namespace pellow::random {
 namespace {
 
 using simulated::DesktopState;
-using simulated::SimulatedDesktop;
 using simulated::WindowID;
 using simulated::WindowState;
 
@@ -71,7 +70,7 @@ std::string stateOf(const DesktopState& desktop, const WindowState& window) {
 }
 
 // The windows of the desktop that an element may stand for, by comparison.
-WindowID identify(SimulatedDesktop& desktop, const TargetWindow& target) {
+WindowID identify(simulated::Desktop& desktop, const TargetWindow& target) {
   for (const auto& window : desktop.windows())
     if (window.pid() == target.pid && window.element() == target.element) return window.id();
   return 0;
@@ -85,7 +84,7 @@ std::vector<ParkingRecord> parseJournal(const std::optional<DefaultsValue>& stor
   return decodeJSON<std::vector<ParkingRecord>>(data->bytes).value_or(std::vector<ParkingRecord>{});
 }
 
-AwayWindows::AwayWindows(const PellowController& controller, SimulatedDesktop& desktop) {
+AwayWindows::AwayWindows(const PellowController& controller, simulated::Desktop& desktop) {
   for (const auto& tab : controller.store().tabs()) {
     windows_.insert(identify(desktop, tab.window));
     if (tab.mechanism == Mechanism::hideApp) applications_.insert(tab.window.pid);
@@ -102,8 +101,8 @@ void Promises::whenLaunched(const DesktopState& desktop) {
 }
 
 // Excused: the applications that do not answer, or that quit before they could.
-std::optional<Breach> Promises::whenBegun(SimulatedDesktop& desktop, const Sightings& sightings) {
-  kept_ = parseJournal(desktop.storedDefault(journalKey));
+std::optional<Breach> Promises::whenBegun(simulated::Desktop& desktop, const Sightings& sightings) {
+  kept_ = parseJournal(desktop.userDefaults().stored(journalKey));
   const auto& state = desktop.state();
   for (const auto& record : kept_) {
     const auto isExcused = [&](const simulated::ApplicationState& application) {
@@ -217,7 +216,7 @@ std::optional<Breach> Promises::recordSurvivesCrash(const Scene& scene) {
     if (entry.tab && !scene.controller.store().contains(entry.window)) add(*entry.tab);
   if (parked.empty()) return std::nullopt;
 
-  auto written = scene.desktop.defaultAfterCrash(journalKey);
+  auto written = scene.desktop.userDefaults().afterCrash(journalKey);
   if (written != journalWritten_) {
     journal_ = parseJournal(written);
     journalWritten_ = std::move(written);
@@ -273,7 +272,7 @@ std::optional<Breach> Promises::nothingUnderWay(const Scene& scene) const {
   if (!scene.controller.isIdle()) return Breach{promise, "an action has not ended"};
   if (!scene.controller.ledger().entries().empty())
     return Breach{promise, "a window stands in the ledger"};
-  if (!scene.desktop.panels("pellow-flight").empty())
+  if (!scene.desktop.panels().visible("pellow-flight").empty())
     return Breach{promise, "a picture still flies"};
   return std::nullopt;
 }
@@ -287,7 +286,7 @@ std::optional<Breach> Promises::journalIsExact(const Scene& scene) const {
   std::vector<const TabItem*> parked;
   for (const auto& tab : scene.controller.store().tabs())
     if (isParkedTab(tab)) parked.push_back(&tab);
-  const auto written = scene.desktop.storedDefault(journalKey);
+  const auto written = scene.desktop.userDefaults().stored(journalKey);
   const auto records = parseJournal(written);
   auto kept = kept_;
   for (const auto& record : records) {
@@ -302,10 +301,9 @@ std::optional<Breach> Promises::journalIsExact(const Scene& scene) const {
                                          record.bundleID, parked.size())};
     parked.erase(owner);
   }
-  const bool lastWriteFailed = written != scene.desktop.defaultAfterCrash(journalKey);
-  const auto afterCrash = parseJournal(scene.desktop.defaultAfterCrash(journalKey));
-  if (!lastWriteFailed && afterCrash != records)
-    return Breach{promise, "a crash would leave another one"};
+  const bool lastWriteFailed = written != scene.desktop.userDefaults().afterCrash(journalKey);
+  const auto onDisk = parseJournal(scene.desktop.userDefaults().afterCrash(journalKey));
+  if (!lastWriteFailed && onDisk != records) return Breach{promise, "the disk has another one"};
   return std::nullopt;
 }
 
@@ -335,7 +333,7 @@ std::optional<Breach> Promises::tabsHadAReason(const Scene& scene) const {
 }
 
 // Excused: windows that were troubled while the program ended.
-std::optional<Breach> Promises::whenEnded(SimulatedDesktop& desktop, const Sightings& sightings) {
+std::optional<Breach> Promises::whenEnded(simulated::Desktop& desktop, const Sightings& sightings) {
   constexpr auto promise = "after an orderly end every window is back";
   const auto& state = desktop.state();
   for (const auto& [id, seen] : sightings.windows()) {

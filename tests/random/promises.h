@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "engine/pellow_controller.h"
-#include "platforms/simulated/simulated_desktop.h"
+#include "platforms/simulated/desktop.h"
 #include "tests/random/sightings.h"
 
 namespace pellow::random {
@@ -21,7 +21,7 @@ struct Breach {
 // The windows that the program has to do with at one moment: tabs, and what is under way.
 class AwayWindows {
  public:
-  AwayWindows(const PellowController& controller, simulated::SimulatedDesktop& desktop);
+  AwayWindows(const PellowController& controller, simulated::Desktop& desktop);
 
   bool contains(simulated::WindowID window) const { return windows_.contains(window); }
   const std::set<simulated::WindowID>& windows() const { return windows_; }
@@ -39,7 +39,7 @@ class AwayWindows {
 class Promises {
  public:
   struct Scene {
-    simulated::SimulatedDesktop& desktop;
+    simulated::Desktop& desktop;
     PellowController& controller;
     const Sightings& sightings;
     const AwayWindows& away;
@@ -49,14 +49,13 @@ class Promises {
   void whenLaunched(const simulated::DesktopState& desktop);
   // Once the program has begun, with what is in its journal then: records of applications that did
   // not answer, which stay for the next launch.
-  std::optional<Breach> whenBegun(simulated::SimulatedDesktop& desktop, const Sightings& sightings);
+  std::optional<Breach> whenBegun(simulated::Desktop& desktop, const Sightings& sightings);
   // At every moment while the program runs and does not end.
   std::optional<Breach> always(const Scene& scene);
   // When nothing is under way and no alert shows.
   std::optional<Breach> whenQuiet(const Scene& scene);
   // When the process has ended by itself.
-  static std::optional<Breach> whenEnded(simulated::SimulatedDesktop& desktop,
-                                         const Sightings& sightings);
+  static std::optional<Breach> whenEnded(simulated::Desktop& desktop, const Sightings& sightings);
 
  private:
   std::optional<Breach> oneTab(const Scene& scene) const;

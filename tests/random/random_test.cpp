@@ -2,38 +2,26 @@
 
 #include <string>
 
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 #include "tests/random/history.h"
 #include "tests/random/runner.h"
-#include "tests/random/shrink.h"
 #include "tests/random/sightings.h"
 
 namespace pellow::random {
 namespace {
 
-constexpr int length = 90;
-
 // A short run of what `random_histories` does for hours.
 TEST(RandomHistories, BreakNoPromise) {
   for (std::uint64_t seed = 1; seed <= 60; ++seed) {
-    const auto history = generate(seed, length, /*faults=*/seed % 2 == 1);
+    const auto history = generate(seed);
     const auto outcome = playApart(history);
-    if (!outcome.promise) continue;
-    const auto shortest = shrink(
-        history,
-        [&](const History& candidate) { return playApart(candidate).promise == outcome.promise; },
-        1000);
-    const auto again = playApart(shortest, Record::everything);
-    std::string story;
-    for (const auto& line : again.story) story += "  " + line + "\n";
-    FAIL() << "Seed " << seed << ": " << *outcome.promise << "\n  " << outcome.details << "\n"
-           << story << "Replay: random_histories --replay '" << text(shortest) << "'";
+    if (outcome.promise) FAIL() << tell(history, outcome);
   }
 }
 
 TEST(RandomHistories, AreTheSameEveryTime) {
   for (std::uint64_t seed = 101; seed <= 110; ++seed) {
-    const auto history = generate(seed, length, true);
+    const auto history = generate(seed);
     const auto once = playApart(history, Record::everything);
     const auto twice = playApart(history, Record::everything);
     ASSERT_GT(once.portCalls.size(), 10);
@@ -44,7 +32,7 @@ TEST(RandomHistories, AreTheSameEveryTime) {
 
 TEST(RandomHistories, AreReadAsTheyArePrinted) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-    const auto history = generate(seed, length, true);
+    const auto history = generate(seed);
     EXPECT_EQ(parse(text(history)), history);
   }
   EXPECT_EQ(parse("seed 3 # a remark\n\n press 0 12 @40;start"),
@@ -55,8 +43,7 @@ TEST(RandomHistories, AreReadAsTheyArePrinted) {
 
 // Who did it decides whether the program owes a window its tab.
 TEST(RandomHistories, TellTheProgramsDoingFromOthers) {
-  simulated::SimulatedPlatform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto notes = desktop.launch("Notes", "com.example.notes");
   const auto list = notes.openWindow("Shopping", {100, 100, 800, 600});
   Sightings sightings;

@@ -6,12 +6,14 @@
 #include <exception>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/random/shrink.h"
 #include "tests/random/world.h"
 
 namespace pellow::random {
@@ -113,6 +115,18 @@ Outcome playApart(const History& history, Record record) {
     return decode(std::string_view(said).substr(begin + beginOfOutcome.size()));
   return {.promise = "the program goes on",
           .details = causeOfDeath(status) + "\n" + said.substr(0, said.find(beginOfOutcome))};
+}
+
+std::string tell(History history, const Outcome& outcome) {
+  auto words = fmt::format("Seed {} breaks a promise after {} steps: {}\n  {}\n", history.seed,
+                           outcome.steps, *outcome.promise, outcome.details);
+  if (outcome.steps > 0) history.steps.resize(static_cast<std::size_t>(outcome.steps));
+  history = shrink(std::move(history), [&](const History& candidate) {
+    return playApart(candidate).promise == outcome.promise;
+  });
+  words += fmt::format("In {} steps:\n", history.steps.size());
+  for (const auto& line : playApart(history, Record::everything).story) words += "  " + line + "\n";
+  return words + fmt::format("Replay: random_histories --replay '{}'\n", text(history));
 }
 
 }  // namespace pellow::random

@@ -10,25 +10,24 @@ namespace pellow::random {
 namespace {
 
 using simulated::DesktopState;
-using simulated::SimulatedPlatform;
 
 constexpr int mostRounds = 100;  // of answers until all is quiet
 
 }  // namespace
 
-World::World(std::uint64_t seed) : seed_(seed), platform_(std::make_unique<SimulatedPlatform>()) {
+World::World(std::uint64_t seed) : seed_(seed), desktop_(std::make_unique<simulated::Desktop>()) {
   look(Doer::others);
 }
 
 World::~World() {
   program_.reset();
-  platform_.reset();
+  desktop_.reset();
 }
 
 void World::perform(const Step& step) {
   if (step.later > 0 && canBeLater(step.verb)) {
     say(fmt::format("in {} s: {}", step.later / 1000.0, text({step.verb, step.numbers})));
-    platform_->desktop().after(step.later / 1000.0, [this, step] { byOthers(step); });
+    desktop_->after(step.later / 1000.0, [this, step] { byOthers(step); });
   } else {
     act(step);
   }
@@ -38,7 +37,7 @@ void World::perform(const Step& step) {
     auto crash = *std::exchange(crash_, std::nullopt);
     continueOn(std::move(crash.left), std::move(crash.sightings), true);
   }
-  if (isEnding_ && !platform_->desktop().processRuns()) onEnded();
+  if (isEnding_ && !desktop_->process().isRunning()) onEnded();
   check();
 }
 
@@ -50,7 +49,7 @@ void World::act(const Step& step) {
     case Verb::quiet:
       say("until all is quiet");
       runUntilQuiet();
-      if (platform_->desktop().alerts().empty()) checkQuiet();
+      if (desktop_->alerts().showing().empty()) checkQuiet();
       return;
     case Verb::settle:
       say("until all is quiet and every alert is answered");
@@ -74,11 +73,11 @@ void World::byOthers(const Step& step) {
 
 // Time
 
-void World::run(Seconds duration) { platform_->desktop().run(duration); }
+void World::run(Seconds duration) { desktop_->run(duration); }
 
 void World::runUntilQuiet() {
   try {
-    platform_->desktop().runUntilQuiet();
+    desktop_->runUntilQuiet();
   } catch (const std::exception& error) {
     setBreach(Breach{"the desktop becomes quiet again", error.what()});
   }
@@ -87,7 +86,7 @@ void World::runUntilQuiet() {
 void World::settle(int button) {
   for (int round = 0; round < mostRounds && !breach_; ++round) {
     runUntilQuiet();
-    if (platform_->desktop().alerts().empty()) return checkQuiet();
+    if (desktop_->alerts().showing().empty()) return checkQuiet();
     say("  " + answer(button + round));
   }
   setBreach(Breach{"the program runs out of alerts", fmt::format("{} answered", mostRounds)});
@@ -95,10 +94,10 @@ void World::settle(int button) {
 
 // The program's life
 
-bool World::programRuns() const { return program_ && platform_->desktop().processRuns(); }
+bool World::programRuns() const { return program_ && desktop_->process().isRunning(); }
 
 bool World::hasLoggedLaunch() const {
-  const auto& log = platform_->desktop().log();
+  const auto& log = desktop_->logged();
   return std::any_of(log.begin() + static_cast<std::ptrdiff_t>(logAtStart_), log.end(),
                      [](const simulated::LogLine& line) {
                        return line.message.starts_with("Permissions at launch");
@@ -107,18 +106,18 @@ bool World::hasLoggedLaunch() const {
 
 std::string World::start() {
   if (programRuns()) return "";
-  auto left = platform_->desktop().snapshot();
+  auto left = desktop_->snapshot();
   // The next launch meets no errors by chance: what it has to repair it cannot try twice.
   left.faultProbability = 0;
   continueOn(std::move(left), std::move(sightings_), false);
-  auto& desktop = platform_->desktop();
+  auto& desktop = *desktop_;
   sightings_.launches(desktop.state());
   promises_ = {};
   promises_.whenLaunched(desktop.state());
-  logAtStart_ = desktop.log().size();
+  logAtStart_ = desktop.logged().size();
   hasBegun_ = false;
-  program_ = std::make_unique<AppDelegate>(*platform_);
-  desktop.onTerminate([this] { program_->applicationWillTerminate(); });
+  program_ = std::make_unique<AppDelegate>(*desktop_);
+  desktop.process().onTerminate([this] { program_->applicationWillTerminate(); });
   program_->applicationDidFinishLaunching();
   return "the program starts";
 }
@@ -126,61 +125,61 @@ std::string World::start() {
 // A failing call at the end is not tried again, so none fails by chance then.
 std::string World::end(const Step& step) {
   if (!programRuns()) return "";
-  auto& desktop = platform_->desktop();
+  auto& desktop = *desktop_;
   if (!isEnding_) {
     sightings_.beginsToEnd();
     awayAtTheEnd_.clear();
   }
   isEnding_ = true;
-  desktop.injectFaults(0);
+  desktop.accessibility().injectFaults(0);
   if (step.verb == Verb::quit) {
-    platform_->process().terminate();
+    desktop_->process().terminate();
     return "the user quits the program";
   }
   using enum TerminationSignal;
   constexpr std::array signals{terminate, interrupt, hangUp};
   const auto which = static_cast<std::size_t>(step.numbers[0]) % signals.size();
-  desktop.signal(signals[which]);
+  desktop.process().receive(signals[which]);
   return "the program gets a termination signal";
 }
 
 void World::onEnded() {
   isEnding_ = false;
-  auto& desktop = platform_->desktop();
+  auto& desktop = *desktop_;
   say("the program has ended");
   // Before it has begun, a signal ends it as the system does.
-  if (hasBegun_ && desktop.exitStatus() != 0)
+  if (hasBegun_ && desktop.process().exitStatus() != 0)
     setBreach(Breach{"the program ends with status 0", "it was cut off"});
   setBreach(Promises::whenEnded(desktop, sightings_));
-  sightings_.isLeftWith(parseJournal(desktop.defaultAfterCrash(journalKey)), desktop.state());
+  sightings_.isLeftWith(parseJournal(desktop.userDefaults().afterCrash(journalKey)), desktop.state());
   sightings_.settled(desktop.state(), [](simulated::WindowID) { return false; });
 }
 
 std::string World::crashNow() {
   if (!programRuns()) return "";
-  continueOn(platform_->desktop().snapshot(), sightings_, true);
+  continueOn(desktop_->snapshot(), sightings_, true);
   return "the program crashes";
 }
 
 // The next process begins on the desktop that the last one left.
 void World::continueOn(DesktopState left, Sightings sightings, bool afterCrash) {
-  platform_->desktop().killProcess();
-  if (recordsCalls_) std::ranges::copy(platform_->desktop().history(), std::back_inserter(calls_));
-  callsBefore_ += platform_->desktop().portCalls();
+  desktop_->process().kill();
+  if (recordsCalls_) std::ranges::copy(desktop_->history(), std::back_inserter(calls_));
+  callsBefore_ += desktop_->portCalls();
   program_.reset();
-  platform_.reset();
+  desktop_.reset();
   isEnding_ = false;
   callsUntilCrash_ = std::nullopt;
   crash_ = std::nullopt;
 
   sightings_ = std::move(sightings);
-  platform_ = std::make_unique<SimulatedPlatform>(std::move(left),
-                                                  simulated::SimulatedOptions{.seed = ++seed_});
-  auto& desktop = platform_->desktop();
+  desktop_ =
+      std::make_unique<simulated::Desktop>(std::move(left), simulated::Options{.seed = ++seed_});
+  auto& desktop = *desktop_;
   if (recordsCalls_) desktop.recordHistory();
   desktop.onPortCall([this](std::uint64_t) { onPortCall(); });
   if (afterCrash) {
-    const auto records = parseJournal(desktop.defaultAfterCrash(journalKey));
+    const auto records = parseJournal(desktop.userDefaults().afterCrash(journalKey));
     for (const auto& record : records)
       say(fmt::format("  in the journal: \"{}\" of {} from ({}, {}), parked at ({}, {})",
                       record.title, record.bundleID, record.originalOrigin.x,
@@ -197,13 +196,13 @@ void World::onPortCall() {
   check();
   if (callsUntilCrash_ && --*callsUntilCrash_ <= 0 && programRuns()) {
     callsUntilCrash_ = std::nullopt;
-    crash_ = Crash{platform_->desktop().snapshot(), sightings_};
+    crash_ = Crash{desktop_->snapshot(), sightings_};
   }
 }
 
 // As it ends, the program forgets its tabs before it has put back the last window.
 void World::look(Doer doer) {
-  auto& desktop = platform_->desktop();
+  auto& desktop = *desktop_;
   std::set<simulated::WindowID> away;
   if (programRuns()) away = AwayWindows(program_->controller(), desktop).windows();
   if (isEnding_) awayAtTheEnd_.merge(away);
@@ -215,7 +214,7 @@ void World::look(Doer doer) {
 // While it ends, the program does not keep what it has put back in its books.
 void World::check() {
   if (!programRuns() || isEnding_ || breach_) return;
-  auto& desktop = platform_->desktop();
+  auto& desktop = *desktop_;
   if (!hasBegun_ && hasLoggedLaunch()) {
     hasBegun_ = true;
     setBreach(promises_.whenBegun(desktop, sightings_));
@@ -226,8 +225,8 @@ void World::check() {
 
 void World::checkQuiet() {
   look(Doer::program);
-  auto& desktop = platform_->desktop();
-  if (isEnding_ && desktop.processRuns())
+  auto& desktop = *desktop_;
+  if (isEnding_ && desktop.process().isRunning())
     setBreach(Breach{"the program ends when it is asked to", "it goes on"});
   if (breach_ || isEnding_ || crash_ || !hasBegun_ || !programRuns()) return;
   const AwayWindows away(program_->controller(), desktop);
@@ -243,28 +242,28 @@ void World::setBreach(std::optional<Breach> breach) {
 
 void World::say(std::string line) {
   if (line.empty()) line = "nothing";
-  story_.push_back(fmt::format("{:10.3f}  {}", platform_->desktop().now(), line));
+  story_.push_back(fmt::format("{:10.3f}  {}", desktop_->now(), line));
 }
 
 // For the developer
 
 std::vector<std::string> World::log() const {
   std::vector<std::string> lines;
-  for (const auto& line : platform_->desktop().log())
+  for (const auto& line : desktop_->logged())
     lines.push_back(fmt::format("{:10.3f}  {}", line.time, line.message));
   return lines;
 }
 
 void World::recordCalls() {
   recordsCalls_ = true;
-  platform_->desktop().recordHistory();
+  desktop_->recordHistory();
 }
 
 std::vector<std::string> World::takeCalls() {
-  std::ranges::copy(platform_->desktop().history(), std::back_inserter(calls_));
+  std::ranges::copy(desktop_->history(), std::back_inserter(calls_));
   return std::exchange(calls_, {});
 }
 
-std::uint64_t World::portCalls() const { return callsBefore_ + platform_->desktop().portCalls(); }
+std::uint64_t World::portCalls() const { return callsBefore_ + desktop_->portCalls(); }
 
 }  // namespace pellow::random

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/app_delegate.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 #include "tests/random/history.h"
 #include "tests/random/promises.h"
 #include "tests/random/sightings.h"
@@ -37,8 +37,8 @@ class World {
   std::uint64_t portCalls() const;
 
  private:
-  using Window = simulated::SimulatedWindow;
-  using Application = simulated::SimulatedApplication;
+  using Window = simulated::Window;
+  using Application = simulated::Application;
 
   void act(const Step& step);
   void byOthers(const Step& step);
@@ -88,7 +88,7 @@ class World {
   };
 
   std::uint64_t seed_;
-  std::unique_ptr<simulated::SimulatedPlatform> platform_;
+  std::unique_ptr<simulated::Desktop> desktop_;
   std::unique_ptr<AppDelegate> program_;
   Sightings sightings_;
   Promises promises_;

@@ -87,7 +87,7 @@ UUID zoneID(int index) {
 }  // namespace
 
 std::string World::actOnDesktop(const Step& step) {
-  auto& desktop = platform_->desktop();
+  auto& desktop = *desktop_;
   const auto [first, second, third] = step.numbers;
   switch (step.verb) {
     case Verb::launch:
@@ -133,30 +133,30 @@ std::string World::actOnDesktop(const Step& step) {
       return unplug(first);
     case Verb::dock: {
       using enum simulated::DockSide;
-      desktop.moveDock(pick(std::array{left, right, autoHidden, bottom}, first));
+      desktop.screens().moveDock(pick(std::array{left, right, autoHidden, bottom}, first));
       return "the Dock moves";
     }
     case Verb::faults: {
       using enum AXError;
       const std::array<std::vector<AXError>, 3> kinds{
           {{cannotComplete}, {failure}, {cannotComplete, failure, noValue, notImplemented}}};
-      desktop.injectFaults(first / 100.0, pick(kinds, second));
+      desktop.accessibility().injectFaults(first / 100.0, pick(kinds, second));
       return fmt::format("from now on {} % of all calls fail", first);
     }
     case Verb::delays:
-      desktop.delayAnswers(first / 1000.0);
+      desktop.accessibility().delayAnswers(first / 1000.0);
       desktop.delayAnnouncements(second / 1000.0);
-      desktop.capturesAfter(third / 1000.0);
+      desktop.screenCapture().answersAfter(third / 1000.0);
       return fmt::format("answers take up to {} ms, announcements up to {} ms, pictures {} ms",
                          first, second, third);
     case Verb::failWrite:
-      desktop.failNextDefaultsWrite({"the disk is full"});
-      return "the next write that must be kept at once will not be";
+      desktop.userDefaults().failNextWrite({"the disk is full"});
+      return "the next write that must be on disk will not be";
     case Verb::trust:
-      desktop.setTrusted(first % 2 == 1);
+      desktop.accessibility().setTrusted(first % 2 == 1);
       return first % 2 == 1 ? "the permission is given" : "the permission is withdrawn";
     case Verb::capture:
-      desktop.allowCapture(first % 2 == 1);
+      desktop.screenCapture().allow(first % 2 == 1);
       return first % 2 == 1 ? "pictures are allowed" : "pictures are not allowed";
     case Verb::quit:
     case Verb::signal:
@@ -178,14 +178,14 @@ std::string World::actOnDesktop(const Step& step) {
 // Who is meant
 
 std::optional<World::Window> World::window(int which) const {
-  auto all = platform_->desktop().windows();
+  auto all = desktop_->windows();
   if (all.empty()) return std::nullopt;
   std::ranges::sort(all, {}, &Window::id);
   return pick(all, which);
 }
 
 std::optional<World::Application> World::application(int which) const {
-  auto& desktop = platform_->desktop();
+  auto& desktop = *desktop_;
   std::vector<std::string> names;
   for (const auto& each : desktop.state().applications)
     if (each.identity.localizedName != "Pellow") names.push_back(each.identity.localizedName);
@@ -195,8 +195,8 @@ std::optional<World::Application> World::application(int which) const {
 
 std::optional<World::Application> World::usualApplication(int which) const {
   const auto& name = pick(usualApplications, which).name;
-  for (const auto& each : platform_->desktop().state().applications)
-    if (each.identity.localizedName == name) return platform_->desktop().application(name);
+  for (const auto& each : desktop_->state().applications)
+    if (each.identity.localizedName == name) return desktop_->application(name);
   return std::nullopt;
 }
 
@@ -205,9 +205,8 @@ std::optional<World::Application> World::usualApplication(int which) const {
 std::string World::launch(int which) {
   if (usualApplication(which)) return "";
   const auto& [name, bundleID, policy] = pick(usualApplications, which);
-  platform_->desktop().launch(
-      std::string(name), bundleID.empty() ? std::nullopt : std::optional(std::string(bundleID)),
-      policy);
+  desktop_->launch(std::string(name),
+                   bundleID.empty() ? std::nullopt : std::optional(std::string(bundleID)), policy);
   return fmt::format("{} is launched", name);
 }
 
@@ -215,7 +214,7 @@ std::string World::open(int which, int kind, int place) {
   auto owner = usualApplication(which);
   if (!owner) owner = application(which);
   if (!owner) return "";
-  const auto& desktop = platform_->desktop().state();
+  const auto& desktop = desktop_->state();
   const QuartzRect frame(placeOn(desktop, place, places.size() - 1), pick(sizes, place / 3));
   const auto& subrole = pick(subroles, kind / static_cast<int>(titles.size()));
   const auto opened =
@@ -230,7 +229,7 @@ std::string World::open(int which, int kind, int place) {
 std::string World::manners(int which, int manner, int detail) {
   const auto found = window(which);
   if (!found) return "";
-  const auto& desktop = platform_->desktop().state();
+  const auto& desktop = desktop_->state();
   if (owesSomething(desktop, found->pid())) return "";
   const auto name = nameOf(desktop, *desktop.window(found->id()));
   const int call = 1 + detail % 12;
@@ -265,7 +264,7 @@ std::string World::manners(int which, int manner, int detail) {
 std::string World::temper(int which, int temper, int detail) {
   const auto found = application(which);
   if (!found) return "";
-  const auto& desktop = platform_->desktop().state();
+  const auto& desktop = desktop_->state();
   const auto name = desktop.application(found->pid())->identity.localizedName;
   const auto with = [&](const std::string& what) { return name + " from now on " + what; };
   const bool keepsPace = owesSomething(desktop, found->pid());
@@ -298,10 +297,10 @@ std::string World::temper(int which, int temper, int detail) {
 std::string World::actOnWindow(Verb verb, int which, int detail) {
   const auto found = window(which);
   if (!found) return "";
-  const auto& desktop = platform_->desktop().state();
+  const auto& desktop = desktop_->state();
   const auto name = nameOf(desktop, *desktop.window(found->id()));
   const Application owner =
-      platform_->desktop().application(desktop.application(found->pid())->identity.localizedName);
+      desktop_->application(desktop.application(found->pid())->identity.localizedName);
   const auto& title = pick(titles, detail);
   const auto& size = pick(sizes, detail);
   const auto place = placeOn(desktop, detail, places.size());
@@ -335,7 +334,7 @@ std::string World::actOnWindow(Verb verb, int which, int detail) {
 std::string World::actOnApplication(Verb verb, int which, int detail) {
   const auto found = application(which);
   if (!found) return "";
-  const auto name = platform_->desktop().state().application(found->pid())->identity.localizedName;
+  const auto name = desktop_->state().application(found->pid())->identity.localizedName;
   const bool actsLate = detail % 3 != 0;
   const std::map<Verb, Change> changes{
       {Verb::hang,
@@ -360,7 +359,7 @@ std::string World::actOnApplication(Verb verb, int which, int detail) {
 
 std::string World::press(int key) {
   const auto code = pick(keys, key);
-  platform_->desktop().press(code, modifier::control | modifier::option | modifier::command);
+  desktop_->keyboard().press(code, modifier::control | modifier::option | modifier::command);
   static const std::map<std::uint16_t, std::string_view> actions{
       {17, "pellow the frontmost window"},
       {3, "float above"},
@@ -374,22 +373,22 @@ std::string World::press(int key) {
 std::string World::clickTab(int which) {
   if (!programRuns()) return "";
   std::vector<std::pair<std::string, std::string>> tabs;
-  for (const auto* panel : platform_->desktop().panels("pellow-strip"))
+  for (const auto* panel : desktop_->panels().visible("pellow-strip"))
     if (const auto* block = panel->view("tabs"))
       for (const auto& tab : block->children)
         tabs.emplace_back("tabs/" + tab.key, tab.look.accessibleName);
   if (tabs.empty()) return "";
   const auto& [path, name] = pick(tabs, which);
-  platform_->desktop().clickView("pellow-strip", path);
+  desktop_->panels().clickView("pellow-strip", path);
   return fmt::format("the user clicks the tab \"{}\"", name);
 }
 
 std::string World::answer(int button) {
-  auto& desktop = platform_->desktop();
-  if (desktop.alerts().empty()) return "";
-  const auto alert = desktop.alerts().front();
+  auto& desktop = *desktop_;
+  if (desktop.alerts().showing().empty()) return "";
+  const auto alert = desktop.alerts().showing().front();
   const auto& chosen = pick(alert.buttons, button);
-  desktop.choose(chosen);
+  desktop.alerts().choose(chosen);
   return fmt::format("the user answers \"{}\" with \"{}\"", alert.messageText, chosen);
 }
 
@@ -399,9 +398,9 @@ std::string World::prefer(int setting, int value) {
                                 animateFlight,       floatAboveWindows, autoHideStrip,
                                 tabsOnAllScreens,    thumbnailTabs,     showTitles};
   constexpr std::array mechanisms{"offscreen", "minimize", "hideApp", "offscreen"};
-  auto& desktop = platform_->desktop();
+  auto& desktop = *desktop_;
   const auto set = [&](const auto& preference, const auto& chosen) {
-    desktop.setDefault(preference.key, chosen);
+    desktop.userDefaults().put(preference.key, chosen);
     return fmt::format("{} is now {}", preference.key, chosen);
   };
   switch (const auto kind = setting % 14; kind) {
@@ -427,8 +426,8 @@ std::string World::zones(int count, int edge) {
     zone.snap = pick(snaps, edge + index);
     zones.push_back(zone);
   }
-  platform_->desktop().setDefault("zones",
-                                  DefaultsData{encodeJSON(nlohmann::json(zones)).value_or("")});
+  desktop_->userDefaults().put("zones",
+                               DefaultsData{encodeJSON(nlohmann::json(zones)).value_or("")});
   return fmt::format("{} zone(s) from the next start on", zones.size());
 }
 
@@ -436,16 +435,16 @@ std::string World::pin(int which, int zone) {
   const auto& bundleID = pick(usualApplications, which).bundleID;
   if (bundleID.empty()) return "";
   const ZoneStore::Pins pins{{std::string(bundleID), zoneID(zone % 3)}};
-  platform_->desktop().setDefault("pinnedApps",
-                                  DefaultsData{encodeJSON(nlohmann::json(pins)).value_or("")});
+  desktop_->userDefaults().put("pinnedApps",
+                               DefaultsData{encodeJSON(nlohmann::json(pins)).value_or("")});
   return fmt::format("{} is pinned from the next start on", bundleID);
 }
 
 // Displays
 
 std::string World::plug(int side) {
-  auto& desktop = platform_->desktop();
-  const auto& screens = desktop.screens();
+  auto& desktop = *desktop_;
+  const auto& screens = desktop.state().screens;
   if (std::ssize(screens) >= mostDisplays) return "";
   const auto size = pick(std::array{Size{1920, 1080}, Size{1280, 800}}, side / 3);
   AppKitPoint origin;
@@ -461,18 +460,18 @@ std::string World::plug(int side) {
                              AppKitPoint{top.minX(), top.maxY()}},
                   side);
   }
-  desktop.plug(static_cast<DisplayID>(++displays_), {origin, size});
+  desktop.screens().plug(static_cast<DisplayID>(++displays_), {origin, size});
   return fmt::format("display {} is plugged in at ({}, {}), {} x {}", displays_, origin.x, origin.y,
                      size.width, size.height);
 }
 
 std::string World::unplug(int which) {
-  auto& desktop = platform_->desktop();
-  const auto& screens = desktop.screens();
+  auto& desktop = *desktop_;
+  const auto& screens = desktop.state().screens;
   // The last display goes now and then, too: a lid is closed.
   if (screens.empty() || (screens.size() == 1 && which % 3 != 2)) return "";
   const auto display = *pick(screens, which).displayID;
-  desktop.unplug(display);
+  desktop.screens().unplug(display);
   return fmt::format("display {} is unplugged", display);
 }
 

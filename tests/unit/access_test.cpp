@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -11,25 +10,13 @@
 #include "access/pellow_error.h"
 #include "access/target_window.h"
 #include "base/task.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 #include "tests/unit/scripted_element.h"
 
 namespace pellow {
 namespace {
 
-using simulated::SimulatedPlatform;
-
 constexpr Seconds patience = 5;
-
-TEST(PellowError, EveryAccessibilityErrorReadsDifferently) {
-  std::set<std::string> texts{explanation(AXError::success)};
-  for (int number = -25214; number <= -25200; ++number)
-    texts.insert(explanation(static_cast<AXError>(number)));
-  EXPECT_EQ(texts.size(), 16u);
-  EXPECT_EQ(explanation(static_cast<AXError>(-25215)), "AXError -25215");
-  EXPECT_STREQ(PellowError::raiseFailed(AXError::cannotComplete).what(),
-               "Could not bring the window to the front (the app did not respond in time).");
-}
 
 TEST(AXReaders, AnswerNothingForErrorsAndForOtherTypes) {
   const auto scripted = scriptedElement(1);
@@ -127,8 +114,8 @@ class TargetWindowMove : public testing::Test {
     };
   }
 
-  SimulatedPlatform platform;
-  Clock& clock = platform.clock();
+  simulated::Desktop desktop;
+  Clock& clock = desktop.clock();
   std::shared_ptr<ScriptedElement> window = scriptedElement(1);
   Seconds took = 0;
   std::size_t reads = 0;
@@ -182,8 +169,8 @@ TEST_F(TargetWindowMove, FailsWithTheErrorOfTheWriteOrOfNoAnswer) {
 // The runner, on a desktop whose threads take turns by virtual time.
 class AXQueueTest : public testing::Test {
  protected:
-  SimulatedPlatform platform;
-  AXQueue queue{platform.queues()};
+  simulated::Desktop desktop;
+  AXQueue queue{desktop.queues()};
   std::vector<std::string> story;
   TaskScope tasks{[this](std::exception_ptr error) {
     try {
@@ -196,7 +183,7 @@ class AXQueueTest : public testing::Test {
   Task<> tell(std::string name, Seconds duration) {
     co_await queue.ax([&] {
       story.push_back(name + " begins");
-      platform.clock().sleep(duration);
+      desktop.clock().sleep(duration);
       story.push_back(name + " ends");
     });
     story.push_back(name + " is back");
@@ -207,11 +194,11 @@ class AXQueueTest : public testing::Test {
   }
   // Runs for so long and ends all tasks then.
   void cancelAfter(Seconds delay) {
-    cancelled = platform.queues().main().after(delay, [this] {
+    cancelled = desktop.queues().main().after(delay, [this] {
       tasks.cancel();
       story.push_back("cancelled");
     });
-    platform.desktop().runUntilQuiet();
+    desktop.runUntilQuiet();
   }
 
  private:
@@ -223,7 +210,7 @@ TEST_F(AXQueueTest, RunsOneAtATimeInOrderAndComesBack) {
   tasks.start(tell("two", 0.1));
   tasks.start(fail());
   EXPECT_TRUE(story.empty()) << "nothing has happened before the main thread lets go";
-  platform.desktop().runUntilQuiet();
+  desktop.runUntilQuiet();
 
   std::erase_if(story, [](const auto& line) { return line.ends_with("begins"); });
   const auto at = [&](std::string_view line) { return std::ranges::find(story, line); };
@@ -244,11 +231,11 @@ TEST_F(AXQueueTest, ADestroyedCoroutineWaitsForItsRunningWorkAndDropsTheRest) {
 TEST_F(AXQueueTest, ADestroyedCoroutineIsNotResumedWhenItsWorkIsDone) {
   // The main thread is busy while the work ends, so the way back stands in line behind the cancel.
   tasks.start(tell("one", 0.1));
-  const auto busy = platform.queues().main().after(0.05, [this] {
-    platform.clock().sleep(0.2);
+  const auto busy = desktop.queues().main().after(0.05, [this] {
+    desktop.clock().sleep(0.2);
     tasks.cancel();
   });
-  platform.desktop().runUntilQuiet();
+  desktop.runUntilQuiet();
   EXPECT_EQ(story, (std::vector<std::string>{"one begins", "one ends"}));
 }
 

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,29 +11,22 @@ namespace pellow {
 namespace {
 
 using simulated::AXCall;
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
 using Tabs = std::vector<std::string>;
 
 constexpr auto failed = "Pellow could not complete that action\n";
 
-class BulkStory : public testing::Test {
+class BulkStory : public Story {
  protected:
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
-  simulated::SimulatedApplication agent =
+  simulated::Application agent =
       desktop.launch("Agent", "com.example.agent", ActivationPolicy::accessory);
-  simulated::SimulatedApplication notes = desktop.launch("Notes", "com.example.notes");
-  simulated::SimulatedApplication mail = desktop.launch("Mail", "com.example.mail");
-  simulated::SimulatedApplication idle = desktop.launch("Idle", "com.example.idle");
-  SimulatedWindow clock = agent.openWindow("Clock", {10, 40, 200, 100});
-  SimulatedWindow list = notes.openWindow("Shopping", {100, 120, 800, 600});
-  SimulatedWindow letter = notes.openWindow("Letter", {300, 200, 400, 300});
-  SimulatedWindow sheet = notes.openWindow("Save", {350, 250, 300, 200}, "AXDialog");
-  SimulatedWindow inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
-  std::unique_ptr<Program> program;
-
-  void launch() { program = std::make_unique<Program>(platform); }
+  simulated::Application notes = desktop.launch("Notes", "com.example.notes");
+  simulated::Application mail = desktop.launch("Mail", "com.example.mail");
+  simulated::Application idle = desktop.launch("Idle", "com.example.idle");
+  simulated::Window clock = agent.openWindow("Clock", {10, 40, 200, 100});
+  simulated::Window list = notes.openWindow("Shopping", {100, 120, 800, 600});
+  simulated::Window letter = notes.openWindow("Letter", {300, 200, 400, 300});
+  simulated::Window sheet = notes.openWindow("Save", {350, 250, 300, 200}, "AXDialog");
+  simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
 
   Tabs sortedTabs() {
     auto tabs = program->tabs();
@@ -43,9 +35,9 @@ class BulkStory : public testing::Test {
   }
 
   // Opens windows that stay on the screen whatever they are asked.
-  std::vector<SimulatedWindow> openStubborn(int count) {
+  std::vector<simulated::Window> openStubborn(int count) {
     const auto stone = desktop.launch("Stone", "com.example.stone");
-    std::vector<SimulatedWindow> windows;
+    std::vector<simulated::Window> windows;
     for (int number = 1; number <= count; ++number)
       windows.push_back(
           stone.openWindow(fmt::format("Rock {}", number), {100, 100, 300, 200}).refusesToMove());
@@ -60,7 +52,7 @@ class BulkStory : public testing::Test {
 };
 
 TEST_F(BulkStory, AWindowThatLeavesTheDockBeforeItsTurnGoesBackThere) {
-  desktop.setDefault("mechanism", "minimize");
+  desktop.userDefaults().put("mechanism", "minimize");
   inbox.minimize();
   launch();
   list.answersAfter(0.2);
@@ -85,14 +77,14 @@ TEST_F(BulkStory, EverythingIsEveryStandardWindowOfOrdinaryApplications) {
   EXPECT_EQ(program->tabs().size(), 3) << "once is enough";
   program->pressRestoreAll();
   expectAllHome();
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
 
   // One tab stands for an application that is hidden whole, also when somebody else showed it.
-  desktop.setDefault("mechanism", "hideApp");
+  desktop.userDefaults().put("mechanism", "hideApp");
   program->pressEverything();
   EXPECT_EQ(program->tabs().size(), 2);
   EXPECT_TRUE(notes.isHidden() && mail.isHidden());
-  desktop.setDefault("restoreOnActivation", false);
+  desktop.userDefaults().put("restoreOnActivation", false);
   notes.unhide();
   notes.activate();
   list.raise();
@@ -110,10 +102,10 @@ TEST_F(BulkStory, AnApplicationIsHiddenForItsOtherWindows) {
   notes.activate();
   for (const auto& first : {list, letter}) {
     SCOPED_TRACE(first.title());
-    desktop.setDefault("mechanism", "offscreen");
+    desktop.userDefaults().put("mechanism", "offscreen");
     first.raise();
     program->pressPellow();
-    desktop.setDefault("mechanism", "hideApp");
+    desktop.userDefaults().put("mechanism", "hideApp");
     program->pressEverything();
     EXPECT_TRUE(notes.isHidden());
     program->pressRestoreAll();
@@ -131,16 +123,15 @@ TEST_F(BulkStory, PinnedApplicationsGoToTheirZones) {
                 "to pin one.");
   expectAllHome();
 
-  SimulatedPlatform next(desktop.snapshot());
-  auto& desk = next.desktop();
-  desk.setDefault("zones", DefaultsData{R"([{"id":"A0000000-0000-0000-0000-000000000000",
+  simulated::Desktop desk(desktop.snapshot());
+  desk.userDefaults().put("zones", DefaultsData{R"([{"id":"A0000000-0000-0000-0000-000000000000",
       "name":"A","position":[1,0.5],"showsName":false,"snap":"right"},
       {"id":"B0000000-0000-0000-0000-000000000000","name":"B","position":[0,0.5],
       "showsName":false,"snap":"left"}])"});
-  desk.setDefault("pinnedApps",
-                  DefaultsData{R"({"com.example.notes":"B0000000-0000-0000-0000-000000000000",
+  desk.userDefaults().put(
+      "pinnedApps", DefaultsData{R"({"com.example.notes":"B0000000-0000-0000-0000-000000000000",
       "com.example.absent":"A0000000-0000-0000-0000-000000000000"})"});
-  Program pinned(next);
+  Program pinned(desk);
   pinned.pressPinned();
   const auto& tabs = pinned.controller().store().tabs();
   ASSERT_EQ(tabs.size(), 2);
@@ -155,7 +146,7 @@ TEST_F(BulkStory, PinnedApplicationsGoToTheirZones) {
 TEST_F(BulkStory, FocusModeLeavesExactlyTheFocusedWindow) {
   for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
     SCOPED_TRACE(mechanism);
-    desktop.setDefault("mechanism", mechanism);
+    desktop.userDefaults().put("mechanism", mechanism);
     if (!program) launch();
     notes.activate();
     letter.raise();
@@ -174,14 +165,14 @@ TEST_F(BulkStory, FocusModeLeavesExactlyTheFocusedWindow) {
 }
 
 TEST_F(BulkStory, FailuresAreToldTogetherAtTheEnd) {
-  desktop.setDefault("mechanism", "minimize");
+  desktop.userDefaults().put("mechanism", "minimize");
   launch();
   for (const auto& window : {list, letter, inbox})
     window.failsNext("AXMinimized", AXError::cannotComplete, AXCall::write);
   desktop.launch("Web").openWindow("Page", {50, 60, 700, 500});
   program->pressEverything();
   EXPECT_EQ(program->tabs(), Tabs{"Page"}) << "one failure does not stop the others";
-  EXPECT_EQ(desktop.alerts().size(), 1);
+  EXPECT_EQ(desktop.alerts().showing().size(), 1);
   EXPECT_EQ(program->answerAlert(),
             std::string(failed) +
                 "Could not minimize the window (the app did not respond in time).\n\nAnd 2 more.");
@@ -208,8 +199,9 @@ TEST_F(BulkStory, WindowsThatWillNotSlideMayBeMinimizedInstead) {
   program->pressRestoreAll();
   inbox.failsNext("AXPosition", AXError::failure, AXCall::write);
   program->pressEverything();
-  ASSERT_EQ(desktop.alerts().size(), 1);
-  EXPECT_EQ(desktop.alerts()[0].buttons, (std::vector<std::string>{"Minimize Them", "Leave Them"}));
+  ASSERT_EQ(desktop.alerts().showing().size(), 1);
+  EXPECT_EQ(desktop.alerts().showing()[0].buttons,
+            (std::vector<std::string>{"Minimize Them", "Leave Them"}));
   EXPECT_EQ(
       program->answerAlert("Minimize Them"),
       "One window would not slide off-screen\nCould not move the window (AXError failure).\n" +
@@ -226,20 +218,20 @@ TEST_F(BulkStory, WindowsThatWillNotSlideMayBeMinimizedInstead) {
 }
 
 TEST_F(BulkStory, OneBulkActionAtATime) {
-  desktop.setDefault("animateFlight", false);
+  desktop.userDefaults().put("animateFlight", false);
   openStubborn(1);
   launch();
   notes.answersAfter(0.1);
   mail.answersAfter(0.1);
   notes.activate();
   letter.raise();
-  desktop.press(14, Program::modifiers);
+  desktop.keyboard().press(14, Program::modifiers);
   desktop.run(0.5);
-  desktop.press(0, Program::modifiers);
-  desktop.press(17, Program::modifiers);
+  desktop.keyboard().press(0, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.runUntilQuiet();
   // Each tells its own failures: the first of its refusals, then the second.
-  EXPECT_EQ(desktop.alerts().size(), 1);
+  EXPECT_EQ(desktop.alerts().showing().size(), 1);
   EXPECT_NE(program->answerAlert("Leave Them"), "");
   EXPECT_NE(program->answerAlert("Leave Them"), "");
   EXPECT_EQ(program->answerAlert(), "");
@@ -254,23 +246,23 @@ TEST_F(BulkStory, ASignalInTheMiddleBringsEverythingHome) {
   for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
     for (int moment = 0; moment < 40; ++moment) {
       SCOPED_TRACE(fmt::format("{}, {}", mechanism, moment));
-      SimulatedPlatform fresh({.seed = static_cast<std::uint64_t>(moment + 1)});
-      auto& desk = fresh.desktop();
-      desk.setDefault("mechanism", mechanism);
-      std::vector<SimulatedWindow> windows;
+      simulated::Desktop desk({.seed = static_cast<std::uint64_t>(moment + 1)});
+      desk.userDefaults().put("mechanism", mechanism);
+      std::vector<simulated::Window> windows;
       for (const auto* name : {"One", "Two"}) {
         const auto application = desk.launch(name, name);
         for (const double x : {10., 200.})
           windows.push_back(application.openWindow("Same title", {x, 100, 500, 400}));
       }
-      Program running(fresh);
-      desk.delayAnswers(0.05);
-      desk.press(0, Program::modifiers);
+      Program running(desk);
+      desk.accessibility().delayAnswers(0.05);
+      desk.keyboard().press(0, Program::modifiers);
       desk.run(0.03 * (moment % 20));
-      if (moment >= 20) desk.press(15, Program::modifiers);
-      desk.after(0.02 * (moment % 20), [&] { desk.signal(TerminationSignal::terminate); });
+      if (moment >= 20) desk.keyboard().press(15, Program::modifiers);
+      desk.after(0.02 * (moment % 20),
+                 [&] { desk.process().receive(TerminationSignal::terminate); });
       desk.runUntilQuiet();
-      EXPECT_EQ(desk.exitStatus(), 0);
+      EXPECT_EQ(desk.process().exitStatus(), 0);
       for (const auto& window : windows) {
         EXPECT_TRUE(window.isVisible());
         EXPECT_EQ(window.frame().minY(), 100);

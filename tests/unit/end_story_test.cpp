@@ -12,14 +12,10 @@ namespace pellow {
 namespace {
 
 using simulated::DesktopState;
-using simulated::SimulatedApplication;
-using simulated::SimulatedDesktop;
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
 
 // Two windows of one application and one of another.
 struct Windows {
-  explicit Windows(SimulatedDesktop& desktop)
+  explicit Windows(simulated::Desktop& desktop)
       : notes(desktop.launch("Notes", "com.example.notes")),
         mail(desktop.launch("Mail", "com.example.mail")),
         list(notes.openWindow("Shopping", {100, 120, 800, 600})),
@@ -35,7 +31,7 @@ struct Windows {
     program.pressPellow();
   }
 
-  void expectHome(SimulatedDesktop& desktop, const std::string& when) const {
+  void expectHome(simulated::Desktop& desktop, const std::string& when) const {
     for (const auto& [window, home] : {std::pair{list, QuartzRect{100, 120, 800, 600}},
                                        {letter, {300, 200, 400, 300}},
                                        {inbox, {0, 30, 500, 500}}}) {
@@ -45,34 +41,33 @@ struct Windows {
     }
   }
 
-  SimulatedApplication notes;
-  SimulatedApplication mail;
-  SimulatedWindow list;
-  SimulatedWindow letter;
-  SimulatedWindow inbox;
+  simulated::Application notes;
+  simulated::Application mail;
+  simulated::Window list;
+  simulated::Window letter;
+  simulated::Window inbox;
 };
 
 TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
-  using Road = std::function<void(SimulatedDesktop&, Program&)>;
+  using Road = std::function<void(simulated::Desktop&, Program&)>;
   const auto bySignal = [](TerminationSignal signal) {
-    return [signal](SimulatedDesktop& desktop, Program&) { desktop.signal(signal); };
+    return [signal](simulated::Desktop& desktop, Program&) { desktop.process().receive(signal); };
   };
   const std::vector<Road> roads{bySignal(TerminationSignal::terminate),
                                 bySignal(TerminationSignal::interrupt),
                                 bySignal(TerminationSignal::hangUp),
-                                [](SimulatedDesktop&, Program& program) { program.quit(); }};
+                                [](simulated::Desktop&, Program& program) { program.quit(); }};
   for (const auto* mechanism : {"minimize", "offscreen", "hideApp"}) {
     for (const auto& road : roads) {
-      SimulatedPlatform platform;
-      auto& desktop = platform.desktop();
-      desktop.setDefault("mechanism", mechanism);
+      simulated::Desktop desktop;
+      desktop.userDefaults().put("mechanism", mechanism);
       const Windows windows(desktop);
-      Program program(platform);
+      Program program(desktop);
       windows.pellowAll(program);
       road(desktop, program);
       desktop.runUntilQuiet();
-      EXPECT_FALSE(desktop.processRuns());
-      EXPECT_EQ(desktop.exitStatus(), 0);
+      EXPECT_FALSE(desktop.process().isRunning());
+      EXPECT_EQ(desktop.process().exitStatus(), 0);
       windows.expectHome(desktop, mechanism);
       EXPECT_FALSE(windows.notes.isHidden());
       EXPECT_FALSE(windows.mail.isHidden());
@@ -85,10 +80,9 @@ TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
 // launched on it.
 TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {
   std::vector<DesktopState> crashes;
-  SimulatedPlatform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const Windows windows(desktop);
-  Program program(platform);
+  Program program(desktop);
   desktop.onPortCall([&](std::uint64_t) { crashes.push_back(desktop.snapshot()); });
   windows.pellowAll(program);
   program.pressRestoreAll();
@@ -97,22 +91,21 @@ TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {
 
   int recoveries = 0;
   for (std::size_t call = 0; call < crashes.size(); ++call) {
-    SimulatedPlatform next(crashes[call]);
+    simulated::Desktop next(crashes[call]);
     Program relaunched(next);
-    windows.expectHome(next.desktop(), fmt::format("crash at call {}", call));
+    windows.expectHome(next, fmt::format("crash at call {}", call));
     EXPECT_TRUE(relaunched.journalAfterCrash().empty());
-    recoveries += next.desktop().hasLogged("Recovered 3 window(s) stranded by a previous run");
+    recoveries += next.hasLogged("Recovered 3 window(s) stranded by a previous run");
   }
   EXPECT_GT(recoveries, 0);
 }
 
 TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
-  SimulatedPlatform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto shell = desktop.launch("Shell", "com.example.shell");
   const auto first = shell.openWindow("~", {10, 50, 600, 400});
   const auto second = shell.openWindow("~", {700, 300, 600, 400});
-  Program program(platform);
+  Program program(desktop);
   program.pressPellow();
   first.raise();
   program.pressPellow();
@@ -124,41 +117,39 @@ TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
   ASSERT_EQ(program.journalAfterCrash().size(), 1);
   EXPECT_EQ(program.journalAfterCrash()[0].originalOrigin, (QuartzPoint{10, 50}));
 
-  SimulatedPlatform next(desktop.snapshot());
+  simulated::Desktop next(desktop.snapshot());
   Program relaunched(next);
-  EXPECT_EQ(next.desktop().counterpart(first).frame(), QuartzRect(10, 50, 600, 400));
-  EXPECT_EQ(next.desktop().counterpart(second).frame(), QuartzRect(700, 300, 600, 400));
+  EXPECT_EQ(next.counterpart(first).frame(), QuartzRect(10, 50, 600, 400));
+  EXPECT_EQ(next.counterpart(second).frame(), QuartzRect(700, 300, 600, 400));
 }
 
 // Of two processes, and one of them has changed its title.
 TEST(EndStory, ProcessesOfOneApplicationAreToldApart) {
-  SimulatedPlatform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto one = desktop.launch("One", "com.example.shell");
   const auto first = one.openWindow("a", {10, 50, 600, 400});
   const auto two = desktop.launch("Two", "com.example.shell");
   const auto second = two.openWindow("b", {70, 30, 600, 400});
-  Program program(platform);
+  Program program(desktop);
   program.pressPellow();
   one.activate();
   program.pressPellow();
   ASSERT_EQ(program.journalAfterCrash().size(), 2);
   first.rename("c");
 
-  SimulatedPlatform next(desktop.snapshot());
+  simulated::Desktop next(desktop.snapshot());
   Program relaunched(next);
-  EXPECT_EQ(next.desktop().counterpart(first).frame(), QuartzRect(10, 50, 600, 400));
-  EXPECT_EQ(next.desktop().counterpart(second).frame(), QuartzRect(70, 30, 600, 400));
+  EXPECT_EQ(next.counterpart(first).frame(), QuartzRect(10, 50, 600, 400));
+  EXPECT_EQ(next.counterpart(second).frame(), QuartzRect(70, 30, 600, 400));
 }
 
 TEST(EndStory, RecoveryPairsRecordsAndWindows) {
   const auto journal = [](const std::vector<ParkingRecord>& records) {
-    SimulatedPlatform scratch;
+    simulated::Desktop scratch;
     EXPECT_TRUE(ParkingJournal(scratch.userDefaults(), scratch.log()).write(records));
-    return *scratch.desktop().storedDefault("parkedWindows");
+    return *scratch.userDefaults().stored("parkedWindows");
   };
-  SimulatedPlatform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto shell = desktop.launch("Shell", "com.example.shell");
   // Parked at one place, as every window of one size is; the first changed its title meanwhile.
   const auto renamed = shell.openWindow("vi", {1439, 872, 600, 400});
@@ -171,10 +162,11 @@ TEST(EndStory, RecoveryPairsRecordsAndWindows) {
                          .openWindow("Panel", {-5000, 100, 300, 300});
   const auto asleep = desktop.launch("Asleep").openWindow("Minimized", {-5000, 100, 300, 300});
   asleep.minimize();
-  desktop.setDefault("parkedWindows", journal({{"com.example.shell", "~", {10, 50}, {1439, 872}},
-                                               {"com.example.shell", "logs", {20, 60}, {1439, 872}},
-                                               {"com.example.gone", "x", {0, 0}, {1439, 872}}}));
-  Program program(platform);
+  desktop.userDefaults().put("parkedWindows",
+                             journal({{"com.example.shell", "~", {10, 50}, {1439, 872}},
+                                      {"com.example.shell", "logs", {20, 60}, {1439, 872}},
+                                      {"com.example.gone", "x", {0, 0}, {1439, 872}}}));
+  Program program(desktop);
   EXPECT_EQ(titled.frame().origin, (QuartzPoint{20, 60}));
   EXPECT_EQ(renamed.frame().origin, (QuartzPoint{10, 50}));
   // The record without a window made the sweep run, for every window that cannot be seen.
@@ -192,12 +184,11 @@ TEST(EndStory, RecoveryPairsRecordsAndWindows) {
 
 TEST(EndStory, AnEmptyJournalAsksNobody) {
   for (const auto& stored : {"", "[]", "{}", "[1,2]", "no json"}) {
-    SimulatedPlatform platform;
-    auto& desktop = platform.desktop();
-    if (*stored) desktop.setDefault("parkedWindows", DefaultsData{stored});
+    simulated::Desktop desktop;
+    if (*stored) desktop.userDefaults().put("parkedWindows", DefaultsData{stored});
     const auto lost = desktop.launch("Web", "w").openWindow("Page", {1439, 100, 700, 500});
     desktop.recordHistory();
-    Program program(platform);
+    Program program(desktop);
     EXPECT_EQ(lost.frame().minX(), 1439) << stored;
     for (const auto& line : desktop.history())
       EXPECT_EQ(line.find("reads AX"), std::string::npos) << line;
@@ -207,33 +198,32 @@ TEST(EndStory, AnEmptyJournalAsksNobody) {
 // A dialog that was parked comes back; what an application that hangs has parked is left to the
 // launch after this one; and no window leaves its record behind.
 TEST(EndStory, NoRecordIsLostAndNoneStays) {
-  SimulatedPlatform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto notes = desktop.launch("Notes", "com.example.notes");
   const auto dialog = notes.openWindow("Find", {200, 150, 300, 200}, "AXDialog");
   const auto stuck = desktop.launch("Stuck", "com.example.stuck");
   const auto report = stuck.openWindow("Report", {100, 120, 800, 600});
-  Program program(platform);
+  Program program(desktop);
   program.pressPellow();
   notes.activate();
   program.pressPellow();
   ASSERT_EQ(program.journalAfterCrash().size(), 2);
 
-  SimulatedPlatform second(desktop.snapshot());
-  second.desktop().application("Stuck").hangs();
+  simulated::Desktop second(desktop.snapshot());
+  second.application("Stuck").hangs();
   Program afterCrash(second);
-  EXPECT_EQ(second.desktop().counterpart(dialog).frame(), QuartzRect(200, 150, 300, 200));
-  second.desktop().application("Notes").activate();
+  EXPECT_EQ(second.counterpart(dialog).frame(), QuartzRect(200, 150, 300, 200));
+  second.application("Notes").activate();
   afterCrash.pressPellow();
   afterCrash.pressRestoreAll();
   EXPECT_EQ(afterCrash.journalAfterCrash().size(), 1);
-  second.desktop().application("Stuck").wakes();
+  second.application("Stuck").wakes();
   afterCrash.quit();
-  second.desktop().runUntilQuiet();
+  second.runUntilQuiet();
 
-  SimulatedPlatform third(second.desktop().snapshot());
+  simulated::Desktop third(second.snapshot());
   Program afterEnd(third);
-  EXPECT_EQ(third.desktop().counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
+  EXPECT_EQ(third.counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
   EXPECT_TRUE(afterEnd.journalAfterCrash().empty());
 
   // Two of one title and place, brought back by two clicks at once.
@@ -243,8 +233,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   program.pressEverything();
   twin.answersAfter(0.2);
   for (int click = 0; click < 2; ++click) {
-    const auto& panel = desktop.panel("pellow-strip");
-    desktop.click(panel.centre("tabs/" + panel.viewNamed("Twin")->key));
+    desktop.pointer().click(program.tab("Twin"));
     desktop.run(0.01);
   }
   desktop.runUntilQuiet();
@@ -258,28 +247,25 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   stuck.hangs();
   program.quit();
   desktop.runUntilQuiet();
-  SimulatedPlatform fourth(desktop.snapshot());
-  fourth.desktop().application("Stuck").wakes();
+  simulated::Desktop fourth(desktop.snapshot());
+  fourth.application("Stuck").wakes();
   Program afterHang(fourth);
-  EXPECT_EQ(fourth.desktop().counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
+  EXPECT_EQ(fourth.counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
 }
 
 TEST(EndStory, AWindowThatWillNotMoveDoesNotStopTheLaunch) {
-  SimulatedPlatform platform;
-  const Windows windows(platform.desktop());
-  Program program(platform);
+  simulated::Desktop desktop;
+  const Windows windows(desktop);
+  Program program(desktop);
   windows.pellowAll(program);
 
-  SimulatedPlatform next(platform.desktop().snapshot());
-  auto& desktop = next.desktop();
-  desktop.counterpart(windows.letter)
-      .fails("AXPosition", AXError::failure, simulated::AXCall::write);
+  simulated::Desktop next(desktop.snapshot());
+  next.counterpart(windows.letter).fails("AXPosition", AXError::failure, simulated::AXCall::write);
   Program relaunched(next);
   EXPECT_TRUE(
-      desktop.hasLogged("Could not recover Letter: Could not move the window (AXError "
-                        "failure)."));
-  EXPECT_TRUE(desktop.hasLogged("Recovered 2 window(s) stranded by a previous run"));
-  EXPECT_EQ(desktop.counterpart(windows.list).frame().minX(), 100);
+      next.hasLogged("Could not recover Letter: Could not move the window (AXError failure)."));
+  EXPECT_TRUE(next.hasLogged("Recovered 2 window(s) stranded by a previous run"));
+  EXPECT_EQ(next.counterpart(windows.list).frame().minX(), 100);
 }
 
 }  // namespace

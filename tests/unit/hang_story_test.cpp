@@ -11,17 +11,15 @@
 namespace pellow {
 namespace {
 
-using simulated::SimulatedPlatform;
 using Tabs = std::vector<std::string>;
 
 TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
-  SimulatedPlatform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto stuck = desktop.launch("Stuck", "com.example.stuck");
   const auto report = stuck.openWindow("Report", {100, 120, 800, 600});
   const auto notes = desktop.launch("Notes", "com.example.notes");
   const auto list = notes.openWindow("Shopping", {300, 200, 400, 300});
-  Program program(platform);
+  Program program(desktop);
   program.pressEverything();
   ASSERT_EQ(program.tabs(), (Tabs{"Report", "Shopping"}));
   const auto fresh = notes.openWindow("Letter", {50, 60, 300, 300});
@@ -30,10 +28,7 @@ TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
 
   // The click takes its tab away in the next frame, whatever the window does.
   const auto clickTab = [&](const std::string& title) {
-    const auto& panel = desktop.panel("pellow-strip");
-    const auto* const tab = panel.viewNamed(title);
-    ASSERT_NE(tab, nullptr) << title;
-    desktop.click(panel.centre("tabs/" + tab->key));
+    desktop.pointer().click(program.tab(title));
     desktop.run(0.02);
     for (const auto& shown : program.tabs()) EXPECT_NE(shown, title);
   };
@@ -41,10 +36,10 @@ TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
   clickTab("Shopping");
   // Switching applications, a secondary click, a key: all in no time.
   notes.activate();
-  desktop.press(3, Program::modifiers);
+  desktop.keyboard().press(3, Program::modifiers);
   desktop.run(0.001);
-  EXPECT_EQ(desktop.panel("pellow-strip").level(), PanelLevel::desktopIcons);
-  desktop.press(17, Program::modifiers);
+  EXPECT_EQ(desktop.panels().panel("pellow-strip").level(), PanelLevel::desktopIcons);
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.run(1);
   EXPECT_EQ(fresh.frame(), QuartzRect(50, 60, 300, 300)) << "in its turn";
 
@@ -63,19 +58,18 @@ TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
   program.pressRestoreAll();
   EXPECT_EQ(report.frame(), QuartzRect(100, 120, 800, 600));
   EXPECT_TRUE(program.tabs().empty());
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
 }
 
 // However many windows it has put away, that looking for dead ones must ask it about.
 TEST(HangStory, ManyTabsOfItCostNoMoreThanOne) {
-  SimulatedPlatform platform;
-  auto& desktop = platform.desktop();
+  simulated::Desktop desktop;
   const auto stuck = desktop.launch("Stuck", "com.example.stuck");
   for (int index = 0; index < 40; ++index) stuck.openWindow("Report", {100, 120, 800, 600});
   const auto notes = desktop.launch("Notes", "com.example.notes");
   notes.openWindow("Letter", {50, 60, 300, 300});
   const auto list = notes.openWindow("Shopping", {300, 200, 400, 300});
-  Program program(platform);
+  Program program(desktop);
   program.pressEverything();
   stuck.hangs();
   for (const auto* const title : {"Letter", "Shopping"}) {
@@ -90,11 +84,10 @@ TEST(HangStory, WhatHangsInTheMiddleFinishesWhenItWakes) {
   int finished = 0;
   for (int call = 1; call <= 8; ++call) {
     SCOPED_TRACE(call);
-    SimulatedPlatform platform;
-    auto& desktop = platform.desktop();
+    simulated::Desktop desktop;
     const auto stuck = desktop.launch("Stuck", "com.example.stuck");
     const auto report = stuck.openWindow("Report", {100, 120, 800, 600});
-    Program program(platform);
+    Program program(desktop);
     int calls = 0;
     desktop.onPortCall([&](std::uint64_t) {
       if (++calls == call) stuck.hangs();

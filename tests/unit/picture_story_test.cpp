@@ -8,7 +8,7 @@
 
 #include "capture/flight_animator.h"
 #include "capture/window_capture.h"
-#include "platforms/simulated/simulated_image.h"
+#include "platforms/simulated/named_image.h"
 #include "tests/unit/program.h"
 
 // Pictures of windows: taken in time, kept for a while, flown to the tab and back.
@@ -16,26 +16,20 @@
 namespace pellow {
 namespace {
 
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
 using simulated::windowPicture;
 
 constexpr QuartzRect home{100, 120, 800, 600};
 constexpr auto noSnapshot = "No snapshot for this window, using its icon: ";
 
-class PictureStory : public testing::Test {
+class PictureStory : public Story {
  protected:
-  PictureStory() { desktop.setDefault("useThumbnails", true); }
+  PictureStory() { desktop.userDefaults().put("useThumbnails", true); }
 
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
-  simulated::SimulatedApplication notes = desktop.launch("Notes", "com.example.notes");
-  SimulatedWindow list = notes.openWindow("Shopping", home);
-  simulated::SimulatedApplication mail = desktop.launch("Mail", "com.example.mail");
-  SimulatedWindow inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
-  std::unique_ptr<Program> program;
+  simulated::Application notes = desktop.launch("Notes", "com.example.notes");
+  simulated::Window list = notes.openWindow("Shopping", home);
+  simulated::Application mail = desktop.launch("Mail", "com.example.mail");
+  simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
 
-  void launch() { program = std::make_unique<Program>(platform); }
   const std::optional<Image>& snapshot() {
     return program->controller().store().tabs()[0].snapshot;
   }
@@ -45,7 +39,7 @@ TEST_F(PictureStory, AWindowIsPhotographedBeforeItGoes) {
   launch();
   for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
     SCOPED_TRACE(mechanism);
-    desktop.setDefault("mechanism", mechanism);
+    desktop.userDefaults().put("mechanism", mechanism);
     notes.activate();
     program->pressPellow();
     ASSERT_TRUE(snapshot());
@@ -55,28 +49,28 @@ TEST_F(PictureStory, AWindowIsPhotographedBeforeItGoes) {
     program->pressRestoreAll();
   }
 
-  desktop.failNextCapture({"The camera is broken."});
+  desktop.screenCapture().failNext({"The camera is broken."});
   program->pressPellow();
   EXPECT_FALSE(snapshot());
   EXPECT_TRUE(desktop.hasLogged(std::string(noSnapshot) + "The camera is broken."));
   program->pressRestoreAll();
 
   // No window waits for a camera for ever.
-  desktop.capturesAfter(simulated::never);
+  desktop.screenCapture().answersAfter(simulated::never);
   program->pressPellow();
   ASSERT_EQ(program->tabs().size(), 1);
   EXPECT_FALSE(snapshot());
-  desktop.capturesAfter(0);
+  desktop.screenCapture().answersAfter(0);
   program->pressRestoreAll();
 
-  desktop.setDefault("useThumbnails", false);
+  desktop.userDefaults().put("useThumbnails", false);
   program->pressPellow();
   EXPECT_FALSE(snapshot());
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
 }
 
 TEST_F(PictureStory, AWindowThatIsMovedBeforeItsTurnComesBackToItsNewPlace) {
-  desktop.capturesAfter(0.2);
+  desktop.screenCapture().answersAfter(0.2);
   launch();
   desktop.after(0.1, [&] { inbox.moveTo({600, 200}); });
   program->pressEverything();
@@ -86,14 +80,14 @@ TEST_F(PictureStory, AWindowThatIsMovedBeforeItsTurnComesBackToItsNewPlace) {
 }
 
 TEST_F(PictureStory, AMissingPermissionIsToldOnce) {
-  desktop.allowCapture(false);
+  desktop.screenCapture().allow(false);
   launch();
-  EXPECT_EQ(desktop.captureAccessRequests(), 1);
+  EXPECT_EQ(desktop.screenCapture().requests(), 1);
   const auto asked = program->answerAlert("Open System Settings");
   EXPECT_TRUE(
       asked.starts_with("Pellow needs Screen Recording permission\nYou have real window "
                         "images switched on, so Pellow photographs each window"));
-  EXPECT_EQ(desktop.openedURLs(),
+  EXPECT_EQ(desktop.workspace().openedURLs(),
             std::vector<std::string>{
                 "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture"});
 
@@ -137,7 +131,7 @@ TEST_F(PictureStory, AMinimizedWindowHasThePictureTakenAhead) {
 
 TEST_F(PictureStory, SixteenPicturesAreKept) {
   launch();
-  std::vector<SimulatedWindow> windows;
+  std::vector<simulated::Window> windows;
   for (int number = 0; number < 17; ++number) {
     const auto name = fmt::format("App {}", number);
     windows.push_back(desktop.launch(name, name).openWindow(name, home));
@@ -156,46 +150,45 @@ TEST_F(PictureStory, SixteenPicturesAreKept) {
 }
 
 TEST_F(PictureStory, ThePictureFliesToTheTabAndBack) {
-  desktop.setDefault("animationDuration", 0.4);
+  desktop.userDefaults().put("animationDuration", 0.4);
   launch();
   notes.activate();
-  desktop.press(17, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.run(0.2);
-  const auto& out = desktop.panel("pellow-flight");
+  const auto& out = desktop.panels().panel("pellow-flight");
   EXPECT_TRUE(out.ignoresMouseEvents());
   EXPECT_LT(out.opacityNow(), 1);
-  const auto& strip = desktop.panel("pellow-strip");
-  EXPECT_EQ(out.frame().midX(), strip.centre("tabs/" + strip.view("tabs")->children[0].key).x);
+  EXPECT_EQ(out.frame().midX(), program->tab("Shopping").x);
   desktop.runUntilQuiet();
-  EXPECT_TRUE(desktop.panels("pellow-flight").empty());
+  EXPECT_TRUE(desktop.panels().visible("pellow-flight").empty());
 
-  desktop.press(15, Program::modifiers);
+  desktop.keyboard().press(15, Program::modifiers);
   desktop.run(0.3);
   // Quartz (100, 120) is 900 - 120 - 600 above the bottom.
-  EXPECT_EQ(desktop.panel("pellow-flight").frame(), AppKitRect(100, 180, 800, 600));
+  EXPECT_EQ(desktop.panels().panel("pellow-flight").frame(), AppKitRect(100, 180, 800, 600));
   desktop.runUntilQuiet();
-  EXPECT_TRUE(desktop.panels("pellow-flight").empty());
+  EXPECT_TRUE(desktop.panels().visible("pellow-flight").empty());
 
   const auto expectNoFlight = [&] {
-    desktop.press(17, Program::modifiers);
+    desktop.keyboard().press(17, Program::modifiers);
     desktop.run(0.2);
     EXPECT_EQ(program->tabs().size(), 1);
-    EXPECT_TRUE(desktop.panels("pellow-flight").empty());
+    EXPECT_TRUE(desktop.panels().visible("pellow-flight").empty());
     program->pressRestoreAll();
   };
-  desktop.setDefault("animateFlight", false);
+  desktop.userDefaults().put("animateFlight", false);
   expectNoFlight();
-  desktop.setDefault("animateFlight", true);
-  desktop.setDefault("mechanism", "minimize");
+  desktop.userDefaults().put("animateFlight", true);
+  desktop.userDefaults().put("mechanism", "minimize");
   expectNoFlight();
 
   // The end of the program waits for no flight.
-  desktop.setDefault("mechanism", "offscreen");
-  desktop.press(17, Program::modifiers);
+  desktop.userDefaults().put("mechanism", "offscreen");
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.run(0.1);
-  desktop.signal(TerminationSignal::terminate);
+  desktop.process().receive(TerminationSignal::terminate);
   desktop.runUntilQuiet();
-  EXPECT_EQ(desktop.exitStatus(), 0);
+  EXPECT_EQ(desktop.process().exitStatus(), 0);
   EXPECT_EQ(list.frame(), home);
 }
 
@@ -223,18 +216,18 @@ TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
   EXPECT_EQ(FlightAnimator::landing({0, 0, 0, 900}, {100, 100, 34, 34}),
             AppKitRect(100, 100, 34, 34));
 
-  SimulatedPlatform platform;
+  simulated::Desktop desktop;
   NotificationCenter notifications;
-  const Preferences preferences(platform.userDefaults(), notifications);
-  FlightAnimator flights(platform.panels(), preferences, platform.queues().main());
-  const auto icon = Image(std::make_shared<simulated::SimulatedImage>("icon", Size{32, 32}));
+  const Preferences preferences(desktop.userDefaults(), notifications);
+  FlightAnimator flights(desktop.panels(), preferences, desktop.queues().main());
+  const auto icon = Image(std::make_shared<simulated::NamedImage>("icon", Size{32, 32}));
   const auto startsAt = [&](AppKitRect window, AppKitRect tab) -> std::optional<AppKitRect> {
     int landed = 0;
     flights.flyOut(icon, FlightAnimator::Subject::icon, window, tab, [&] { ++landed; });
     std::optional<AppKitRect> start;
-    if (!platform.desktop().panels("pellow-flight").empty())
-      start = platform.desktop().panel("pellow-flight").frameNow();
-    platform.desktop().runUntilQuiet();
+    if (!desktop.panels().visible("pellow-flight").empty())
+      start = desktop.panels().panel("pellow-flight").frameNow();
+    desktop.runUntilQuiet();
     EXPECT_EQ(landed, 1);
     return start;
   };
@@ -244,22 +237,22 @@ TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
 
   // Of many the first flies at once, a few more when nothing comes any more, each in a frame of its
   // own, and all of them land.
-  const auto flying = [&] { return platform.desktop().panels("pellow-flight").size(); };
+  const auto flying = [&] { return desktop.panels().visible("pellow-flight").size(); };
   int landed = 0;
   for (int count = 0; count < 50; ++count) {
     flights.flyOut(icon, FlightAnimator::Subject::icon, {0, 0, 300, 200}, {0, 0, 34, 34},
                    [&] { ++landed; });
-    platform.desktop().run(0.002);
+    desktop.run(0.002);
     ASSERT_EQ(flying(), 1);
   }
   std::size_t most = 0;
   for (std::size_t before = 1; landed < 50; before = flying()) {
-    platform.desktop().run(0.01);
+    desktop.run(0.01);
     EXPECT_LE(flying(), before + 1);
     most = std::max(most, flying());
   }
   EXPECT_EQ(most, 8);
-  platform.desktop().runUntilQuiet();
+  desktop.runUntilQuiet();
   EXPECT_EQ(landed, 50);
 }
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "model/preferences.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 
 namespace pellow {
 namespace {
@@ -13,23 +13,14 @@ class PreferencesTest : public testing::Test {
  protected:
   int noticed() { return std::exchange(notices, 0); }
 
-  simulated::SimulatedPlatform platform;
-  UserDefaults& defaults = platform.userDefaults();
+  simulated::Desktop desktop;
+  UserDefaults& defaults = desktop.userDefaults();
   NotificationCenter notifications;
   Preferences preferences{defaults, notifications};
   int notices = 0;
   Subscription counting =
       notifications.observe("pellow.preferencesDidChange", [this] { ++notices; });
 };
-
-TEST_F(PreferencesTest, WhatIsNotStoredHasItsRegisteredValue) {
-  EXPECT_EQ(preferences.mechanism(), Mechanism::offscreen);
-  EXPECT_EQ(preferences.value(preference::edge), StripEdge::right);
-  EXPECT_EQ(preferences.tabSize(), 34);
-  EXPECT_TRUE(preferences.value(preference::animateFlight));
-  EXPECT_FALSE(preferences.value(preference::useThumbnails));
-  EXPECT_FALSE(platform.desktop().storedDefault("animateFlight"));
-}
 
 TEST_F(PreferencesTest, TextsWithoutAMeaningHaveAFallback) {
   defaults.set("mechanism", "dock");
@@ -91,7 +82,7 @@ TEST_F(PreferencesTest, SharedValuesAreWrittenEvenWhenTheyAreTheSame) {
 
   preferences.applySynced({{"tabSize", 34.0}, {"showTitles", false}});
   EXPECT_EQ(noticed(), 1);
-  EXPECT_EQ(platform.desktop().storedDefault("tabSize"), DefaultsValue(34.0));
+  EXPECT_EQ(desktop.userDefaults().stored("tabSize"), DefaultsValue(34.0));
 }
 
 }  // namespace

@@ -1,27 +1,28 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "app/app_delegate.h"
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_panels.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 
 namespace pellow {
 
 // The program, launched on a simulated desktop, and what its user knows of it.
 class Program {
  public:
-  explicit Program(simulated::SimulatedPlatform& platform)
-      : platform_(platform), delegate_(platform) {
-    platform.desktop().onTerminate([this] { delegate_.applicationWillTerminate(); });
+  explicit Program(simulated::Desktop& desktop) : desktop_(desktop), delegate_(desktop) {
+    desktop.process().onTerminate([this] { delegate_.applicationWillTerminate(); });
     delegate_.applicationDidFinishLaunching();
-    platform.desktop().runUntilQuiet();
+    desktop.runUntilQuiet();
   }
 
   PellowController& controller() { return delegate_.controller(); }
-  void quit() { platform_.process().terminate(); }
+  void quit() { desktop_.process().terminate(); }
 
   static constexpr auto modifiers = modifier::control | modifier::option | modifier::command;
 
@@ -32,48 +33,57 @@ class Program {
   void pressEverything() { press(0); }
   void pressFocusMode() { press(14); }
   void press(std::uint16_t keyCode) {
-    platform_.desktop().press(keyCode, modifiers);
-    platform_.desktop().runUntilQuiet();
+    desktop_.keyboard().press(keyCode, modifiers);
+    desktop_.runUntilQuiet();
   }
 
   // The titles of the tabs on the strip, from its first panel.
   std::vector<std::string> tabs() const {
     std::vector<std::string> names;
-    const auto* const block = platform_.desktop().panels("pellow-strip").at(0)->view("tabs");
+    const auto* const block = desktop_.panels().visible("pellow-strip").at(0)->view("tabs");
     for (const auto& tab : block->children) names.push_back(tab.look.accessibleName);
     return names;
   }
 
-  // Clicks a tab in the middle, where it stands on the screen.
+  // The middle of a tab on the screen.
+  AppKitPoint tab(const std::string& title) const {
+    const auto& panel = desktop_.panels().panel("pellow-strip");
+    const auto* const view = panel.viewNamed(title);
+    return view ? panel.centre("tabs/" + view->key) : throw std::out_of_range("no tab " + title);
+  }
   void clickTab(const std::string& title) {
-    const auto& panel = platform_.desktop().panel("pellow-strip");
-    const auto* const block = panel.view("tabs");
-    const auto* const tab = panel.viewNamed(title);
-    const AppKitVector inPanel{block->frame.minX() + tab->frame.midX(),
-                               block->frame.minY() + tab->frame.midY()};
-    platform_.desktop().click(panel.frame().origin + inPanel);
-    platform_.desktop().runUntilQuiet();
+    desktop_.pointer().click(tab(title));
+    desktop_.runUntilQuiet();
   }
 
   // The text of the only alert, which is then answered; empty without one.
   std::string answerAlert(const std::string& button = "OK") {
-    auto& desktop = platform_.desktop();
-    if (desktop.alerts().empty()) return "";
-    const auto alert = desktop.alerts().front();
-    desktop.choose(button);
-    desktop.runUntilQuiet();
+    const auto showing = desktop_.alerts().showing();
+    if (showing.empty()) return "";
+    const auto& alert = showing.front();
+    desktop_.alerts().choose(button);
+    desktop_.runUntilQuiet();
     return alert.messageText + "\n" + alert.informativeText;
   }
 
   // The journal as a crash at this moment would leave it.
   std::vector<ParkingRecord> journalAfterCrash() const {
-    simulated::SimulatedPlatform afterCrash(platform_.desktop().snapshot());
+    simulated::Desktop afterCrash(desktop_.snapshot());
     return ParkingJournal(afterCrash.userDefaults(), afterCrash.log()).records();
   }
 
  private:
-  simulated::SimulatedPlatform& platform_;
+  simulated::Desktop& desktop_;
   AppDelegate delegate_;
+};
+
+// A desktop on which applications open their windows before the program is launched.
+class Story : public testing::Test {
+ protected:
+  void launch() { program = std::make_unique<Program>(desktop); }
+
+  simulated::Desktop desktop;
+  std::unique_ptr<Program> program;
 };
 
 }  // namespace pellow

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,25 +11,17 @@
 namespace pellow {
 namespace {
 
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
-using testing::Test;
-
 constexpr QuartzRect home{100, 120, 800, 600};
 constexpr auto failed = "Pellow could not complete that action\n";
 
-class RoadStory : public Test {
+class RoadStory : public Story {
  protected:
-  SimulatedWindow openNotes(const std::string& title = "Shopping", QuartzRect frame = home) {
+  simulated::Window openNotes(const std::string& title = "Shopping", QuartzRect frame = home) {
     if (!notes) notes = desktop.launch("Notes", "com.example.notes");
     return notes->openWindow(title, frame);
   }
-  void launch() { program = std::make_unique<Program>(platform); }
 
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
-  std::optional<simulated::SimulatedApplication> notes;
-  std::unique_ptr<Program> program;
+  std::optional<simulated::Application> notes;
 };
 
 TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
@@ -42,7 +33,7 @@ TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
   bool movedUnrecorded = false;
   desktop.onPortCall([&](std::uint64_t) {
     if (list.frame() == home) return;
-    movedUnrecorded |= !desktop.defaultAfterCrash("parkedWindows");
+    movedUnrecorded |= !desktop.userDefaults().afterCrash("parkedWindows");
   });
   program->pressPellow();
   desktop.onPortCall(nullptr);
@@ -53,7 +44,7 @@ TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
       program->journalAfterCrash(),
       (std::vector<ParkingRecord>{{"com.example.notes", "Shopping", home.origin, {1439, 872}}}));
 
-  const auto& strip = desktop.panel("pellow-strip");
+  const auto& strip = desktop.panels().panel("pellow-strip");
   EXPECT_EQ(strip.frame().maxX(), 1440 - 6);
   EXPECT_EQ(strip.level(), PanelLevel::statusWindow);
 
@@ -64,7 +55,7 @@ TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
   EXPECT_TRUE(list.hasFocus());
   EXPECT_TRUE(program->tabs().empty());
   EXPECT_TRUE(program->journalAfterCrash().empty());
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
 }
 
 TEST_F(RoadStory, EveryMechanismTakesTheSameRoad) {
@@ -72,7 +63,7 @@ TEST_F(RoadStory, EveryMechanismTakesTheSameRoad) {
   const auto letter = openNotes("Letter", {300, 200, 400, 300});
   launch();
 
-  desktop.setDefault("mechanism", "minimize");
+  desktop.userDefaults().put("mechanism", "minimize");
   program->pressPellow();
   EXPECT_TRUE(letter.isMinimized());
   EXPECT_FALSE(list.isMinimized());
@@ -81,7 +72,7 @@ TEST_F(RoadStory, EveryMechanismTakesTheSameRoad) {
   EXPECT_FALSE(letter.isMinimized());
   EXPECT_TRUE(letter.hasFocus());
 
-  desktop.setDefault("mechanism", "hideApp");
+  desktop.userDefaults().put("mechanism", "hideApp");
   program->pressPellow();
   EXPECT_TRUE(notes->isHidden());
   EXPECT_EQ(program->tabs(), std::vector<std::string>{"Letter"});
@@ -91,10 +82,10 @@ TEST_F(RoadStory, EveryMechanismTakesTheSameRoad) {
 
   // The last tab of each mechanism comes back by one key.
   program->pressPellow();
-  desktop.setDefault("mechanism", "minimize");
+  desktop.userDefaults().put("mechanism", "minimize");
   const auto inbox = desktop.launch("Mail").openWindow("Inbox", {0, 30, 500, 500});
   program->pressPellow();
-  desktop.setDefault("mechanism", "offscreen");
+  desktop.userDefaults().put("mechanism", "offscreen");
   const auto page = desktop.launch("Web").openWindow("Page", {50, 60, 700, 500});
   program->pressPellow();
   EXPECT_EQ(program->tabs(), (std::vector<std::string>{"Letter", "Inbox", "Page"}));
@@ -110,8 +101,8 @@ TEST_F(RoadStory, AWindowIsPutAwayOnce) {
   const auto list = openNotes();
   launch();
   list.answersAfter(0.2);
-  desktop.press(17, Program::modifiers);
-  desktop.press(17, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.runUntilQuiet();
   EXPECT_EQ(program->tabs().size(), 1);
 
@@ -120,10 +111,10 @@ TEST_F(RoadStory, AWindowIsPutAwayOnce) {
   EXPECT_EQ(program->tabs().size(), 1);
   EXPECT_EQ(program->journalAfterCrash().size(), 1);
   // On its way back it goes away again once it has arrived.
-  desktop.press(15, Program::modifiers);
+  desktop.keyboard().press(15, Program::modifiers);
   desktop.run(0.5);
-  desktop.press(17, Program::modifiers);
-  desktop.press(17, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.runUntilQuiet();
   EXPECT_EQ(program->tabs().size(), 1);
   EXPECT_EQ(program->journalAfterCrash().size(), 1);
@@ -138,7 +129,7 @@ TEST_F(RoadStory, TheZoneChoosesTheSideAndThePinTheZone) {
     return *UUID::parse(letter + std::string("0000000-0000-0000-0000-000000000000"));
   };
   const auto store = [&](const char* key, const nlohmann::json& value) {
-    desktop.setDefault(key, DefaultsData{value.dump()});
+    desktop.userDefaults().put(key, DefaultsData{value.dump()});
   };
   store("zones", std::vector<TabZone>{
                      {.id = id('A'), .name = "A", .position = {0.5, 0}, .snap = StripEdge::top},
@@ -159,8 +150,8 @@ TEST_F(RoadStory, TheZoneChoosesTheSideAndThePinTheZone) {
   program->pressPellow();
   EXPECT_EQ(page.frame().minX(), 1 - 700);
 
-  ASSERT_EQ(desktop.panels("pellow-strip").size(), 3);
-  for (const auto* panel : desktop.panels("pellow-strip"))
+  ASSERT_EQ(desktop.panels().visible("pellow-strip").size(), 3);
+  for (const auto* panel : desktop.panels().visible("pellow-strip"))
     EXPECT_EQ(panel->view("tabs")->children.size(), 1);
 }
 
@@ -173,10 +164,10 @@ TEST_F(RoadStory, AWindowThatStaysInSightGoesBackAndHasNoTab) {
   EXPECT_EQ(list.frame(), home);
   EXPECT_TRUE(program->tabs().empty());
   EXPECT_TRUE(program->journalAfterCrash().empty());
-  ASSERT_EQ(desktop.alerts().size(), 1);
-  EXPECT_EQ(desktop.alerts()[0].style, AlertStyle::warning);
+  ASSERT_EQ(desktop.alerts().showing().size(), 1);
+  EXPECT_EQ(desktop.alerts().showing()[0].style, AlertStyle::warning);
   EXPECT_EQ(program->answerAlert(), refusal);
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
 
   // Six percent of its width stay on the display, then five.
   const auto stopsAt = [](double x) {
@@ -198,7 +189,7 @@ TEST_F(RoadStory, AWindowThatStaysInSightGoesBackAndHasNoTab) {
   // What cannot be recorded is not hidden.
   list.behaves().moveTo(home.origin);
   list.resize(home.size);
-  desktop.failNextDefaultsWrite({"The disk is full."}, "parkedWindows");
+  desktop.userDefaults().failNextWrite({"The disk is full."}, "parkedWindows");
   program->pressPellow();
   EXPECT_EQ(list.frame(), home);
   EXPECT_TRUE(program->tabs().empty());
@@ -208,7 +199,7 @@ TEST_F(RoadStory, AWindowThatStaysInSightGoesBackAndHasNoTab) {
 TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
   const auto list = openNotes();
   const auto letter = openNotes("Letter", {300, 200, 400, 300});
-  desktop.setDefault("mechanism", "minimize");
+  desktop.userDefaults().put("mechanism", "minimize");
   launch();
 
   letter.failsNext("AXMinimized", AXError::cannotComplete, simulated::AXCall::write);
@@ -237,7 +228,7 @@ TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
   EXPECT_TRUE(program->tabs().empty());
   EXPECT_TRUE(
       desktop.hasLogged("raise failed after successful restore: the app did not respond in time"));
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
 
   // Nothing to pellow.
   notes->quit();
@@ -247,7 +238,7 @@ TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
 
 TEST_F(RoadStory, AnApplicationIsHiddenWhenItSaysSo) {
   const auto list = openNotes();
-  desktop.setDefault("mechanism", "hideApp");
+  desktop.userDefaults().put("mechanism", "hideApp");
   launch();
   notes->hidesAfter(0.3);
   program->pressPellow();
@@ -272,18 +263,18 @@ TEST_F(RoadStory, AWindowComesToTheFrontWhereActivationsAreWishes) {
   launch();
   for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
     SCOPED_TRACE(mechanism);
-    desktop.setDefault("mechanism", mechanism);
+    desktop.userDefaults().put("mechanism", mechanism);
     list.raise();
     notes->activate();
     program->pressPellow();
     ASSERT_EQ(program->tabs().size(), 1);
     desktop.launch("Mail").openWindow("Inbox", {0, 30, 500, 500});
-    desktop.ignoreActivations();
+    desktop.workspace().ignoreActivations();
     program->clickTab("Shopping");
     EXPECT_TRUE(list.hasFocus());
     EXPECT_TRUE(list.isInFront());
-    EXPECT_TRUE(desktop.alerts().empty());
-    desktop.ignoreActivations(false);
+    EXPECT_TRUE(desktop.alerts().showing().empty());
+    desktop.workspace().ignoreActivations(false);
     desktop.application("Mail").quit();
   }
 }
@@ -293,15 +284,15 @@ TEST_F(RoadStory, AWindowWhoseFateIsUnknownKeepsATab) {
   launch();
   // From the record on, its application takes 8 s for everything, and then does it all the same.
   desktop.onPortCall([&](std::uint64_t) {
-    if (desktop.defaultAfterCrash("parkedWindows")) list.answersAfter(8).actsLate();
+    if (desktop.userDefaults().afterCrash("parkedWindows")) list.answersAfter(8).actsLate();
   });
-  desktop.press(17, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.run(10.5);
   desktop.onPortCall(nullptr);
   EXPECT_LT(list.shareOnDisplays(), 0.05);
   EXPECT_EQ(program->tabs().size(), 1);
   EXPECT_EQ(program->journalAfterCrash().size(), 1);
-  ASSERT_EQ(desktop.alerts().size(), 1);
+  ASSERT_EQ(desktop.alerts().showing().size(), 1);
 
   desktop.runUntilQuiet();
   list.behaves();
@@ -328,7 +319,7 @@ TEST_F(RoadStory, AClosedWindowLeavesNoTabAndNoRecord) {
   desktop.runUntilQuiet();
   EXPECT_TRUE(program->tabs().empty());
   EXPECT_TRUE(program->journalAfterCrash().empty());
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
 }
 
 // The window is closed during its nth call, for every n of the road away and back.
@@ -336,16 +327,15 @@ TEST(RoadStories, AWindowMayCloseAtAnyMoment) {
   // Until it is asked nothing any more.
   int call = 0;
   for (bool wasClosed = true; wasClosed;) {
-    SimulatedPlatform platform;
-    auto& desktop = platform.desktop();
+    simulated::Desktop desktop;
     const auto list = desktop.launch("Notes", "com.example.notes").openWindow("Shopping", home);
-    Program program(platform);
+    Program program(desktop);
     list.closesDuring(++call);
     program.pressPellow();
     program.pressRestoreAll();
     wasClosed = !list.exists();
-    while (!desktop.alerts().empty()) {
-      desktop.choose("OK");
+    while (!desktop.alerts().showing().empty()) {
+      desktop.alerts().choose("OK");
       desktop.runUntilQuiet();
     }
     EXPECT_TRUE(program.tabs().empty()) << "closed during call " << call;
@@ -356,12 +346,12 @@ TEST(RoadStories, AWindowMayCloseAtAnyMoment) {
 }
 
 TEST_F(RoadStory, AWindowComesBackOntoADisplay) {
-  desktop.plug(2, {1440, 0, 1920, 1080});
+  desktop.screens().plug(2, {1440, 0, 1920, 1080});
   const auto far = openNotes("Far", {2000, 100, 800, 600});
   launch();
   program->pressPellow();
   EXPECT_EQ(far.frame().minX(), 1440 + 1920 - 1);
-  desktop.unplug(2);
+  desktop.screens().unplug(2);
   desktop.runUntilQuiet();
   program->clickTab("Far");
   // The menu bar takes 25 points at the top, the Dock 70 at the bottom.
@@ -389,67 +379,67 @@ TEST_F(RoadStory, ShortcutsFireWhateverElseIsHeld) {
   launch();
   constexpr std::uint64_t capsLock = 0x10000;
   constexpr std::uint64_t function = 0x800000;
-  desktop.press(17, Program::modifiers | modifier::shift);
+  desktop.keyboard().press(17, Program::modifiers | modifier::shift);
   desktop.runUntilQuiet();
   EXPECT_TRUE(program->tabs().empty());
-  desktop.setProgramHasKeyboard(true);
-  desktop.press(17, Program::modifiers | capsLock | function);
+  desktop.keyboard().setBelongsToProgram(true);
+  desktop.keyboard().press(17, Program::modifiers | capsLock | function);
   desktop.runUntilQuiet();
   EXPECT_EQ(program->tabs().size(), 1);
 
   // The strip follows the preference at once.
   program->press(3);
-  EXPECT_EQ(desktop.panel("pellow-strip").level(), PanelLevel::desktopIcons);
-  EXPECT_EQ(desktop.storedDefault("floatAboveWindows"), DefaultsValue(false));
+  EXPECT_EQ(desktop.panels().panel("pellow-strip").level(), PanelLevel::desktopIcons);
+  EXPECT_EQ(desktop.userDefaults().stored("floatAboveWindows"), DefaultsValue(false));
   program->press(3);
-  EXPECT_EQ(desktop.panel("pellow-strip").level(), PanelLevel::statusWindow);
+  EXPECT_EQ(desktop.panels().panel("pellow-strip").level(), PanelLevel::statusWindow);
 }
 
 TEST_F(RoadStory, ItWaitsForThePermission) {
   const auto list = openNotes();
-  desktop.setTrusted(false);
+  desktop.accessibility().setTrusted(false);
   launch();
   program->pressPellow();
   EXPECT_EQ(list.frame(), home);
-  EXPECT_TRUE(desktop.panels("pellow-strip").empty());
-  EXPECT_EQ(desktop.trustPrompts(), 1);
+  EXPECT_TRUE(desktop.panels().visible("pellow-strip").empty());
+  EXPECT_EQ(desktop.accessibility().prompts(), 1);
   const auto explanation = program->answerAlert("Open System Settings");
   EXPECT_TRUE(explanation.starts_with(
       "Pellow needs Accessibility permission\nPellow controls windows belonging to other apps"));
-  EXPECT_EQ(desktop.openedURLs(),
+  EXPECT_EQ(desktop.workspace().openedURLs(),
             std::vector<std::string>{
                 "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility"});
   desktop.run(10);
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
 
-  desktop.setTrusted(true);
+  desktop.accessibility().setTrusted(true);
   desktop.run(1.1);
   program->pressPellow();
   EXPECT_EQ(program->tabs().size(), 1);
   desktop.run(5);
-  EXPECT_EQ(desktop.panels("pellow-strip").size(), 1);
+  EXPECT_EQ(desktop.panels().visible("pellow-strip").size(), 1);
 }
 
 TEST_F(RoadStory, ThePermissionCountsWhileItsAlertStillShows) {
   const auto lost = openNotes("Lost", {1439, 872, 800, 600});
-  desktop.setDefault(
+  desktop.userDefaults().put(
       "parkedWindows",
       DefaultsData{R"([{"bundleID":"com.example.notes","title":"Lost","originalOrigin":[100,120],)"
                    R"("parkedOrigin":[1439,872]}])"});
-  desktop.setTrusted(false);
+  desktop.accessibility().setTrusted(false);
   launch();
-  EXPECT_EQ(desktop.alerts().size(), 1);
+  EXPECT_EQ(desktop.alerts().showing().size(), 1);
 
   // Who leaves now keeps the journal of the run before.
-  SimulatedPlatform second(desktop.snapshot());
+  simulated::Desktop second(desktop.snapshot());
   Program unstarted(second);
   unstarted.quit();
-  second.desktop().runUntilQuiet();
+  second.runUntilQuiet();
   EXPECT_EQ(unstarted.journalAfterCrash().size(), 1);
 
-  desktop.setTrusted(true);
+  desktop.accessibility().setTrusted(true);
   desktop.run(1.1);
-  EXPECT_TRUE(desktop.alerts().empty());
+  EXPECT_TRUE(desktop.alerts().showing().empty());
   EXPECT_EQ(lost.frame(), home);
   EXPECT_TRUE(program->journalAfterCrash().empty());
   lost.raise();

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "base/json.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 #include "shortcuts/shortcut_store.h"
 #include "shortcuts/system_shortcuts.h"
 
@@ -22,8 +22,8 @@ class ShortcutStoreTest : public testing::Test {
   }
   int noticed() { return std::exchange(notices, 0); }
 
-  simulated::SimulatedPlatform platform;
-  UserDefaults& defaults = platform.userDefaults();
+  simulated::Desktop desktop;
+  UserDefaults& defaults = desktop.userDefaults();
   NotificationCenter notifications;
   int notices = 0;
   Subscription counting = notifications.observe("pellow.shortcutsDidChange", [this] { ++notices; });
@@ -111,11 +111,11 @@ class SystemShortcutsTest : public testing::Test {
  protected:
   std::optional<std::string> conflict(std::vector<SymbolicHotKey> hotKeys,
                                       const Shortcut& shortcut = {49, " ", 0x100000}) {
-    platform.desktop().setSymbolicHotKeys(std::move(hotKeys));
-    return SystemShortcuts::conflictDescription(platform.symbolicHotKeys(), shortcut);
+    desktop.symbolicHotKeys().set(std::move(hotKeys));
+    return SystemShortcuts::conflictDescription(desktop.symbolicHotKeys(), shortcut);
   }
 
-  simulated::SimulatedPlatform platform;
+  simulated::Desktop desktop;
 };
 
 TEST_F(SystemShortcutsTest, GoByCharacterAndModifiers) {

@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 
 // What every story relies on: time is virtual, and the desktop keeps the promises of the ports.
 
@@ -23,9 +22,8 @@ class SimulatedDesktopTest : public testing::Test {
     return std::get<T>(element.copyAttribute(attribute, patience).value());
   }
 
-  SimulatedPlatform platform;
-  SimulatedDesktop& desktop = platform.desktop();
-  MainQueue& mainQueue = platform.queues().main();
+  simulated::Desktop desktop;
+  MainQueue& mainQueue = desktop.queues().main();
   Seconds patience = 6;
 };
 
@@ -33,13 +31,13 @@ class SimulatedDesktopTest : public testing::Test {
 TEST(SimulatedScheduler, TheSeedDecidesWhoIsFirst) {
   std::set<std::string> firsts;
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-    SimulatedPlatform platform({.seed = seed});
-    const auto left = platform.queues().makeSerialQueue("left");
-    const auto right = platform.queues().makeSerialQueue("right");
+    simulated::Desktop desktop({.seed = seed});
+    const auto left = desktop.queues().makeSerialQueue("left");
+    const auto right = desktop.queues().makeSerialQueue("right");
     Lines done;
     const auto one = left->async([&] { done.push_back("left"); });
     const auto two = right->async([&] { done.push_back("right"); });
-    platform.desktop().runUntilQuiet();
+    desktop.runUntilQuiet();
     firsts.insert(done.at(0));
   }
   EXPECT_EQ(firsts, (std::set<std::string>{"left", "right"}));
@@ -69,7 +67,7 @@ TEST_F(SimulatedDesktopTest, VirtualTimeJumpsFromOneMomentToTheNext) {
   done.clear();
   timer = mainQueue.every(1, [&] {
     note("tick");
-    if (done.size() == 1) platform.clock().sleep(3.5);
+    if (done.size() == 1) desktop.clock().sleep(3.5);
   });
   const auto meanwhile = mainQueue.after(2, [&] { note("work"); });
   desktop.run(6);
@@ -81,19 +79,6 @@ TEST_F(SimulatedDesktopTest, VirtualTimeJumpsFromOneMomentToTheNext) {
   again = [&] { next = mainQueue.after(59, again); };
   again();
   EXPECT_THROW(desktop.runUntilQuiet(), std::runtime_error);
-}
-
-TEST_F(SimulatedDesktopTest, AQueueThatEndsWaitsForWhatRunsAndDropsTheRest) {
-  auto ending = platform.queues().makeSerialQueue("ending");
-  Lines done;
-  const auto last = ending->async([&] {
-    platform.clock().sleep(1);
-    done.push_back("last");
-  });
-  const auto tooLate = ending->async([&] { done.push_back("too late"); });
-  desktop.run(0.5);
-  ending = nullptr;
-  EXPECT_EQ(done, Lines{"last"});
 }
 
 TEST_F(SimulatedDesktopTest, WindowsAnswerLikeThoseOfAMac) {
@@ -110,7 +95,7 @@ TEST_F(SimulatedDesktopTest, WindowsAnswerLikeThoseOfAMac) {
 
   EXPECT_TRUE(letter.element().setAttribute("AXMinimized", true, patience).has_value());
   EXPECT_EQ(windows().back(), letter.element());
-  EXPECT_TRUE(platform.workspace().activate(inbox.pid()));
+  EXPECT_TRUE(desktop.workspace().activate(inbox.pid()));
   EXPECT_TRUE(element.performAction("AXRaise", patience).has_value());
   EXPECT_TRUE(inbox.isInFront()) << "a raise stays behind the frontmost application";
 
@@ -119,8 +104,8 @@ TEST_F(SimulatedDesktopTest, WindowsAnswerLikeThoseOfAMac) {
   EXPECT_EQ(element.pid().error(), AXError::invalidUIElement);
   EXPECT_EQ(notes.element().copyAttribute("AXWindows", patience).error(),
             AXError::invalidUIElement);
-  EXPECT_FALSE(platform.workspace().activate(notes.pid()));
-  EXPECT_FALSE(platform.workspace().application(notes.pid()));
+  EXPECT_FALSE(desktop.workspace().activate(notes.pid()));
+  EXPECT_FALSE(desktop.workspace().application(notes.pid()));
 }
 
 TEST_F(SimulatedDesktopTest, WindowsHaveManners) {
@@ -161,73 +146,74 @@ TEST_F(SimulatedDesktopTest, WindowsHaveManners) {
 }
 
 TEST_F(SimulatedDesktopTest, DisplaysComeAndGo) {
-  desktop.plug(2, {1440, -180, 1920, 1080});
+  desktop.screens().plug(2, {1440, -180, 1920, 1080});
   const auto notes = desktop.launch("Notes");
   const auto near = notes.openWindow("Near", {100, 100, 400, 300});
-  EXPECT_EQ(platform.screens().main()->displayID, 1);
+  EXPECT_EQ(desktop.screens().main()->displayID, 1);
   const auto far = notes.openWindow("Far", {2000, 200, 400, 300});
-  EXPECT_EQ(platform.screens().main()->displayID, 2);
+  EXPECT_EQ(desktop.screens().main()->displayID, 2);
 
   // The second display becomes the primary one: both spaces begin there now.
-  desktop.unplug(1);
-  EXPECT_EQ(platform.screens().all()[0].frame, AppKitRect(0, 0, 1920, 1080));
+  desktop.screens().unplug(1);
+  EXPECT_EQ(desktop.screens().all()[0].frame, AppKitRect(0, 0, 1920, 1080));
   EXPECT_EQ(far.frame(), QuartzRect(560, 200, 400, 300));
   EXPECT_EQ(near.frame(), QuartzRect(0, 100, 400, 300)) << "brought onto the display that is left";
-  desktop.unplug(2);
-  EXPECT_FALSE(platform.screens().main());
-  desktop.plug(3, {500, 500, 800, 600});
-  EXPECT_EQ(platform.screens().main()->frame, AppKitRect(0, 0, 800, 600));
+  desktop.screens().unplug(2);
+  EXPECT_FALSE(desktop.screens().main());
+  desktop.screens().plug(3, {500, 500, 800, 600});
+  EXPECT_EQ(desktop.screens().main()->frame, AppKitRect(0, 0, 800, 600));
 }
 
 TEST_F(SimulatedDesktopTest, AFailedWriteOfTheDefaultsIsLostInACrash) {
-  auto& defaults = platform.userDefaults();
-  EXPECT_TRUE(defaults.set("eventually", 1.0));
-  desktop.failNextDefaultsWrite({"The disk is full."}, "journal");
-  EXPECT_TRUE(defaults.set("atOnce", true, Kept::atOnce));
-  EXPECT_EQ(defaults.set("journal", true, Kept::atOnce).error().sentence, "The disk is full.");
+  auto& defaults = desktop.userDefaults();
+  EXPECT_TRUE(defaults.set("eventual", 1.0));
+  desktop.userDefaults().failNextWrite({"The disk is full."}, "journal");
+  EXPECT_TRUE(defaults.set("immediate", true, Kept::atOnce));
+  EXPECT_EQ(defaults.set("journal", true, Kept::atOnce).error().sentence,
+            "The disk is full.");
   EXPECT_EQ(defaults.value("journal"), DefaultsValue(true));
-  const auto survives = [&](std::string_view key) {
-    return desktop.defaultAfterCrash(key).has_value();
+  const auto onDisk = [&](std::string_view key) {
+    return desktop.userDefaults().afterCrash(key).has_value();
   };
-  EXPECT_FALSE(survives("eventually"));
-  EXPECT_TRUE(survives("atOnce"));
+  EXPECT_FALSE(onDisk("eventual"));
+  EXPECT_TRUE(onDisk("immediate"));
   desktop.run(1);
   EXPECT_TRUE(survives("eventually"));
   EXPECT_FALSE(survives("journal"));
 
-  EXPECT_TRUE(defaults.set("eventually", 2.0));
-  SimulatedPlatform afterCrash(desktop.snapshot());
-  EXPECT_EQ(afterCrash.userDefaults().value("eventually"), DefaultsValue(1.0));
-  platform.process().exit(0);
-  SimulatedPlatform afterExit(desktop.snapshot());
-  EXPECT_EQ(afterExit.userDefaults().value("eventually"), DefaultsValue(2.0));
+  EXPECT_TRUE(defaults.set("eventual", 2.0));
+  simulated::Desktop afterCrash(desktop.snapshot());
+  EXPECT_EQ(afterCrash.userDefaults().value("eventual"), DefaultsValue(1.0));
+  desktop.process().exit(0);
+  simulated::Desktop afterExit(desktop.snapshot());
+  EXPECT_EQ(afterExit.userDefaults().value("eventual"), DefaultsValue(2.0));
 }
 
 TEST_F(SimulatedDesktopTest, NothingOfAnEndedProcessRuns) {
   const auto list = desktop.launch("Notes").openWindow("Shopping", home);
   Lines done;
-  const auto queue = platform.queues().makeSerialQueue("com.velloway.pellow.actions");
+  const auto queue = desktop.queues().makeSerialQueue("com.velloway.pellow.actions");
   auto running = queue->async([&] {
-    platform.clock().sleep(1);
+    desktop.clock().sleep(1);
     const auto moved = list.element().setAttribute("AXPosition", QuartzPoint{1439, 872}, patience);
     done.push_back(moved ? "moved" : "not moved");
   });
   const auto waiting = queue->async([&] { done.push_back("waiting"); });
   const auto later = mainQueue.after(2, [&] { done.push_back("later"); });
-  const auto handler = platform.process().onSignal(TerminationSignal::terminate, [&] {
-    platform.process().exit(3);
+  const auto handler = desktop.process().onSignal(TerminationSignal::terminate, [&] {
+    desktop.process().exit(3);
     done.push_back("after exit");
-    EXPECT_FALSE(platform.workspace().hide(list.pid()));
+    EXPECT_FALSE(desktop.workspace().hide(list.pid()));
   });
-  const auto panel = platform.panels().makePanel("pellow-strip");
+  const auto panel = desktop.panels().makePanel("pellow-strip");
   panel->orderFront();
-  desktop.after(0.5, [&] { desktop.signal(TerminationSignal::terminate); });
+  desktop.after(0.5, [&] { desktop.process().receive(TerminationSignal::terminate); });
   desktop.runUntilQuiet();
-  EXPECT_FALSE(desktop.processRuns());
-  EXPECT_EQ(desktop.exitStatus(), 3);
+  EXPECT_FALSE(desktop.process().isRunning());
+  EXPECT_EQ(desktop.process().exitStatus(), 3);
   EXPECT_EQ(done, (Lines{"after exit", "not moved"}));
   EXPECT_EQ(list.frame(), home);
-  EXPECT_TRUE(desktop.panels("pellow-strip").empty());
+  EXPECT_TRUE(desktop.panels().visible("pellow-strip").empty());
 }
 
 }  // namespace

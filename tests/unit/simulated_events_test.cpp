@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 
 // What the desktop tells its observers, in which order, and what it answers when things go wrong.
 
@@ -21,7 +20,7 @@ constexpr auto focusChanged = "AXFocusedWindowChanged";
 class SimulatedEventsTest : public testing::Test {
  protected:
   SimulatedEventsTest() {
-    auto& workspace = platform.workspace();
+    auto& workspace = desktop.workspace();
     const auto note = [this](const char* what) {
       return
           [this, what](ProcessID pid) { heard.push_back(fmt::format("{} {}", what, name(pid))); };
@@ -32,12 +31,12 @@ class SimulatedEventsTest : public testing::Test {
   }
 
   std::string name(ProcessID pid) {
-    const auto running = platform.workspace().application(pid);
+    const auto running = desktop.workspace().application(pid);
     return running ? running->localizedName : "?";
   }
 
   // Hears everything that the application and its windows have to say.
-  void listenTo(const SimulatedApplication& application) {
+  void listenTo(const simulated::Application& application) {
     for (const auto* what : {miniaturized, focusChanged})
       listen(application.element(), what, std::string(what).substr(2, 5));
     for (const auto& window : application.windows())
@@ -45,7 +44,7 @@ class SimulatedEventsTest : public testing::Test {
   }
 
   void listen(const AXElement& element, const char* notification, std::string word) {
-    auto observer = platform.accessibility().observe(
+    auto observer = desktop.accessibility().observe(
         element, notification,
         [this, word = std::move(word)](const AXElement& about) {
           const auto title = about.copyAttribute("AXTitle", patience);
@@ -65,13 +64,13 @@ class SimulatedEventsTest : public testing::Test {
     return heard;
   }
 
-  AXElement minimizeButtonOf(const SimulatedWindow& window) {
+  AXElement minimizeButtonOf(const simulated::Window& window) {
     return std::get<AXElement>(
         window.element().copyAttribute("AXMinimizeButton", patience).value());
   }
 
   std::string at(QuartzPoint point) {
-    const auto found = platform.accessibility().elementAtPosition(systemWide, point, patience);
+    const auto found = desktop.accessibility().elementAtPosition(systemWide, point, patience);
     if (!found) return found.error() == AXError::noValue ? "nothing" : "an error";
     const auto read = [&](const AXElement& element, const char* attribute) {
       const auto value = element.copyAttribute(attribute, patience);
@@ -82,9 +81,8 @@ class SimulatedEventsTest : public testing::Test {
                        read(std::get<AXElement>(*parent), "AXTitle"));
   }
 
-  SimulatedPlatform platform;
-  SimulatedDesktop& desktop = platform.desktop();
-  AXElement systemWide = platform.accessibility().systemWide();
+  simulated::Desktop desktop;
+  AXElement systemWide = desktop.accessibility().systemWide();
   Seconds patience = 6;
   Lines heard;
   std::vector<Subscription> observers;
@@ -104,7 +102,7 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
     std::function<void()> act;
     Lines told;
   };
-  auto& workspace = platform.workspace();
+  auto& workspace = desktop.workspace();
   for (const auto& [act, told] : std::vector<Act>{
            // A background agent takes the focus from nobody.
            {[&] { desktop.launch("agent", {}, ActivationPolicy::prohibited); }, {}},
@@ -112,12 +110,13 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
             {"regular agent"}},
            {[&] { desktop.application("agent").quit(); }, {"terminate ?"}},
            // A click on a window of another application: its focused one, then another one.
-           {[&] { desktop.click({1000, 400}); }, {"activate Notes"}},
+           {[&] { desktop.pointer().click({1000, 400}); }, {"activate Notes"}},
            {[&] { mail.activate(); }, {"activate Mail"}},
-           {[&] { desktop.click({200, 400}); }, {"activate Notes", "Focus Shopping"}},
-           {[&] { desktop.click({200, 400}); }, {}},
+           {[&] { desktop.pointer().click({200, 400}); }, {"activate Notes", "Focus Shopping"}},
+           {[&] { desktop.pointer().click({200, 400}); }, {}},
            // The focus moves on within the application, wherever the minimize came from.
-           {[&] { desktop.click(list.minimizeButton()); }, {"Windo Shopping", "Focus Letter"}},
+           {[&] { desktop.pointer().click(list.minimizeButton()); },
+            {"Windo Shopping", "Focus Letter"}},
            {[&] { list.unminimize(); }, {"Focus Shopping"}},
            {[&] { letter.element().performAction("AXRaise", patience).value(); }, {"Focus Letter"}},
            {[&] { list.element().setAttribute("AXMinimized", true, patience).value(); },
@@ -129,7 +128,7 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
            {[&] { notes.unhide(); }, {}},
            {[&] { workspace.activate(notes.pid()); }, {"activate Notes"}},
            {[&] { list.unminimize(); }, {"Focus Shopping"}},
-           {[&] { platform.process().activate(); }, {"activate Pellow"}},
+           {[&] { desktop.process().activate(); }, {"activate Pellow"}},
            // Killed: no window says that it goes.
            {[&] { mail.kill(); }, {"terminate ?"}},
            {[&] { letter.close(); }, {"gone ?"}},
@@ -145,9 +144,9 @@ TEST_F(SimulatedEventsTest, WithoutThePermissionNothingIsHeard) {
   // Nothing is heard while the permission is withdrawn, nor by one who has left; the rest is late
   // and in order.
   listenTo(notes);
-  desktop.setTrusted(false);
+  desktop.accessibility().setTrusted(false);
   EXPECT_TRUE(heardAfter([&] { list.minimize(); }).empty());
-  desktop.setTrusted(true);
+  desktop.accessibility().setTrusted(true);
   desktop.delayAnnouncements(2);
   auto late = heardAfter([&] {
     list.unminimize();
@@ -176,12 +175,12 @@ TEST_F(SimulatedEventsTest, AHitTestFindsWhatLiesOnTop) {
   EXPECT_EQ(button.copyAttribute("AXRole", patience).error(), AXError::invalidUIElement);
 
   // The program's own panel covers what is below it, at its level.
-  const auto panel = platform.panels().makePanel("pellow-strip");
+  const auto panel = desktop.panels().makePanel("pellow-strip");
   panel->setFrame({580, 680, 40, 40});
   panel->orderFront();
   const auto found =
-      platform.accessibility().elementAtPosition(systemWide, {600, 200}, patience).value();
-  EXPECT_EQ(found.pid(), platform.process().pid());
+      desktop.accessibility().elementAtPosition(systemWide, {600, 200}, patience).value();
+  EXPECT_EQ(found.pid(), desktop.process().pid());
   panel->setLevel(PanelLevel::desktopIcons);
   EXPECT_EQ(at({600, 200}), "AXGroup - in Inbox");
 
@@ -213,7 +212,7 @@ TEST_F(SimulatedEventsTest, ApplicationsHangWakeAndDie) {
 
   // The permission goes while the answer is on its way.
   const auto web = desktop.launch("Web").openWindow("Page", home).answersAfter(1);
-  desktop.after(0.5, [&] { desktop.setTrusted(false); });
+  desktop.after(0.5, [&] { desktop.accessibility().setTrusted(false); });
   EXPECT_EQ(web.element().copyAttribute("AXTitle", patience).error(), AXError::apiDisabled);
 }
 

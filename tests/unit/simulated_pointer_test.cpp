@@ -4,11 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_desktop.h"
-#include "platforms/simulated/simulated_panels.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/panels.h"
 
-// What the user does with the pointer, the menus that it opens, and panels that move below it.
+// What the user does with the pointer, and panels that move below it.
 
 namespace pellow::simulated {
 namespace {
@@ -37,7 +36,6 @@ class SimulatedPointerTest : public testing::Test {
           if (onDragged) onDragged();
         },
         [=, this] { done.push_back("ended" + generation); }};
-    handle.actions.contextMenu = [this] { return zoneMenu(); };
     for (const int number : {1, 2}) {
       const auto key = fmt::format("tab-{}", number);
       View tab{.key = key, .frame = {60.0 * number - 50, 20, 40, 40}};
@@ -50,20 +48,6 @@ class SimulatedPointerTest : public testing::Test {
     return {.key = "root", .frame = {0, 0, 120, 80}, .children = {handle}};
   }
 
-  Menu zoneMenu() {
-    MenuItem size{.title = "Size", .submenu = Menu{}};
-    for (const int points : {30, 40})
-      size.submenu->items.push_back({.title = fmt::format("{} pt", points),
-                                     .isChecked = chosenSize == points,
-                                     .onChosen = [=, this] { chosenSize = points; }});
-    MenuItem locked{.title = "Locked", .isEnabled = false, .submenu = size.submenu};
-    return {{{.title = "Zone"},
-             {.isSeparator = true},
-             size,
-             locked,
-             {.title = "Gather", .isEnabled = false, .onChosen = [] { FAIL(); }}}};
-  }
-
   Lines doneAfter(const std::function<void()>& act) {
     done.clear();
     act();
@@ -71,45 +55,44 @@ class SimulatedPointerTest : public testing::Test {
     return done;
   }
 
-  SimulatedPlatform platform;
-  SimulatedDesktop& desktop = platform.desktop();
-  std::unique_ptr<Panel> panel = platform.panels().makePanel("pellow-strip");
+  simulated::Desktop desktop;
+  std::unique_ptr<pellow::Panel> panel = desktop.panels().makePanel("pellow-strip");
   Lines done;
   std::function<void()> onDragged;
-  int chosenSize = 30;
 };
 
 TEST_F(SimulatedPointerTest, AClickIsNoDragAndADragNoClick) {
-  const auto tab = desktop.panel("pellow-strip").centre("handle/tab-1");
+  const auto tab = desktop.panels().panel("pellow-strip").centre("handle/tab-1");
   EXPECT_EQ(tab, (AppKitPoint{230, 340}));
-  EXPECT_EQ(doneAfter([&] { desktop.drag(tab, {232, 342}); }),
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().drag(tab, {232, 342}); }),
             (Lines{"enter tab-1", "click tab-1"}));
-  EXPECT_EQ(doneAfter([&] { desktop.drag(tab, {500, 700}, 2); }),
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().drag(tab, {500, 700}, 2); }),
             (Lines{"began", "by 135 180", "by 270 360", "ended", "leave tab-1"}));
-  EXPECT_EQ(doneAfter([&] { desktop.drag({500, 700}, tab, 2); }), Lines{"enter tab-1"})
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().drag({500, 700}, tab, 2); }), Lines{"enter tab-1"})
       << "a press elsewhere is nobody's here";
 
   panel->setIgnoresMouseEvents(true);
-  EXPECT_EQ(doneAfter([&] { desktop.click(tab); }), Lines{"leave tab-1"});
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().click(tab); }), Lines{"leave tab-1"});
   panel->setIgnoresMouseEvents(false);
-  EXPECT_EQ(doneAfter([&] { desktop.click(tab); }), (Lines{"enter tab-1", "click tab-1"}));
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().click(tab); }),
+            (Lines{"enter tab-1", "click tab-1"}));
 
   // Windows cover panels of the desktop's level.
   panel->setLevel(PanelLevel::desktopIcons);
   const auto cover = desktop.launch("Notes").openWindow("Cover", {0, 0, 1440, 900});
-  EXPECT_EQ(doneAfter([&] { desktop.click(tab); }), Lines{"leave tab-1"});
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().click(tab); }), Lines{"leave tab-1"});
   cover.minimize();
-  EXPECT_EQ(doneAfter([&] { desktop.click(tab); }).back(), "click tab-1");
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().click(tab); }).back(), "click tab-1");
 
   // Between press and release the tab is drawn anew, or goes.
-  desktop.pressPointer(tab);
+  desktop.pointer().press(tab);
   desktop.runUntilQuiet();
   panel->setContent(strip(" anew"));
-  EXPECT_EQ(doneAfter([&] { desktop.releasePointer(); }), Lines{"click tab-1 anew"});
-  desktop.pressPointer(tab);
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().release(); }), Lines{"click tab-1 anew"});
+  desktop.pointer().press(tab);
   desktop.runUntilQuiet();
   panel->setContent({.key = "root", .frame = {0, 0, 120, 80}});
-  EXPECT_TRUE(doneAfter([&] { desktop.releasePointer(); }).empty());
+  EXPECT_TRUE(doneAfter([&] { desktop.pointer().release(); }).empty());
 }
 
 TEST_F(SimulatedPointerTest, ADragGoesOnWhateverBecomesOfItsView) {
@@ -118,37 +101,18 @@ TEST_F(SimulatedPointerTest, ADragGoesOnWhateverBecomesOfItsView) {
     panel->setFrame({0, 0, 120, 80});
     panel->setContent(++drawn == 1 ? strip(" anew") : View{.frame = {0, 0, 120, 80}});
   };
-  EXPECT_EQ(doneAfter([&] { desktop.drag({205, 305}, {305, 405}, 4); }),
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().drag({205, 305}, {305, 405}, 4); }),
             (Lines{"began", "by 25 25", "by 50 50", "by 75 75", "by 100 100", "ended"}));
   panel->setFrame({200, 300, 120, 80});
   panel->setContent(strip());
   onDragged = [&] { panel = nullptr; };
-  EXPECT_EQ(doneAfter([&] { desktop.drag({205, 305}, {225, 305}, 2); }),
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().drag({205, 305}, {225, 305}, 2); }),
             (Lines{"began", "by 10 0"}))
       << "the end of the panel is the end of the drag";
 }
 
-TEST_F(SimulatedPointerTest, MenusAreReadAndChosenFromByTitles) {
-  desktop.secondaryClick({230, 340});  // a tab without a menu stands on the handle
-  EXPECT_FALSE(desktop.menuIsOpen());
-  desktop.runUntilQuiet();
-  EXPECT_EQ(desktop.menuLines(),
-            (Lines{"Zone", "—", "Size ▸", "Locked ▸ (disabled)", "Gather (disabled)"}));
-  EXPECT_EQ(desktop.menuLines("Size"), (Lines{"✓ 30 pt", "40 pt"}));
-  for (const auto* title : {"Zone", "Gather", "—"})
-    EXPECT_THROW(desktop.chooseFromMenu(title), std::out_of_range) << title;
-  EXPECT_THROW(desktop.chooseFromMenu("Locked", "40 pt"), std::out_of_range);
-
-  panel = nullptr;
-  desktop.chooseFromMenu("Size", "40 pt");
-  EXPECT_FALSE(desktop.menuIsOpen());
-  EXPECT_EQ(chosenSize, 30) << "nothing reaches the program but in its main loop";
-  desktop.runUntilQuiet();
-  EXPECT_EQ(chosenSize, 40);
-}
-
 TEST_F(SimulatedPointerTest, PanelsFlyInVirtualTime) {
-  const auto& shown = desktop.panel("pellow-strip");
+  const auto& shown = desktop.panels().panel("pellow-strip");
   const auto arrived = [&](std::string what) {
     return [&, what = std::move(what)] { done.push_back(what); };
   };
@@ -159,7 +123,7 @@ TEST_F(SimulatedPointerTest, PanelsFlyInVirtualTime) {
   EXPECT_EQ(shown.frameNow(), AppKitRect(400, 300, 80, 50));
   EXPECT_DOUBLE_EQ(shown.opacityNow(), 0.6);
   // The pointer meets it where it is.
-  desktop.click({430, 340});
+  desktop.pointer().click({430, 340});
   desktop.run(0);
   EXPECT_EQ(done, (Lines{"enter tab-1", "click tab-1"}));
   EXPECT_EQ(doneAfter([] {}), (Lines{"there", "leave tab-1"})) << "it has flown from below it";

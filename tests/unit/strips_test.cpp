@@ -12,8 +12,6 @@
 namespace pellow {
 namespace {
 
-using simulated::SimulatedPlatform;
-
 // The strips alone, with stores of their own.
 class Strips : public testing::Test {
  protected:
@@ -21,36 +19,36 @@ class Strips : public testing::Test {
 
   TabItem tab(const std::string& title, const std::string& bundleID) {
     const auto window = desktop.launch(bundleID, bundleID).openWindow(title, {0, 0, 300, 200});
-    return {.id = platform.uuidSource().next(),
+    return {.id = desktop.uuidSource().next(),
             .window = {window.element(), window.pid()},
             .appName = bundleID,
             .bundleID = bundleID,
             .title = title};
   }
   void prefer(std::string_view key, DefaultsValue value) {
-    desktop.setDefault(key, std::move(value));
+    desktop.userDefaults().put(key, std::move(value));
     notifications.post(Preferences::didChange);
   }
   // As they are shown now, and in the next frame of the display.
-  const View& shownTabs() { return *desktop.panel("pellow-strip").view("tabs"); }
+  const View& shownTabs() { return *desktop.panels().panel("pellow-strip").view("tabs"); }
   const View& tabs() {
     desktop.run(0.02);
     return shownTabs();
   }
 
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
+  simulated::Desktop desktop;
   NotificationCenter notifications;
-  Preferences preferences{platform.userDefaults(), notifications};
-  ZoneStore zones{platform.userDefaults(), preferences, notifications, platform.uuidSource()};
-  TabStore store{notifications, platform.workspace()};
-  TabStripController strips{{store, zones, preferences, platform.clock(), platform.queues().main(),
-                             platform.screens(), platform.panels(), notifications}};
+  Preferences preferences{desktop.userDefaults(), notifications};
+  ZoneStore zones{desktop.userDefaults(), preferences, notifications, desktop.uuidSource()};
+  TabStore store{notifications, desktop.workspace()};
+  TabStripController strips{{store, zones, preferences, desktop.clock(), desktop.queues().main(),
+                             desktop.screens(), desktop.panels(), notifications}};
 };
 
 TEST_F(Strips, AnEmptyZoneIsAShortStrip) {
   // Snapped right, half way down the visible frame of 1440 × 805 above the Dock.
-  EXPECT_EQ(desktop.panel("pellow-strip").frame(), AppKitRect(1390, 70 + (805 - 60) / 2.0, 44, 60));
+  EXPECT_EQ(desktop.panels().panel("pellow-strip").frame(),
+            AppKitRect(1390, 70 + (805 - 60) / 2.0, 44, 60));
   EXPECT_TRUE(tabs().children.empty());
 }
 
@@ -68,7 +66,7 @@ TEST_F(Strips, TabsFollowTheStore) {
   EXPECT_EQ(tabs().children[0].frame.size, (Size{34, 34}));
 
   // Where a tab is, and where the next one would be, told without looking at the panel.
-  const auto panel = desktop.panel("pellow-strip").frame();
+  const auto panel = desktop.panels().panel("pellow-strip").frame();
   const auto shown = tabs().children[1].frame;
   EXPECT_EQ(strips.frame(second.id),
             AppKitRect(panel.minX() + shown.minX(), panel.minY() + shown.minY(), 34, 34));
@@ -76,16 +74,16 @@ TEST_F(Strips, TabsFollowTheStore) {
   const auto third = tab("Third", "c");
   store.add(third);
   EXPECT_EQ(strips.frame(third.id), projected);
-  EXPECT_EQ(strips.frames(std::array{first.id, platform.uuidSource().next(), third.id}),
+  EXPECT_EQ(strips.frames(std::array{first.id, desktop.uuidSource().next(), third.id}),
             (std::map{std::pair{first.id, *strips.frame(first.id)}, {third.id, *projected}}));
-  EXPECT_EQ(strips.frame(platform.uuidSource().next()), std::nullopt);
+  EXPECT_EQ(strips.frame(desktop.uuidSource().next()), std::nullopt);
 
   std::vector<UUID> clicked;
   strips.onActivate = [&](const std::vector<UUID>& ids) {
     clicked = ids;
     store.remove(ids);  // and with it the view that was clicked
   };
-  desktop.clickView("pellow-strip", "tabs/" + second.id.text());
+  desktop.panels().clickView("pellow-strip", "tabs/" + second.id.text());
   desktop.runUntilQuiet();
   EXPECT_EQ(clicked, std::vector{second.id});
   EXPECT_EQ(tabs().children.size(), 2);
@@ -108,7 +106,7 @@ TEST_F(Strips, SizesAndTitlesAreTheTabsOwnThenTheZonesThenThePreferences) {
   EXPECT_NEAR(tabs().children[0].frame.width(), 5.3 * 40, 1e-9);
   EXPECT_EQ(tabs().children[1].frame.size, (Size{50, 50}));
 
-  const auto& panel = desktop.panel("pellow-strip");
+  const auto& panel = desktop.panels().panel("pellow-strip");
   EXPECT_EQ(panel.view("name")->look.rotation, 90);
   EXPECT_EQ(panel.view("name")->frame.midX(), 9);
   const auto* const fill = std::get_if<Fill>(&panel.view("colour")->look.content);
@@ -124,7 +122,7 @@ TEST_F(Strips, TabsOfOneApplicationShareAnEntryWhereApplicationsArePellowedWhole
     store.add(item);
   }
   zones.pins["a"] = zones.defaultZone().id;
-  zones.pins["b"] = platform.uuidSource().next();  // a zone that is gone
+  zones.pins["b"] = desktop.uuidSource().next();  // a zone that is gone
   for (const auto& [key, value] : {std::pair{"mechanism", "hideApp"}, {"tabScope", "app"}}) {
     prefer(key, value);
     const auto entries = strips.entries(zones.defaultZone().id);
@@ -163,31 +161,32 @@ TEST_F(Strips, AGroupKeepsItsOwnTitleSettingWhenAnotherWindowComes) {
 
 TEST_F(Strips, ZonesHavePanelsOnTheirDisplays) {
   auto second = zones.add("Second");
-  ASSERT_EQ(desktop.panels("pellow-strip").size(), 2);
-  desktop.plug(7, {1440, 0, 1920, 1080});
+  ASSERT_EQ(desktop.panels().visible("pellow-strip").size(), 2);
+  desktop.screens().plug(7, {1440, 0, 1920, 1080});
   second.displayID = 7;
   zones.update(second);
   desktop.runUntilQuiet();
   const auto onSecondDisplay = [&] {
     int count = 0;
-    for (const auto* panel : desktop.panels("pellow-strip")) count += panel->frame().minX() > 1440;
+    for (const auto* panel : desktop.panels().visible("pellow-strip"))
+      count += panel->frame().minX() > 1440;
     return count;
   };
   EXPECT_EQ(onSecondDisplay(), 1);
 
   prefer("tabsOnAllScreens", true);
-  EXPECT_EQ(desktop.panels("pellow-strip").size(), 4);
+  EXPECT_EQ(desktop.panels().visible("pellow-strip").size(), 4);
   EXPECT_EQ(onSecondDisplay(), 2);
   prefer("tabsOnAllScreens", false);
-  EXPECT_EQ(desktop.panels("pellow-strip").size(), 2);
+  EXPECT_EQ(desktop.panels().visible("pellow-strip").size(), 2);
 
   // Its display goes and comes back; the zone does not forget it.
-  desktop.unplug(7);
+  desktop.screens().unplug(7);
   desktop.runUntilQuiet();
-  EXPECT_EQ(desktop.panels("pellow-strip").size(), 2);
+  EXPECT_EQ(desktop.panels().visible("pellow-strip").size(), 2);
   EXPECT_EQ(onSecondDisplay(), 0);
   EXPECT_EQ(zones.zone(second.id).displayID, 7);
-  desktop.plug(7, {1440, 0, 1920, 1080});
+  desktop.screens().plug(7, {1440, 0, 1920, 1080});
   desktop.runUntilQuiet();
   EXPECT_EQ(onSecondDisplay(), 1);
 
@@ -196,13 +195,13 @@ TEST_F(Strips, ZonesHavePanelsOnTheirDisplays) {
   orphan.zoneID = second.id;
   store.add(orphan);
   zones.remove(second.id);
-  EXPECT_EQ(desktop.panels("pellow-strip").size(), 1);
+  EXPECT_EQ(desktop.panels().visible("pellow-strip").size(), 1);
   EXPECT_EQ(tabs().children.size(), 1);
 
   // The panel stays where it is, and up to date, when another display becomes the main one.
   const auto latest = tab("Latest", "b");
   desktop.launch("Notes").openWindow("Shopping", {1500, 100, 800, 600});
-  ASSERT_EQ(platform.screens().main()->displayID, 7);
+  ASSERT_EQ(desktop.screens().main()->displayID, 7);
   const auto projected = strips.projectedTabFrame(zones.defaultZone().id);
   store.add(latest);
   EXPECT_EQ(tabs().children.size(), 2);

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "model/tab_store.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 #include "tests/unit/scripted_element.h"
 
 namespace pellow {
@@ -14,7 +14,7 @@ class TabStoreTest : public testing::Test {
  protected:
   // A tab whose title tells the number of its window.
   TabItem tab(int thing, ProcessID pid = 1) {
-    return {.id = platform.uuidSource().next(),
+    return {.id = desktop.uuidSource().next(),
             .window = {AXElement(scriptedElement(thing)), pid},
             .title = std::to_string(thing)};
   }
@@ -35,9 +35,9 @@ class TabStoreTest : public testing::Test {
   // The number of notices since the last call.
   int noticed() { return std::exchange(notices, 0); }
 
-  simulated::SimulatedPlatform platform;
+  simulated::Desktop desktop;
   NotificationCenter notifications;
-  TabStore store{notifications, platform.workspace()};
+  TabStore store{notifications, desktop.workspace()};
   int notices = 0;
   Subscription counting = notifications.observe("pellow.tabsDidChange", [this] { ++notices; });
 };
@@ -62,8 +62,8 @@ TEST_F(TabStoreTest, KeepsTheOrderAndTellsOfEveryCall) {
 
 TEST_F(TabStoreTest, TheSettersTellOncePerTab) {
   const auto ids = addTabs(3);
-  const std::vector some{ids[2], ids[0], platform.uuidSource().next()};
-  const auto zone = platform.uuidSource().next();
+  const std::vector some{ids[2], ids[0], desktop.uuidSource().next()};
+  const auto zone = desktop.uuidSource().next();
   store.setZone(zone, ids);
   EXPECT_EQ(noticed(), 3);
   store.setSize(40, some);
@@ -85,7 +85,7 @@ TEST_F(TabStoreTest, TheSettersTellOncePerTab) {
 
 TEST_F(TabStoreTest, ReassignsTheTabsOfAZoneAndOfNone) {
   const auto ids = addTabs(3);
-  const auto zone = platform.uuidSource().next(), other = platform.uuidSource().next();
+  const auto zone = desktop.uuidSource().next(), other = desktop.uuidSource().next();
   store.setZone(zone, std::vector{ids[1]});
   noticed();
   store.reassign(std::nullopt, other);
@@ -143,12 +143,11 @@ TEST_F(TabStoreTest, PrunesOnlyWhatIsSurelyGone) {
 }
 
 TEST_F(TabStoreTest, TheTabsOfAnApplicationGoWithIt) {
-  auto& desktop = platform.desktop();
   const auto notes = desktop.launch("Notes"), mail = desktop.launch("Mail");
   store.add(tab(1, notes.pid()));
   store.add(tab(2, mail.pid()));
   store.add(tab(3, notes.pid()));
-  store.setZone(platform.uuidSource().next(), std::vector{store.tabs()[0].id});
+  store.setZone(desktop.uuidSource().next(), std::vector{store.tabs()[0].id});
   noticed();
 
   notes.quit();

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,26 +13,19 @@ namespace pellow {
 namespace {
 
 using simulated::AXCall;
-using simulated::SimulatedPlatform;
-using simulated::SimulatedWindow;
 using Tabs = std::vector<std::string>;
 
 constexpr QuartzRect home{100, 120, 800, 600};
 constexpr Seconds settled = 2.1;
 
-class TriggersStory : public testing::Test {
+class TriggersStory : public Story {
  protected:
-  SimulatedPlatform platform;
-  simulated::SimulatedDesktop& desktop = platform.desktop();
-  simulated::SimulatedApplication notes = desktop.launch("Notes", "com.example.notes");
-  simulated::SimulatedApplication mail = desktop.launch("Mail", "com.example.mail");
-  SimulatedWindow list = notes.openWindow("Shopping", home);
-  SimulatedWindow inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
-  std::unique_ptr<Program> program;
+  simulated::Application notes = desktop.launch("Notes", "com.example.notes");
+  simulated::Application mail = desktop.launch("Mail", "com.example.mail");
+  simulated::Window list = notes.openWindow("Shopping", home);
+  simulated::Window inbox = mail.openWindow("Inbox", {0, 30, 500, 500});
 
-  void launch() { program = std::make_unique<Program>(platform); }
-
-  void pellow(const SimulatedWindow& window) {
+  void pellow(const simulated::Window& window) {
     window.raise();
     desktop.application(window == inbox ? "Mail" : "Notes").activate();
     program->pressPellow();
@@ -51,7 +43,7 @@ class TriggersStory : public testing::Test {
 TEST_F(TriggersStory, AMinimizedWindowBecomesATab) {
   for (const auto* mechanism : {"offscreen", "minimize", "hideApp"}) {
     SCOPED_TRACE(mechanism);
-    desktop.setDefault("mechanism", mechanism);
+    desktop.userDefaults().put("mechanism", mechanism);
     if (!program) launch();
     later([&] { list.minimize(); });
     EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
@@ -63,25 +55,25 @@ TEST_F(TriggersStory, AMinimizedWindowBecomesATab) {
   }
 
   // Neither its own minimizing nor what has a tab already makes another one.
-  desktop.setDefault("mechanism", "minimize");
+  desktop.userDefaults().put("mechanism", "minimize");
   pellow(list);
   later([&] { list.unminimize(); });
   later([&] { list.minimize(); });
   EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
   program->clickTab("Shopping");
 
-  desktop.setDefault("pellowOnMinimize", false);
+  desktop.userDefaults().put("pellowOnMinimize", false);
   later([&] { list.minimize(); });
   EXPECT_TRUE(program->tabs().empty());
   EXPECT_TRUE(list.isMinimized());
 }
 
 TEST_F(TriggersStory, AnEchoIsKnownForTwoSeconds) {
-  desktop.setDefault("mechanism", "minimize");
+  desktop.userDefaults().put("mechanism", "minimize");
   launch();
   mail.activate();
   inbox.answersAfter(1);
-  desktop.press(17, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
   // Reading takes a second; the write of "AXMinimized" is on its way for the next.
   desktop.run(1.5);
   list.minimize();
@@ -149,7 +141,7 @@ TEST_F(TriggersStory, AnApplicationWithNothingToShowGetsItsLatestWindow) {
   mail.activate();
   later([&] { notes.activate(); });
   EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
-  desktop.setDefault("pellowOnMinimize", false);
+  desktop.userDefaults().put("pellowOnMinimize", false);
   letter.minimize();
   mail.activate();
   later([&] { notes.activate(); });
@@ -157,7 +149,7 @@ TEST_F(TriggersStory, AnApplicationWithNothingToShowGetsItsLatestWindow) {
 
   pellow(list);
   mail.activate();
-  desktop.setDefault("restoreOnActivation", false);
+  desktop.userDefaults().put("restoreOnActivation", false);
   later([&] { notes.activate(); });
   EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
 }
@@ -196,13 +188,12 @@ TEST_F(TriggersStory, ABatchIsNotDisturbedByItsOwnActivations) {
        {Case{0.3, 2.4}, Case{5, 1.2 * 3 + 1.5}, Case{0, 0.1 * 3 + 1.5}}) {
     for (const bool tooEarly : {true, false}) {
       SCOPED_TRACE(fmt::format("{} s, {}", animationDuration, tooEarly ? "early" : "late"));
-      SimulatedPlatform fresh;
-      auto& desk = fresh.desktop();
-      desk.setDefault("animationDuration", animationDuration);
-      desk.setDefault("tabScope", "app");
+      simulated::Desktop desk;
+      desk.userDefaults().put("animationDuration", animationDuration);
+      desk.userDefaults().put("tabScope", "app");
       const auto slow = desk.launch("Slow", "com.example.slow");
       for (const auto* title : {"One", "Two", "Three"}) slow.openWindow(title, home);
-      Program running(fresh);
+      Program running(desk);
       running.pressEverything();
       const auto other = desk.launch("Other", "com.example.other");
       other.openWindow("Alone", home);
@@ -211,8 +202,8 @@ TEST_F(TriggersStory, ABatchIsNotDisturbedByItsOwnActivations) {
       desk.run(settled);
 
       slow.answersAfter(2);
-      const auto& strip = desk.panel("pellow-strip");
-      desk.click(strip.centre("tabs/" + strip.view("tabs")->children.front().key));
+      const auto& strip = desk.panels().panel("pellow-strip");
+      desk.pointer().click(strip.centre("tabs/" + strip.view("tabs")->children.front().key));
       desk.run(tooEarly ? suppressed - 0.1 : suppressed + 0.1);
       other.activate();
       desk.runUntilQuiet();
@@ -224,14 +215,13 @@ TEST_F(TriggersStory, ABatchIsNotDisturbedByItsOwnActivations) {
 
 TEST_F(TriggersStory, HalfASecondAfterABatchActivationsCountAgain) {
   for (const auto wait : {0.4, 0.6}) {
-    SimulatedPlatform fresh;
-    auto& desk = fresh.desktop();
-    desk.setDefault("animateFlight", false);
+    simulated::Desktop desk;
+    desk.userDefaults().put("animateFlight", false);
     const auto one = desk.launch("One", "com.example.one");
     const auto two = desk.launch("Two", "com.example.two");
     one.openWindow("First", home);
     two.openWindow("Second", home);
-    Program running(fresh);
+    Program running(desk);
     running.pressEverything();
     desk.launch("Third").openWindow("Front", home);
     desk.run(settled);
@@ -246,8 +236,8 @@ TEST_F(TriggersStory, HalfASecondAfterABatchActivationsCountAgain) {
 
 // The application does what it was asked when nobody waits for it any more.
 TEST_F(TriggersStory, AWindowMinimizedTooLateGetsItsTabAllTheSame) {
-  desktop.setDefault("mechanism", "minimize");
-  desktop.setDefault("pellowOnMinimize", false);
+  desktop.userDefaults().put("mechanism", "minimize");
+  desktop.userDefaults().put("pellowOnMinimize", false);
   launch();
   mail.activate();
   // Reads are answered in time, the write is not: it has 5 s.
@@ -255,7 +245,7 @@ TEST_F(TriggersStory, AWindowMinimizedTooLateGetsItsTabAllTheSame) {
     const auto& underWay = program->controller().ledger().entries();
     if (!underWay.empty() && underWay.front().tab) inbox.answersAfter(8).actsLate();
   });
-  desktop.press(17, Program::modifiers);
+  desktop.keyboard().press(17, Program::modifiers);
   desktop.run(6);
   desktop.onPortCall(nullptr);
   EXPECT_EQ(program->answerAlert(),
@@ -273,7 +263,7 @@ TEST_F(TriggersStory, AWindowMinimizedTooLateGetsItsTabAllTheSame) {
   mail.activate();
   program->pressPellow();
   EXPECT_FALSE(program->answerAlert().empty());
-  desktop.setDefault("mechanism", "offscreen");
+  desktop.userDefaults().put("mechanism", "offscreen");
   pellow(inbox);
   program->pressRestoreAll();
   later([&] { inbox.minimize(); });
@@ -284,14 +274,13 @@ TEST_F(TriggersStory, AWindowMinimizedTooLateGetsItsTabAllTheSame) {
 TEST_F(TriggersStory, NothingComesBackWhileEverythingGoes) {
   for (int moment = 1; moment <= 15; ++moment) {
     SCOPED_TRACE(moment);
-    SimulatedPlatform fresh;
-    auto& desk = fresh.desktop();
+    simulated::Desktop desk;
     const auto one = desk.launch("One", "com.example.one");
     const auto old = one.openWindow("Old", home);
     const auto late = one.openWindow("Late", {300, 120, 400, 300});
     const auto two = desk.launch("Two", "com.example.two");
     const auto other = two.openWindow("Other", {500, 220, 400, 300});
-    Program running(fresh);
+    Program running(desk);
     one.activate();
     old.raise();
     running.pressPellow();
@@ -299,7 +288,7 @@ TEST_F(TriggersStory, NothingComesBackWhileEverythingGoes) {
     desk.run(settled);
     late.answersAfter(0.2);
     other.answersAfter(0.2);
-    desk.press(0, Program::modifiers);
+    desk.keyboard().press(0, Program::modifiers);
     desk.run(0.1 * moment);
     one.activate();
     desk.runUntilQuiet();

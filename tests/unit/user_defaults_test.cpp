@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 
 namespace pellow {
 namespace {
@@ -20,8 +20,8 @@ class UserDefaultsCoercion : public testing::Test {
     return text(holding(std::move(value)), "key");
   }
 
-  simulated::SimulatedPlatform platform;
-  UserDefaults& defaults = platform.userDefaults();
+  simulated::Desktop desktop;
+  UserDefaults& defaults = desktop.userDefaults();
 };
 
 TEST_F(UserDefaultsCoercion, NothingStoredIsFalseZeroAndNothing) {

@@ -5,7 +5,7 @@
 
 #include "base/json.h"
 #include "model/zone_store.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
 
 namespace pellow {
 namespace {
@@ -15,15 +15,15 @@ constexpr auto someID = "6BA7B810-9DAD-11D1-80B4-00C04FD430C8";
 class ZoneStoreTest : public testing::Test {
  protected:
   // As after a relaunch.
-  ZoneStore stored() { return {defaults, preferences, notifications, platform.uuidSource()}; }
+  ZoneStore stored() { return {defaults, preferences, notifications, desktop.uuidSource()}; }
   ZoneStore storedFrom(const std::string& zones) {
     defaults.set("zones", DefaultsData{zones});
     return stored();
   }
   int noticed() { return std::exchange(notices, 0); }
 
-  simulated::SimulatedPlatform platform;
-  UserDefaults& defaults = platform.userDefaults();
+  simulated::Desktop desktop;
+  UserDefaults& defaults = desktop.userDefaults();
   NotificationCenter notifications;
   Preferences preferences{defaults, notifications};
   int notices = 0;
@@ -136,7 +136,7 @@ TEST_F(ZoneStoreTest, ChangesZonesItKnows) {
   EXPECT_EQ(noticed(), 1);
   EXPECT_EQ(stored().zones()[0], zone);
 
-  zone.id = platform.uuidSource().next();
+  zone.id = desktop.uuidSource().next();
   store.update(zone);
   EXPECT_EQ(noticed(), 0);
   EXPECT_EQ(store.zones().size(), 1u);
@@ -158,8 +158,8 @@ TEST_F(ZoneStoreTest, TheDefaultIsTheChosenZoneElseTheFirst) {
   EXPECT_EQ(text(defaults, "defaultZoneID"), second.id.text());
   EXPECT_EQ(stored().defaultZone(), second);
   EXPECT_EQ(store.zone(std::nullopt), second);
-  EXPECT_EQ(store.zone(platform.uuidSource().next()), second);
-  for (const auto& bad : {std::string("nonsense"), platform.uuidSource().next().text()}) {
+  EXPECT_EQ(store.zone(desktop.uuidSource().next()), second);
+  for (const auto& bad : {std::string("nonsense"), desktop.uuidSource().next().text()}) {
     defaults.set("defaultZoneID", bad);
     EXPECT_EQ(store.defaultZone(), first);
   }
@@ -173,10 +173,10 @@ TEST_F(ZoneStoreTest, ARemovedZoneTakesItsPinsAndHandsOnItsRole) {
 
   const auto second = store.add("Second"), third = store.add("Third");
   store.setDefaultZoneID(third.id);
-  store.pins = {{"notes", third.id}, {"mail", second.id}, {"gone", platform.uuidSource().next()}};
+  store.pins = {{"notes", third.id}, {"mail", second.id}, {"gone", desktop.uuidSource().next()}};
   store.savePins();
   noticed();
-  EXPECT_EQ(store.remove(platform.uuidSource().next()), std::nullopt);
+  EXPECT_EQ(store.remove(desktop.uuidSource().next()), std::nullopt);
   EXPECT_EQ(noticed(), 0);
 
   EXPECT_EQ(store.remove(third.id), first.id);
@@ -196,10 +196,10 @@ TEST_F(ZoneStoreTest, ARemovedZoneTakesItsPinsAndHandsOnItsRole) {
 TEST_F(ZoneStoreTest, SyncedValuesReplaceWhatDiffers) {
   auto store = stored();
   const auto first = store.defaultZone();
-  const TabZone other{.id = platform.uuidSource().next(), .name = "Other"};
+  const TabZone other{.id = desktop.uuidSource().next(), .name = "Other"};
   const ZoneStore::Pins pins{{"mail", other.id}};
 
-  store.applySynced({}, pins, platform.uuidSource().next());
+  store.applySynced({}, pins, desktop.uuidSource().next());
   EXPECT_EQ(noticed(), 0) << "pins change without a notice";
   EXPECT_EQ(stored().pins, pins);
   EXPECT_EQ(store.zones(), std::vector{first}) << "an empty list is no list";

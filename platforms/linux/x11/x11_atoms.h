@@ -23,7 +23,6 @@ struct X11Atoms {
   xcb_atom_t netShowingDesktop = 0;
   xcb_atom_t netSupported = 0;
   xcb_atom_t netSupportingWMCheck = 0;
-  xcb_atom_t netWMActionChangeDesktop = 0;
   xcb_atom_t netWMActionClose = 0;
   xcb_atom_t netWMActionMaximizeHorz = 0;
   xcb_atom_t netWMActionMaximizeVert = 0;
@@ -51,7 +50,6 @@ struct X11Atoms {
   xcb_atom_t pellowHidden = 0;    // on windows of an application that Pellow has hidden
   xcb_atom_t pellowState = 0;     // the maximized or full-screen state that a window has left
   xcb_atom_t pellowWindowID = 0;  // tells windows apart that had the same XID in turn
-  xcb_atom_t utf8String = 0;
   xcb_atom_t wmChangeState = 0;
   xcb_atom_t wmState = 0;
   xcb_atom_t xsettingsSettings = 0;

@@ -1,0 +1,146 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/panels.h"
+#include "platforms/simulated/system.h"
+
+namespace pellow::simulated {
+
+class Panels;
+
+using PanelID = int;
+
+// A panel as data.
+class Panel final : public pellow::Panel {
+ public:
+  Panel(Panels& panels, PanelID id, std::string name);
+  ~Panel() override;
+
+  void setContent(View root) override;
+  void setFrame(const AppKitRect& frame) override;
+  AppKitRect frame() const override { return frame_; }
+  void animate(const AppKitRect& frame, double opacity, Seconds duration, AnimationTiming timing,
+               std::function<void()> onDone) override;
+  void setLevel(PanelLevel level) override;
+  void setIgnoresMouseEvents(bool ignores) override;
+  void orderFront() override;
+  void orderOut() override;
+  bool isVisible() const override { return isVisible_; }
+
+  PanelID id() const { return id_; }
+  const std::string& name() const { return name_; }
+  PanelLevel level() const { return level_; }
+  bool ignoresMouseEvents() const { return ignoresMouseEvents_; }
+  const View& content() const { return content_; }
+
+  // While an animation runs: where the panel is and how opaque at this moment. Else `frame`, and
+  // the opacity that the last animation was meant to end with; a panel begins with 1.
+  AppKitRect frameNow() const;
+  double opacityNow() const;
+
+  // The view at a path of keys below the root, for example "list/tab-1"; none when there is none.
+  const View* view(std::string_view path) const;
+  // The first view, from the back to the front, with this accessible name.
+  const View* viewNamed(std::string_view accessibleName) const;
+  // Where the middle of the view at a path is on the screen; throws when there is none.
+  AppKitPoint centre(std::string_view path) const;
+
+ private:
+  struct Animation {
+    AppKitRect from;
+    double fromOpacity;
+    Seconds start;
+    Seconds duration;
+    AnimationTiming timing;
+    std::function<void()> onDone;
+    Subscription end;
+  };
+
+  double progress() const;
+  void arrive();
+
+  Panels& panels_;
+  PanelID id_;
+  std::string name_;
+  View content_;
+  AppKitRect frame_;
+  double opacity_ = 1;
+  std::optional<Animation> animation_;
+  PanelLevel level_ = PanelLevel::statusWindow;
+  bool isVisible_ = false;
+  bool ignoresMouseEvents_ = false;
+};
+
+// The panels of the program, and the pointer over them. What the pointer meets is where it is at
+// the moment, also in the middle of an animation. While the button is held down that was pressed
+// over a panel, no other view is entered and none is left.
+class Panels final : public pellow::Panels {
+ public:
+  explicit Panels(System& system) : system_(system) {}
+
+  std::unique_ptr<pellow::Panel> makePanel(std::string name) override;
+
+  // The visible ones of this name, front to back; none once the process has ended.
+  std::vector<const Panel*> visible(std::string_view name) const;
+  // The only one of them; throws when there is none, or more.
+  const Panel& panel(std::string_view name) const;
+
+  // The panel that a click there would meet; none when there is none in front of every window.
+  // Panels that ignore the pointer are not met.
+  const Panel* panelAt(AppKitPoint point) const;
+  // None once it is gone or hidden.
+  const Panel* withID(PanelID id) const;
+
+  // The pointer moves to where the state says it is: a drag goes on, or views are left and entered.
+  void pointerMoved();
+  // The primary button, where the pointer is. Pressing answers false when no panel stands there.
+  bool press();
+  void release();
+  // Of the topmost view there that has one.
+  std::optional<Menu> contextMenuAt(AppKitPoint point) const;
+  // A click on the view at a path of keys, wherever it lies, in the front panel of the name that
+  // has one; throws when there is none.
+  void clickView(const std::string& panelName, const std::string& path);
+
+ private:
+  friend class Panel;
+
+  struct Hovered {
+    const Panel* panel;
+    std::string path;
+    bool operator==(const Hovered&) const = default;
+  };
+  struct Press {
+    PanelID panel;
+    AppKitPoint at;
+    std::optional<std::string> clickPath;  // of the view that the click is for
+    DragActions drag;
+    bool isDragging = false;
+  };
+
+  std::function<void()> clickOf(const std::string& panelName, const std::string& path) const;
+  void drag();
+  void hidden(PanelID id);
+  bool exists(PanelID id) const;
+  void updateHover();
+  std::vector<Hovered> viewsAt(AppKitPoint point) const;
+  void hoverChanged(const Hovered& view, bool inside) const;
+  void changed();
+  void toFront(Panel& panel);
+  void remove(const Panel& panel);
+
+  System& system_;
+  std::vector<Panel*> frontToBack_;
+  std::vector<Hovered> hovered_;
+  std::optional<Press> press_;
+  PanelID lastID_ = 0;
+  Subscription pendingUpdate_;
+};
+
+}  // namespace pellow::simulated

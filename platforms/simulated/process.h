@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/handler_list.h"
+#include "platform/process.h"
+
+namespace pellow::simulated {
+
+class System;
+
+// The life of the simulated process.
+class Process final : public pellow::Process {
+ public:
+  Process(System& system, std::vector<std::string> arguments)
+      : system_(system), arguments_(std::move(arguments)) {}
+
+  ProcessID pid() const override;
+  std::span<const std::string> arguments() const override { return arguments_; }
+  void becomeAccessory() override;
+  void activate() override;
+  Subscription onSignal(TerminationSignal signal, std::function<void()> handler) override;
+  void exit(int status) override;
+  void terminate() override;
+  void launchNewInstance(std::function<void(std::expected<void, SystemError>)> onLaunched) override;
+
+  bool isRunning() const;
+  // Of a process that ended by itself.
+  std::optional<int> exitStatus() const;
+  bool isAccessory() const;
+  // The system sends a signal: handlers hear of it; the first one ever taken replaced the default,
+  // which is to end the process.
+  void receive(TerminationSignal signal);
+  // SIGKILL: nothing of it runs any more and what it calls does nothing.
+  void kill();
+  // New instances that wait for the end of this one.
+  int launchedInstances() const { return launchedInstances_; }
+  void failNextLaunch(SystemError error) { launchFault_ = std::move(error); }
+  // What the program does after its main loop and before the process ends with status 0.
+  void onTerminate(std::function<void()> handler) { onTerminate_ = std::move(handler); }
+
+ private:
+  System& system_;
+  std::vector<std::string> arguments_;
+  std::map<TerminationSignal, HandlerList<void()>> handlers_;
+  std::function<void()> onTerminate_;
+  int launchedInstances_ = 0;
+  std::optional<SystemError> launchFault_;
+};
+
+}  // namespace pellow::simulated

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/workspace.h"
+#include "platforms/simulated/system.h"
+
+namespace pellow::simulated {
+
+class Workspace final : public pellow::Workspace {
+ public:
+  explicit Workspace(System& system) : system_(system) {}
+
+  std::vector<RunningApplication> runningApplications() override;
+  std::optional<RunningApplication> application(ProcessID pid) override;
+  std::optional<ProcessID> frontmostApplication() override;
+  bool hide(ProcessID pid) override;
+  bool unhide(ProcessID pid) override;
+  bool activate(ProcessID pid) override;
+  bool open(std::string_view url) override;
+  Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
+  Subscription onDidBecomeRegular(std::function<void(ProcessID)> observer) override;
+  Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
+
+  // URLs that the program opened, and whether nothing opens them any more.
+  const std::vector<std::string>& openedURLs() const { return system_.state.openedURLs; }
+  void refuseURLs(bool refuses = true) { system_.state.refusesURLs = refuses; }
+  // Takes an activation for a mere wish, and does not follow it.
+  void ignoreActivations(bool ignores = true) { system_.state.ignoresActivations = ignores; }
+
+ private:
+  // Unless the wish has been taken back.
+  void hideAsAsked(ProcessID pid);
+
+  System& system_;
+};
+
+}  // namespace pellow::simulated

@@ -1,0 +1,411 @@
+#include "tests/harness/desktop_session.h"
+
+#include <signal.h>
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+#include <system_error>
+#include <type_traits>
+
+#include "tests/harness/eventually.h"
+
+namespace pellow::desktop {
+namespace {
+
+// Asks the server by a request of xcb and takes the reply by its …_reply function; empty where the
+// server answered an error.
+template <class Cookie, class Reply, class... Parameters>
+std::unique_ptr<Reply, decltype(&std::free)> ask(
+    xcb_connection_t* connection, Cookie (*request)(xcb_connection_t*, Parameters...),
+    Reply* (*takeReply)(xcb_connection_t*, Cookie, xcb_generic_error_t**),
+    std::type_identity_t<Parameters>... arguments) {
+  xcb_generic_error_t* error = nullptr;
+  auto* const reply = takeReply(connection, request(connection, arguments...), &error);
+  std::free(error);
+  return {reply, std::free};
+}
+
+std::filesystem::path makeTemporaryFolder() {
+  auto name = (std::filesystem::temp_directory_path() / "pellow-test-XXXXXX").string();
+  if (!mkdtemp(name.data())) throw std::runtime_error("cannot make a temporary folder");
+  return name;
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& out, const PixelRect& rect) {
+  return out << rect.width << "x" << rect.height << " at (" << rect.x << ", " << rect.y << ")";
+}
+
+int Picture::count(std::uint32_t colour) const {
+  return static_cast<int>(std::ranges::count(pixels, colour));
+}
+
+DesktopSession::DesktopSession(DesktopOptions options)
+    : options_(std::move(options)), folder_(makeTemporaryFolder()) {
+  std::filesystem::create_directories(configHome());
+  std::filesystem::create_directory(runtimeFolder());
+  std::filesystem::permissions(runtimeFolder(), std::filesystem::perms::owner_all);
+  startServer();
+  connect();
+  if (!options_.windowManager.empty()) startWindowManager();
+}
+
+DesktopSession::~DesktopSession() {
+  connection_.reset();
+  windowManager_.reset();
+  // A server that is told to end, unlike one that is killed, leaves no lock behind.
+  if (server_) {
+    server_->send(SIGTERM);
+    (void)server_->exitStatus();
+  }
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
+}
+
+Environment DesktopSession::environment() const {
+  Environment result{
+      {"HOME", folder_ / "home"},
+      {"XDG_CONFIG_HOME", configHome()},
+      {"XDG_RUNTIME_DIR", runtimeFolder()},
+      // No bus: a library that finds none may start one, which would outlive the test.
+      {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + (runtimeFolder() / "bus").string()},
+      {"NO_AT_BRIDGE", "1"},
+      {"LANG", "C.UTF-8"},
+  };
+  if (!display_.empty()) result["DISPLAY"] = display_;
+  for (const auto* name : {"PATH", "TMPDIR", "ASAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS"}) {
+    if (const auto* value = std::getenv(name)) result[name] = value;
+  }
+  return result;
+}
+
+std::unique_ptr<ChildProcess> DesktopSession::start(const std::vector<std::string>& command,
+                                                    const Environment& changes) const {
+  auto full = environment();
+  for (const auto& [name, value] : changes) full[name] = value;
+  return std::make_unique<ChildProcess>(command, full);
+}
+
+void DesktopSession::startServer() {
+  const auto size = std::to_string(options_.width) + "x" + std::to_string(options_.height) + "x24";
+  std::vector<std::string> command{"Xvfb",      "-displayfd", "1",        "-screen", "0", size,
+                                   "-nolisten", "tcp",        "-noreset", "-dpi",    "96"};
+  std::ranges::copy(options_.serverArguments, std::back_inserter(command));
+  server_ = start(command);
+  const auto number = server_->readLine();
+  if (!number) throw std::runtime_error("Xvfb does not start: " + server_->standardError());
+  display_ = ":" + *number;
+}
+
+void DesktopSession::connect() {
+  connection_.reset(xcb_connect(display_.c_str(), nullptr));
+  if (xcb_connection_has_error(connection_.get()))
+    throw std::runtime_error("cannot connect to " + display_);
+  root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_.get())).data->root;
+  // The answers to pings come to the root window, under a mask that varies with the toolkit.
+  const std::uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  xcb_change_window_attributes(connection_.get(), root_, XCB_CW_EVENT_MASK, &mask);
+  sync();
+}
+
+void DesktopSession::startWindowManager() {
+  windowManager_ = start(options_.windowManager);
+  awaitWindowManager(0);
+}
+
+void DesktopSession::replaceWindowManager(std::vector<std::string> command) {
+  const auto predecessor = windowManagerCheck();
+  const auto old = std::move(windowManager_);
+  options_.windowManager = std::move(command);
+  windowManager_ = start(options_.windowManager);
+  awaitWindowManager(predecessor);
+}
+
+void DesktopSession::restartWindowManager() {
+  // Some cannot be told to end: fluxbox talks to the server in its signal handler, and hangs when
+  // it was just doing that.
+  windowManager_->kill();
+  if (!eventually([this] { return windowManagerCheck() == 0; }))
+    throw std::runtime_error("the window manager does not end");
+  startWindowManager();
+}
+
+void DesktopSession::killServer() { server_->kill(); }
+
+// The window of the window manager that proves that it runs; 0 when none does.
+WindowID DesktopSession::windowManagerCheck() const {
+  const auto check = values(root_, "_NET_SUPPORTING_WM_CHECK");
+  const bool proves = !check.empty() && values(check[0], "_NET_SUPPORTING_WM_CHECK") == check;
+  return proves ? check[0] : 0;
+}
+
+void DesktopSession::awaitWindowManager(WindowID predecessor) {
+  const bool manages = eventually([&] {
+    const auto check = windowManagerCheck();
+    return check != 0 && check != predecessor;
+  });
+  if (!manages) {
+    throw std::runtime_error(options_.windowManager[0] +
+                             " does not start: " + windowManager_->standardError());
+  }
+  seeItManage();
+}
+
+// A window manager announces itself before its main loop runs, and some then leave the first
+// window lying until something else happens. So a window of ours goes first, with things happening.
+void DesktopSession::seeItManage() {
+  const auto probe = xcb_generate_id(connection_.get());
+  xcb_create_window(connection_.get(), XCB_COPY_FROM_PARENT, probe, root_, 0, 0, 10, 10, 0,
+                    XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+  xcb_map_window(connection_.get(), probe);
+  const auto happening = atom("_PELLOW_TEST_NUDGE");
+  const auto eventuallyManages = [&](bool managed) {
+    return eventually([&] {
+      xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, root_, happening,
+                          XCB_ATOM_CARDINAL, 32, 1, &probe);
+      const auto windows = clients();
+      return managed == (std::ranges::find(windows, probe) != windows.end());
+    });
+  };
+  const bool came = eventuallyManages(true);
+  xcb_destroy_window(connection_.get(), probe);
+  if (!came || !eventuallyManages(false))
+    throw std::runtime_error(options_.windowManager[0] + " does not manage a window");
+}
+
+WindowID DesktopSession::activeWindow() const {
+  const auto windows = values(root_, "_NET_ACTIVE_WINDOW");
+  return windows.empty() ? 0 : windows[0];
+}
+
+std::vector<WindowID> DesktopSession::shownWindows(std::string_view windowClass,
+                                                   std::string_view name) const {
+  const auto nameAndClass = std::string(name) + '\0' + std::string(windowClass) + '\0';
+  std::vector<WindowID> found;
+  collectShown(root_, nameAndClass, found);
+  return found;
+}
+
+std::vector<WindowID> DesktopSession::outermostWindows() const {
+  const auto tree = ask(connection_.get(), xcb_query_tree, xcb_query_tree_reply, root_);
+  if (!tree) throw std::runtime_error("the server is gone");
+  const auto* children = xcb_query_tree_children(tree.get());
+  std::vector<WindowID> windows(children, children + xcb_query_tree_children_length(tree.get()));
+  std::erase_if(windows, [this](WindowID window) { return !isShown(window); });
+  return windows;
+}
+
+bool DesktopSession::isShown(WindowID window) const {
+  const auto attributes =
+      ask(connection_.get(), xcb_get_window_attributes, xcb_get_window_attributes_reply, window);
+  return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
+         attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
+}
+
+PixelRect DesktopSession::workArea() const {
+  const auto area = values(root_, "_NET_WORKAREA");
+  if (area.size() < 4) return screen();
+  const auto number = [&](std::size_t index) { return static_cast<int>(area[index]); };
+  return {number(0), number(1), number(2), number(3)};
+}
+
+bool DesktopSession::exists(WindowID window) const {
+  return ask(connection_.get(), xcb_get_geometry, xcb_get_geometry_reply, window) != nullptr;
+}
+
+PixelRect DesktopSession::frame(WindowID window) const {
+  auto rect = content(window);
+  const auto grow = [&](const std::vector<std::uint32_t>& extents, int by) {
+    if (extents.size() != 4) return;  // left, right, top, bottom
+    const auto side = [&](std::size_t index) { return by * static_cast<int>(extents[index]); };
+    rect.x -= side(0);
+    rect.y -= side(2);
+    rect.width += side(0) + side(1);
+    rect.height += side(2) + side(3);
+  };
+  grow(values(window, "_NET_FRAME_EXTENTS"), 1);
+  grow(values(window, "_GTK_FRAME_EXTENTS"), -1);
+  return rect;
+}
+
+PixelRect DesktopSession::content(WindowID window) const {
+  const auto geometry = ask(connection_.get(), xcb_get_geometry, xcb_get_geometry_reply, window);
+  const auto origin = ask(connection_.get(), xcb_translate_coordinates,
+                          xcb_translate_coordinates_reply, window, root_, 0, 0);
+  if (!geometry || !origin) return {};
+  return {origin->dst_x, origin->dst_y, geometry->width, geometry->height};
+}
+
+std::vector<std::uint32_t> DesktopSession::values(WindowID window,
+                                                  std::string_view property) const {
+  const auto raw = bytes(window, property);
+  std::vector<std::uint32_t> result(raw.size() / sizeof(std::uint32_t));
+  std::copy_n(raw.data(), result.size() * sizeof(std::uint32_t),
+              reinterpret_cast<char*>(result.data()));
+  return result;
+}
+
+std::string DesktopSession::bytes(WindowID window, std::string_view property) const {
+  const auto answer = ask(connection_.get(), xcb_get_property, xcb_get_property_reply, 0, window,
+                          atom(property), XCB_ATOM_ANY, 0, 1 << 20);
+  if (!answer) return {};
+  return {static_cast<const char*>(xcb_get_property_value(answer.get())),
+          static_cast<std::size_t>(xcb_get_property_value_length(answer.get()))};
+}
+
+bool DesktopSession::hasState(WindowID window, std::string_view state) const {
+  const auto states = values(window, "_NET_WM_STATE");
+  return std::ranges::find(states, atom(state)) != states.end();
+}
+
+Picture DesktopSession::picture(PixelRect part) const {
+  const int left = std::clamp(part.x, 0, options_.width);
+  const int top = std::clamp(part.y, 0, options_.height);
+  const int right = std::clamp(part.x + part.width, left, options_.width);
+  const int bottom = std::clamp(part.y + part.height, top, options_.height);
+  Picture picture{.width = right - left, .height = bottom - top};
+  if (picture.width == 0 || picture.height == 0) return picture;
+
+  const auto answer = ask(connection_.get(), xcb_get_image, xcb_get_image_reply,
+                          XCB_IMAGE_FORMAT_Z_PIXMAP, root_, static_cast<std::int16_t>(left),
+                          static_cast<std::int16_t>(top), static_cast<std::uint16_t>(picture.width),
+                          static_cast<std::uint16_t>(picture.height), ~0U);
+  if (!answer) throw std::runtime_error("the server gives no image");
+  const auto* data = reinterpret_cast<const std::uint32_t*>(xcb_get_image_data(answer.get()));
+  picture.pixels.assign(data, data + std::size_t(picture.width) * picture.height);
+  for (auto& pixel : picture.pixels) pixel &= 0xffffff;
+  return picture;
+}
+
+void DesktopSession::type(std::initializer_list<KeySym> chord) {
+  for (const auto keySym : chord) fakeInput(XCB_KEY_PRESS, keycode(keySym));
+  for (auto iterator = std::rbegin(chord); iterator != std::rend(chord); ++iterator)
+    fakeInput(XCB_KEY_RELEASE, keycode(*iterator));
+}
+
+void DesktopSession::click(int x, int y, std::uint8_t button) {
+  movePointer(x, y);
+  press(button);
+  release(button);
+}
+
+bool DesktopSession::activate(WindowID window) {
+  constexpr std::uint32_t fromPager = 2;
+  askWindowManager(window, "_NET_ACTIVE_WINDOW", {fromPager, XCB_CURRENT_TIME, 0});
+  return eventually([&] { return activeWindow() == window; });
+}
+
+void DesktopSession::iconify(WindowID window) {
+  constexpr std::uint32_t iconicState = 3;
+  askWindowManager(window, "WM_CHANGE_STATE", {iconicState});
+}
+
+void DesktopSession::changeState(WindowID window, std::string_view state, bool add) {
+  constexpr std::uint32_t fromPager = 2;
+  askWindowManager(window, "_NET_WM_STATE", {add ? 1U : 0U, atom(state), 0, fromPager});
+}
+
+void DesktopSession::sendToDesktop(WindowID window, std::uint32_t desktop) {
+  constexpr std::uint32_t fromPager = 2;
+  askWindowManager(window, "_NET_WM_DESKTOP", {desktop, fromPager});
+}
+
+bool DesktopSession::switchTo(std::uint32_t desktop) {
+  const auto count = values(root_, "_NET_NUMBER_OF_DESKTOPS");
+  if (count.empty() || count[0] <= desktop)
+    askWindowManager(root_, "_NET_NUMBER_OF_DESKTOPS", {desktop + 1});
+  askWindowManager(root_, "_NET_CURRENT_DESKTOP", {desktop, XCB_CURRENT_TIME});
+  return eventually(
+      [&] { return values(root_, "_NET_CURRENT_DESKTOP") == std::vector<std::uint32_t>{desktop}; });
+}
+
+bool DesktopSession::showBareDesktop(bool shows) {
+  const std::uint32_t value = shows ? 1 : 0;
+  askWindowManager(root_, "_NET_SHOWING_DESKTOP", {value});
+  return eventually(
+      [&] { return values(root_, "_NET_SHOWING_DESKTOP") == std::vector<std::uint32_t>{value}; });
+}
+
+bool DesktopSession::answersPing(WindowID window) {
+  const auto ping = ++lastPing_;
+  sendMessage(window, XCB_EVENT_MASK_NO_EVENT, window, "WM_PROTOCOLS",
+              {atom("_NET_WM_PING"), ping, window});
+  return eventually([&] {
+    while (auto* event = xcb_poll_for_event(connection_.get())) {
+      const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> owner(event, std::free);
+      if ((event->response_type & 0x7f) != XCB_CLIENT_MESSAGE) continue;
+      const auto& message = *reinterpret_cast<const xcb_client_message_event_t*>(event);
+      if (message.window == root_ && message.data.data32[1] == ping) return true;
+    }
+    return false;
+  });
+}
+
+xcb_atom_t DesktopSession::atom(std::string_view name) const {
+  const auto answer = ask(connection_.get(), xcb_intern_atom, xcb_intern_atom_reply, 0,
+                          static_cast<std::uint16_t>(name.size()), name.data());
+  if (!answer) throw std::runtime_error("the server is gone");
+  return answer->atom;
+}
+
+void DesktopSession::collectShown(WindowID parent, const std::string& nameAndClass,
+                                  std::vector<WindowID>& found) const {
+  const auto tree = ask(connection_.get(), xcb_query_tree, xcb_query_tree_reply, parent);
+  if (!tree) return;
+  const auto* children = xcb_query_tree_children(tree.get());
+  for (int index = 0; index < xcb_query_tree_children_length(tree.get()); ++index) {
+    const auto window = children[index];
+    if (!isShown(window)) continue;
+    if (bytes(window, "WM_CLASS") == nameAndClass) found.push_back(window);
+    collectShown(window, nameAndClass, found);
+  }
+}
+
+void DesktopSession::sendMessage(WindowID destination, std::uint32_t mask, WindowID window,
+                                 std::string_view type,
+                                 std::initializer_list<std::uint32_t> data) const {
+  xcb_client_message_event_t message{};
+  message.response_type = XCB_CLIENT_MESSAGE;
+  message.format = 32;
+  message.window = window;
+  message.type = atom(type);
+  std::ranges::copy(data, message.data.data32);
+  xcb_send_event(connection_.get(), 0, destination, mask, reinterpret_cast<const char*>(&message));
+  sync();
+}
+
+void DesktopSession::askWindowManager(WindowID window, std::string_view type,
+                                      std::initializer_list<std::uint32_t> data) const {
+  sendMessage(root_, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+              window, type, data);
+}
+
+void DesktopSession::fakeInput(std::uint8_t type, std::uint8_t detail, int x, int y) const {
+  xcb_test_fake_input(connection_.get(), type, detail, XCB_CURRENT_TIME, root_,
+                      static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 0);
+  sync();
+}
+
+std::uint8_t DesktopSession::keycode(KeySym keySym) const {
+  const auto* setup = xcb_get_setup(connection_.get());
+  const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+  const auto mapping = ask(connection_.get(), xcb_get_keyboard_mapping,
+                           xcb_get_keyboard_mapping_reply, setup->min_keycode, count);
+  if (!mapping) throw std::runtime_error("the server has no keyboard");
+  const auto* keySyms = xcb_get_keyboard_mapping_keysyms(mapping.get());
+  const auto columns = mapping->keysyms_per_keycode;
+  for (int row = 0; row < count; ++row) {
+    if (keySyms[row * columns] == keySym)
+      return static_cast<std::uint8_t>(setup->min_keycode + row);
+  }
+  throw std::runtime_error("the keyboard has no such key");
+}
+
+void DesktopSession::sync() const {
+  (void)ask(connection_.get(), xcb_get_input_focus, xcb_get_input_focus_reply);
+}
+
+}  // namespace pellow::desktop

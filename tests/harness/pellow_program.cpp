@@ -1,0 +1,73 @@
+#include "tests/harness/pellow_program.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "tests/harness/eventually.h"
+
+namespace pellow::desktop {
+namespace {
+
+// Along a strip of icon tabs, in pixels: an empty strip is 60 long.
+constexpr int tabSide = 34;
+constexpr int spacing = 4;
+constexpr int padding = 5;
+constexpr int emptyLength = 60;
+
+int lengthOf(int tabs) {
+  return tabs == 0 ? emptyLength : tabs * (tabSide + spacing) - spacing + 2 * padding;
+}
+
+}  // namespace
+
+PellowProgram::PellowProgram(DesktopSession& desktop, const Environment& changes)
+    : desktop_(desktop), process_(desktop.start({PELLOW_BINARY}, changes)) {}
+
+bool PellowProgram::isReady() {
+  return eventually([this] { return strip() != 0 || !process_->isRunning(); }) &&
+         process_->isRunning() && desktop_.answersPing(strip());
+}
+
+WindowID PellowProgram::strip() const {
+  const auto strips = desktop_.shownWindows("pellow", "pellow-strip");
+  return strips.empty() ? 0 : strips[0];
+}
+
+int PellowProgram::tabCount() const {
+  const int length = desktop_.content(strip()).height;
+  for (int tabs = 0; lengthOf(tabs) <= std::max(length, emptyLength); ++tabs)
+    if (lengthOf(tabs) == length) return tabs;
+  return -1;
+}
+
+void PellowProgram::clickTab(int index) const {
+  const auto place = desktop_.content(strip());
+  desktop_.click(place.x + place.width / 2,
+                 place.y + padding + index * (tabSide + spacing) + tabSide / 2);
+}
+
+void PellowProgram::writeDefaults(const DesktopSession& desktop, const nlohmann::json& defaults) {
+  const auto folder = desktop.configHome() / "pellow";
+  std::filesystem::create_directories(folder);
+  std::ofstream(folder / "defaults.json") << defaults;
+}
+
+std::filesystem::path PellowProgram::journalFile(const DesktopSession& desktop) {
+  return desktop.runtimeFolder() / "pellow" / ("parked-" + desktop.display() + ".json");
+}
+
+nlohmann::json PellowProgram::journal() const {
+  std::ifstream file(journalFile(desktop_));
+  if (!file) return nlohmann::json::array();
+  const auto stored = nlohmann::json::parse(file);
+  return nlohmann::json::parse(stored.at("parkedWindows").at("data").get<std::string>());
+}
+
+int PellowProgram::timesLogged(std::string_view line) const {
+  std::istringstream log(process_->standardError());
+  int times = 0;
+  for (std::string logged; std::getline(log, logged);) times += logged == line ? 1 : 0;
+  return times;
+}
+
+}  // namespace pellow::desktop

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/harness/desktop_session.h"
+
+namespace pellow::desktop {
+
+// The real program on a private desktop, seen as its user and other programs see it.
+class PellowProgram {
+ public:
+  explicit PellowProgram(DesktopSession& desktop, const Environment& changes = {});
+
+  // Waits until its strip shows and its main loop runs: keys, clicks and signals arrive from now.
+  bool isReady();
+
+  ChildProcess& process() { return *process_; }
+
+  // 0 when there is none.
+  WindowID strip() const;
+
+  // How many tabs of the default size stand in the strip, told by its length; -1 without a strip.
+  int tabCount() const;
+
+  // Clicks the middle of a tab of a strip at the right or left edge, counted from the top.
+  void clickTab(int index) const;
+
+  // What the user sees of a tab's picture: the strip on the screen.
+  Picture picture() const { return desktop_.picture(desktop_.content(strip())); }
+
+  // Puts these settings, and no others, where the next launch reads them.
+  static void writeDefaults(const DesktopSession& desktop, const nlohmann::json& defaults);
+
+  // The parked-window journal of the desktop, and its records as others can read them.
+  static std::filesystem::path journalFile(const DesktopSession& desktop);
+  nlohmann::json journal() const;
+
+  // How many lines of its log, level and message, read like this.
+  int timesLogged(std::string_view line) const;
+  bool hasLogged(std::string_view line) const { return timesLogged(line) > 0; }
+
+ private:
+  DesktopSession& desktop_;
+  std::unique_ptr<ChildProcess> process_;
+};
+
+}  // namespace pellow::desktop
