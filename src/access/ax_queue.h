@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <coroutine>
 #include <exception>
 #include <expected>
@@ -29,17 +30,27 @@ class AXQueue {
   template <class Body>
   class Awaiter;
 
+  // Ends coroutines that wait: calls that have not begun are dropped before `end` waits for the one
+  // that runs.
+  template <class End>
+  void dropCallsAnd(End end) {
+    drops_ = true;
+    end();
+    drops_ = false;
+  }
+
   // To be awaited at once in a coroutine of the main thread: runs `body` on the serial queue and
   // resumes on the main queue with its result or its exception. A coroutine that is destroyed while
   // it waits drops a body that has not begun, waits for one that runs, and is not resumed. `body`
   // itself is destroyed on the main thread.
   template <class Body>
   Awaiter<Body> ax(Body body) {
-    return Awaiter<Body>(main_, *queue_, std::move(body));
+    return Awaiter<Body>(*this, std::move(body));
   }
 
  private:
   MainQueue& main_;
+  std::atomic<bool> drops_ = false;  // read on the serial queue
   std::unique_ptr<SerialQueue> queue_;
 };
 
@@ -49,17 +60,17 @@ class [[nodiscard]] AXQueue::Awaiter {
   using Value = std::invoke_result_t<Body&>;
   static_assert(!std::is_reference_v<Value>, "a result travels between threads by value");
 
-  Awaiter(MainQueue& mainQueue, SerialQueue& serialQueue, Body body)
-      : mainQueue_(mainQueue), serialQueue_(serialQueue), body_(std::move(body)) {}
+  Awaiter(AXQueue& queue, Body body) : queue_(queue), body_(std::move(body)) {}
   Awaiter(const Awaiter&) = delete;
   Awaiter& operator=(const Awaiter&) = delete;
 
   bool await_ready() const noexcept { return false; }
 
   void await_suspend(std::coroutine_handle<> awaiting) {
-    work_ = serialQueue_.async([this, awaiting] {
+    work_ = queue_.queue_->async([this, awaiting] {
+      if (queue_.drops_) return;
       run();
-      hopBack_ = mainQueue_.async([awaiting] { awaiting.resume(); });
+      hopBack_ = queue_.main_.async([awaiting] { awaiting.resume(); });
     });
   }
 
@@ -82,8 +93,7 @@ class [[nodiscard]] AXQueue::Awaiter {
     }
   }
 
-  MainQueue& mainQueue_;
-  SerialQueue& serialQueue_;
+  AXQueue& queue_;
   Body body_;
   std::optional<std::expected<Value, std::exception_ptr>> result_;
 

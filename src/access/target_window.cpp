@@ -4,7 +4,6 @@
 #include <cmath>
 #include <utility>
 
-#include "access/ax.h"
 #include "access/pellow_error.h"
 
 namespace pellow {
@@ -19,8 +18,8 @@ bool isReached(QuartzPoint point, QuartzPoint target) {
          std::abs(point.y - target.y) <= reachedWithin;
 }
 
-QuartzPoint readPosition(const AXElement& element) {
-  const auto value = element.copyAttribute(AX::attribute::position, AX::timeout::windowChange);
+QuartzPoint readPosition(const AXElement& element, Seconds timeout) {
+  const auto value = element.copyAttribute(AX::attribute::position, timeout);
   const auto* const position = value ? std::get_if<QuartzPoint>(&*value) : nullptr;
   if (!position) throw PellowError::moveFailed(AXError::cannotComplete);
   return *position;
@@ -28,14 +27,16 @@ QuartzPoint readPosition(const AXElement& element) {
 
 }  // namespace
 
-std::vector<TargetWindow> TargetWindow::windows(Accessibility& accessibility, ProcessID pid) {
-  auto windows = everyWindow(accessibility, pid, AX::timeout::application);
-  if (!windows) return {};
-  std::erase_if(*windows, [](const TargetWindow& window) {
-    return AX::string(window.element, AX::attribute::subrole, AX::timeout::windowChange) !=
-           AX::subrole::standardWindow;
-  });
-  return std::move(*windows);
+std::vector<TargetWindow> TargetWindow::windows(Accessibility& accessibility, ProcessID pid,
+                                                Seconds timeout) {
+  const auto all = everyWindow(accessibility, pid, AX::timeout::application);
+  std::vector<TargetWindow> standard;
+  if (!all) return standard;
+  for (const auto& window : *all) {
+    if (AX::string(window.element, AX::attribute::subrole, timeout) == AX::subrole::standardWindow)
+      standard.push_back(window);
+  }
+  return standard;
 }
 
 std::expected<std::vector<TargetWindow>, AXError> TargetWindow::everyWindow(
@@ -50,11 +51,10 @@ std::expected<std::vector<TargetWindow>, AXError> TargetWindow::everyWindow(
 }
 
 std::optional<TargetWindow> TargetWindow::frontmost(Accessibility& accessibility,
-                                                    Workspace& workspace) {
-  const auto application = workspace.frontmostApplication();
-  if (!application) return std::nullopt;
-  auto element = AX::child(accessibility.application(*application), AX::attribute::focusedWindow,
-                           AX::timeout::application);
+                                                    std::optional<ProcessID> frontmostApplication) {
+  if (!frontmostApplication) return std::nullopt;
+  auto element = AX::child(accessibility.application(*frontmostApplication),
+                           AX::attribute::focusedWindow, AX::timeout::application);
   if (!element) return std::nullopt;
   const auto owner = element->pid();
   if (!owner) return std::nullopt;
@@ -67,11 +67,11 @@ std::optional<bool> TargetWindow::isGone() const {
   return !role && role.error() == AXError::invalidUIElement;
 }
 
-WindowState TargetWindow::state() const {
+WindowState TargetWindow::state(Seconds timeout) const {
   constexpr std::array attributes{AX::attribute::role, AX::attribute::title,
                                   AX::attribute::position, AX::attribute::size,
                                   AX::attribute::minimized};
-  const auto answers = element.copyMultipleAttributeValues(attributes, AX::timeout::windowChange);
+  const auto answers = element.copyMultipleAttributeValues(attributes, timeout);
   const auto& role = answers[0];
   if (!role && role.error() == AXError::cannotComplete) return {.answers = false};
   WindowState state{.title = AX::held<std::string>(answers[1]).value_or(""),
@@ -82,15 +82,15 @@ WindowState TargetWindow::state() const {
   return state;
 }
 
-QuartzPoint TargetWindow::move(QuartzPoint point, Verify verify, Clock& clock) const {
-  const auto written =
-      element.setAttribute(AX::attribute::position, point, AX::timeout::windowChange);
+QuartzPoint TargetWindow::move(QuartzPoint point, Verify verify, Clock& clock,
+                               Seconds timeout) const {
+  const auto written = element.setAttribute(AX::attribute::position, point, timeout);
   if (!written) throw PellowError::moveFailed(written.error());
   if (verify == Verify::no) return point;
 
   const auto deadline = clock.now() + readFor;
   while (true) {
-    const auto position = readPosition(element);
+    const auto position = readPosition(element, timeout);
     if (isReached(position, point)) return position;
     clock.sleep(readEvery);
     if (clock.now() > deadline) return position;

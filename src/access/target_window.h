@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "access/ax.h"
 #include "base/geometry.h"
 #include "platform/accessibility.h"
 #include "platform/clock.h"
-#include "platform/workspace.h"
 
 namespace pellow {
 
@@ -32,8 +32,9 @@ struct TargetWindow {
   bool operator==(const TargetWindow& other) const { return element == other.element; }
 
   // The standard windows of a process, in its own order: no dialogs, sheets, panels and nothing
-  // that does not tell what it is. Any thread.
-  static std::vector<TargetWindow> windows(Accessibility& accessibility, ProcessID pid);
+  // that does not tell what it is, for which each has `timeout`. Any thread.
+  static std::vector<TargetWindow> windows(Accessibility& accessibility, ProcessID pid,
+                                           Seconds timeout = AX::timeout::windowChange);
 
   // The windows of every kind. `timeout` is how long the application may take to list them; its
   // error, if it does not. Any thread.
@@ -41,22 +42,24 @@ struct TargetWindow {
                                                                        ProcessID pid,
                                                                        Seconds timeout);
 
-  // The focused window of the frontmost application. Any thread.
-  static std::optional<TargetWindow> frontmost(Accessibility& accessibility, Workspace& workspace);
+  // The focused window of the application that was in front, if there was one. Any thread.
+  static std::optional<TargetWindow> frontmost(Accessibility& accessibility,
+                                               std::optional<ProcessID> frontmostApplication);
 
   // Whether the window is surely gone (`invalidUIElement`), not failing otherwise. Nothing when its
   // application does not answer at once. Any thread.
   std::optional<bool> isGone() const;
 
-  // Read in one call, which waits for a slow application as long as a change of the window does.
-  // Any thread.
-  WindowState state() const;
+  // Read in one call, which may take that long. Any thread.
+  WindowState state(Seconds timeout = AX::timeout::windowChange) const;
 
   // Moves the window's top left corner. With `Verify::yes` it waits until the window stands within
   // 2 points of `point` on both axes, at most 0.6 s, and answers where it stands then, which may be
-  // elsewhere; without, it answers `point`. Throws `PellowError::moveFailed`. Sleeps: on
-  // the main thread only where nothing waits for it, as at launch.
-  QuartzPoint move(QuartzPoint point, Verify verify, Clock& clock) const;
+  // elsewhere; without, it answers `point`. `timeout` bounds each call. Throws
+  // `PellowError::moveFailed`. Sleeps: on the main thread only where nothing waits for it, as at
+  // launch.
+  QuartzPoint move(QuartzPoint point, Verify verify, Clock& clock,
+                   Seconds timeout = AX::timeout::windowChange) const;
 };
 
 }  // namespace pellow

@@ -45,17 +45,31 @@ AppDelegate::AppDelegate(Platform& platform)
       preferences_(platform.userDefaults(), notifications_),
       zones_(platform.userDefaults(), preferences_, notifications_, platform.uuidSource()),
       shortcuts_(platform.userDefaults(), notifications_),
+      tabs_(notifications_, platform.workspace()),
+      displays_(platform.screens()),
       alerts_(platform.alerts(), platform.process()),
+      animator_(platform.panels(), preferences_, platform.queues().main()),
+      strips_({.tabs = tabs_,
+               .zones = zones_,
+               .preferences = preferences_,
+               .clock = platform.clock(),
+               .mainQueue = platform.queues().main(),
+               .screens = platform.screens(),
+               .panels = platform.panels(),
+               .notifications = notifications_}),
       controller_({.accessibility = platform.accessibility(),
                    .alerts = alerts_,
+                   .animator = animator_,
                    .clock = platform.clock(),
+                   .displays = displays_,
                    .log = platform.log(),
                    .notifications = notifications_,
-                   .panels = platform.panels(),
                    .preferences = preferences_,
                    .queues = platform.queues(),
                    .screenCapture = platform.screenCapture(),
                    .screens = platform.screens(),
+                   .strips = strips_,
+                   .tabs = tabs_,
                    .userDefaults = platform.userDefaults(),
                    .uuids = platform.uuidSource(),
                    .workspace = platform.workspace(),
@@ -66,6 +80,7 @@ AppDelegate::AppDelegate(Platform& platform)
         platform_.log().error("The explanation of a permission could not be shown");
       }) {
   platform_.process().becomeAccessory();
+  strips_.onActivate = [this](const std::vector<UUID>& tabs) { controller_.restore(tabs); };
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -95,11 +110,12 @@ Task<> AppDelegate::explainPermission(Alert alert, std::string_view settings) {
 }
 
 void AppDelegate::begin() {
-  controller_.displays().recordMainHeight();
-  const auto recovered = controller_.parking().recoverStrandedWindows();
+  displays_.recordMainHeight();
+  const auto recovered = controller_.recoverStrandedWindows();
   if (recovered > 0)
     platform_.log().info("Recovered {} window(s) stranded by a previous run", recovered);
   logPermissions();
+  strips_.start();
   controller_.start();
   installHotkeys();
   installTerminationSignalHandlers();
@@ -143,6 +159,8 @@ void AppDelegate::applicationWillTerminate() {
 }
 
 void AppDelegate::perform(ShortcutAction action) {
+  // A menu may be quicker than the poll.
+  if (grantPoll_ && platform_.accessibility().isProcessTrusted()) permissionGranted();
   switch (action) {
     case ShortcutAction::pellowFrontmost:
       return controller_.pellowFrontmost();

@@ -6,13 +6,17 @@
 #include "base/notification_center.h"
 #include "base/subscription.h"
 #include "base/task.h"
+#include "capture/flight_animator.h"
+#include "engine/displays.h"
 #include "engine/pellow_controller.h"
 #include "model/preferences.h"
+#include "model/tab_store.h"
 #include "model/zone_store.h"
 #include "platform/platform.h"
 #include "shortcuts/hotkey_manager.h"
 #include "shortcuts/shortcut_action.h"
 #include "shortcuts/shortcut_store.h"
+#include "strips/tab_strip_controller.h"
 #include "views/alert_presenter.h"
 
 namespace pellow {
@@ -54,7 +58,11 @@ class AppDelegate {
   Preferences preferences_;
   ZoneStore zones_;
   ShortcutStore shortcuts_;
+  TabStore tabs_;
+  Displays displays_;
   AlertPresenter alerts_;
+  FlightAnimator animator_;
+  TabStripController strips_;
   PellowController controller_;
   HotkeyManager hotkeys_;
   std::vector<Subscription> signalSources_;

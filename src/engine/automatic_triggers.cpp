@@ -9,8 +9,6 @@
 namespace pellow {
 namespace {
 
-constexpr std::size_t lateMinimizesAtMost = 64;
-
 // The frames of an application's windows that are not minimized.
 std::vector<QuartzRect> framesOnScreen(Accessibility& accessibility, ProcessID pid,
                                        const std::vector<TargetWindow>& leftOut) {
@@ -28,28 +26,23 @@ std::vector<QuartzRect> framesOnScreen(Accessibility& accessibility, ProcessID p
 
 }  // namespace
 
+AutomaticTriggers::AutomaticTriggers(const Surroundings& surroundings)
+    : around_(surroundings),
+      minimizeWatcher_(around_.axQueue, around_.tasks, around_.accessibility, around_.workspace,
+                       around_.ownProcess) {
+  minimizeWatcher_.onMinimized = [this](const TargetWindow& window) { windowWasMinimized(window); };
+  minimizeWatcher_.onFocused = [this](const TargetWindow& window) { windowWasFocused(window); };
+}
+
 void AutomaticTriggers::windowWasMinimized(const TargetWindow& window) {
   if (around_.store.contains(window) || around_.ledger.contains(window)) return;
-  if (const auto tab = takeLateMinimize(window)) return onMinimizedLate(*tab);
+  if (const auto tab = around_.lateMinimizes.take(window))
+    return around_.departures.keepInDock(*tab);
   if (!around_.preferences.value(preference::pellowOnMinimize)) return;
   if (around_.echoes.isMinimizeSuppressed()) return;
   around_.echoes.settle(window.pid, EchoGuard::settleTime);
   around_.log.standard("Window minimized elsewhere; pellowing it");
-  onPellow(window);
-}
-
-void AutomaticTriggers::expectLateMinimize(const TabItem& tab) {
-  forgetLateMinimize(tab.window);
-  lateMinimizes_.push_back(tab);
-  if (lateMinimizes_.size() > lateMinimizesAtMost) lateMinimizes_.erase(lateMinimizes_.begin());
-}
-
-std::optional<TabItem> AutomaticTriggers::takeLateMinimize(const TargetWindow& window) {
-  const auto found = std::ranges::find(lateMinimizes_, window, &TabItem::window);
-  if (found == lateMinimizes_.end()) return std::nullopt;
-  auto tab = std::move(*found);
-  lateMinimizes_.erase(found);
-  return tab;
+  around_.tasks.start(around_.departures.pellow(window, std::nullopt, std::nullopt));
 }
 
 bool AutomaticTriggers::ignoresActivation(ProcessID pid) const {
@@ -58,7 +51,7 @@ bool AutomaticTriggers::ignoresActivation(ProcessID pid) const {
 }
 
 void AutomaticTriggers::windowWasFocused(const TargetWindow& window) {
-  forgetLateMinimize(window);
+  around_.lateMinimizes.forget(window);
   if (ignoresActivation(window.pid)) return;
   const auto& tabs = around_.store.tabs();
   const auto tab = std::ranges::find(tabs, window, &TabItem::window);
@@ -68,7 +61,7 @@ void AutomaticTriggers::windowWasFocused(const TargetWindow& window) {
 Task<> AutomaticTriggers::reactToFocus(ProcessID pid, UUID tab) {
   if (!co_await hasVisibleWindow(pid) || ignoresActivation(pid)) co_return;
   around_.log.standard("Pellowed window was chosen from its app; restoring it");
-  onRestore(tab);
+  around_.returns.restore({tab});
 }
 
 void AutomaticTriggers::appActivated(ProcessID pid) {
@@ -85,7 +78,7 @@ Task<> AutomaticTriggers::reactToActivation(ProcessID pid) {
   for (const auto& tab : std::views::reverse(tabs)) {
     if (tab.window.pid != pid) continue;
     around_.log.standard("Activated app has nothing visible; restoring its most recent tab");
-    onRestore(tab.id);
+    around_.returns.restore({tab.id});
     break;
   }
 }

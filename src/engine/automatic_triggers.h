@@ -1,21 +1,21 @@
 #pragma once
 
-#include <functional>
-#include <optional>
-#include <vector>
-
 #include "access/ax_queue.h"
 #include "access/target_window.h"
 #include "base/log.h"
 #include "base/task.h"
 #include "base/uuid.h"
+#include "engine/departures.h"
 #include "engine/displays.h"
 #include "engine/echo_guard.h"
+#include "engine/late_minimizes.h"
 #include "engine/ledger.h"
+#include "engine/minimize_watcher.h"
+#include "engine/returns.h"
 #include "model/preferences.h"
-#include "model/tab_item.h"
 #include "model/tab_store.h"
 #include "platform/accessibility.h"
+#include "platform/workspace.h"
 
 namespace pellow {
 
@@ -27,43 +27,38 @@ class AutomaticTriggers {
   struct Surroundings {
     Accessibility& accessibility;
     AXQueue& axQueue;
+    Departures& departures;
     const Displays& displays;
     EchoGuard& echoes;
+    LateMinimizes& lateMinimizes;
     const Ledger& ledger;
     const Log& log;
     const Preferences& preferences;
+    Returns& returns;
     const TabStore& store;
     TaskScope& tasks;
+    Workspace& workspace;
+    ProcessID ownProcess;
   };
 
-  explicit AutomaticTriggers(const Surroundings& surroundings) : around_(surroundings) {}
+  explicit AutomaticTriggers(const Surroundings& surroundings);
 
-  // This window is to become a tab.
-  std::function<void(const TargetWindow&)> onPellow;
-  // The window of this tab is put away by now.
-  std::function<void(const TabItem&)> onMinimizedLate;
-  std::function<void(UUID tab)> onRestore;
+  // Begins to follow the applications. Once.
+  void start() { minimizeWatcher_.start(); }
 
-  void windowWasMinimized(const TargetWindow& window);
-  void windowWasFocused(const TargetWindow& window);
+  // Another application became active.
   void appActivated(ProcessID pid);
 
-  // The program asked for the window of this tab to be minimized and got no answer in time: should
-  // that happen later, it needs its tab, whatever the user prefers.
-  void expectLateMinimize(const TabItem& tab);
-  // Should it be minimized from now on, that is somebody else's wish.
-  void forgetLateMinimize(const TargetWindow& window) { takeLateMinimize(window); }
-  const std::vector<TabItem>& lateMinimizes() const { return lateMinimizes_; }
-
  private:
-  std::optional<TabItem> takeLateMinimize(const TargetWindow& window);
+  void windowWasMinimized(const TargetWindow& window);
+  void windowWasFocused(const TargetWindow& window);
   bool ignoresActivation(ProcessID pid) const;
   Task<> reactToFocus(ProcessID pid, UUID tab);
   Task<> reactToActivation(ProcessID pid);
   Task<bool> hasVisibleWindow(ProcessID pid);
 
   Surroundings around_;
-  std::vector<TabItem> lateMinimizes_;
+  MinimizeWatcher minimizeWatcher_;
 };
 
 }  // namespace pellow

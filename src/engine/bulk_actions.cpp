@@ -1,82 +1,86 @@
 #include "engine/bulk_actions.h"
 
+#include <cstddef>
 #include <utility>
+
+#include "base/scoped_flag.h"
 
 namespace pellow {
 
 void BulkActions::pellowPinnedApps() {
   if (around_.zones.pins.empty()) return around_.failures.report(PellowError::nothingPinned());
-  start(&BulkActions::pinnedApps);
+  enqueue({Applications::pinned, {}});
 }
 
-void BulkActions::pellowEverything() { start(&BulkActions::everything); }
+void BulkActions::pellowEverything() { enqueue({Applications::all, {}}); }
 
-void BulkActions::enterFocusMode() { start(&BulkActions::everythingElse); }
+void BulkActions::enterFocusMode() {
+  around_.tasks.start(focusMode(around_.workspace.frontmostApplication()));
+}
 
-void BulkActions::start(Action action) {
-  waiting_.push_back(action);
+Task<> BulkActions::focusMode(std::optional<ProcessID> frontmostApplication) {
+  const auto focused = co_await around_.axQueue.ax(
+      [&] { return TargetWindow::frontmost(around_.accessibility, frontmostApplication); });
+  if (!focused) throw PellowError::noFocusedWindow();
+  enqueue({Applications::all, {*focused}});
+}
+
+void BulkActions::enqueue(Command command) {
+  waiting_.push_back(std::move(command));
   if (!isRunning_) around_.tasks.start(runWaiting());
 }
 
-void BulkActions::dropWaiting() {
-  waiting_.clear();
-  if (std::exchange(isRunning_, false)) (void)around_.failures.endBulk();
-}
-
 Task<> BulkActions::runWaiting() {
-  isRunning_ = true;
+  const ScopedFlag running(isRunning_);
   while (!waiting_.empty()) {
-    const auto action = waiting_.front();
+    auto command = std::move(waiting_.front());
     waiting_.pop_front();
-    co_await (this->*action)();
+    auto failed = co_await run(std::move(command));
+    if (failed.refusedOffscreen.empty())
+      around_.failures.show(failed.failures);
+    else
+      around_.tasks.start(offerToMinimize(std::move(failed)));
   }
-  isRunning_ = false;
 }
 
-Task<> BulkActions::pinnedApps() { co_await pellowAll(/*onlyPinned=*/true, {}); }
-
-Task<> BulkActions::everything() { co_await pellowAll(/*onlyPinned=*/false, {}); }
-
-Task<> BulkActions::everythingElse() {
-  const auto focused = co_await around_.axQueue.ax(
-      [&] { return TargetWindow::frontmost(around_.accessibility, around_.workspace); });
-  if (!focused) {
-    around_.failures.report(PellowError::noFocusedWindow());
-    co_return;
-  }
-  co_await pellowAll(/*onlyPinned=*/false, {*focused});
+Task<BulkActions::Failed> BulkActions::run(Command command) {
+  FailureReports::Collection collection(around_.failures);
+  co_await pellowAll(std::move(command));
+  co_return Failed{std::move(collection.failures), std::move(collection.refusedOffscreen)};
 }
 
-Task<> BulkActions::pellowAll(bool onlyPinned, std::vector<TargetWindow> excluding) {
-  around_.failures.beginBulk();
+Task<> BulkActions::pellowAll(Command command) {
   std::vector<AppWindows> together;
   std::size_t gathered = 0;
-  for (const auto& application : around_.workspace.runningApplications()) {
-    if (application.activationPolicy != ActivationPolicy::regular) continue;
-    if (application.pid == around_.ownProcess) continue;
-    std::optional<UUID> pin;
-    if (application.bundleID)
-      if (const auto zone = around_.zones.pinnedZone(*application.bundleID)) pin = zone->id;
-    if (onlyPinned && !pin) continue;
+  for (const auto& application : applications(command.applications)) {
     auto windows = co_await around_.axQueue.ax(
         [&] { return TargetWindow::windows(around_.accessibility, application.pid); });
     if (windows.empty()) continue;
     gathered += windows.size();
-    together.push_back({application, std::move(windows), pin});
-    if (gathered < windowsTogether) continue;
-    co_await pellowApps(std::exchange(together, {}), excluding);
+    together.push_back({application, std::move(windows), std::nullopt});
+    if (gathered < Departures::windowsTogether) continue;
+    co_await around_.departures.pellowApps(std::exchange(together, {}), command.excluding);
     gathered = 0;
   }
-  if (!together.empty()) co_await pellowApps(together, excluding);
-  auto bulk = around_.failures.endBulk();
-  if (bulk.failures.empty()) co_return;
-  if (bulk.refusedOffscreen.empty()) co_return around_.failures.report(bulk.failures);
-  around_.tasks.start(offerToMinimize(std::move(bulk)));
+  co_await around_.departures.pellowApps(std::move(together), command.excluding);
 }
 
-Task<> BulkActions::offerToMinimize(FailureReports::Bulk bulk) {
-  if (!co_await around_.failures.offerToMinimize(bulk.refusedOffscreen, bulk.failures)) co_return;
-  for (const auto& window : bulk.refusedOffscreen) co_await minimizeInstead(window);
+std::vector<RunningApplication> BulkActions::applications(Applications which) const {
+  auto applications = around_.workspace.runningApplications();
+  std::erase_if(applications, [&](const RunningApplication& each) {
+    const bool isOrdinary =
+        each.activationPolicy == ActivationPolicy::regular && each.pid != around_.ownProcess;
+    const bool isPinned = each.bundleID && around_.zones.pins.contains(*each.bundleID);
+    return !isOrdinary || (which == Applications::pinned && !isPinned);
+  });
+  return applications;
+}
+
+Task<> BulkActions::offerToMinimize(Failed failed) {
+  const auto& [failures, refused] = failed;
+  if (!co_await around_.failures.offerToMinimize(refused, failures)) co_return;
+  for (const auto& window : refused)
+    co_await around_.departures.pellow(window, std::nullopt, Mechanism::minimize);
 }
 
 }  // namespace pellow

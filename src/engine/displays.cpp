@@ -7,6 +7,9 @@ constexpr double hiddenFraction = 0.05;
 
 }  // namespace
 
+Displays::Displays(Screens& screens)
+    : screens_(screens), changes_(screens.onDidChangeParameters([this] { recordMainHeight(); })) {}
+
 void Displays::recordMainHeight() {
   const auto screens = screens_.all();
   flip_ = {screens.empty() ? 0 : screens.front().frame.height()};

@@ -4,17 +4,19 @@
 #include <vector>
 
 #include "base/geometry.h"
+#include "base/subscription.h"
 #include "platform/screens.h"
 
 namespace pellow {
 
-// The displays as windows see them: in Quartz space, about the height of the primary display, which
-// is recorded at launch and at every change of screen parameters. Main thread.
+// The displays as windows see them: in Quartz space, about the height of the primary display. Main
+// thread.
 class Displays {
  public:
-  explicit Displays(const Screens& screens) : screens_(screens) {}
+  explicit Displays(Screens& screens);
 
-  // Records the height of the first screen; 0 when there is none.
+  // Records the height of the first screen, 0 when there is none. By itself at every change of
+  // screen parameters; for the launch, and for whoever blocks the main thread.
   void recordMainHeight();
 
   Flip flip() const { return flip_; }
@@ -39,6 +41,7 @@ class Displays {
  private:
   const Screens& screens_;
   Flip flip_;
+  Subscription changes_;
 };
 
 }  // namespace pellow

@@ -1,9 +1,15 @@
 #include "engine/echo_guard.h"
 
+#include <algorithm>
+
 namespace pellow {
 
 void EchoGuard::suppressActivation(Seconds duration) {
   suppressActivationUntil_ = clock_.now() + duration;
+}
+
+void EchoGuard::suppressActivationAtLeast(Seconds duration) {
+  suppressActivationUntil_ = std::max(suppressActivationUntil_, clock_.now() + duration);
 }
 
 bool EchoGuard::isActivationSuppressed() const { return clock_.now() < suppressActivationUntil_; }

@@ -13,12 +13,17 @@ class EchoGuard {
  public:
   explicit EchoGuard(const Clock& clock) : clock_(clock) {}
 
-  // Activations and changes of focus of all applications, from now on for so long; the latest call
-  // counts.
+  // How long what the program has just done may still come back as an event.
+  static constexpr Seconds ownEcho = 0.5;
+
+  // Activations and changes of focus of all applications, for `duration` from now; a later call
+  // replaces it.
   void suppressActivation(Seconds duration);
+  // The same, but never shortens it.
+  void suppressActivationAtLeast(Seconds duration);
   bool isActivationSuppressed() const;
 
-  // Minimizing, of all applications.
+  // Minimizing, of all applications, likewise.
   void suppressMinimize(Seconds duration);
   bool isMinimizeSuppressed() const;
 

@@ -22,13 +22,14 @@ std::string listed(const std::vector<PellowError>& failures) {
 }  // namespace
 
 void FailureReports::report(const std::vector<PellowError>& failures) {
-  if (failures.empty()) return;
   for (const auto& failure : failures) log_.error("{}", failure.errorDescription());
-  if (bulkFailures_) {
-    bulkFailures_->insert(bulkFailures_->end(), failures.begin(), failures.end());
-  } else {
-    tasks_.start(tell(failures.front(), failures.size() - 1));
-  }
+  if (!collection_) return show(failures);
+  auto& collected = collection_->failures;
+  collected.insert(collected.end(), failures.begin(), failures.end());
+}
+
+void FailureReports::show(const std::vector<PellowError>& failures) {
+  if (!failures.empty()) tasks_.start(tell(failures.front(), failures.size() - 1));
 }
 
 Task<> FailureReports::tell(PellowError first, std::size_t additional) {
@@ -41,19 +42,9 @@ Task<> FailureReports::tell(PellowError first, std::size_t additional) {
 }
 
 void FailureReports::noteRefusal(const TargetWindow& window) {
-  if (std::ranges::find(refusedOffscreen_, window) == refusedOffscreen_.end())
-    refusedOffscreen_.push_back(window);
-}
-
-void FailureReports::beginBulk() {
-  bulkFailures_.emplace();
-  refusedOffscreen_.clear();
-}
-
-FailureReports::Bulk FailureReports::endBulk() {
-  Bulk bulk{std::exchange(bulkFailures_, std::nullopt).value_or(std::vector<PellowError>{}),
-            std::exchange(refusedOffscreen_, {})};
-  return bulk;
+  if (!collection_) return;
+  auto& refused = collection_->refusedOffscreen;
+  if (std::ranges::find(refused, window) == refused.end()) refused.push_back(window);
 }
 
 Task<bool> FailureReports::offerToMinimize(const std::vector<TargetWindow>& windows,

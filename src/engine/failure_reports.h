@@ -1,6 +1,6 @@
 #pragma once
 
-#include <optional>
+#include <cstddef>
 #include <vector>
 
 #include "access/pellow_error.h"
@@ -11,31 +11,40 @@
 
 namespace pellow {
 
-// The one way in which failures reach the user: each in an alert of its own, or, while a bulk
-// action runs, all of them at its end in one. Main thread.
+// The one way in which failures reach the user: each in an alert of its own, or, while somebody
+// collects them, all in one. Main thread.
 class FailureReports {
  public:
   // `tasks` holds the alerts that nobody waits for.
   FailureReports(AlertPresenter& alerts, const Log& log, TaskScope& tasks)
       : alerts_(alerts), log_(log), tasks_(tasks) {}
 
-  // Logs the failures of one action and shows them in one alert, or keeps them for the end of the
-  // bulk action. Returns at once.
+  // Keeps failures for as long as it lives, in place of an alert for each. One at a time.
+  class Collection {
+   public:
+    explicit Collection(FailureReports& reports) : reports_(reports) {
+      reports_.collection_ = this;
+    }
+    Collection(const Collection&) = delete;
+    Collection& operator=(const Collection&) = delete;
+    ~Collection() { reports_.collection_ = nullptr; }
+
+    std::vector<PellowError> failures;
+    std::vector<TargetWindow> refusedOffscreen;  // those that would not be moved off-screen
+
+   private:
+    FailureReports& reports_;
+  };
+
+  // Logs the failures of one action and shows or collects them. Returns at once.
   void report(const PellowError& failure) { report(std::vector{failure}); }
   void report(const std::vector<PellowError>& failures);
 
-  // A window would not be moved off-screen, in or out of a bulk action.
+  // Shows failures that are in the log already, in one alert. Returns at once.
+  void show(const std::vector<PellowError>& failures);
+
+  // A window would not be moved off-screen.
   void noteRefusal(const TargetWindow& window);
-
-  // From here to `endBulk` failures are kept.
-  void beginBulk();
-
-  // What was kept, for the caller to tell.
-  struct Bulk {
-    std::vector<PellowError> failures;
-    std::vector<TargetWindow> refusedOffscreen;
-  };
-  Bulk endBulk();
 
   // Asks whether windows that would not slide off-screen shall be minimized instead, below the
   // sentences of what failed.
@@ -48,8 +57,7 @@ class FailureReports {
   AlertPresenter& alerts_;
   const Log& log_;
   TaskScope& tasks_;
-  std::optional<std::vector<PellowError>> bulkFailures_;
-  std::vector<TargetWindow> refusedOffscreen_;
+  Collection* collection_ = nullptr;
 };
 
 }  // namespace pellow

@@ -12,10 +12,13 @@ Ledger::Claim::~Claim() {
   if (ledger_) ledger_->entries_.erase(entry_);
 }
 
-void Ledger::Claim::setTab(TabItem tab) { entry_->tab = std::move(tab); }
+Ledger::Claim Ledger::claim(TargetWindow window) {
+  return {*this, entries_.insert(entries_.end(), {std::move(window), Way::away})};
+}
 
-Ledger::Claim Ledger::claim(TargetWindow window, Way way) {
-  return {*this, entries_.insert(entries_.end(), {std::move(window), way, std::nullopt})};
+Ledger::Claim Ledger::claimBack(TabItem tab) {
+  Entry entry{.window = tab.window, .way = Way::back, .tab = std::move(tab), .isTouched = true};
+  return {*this, entries_.insert(entries_.end(), std::move(entry))};
 }
 
 bool Ledger::contains(const TargetWindow& window) const {

@@ -2,13 +2,14 @@
 
 #include <list>
 #include <optional>
+#include <utility>
 
 #include "access/target_window.h"
 #include "model/tab_item.h"
 
 namespace pellow {
 
-// The windows that the controller is working on right now. Actions suspend while other applications
+// The windows that the engine is working on right now. Actions suspend while other applications
 // answer, so between two steps a window may be hidden and have no tab: then it stands here. Main
 // thread.
 class Ledger {
@@ -18,8 +19,8 @@ class Ledger {
   struct Entry {
     TargetWindow window;
     Way way;
-    // The tab that comes or goes, from before the window is touched: enough to put it back.
-    std::optional<TabItem> tab;
+    std::optional<TabItem> tab;  // that comes or goes: enough to put the window back
+    bool isTouched = false;      // the window may be hidden
   };
 
   // A window's place in the ledger, given up when the claim ends.
@@ -29,8 +30,13 @@ class Ledger {
     Claim& operator=(Claim&&) = delete;
     ~Claim();
 
-    // The window is about to be hidden, or is being brought back, as this tab says.
-    void setTab(TabItem tab);
+    void setTab(TabItem tab) { entry_->tab = std::move(tab); }
+    // To be called before the window is hidden.
+    void touch() { entry_->isTouched = true; }
+
+    // The tab that was set.
+    TabItem& tab() { return *entry_->tab; }
+    const TabItem& tab() const { return *entry_->tab; }
 
    private:
     friend Ledger;
@@ -44,7 +50,10 @@ class Ledger {
   Ledger(const Ledger&) = delete;
   Ledger& operator=(const Ledger&) = delete;
 
-  Claim claim(TargetWindow window, Way way);
+  // A window that is about to leave.
+  Claim claim(TargetWindow window);
+  // The window of this tab, hidden as it is, which is about to come back.
+  Claim claimBack(TabItem tab);
 
   bool contains(const TargetWindow& window) const;
   bool contains(const TargetWindow& window, Way way) const;

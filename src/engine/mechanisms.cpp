@@ -1,6 +1,7 @@
 #include "engine/mechanisms.h"
 
 #include <utility>
+#include <vector>
 
 #include "access/ax.h"
 #include "access/target_window.h"
@@ -13,23 +14,29 @@ constexpr int movesAtMost = 3;
 constexpr Seconds hiddenWithin = 0.6;
 constexpr Seconds readHiddenEvery = 0.02;
 
-std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minimized) {
-  return window.element.setAttribute(AX::attribute::minimized, minimized,
-                                     AX::timeout::windowChange);
+std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minimized,
+                                          Seconds timeout = AX::timeout::windowChange) {
+  return window.element.setAttribute(AX::attribute::minimized, minimized, timeout);
 }
 
 }  // namespace
 
-void Mechanisms::prepare(const std::vector<Departure>& departures) {
-  std::vector<ParkedWindows::Departure> parked;
-  for (const auto& [tab, side] : departures)
-    if (tab.mechanism == Mechanism::offscreen)
-      parked.push_back({tab, around_.parking.parkOrigin(*tab.originalFrame, side)});
-  if (parked.size() > 1) around_.parkedWindows.recordAhead(parked);
+void Mechanisms::record(std::list<Departure>& departures) {
+  if (departures.size() < 2) return;
+  std::vector<const Departure*> recorded;
+  for (auto& departure : departures) {
+    const auto& tab = departure.tab();
+    if (tab.mechanism != Mechanism::offscreen) continue;
+    departure.recordedAt = around_.places.parkOrigin(*tab.originalFrame, departure.side);
+    recorded.push_back(&departure);
+  }
+  if (around_.parkedWindows.record(recorded)) return;
+  // Each tries once more when its turn comes, and tells its own failure.
+  for (auto& departure : departures) departure.recordedAt.reset();
 }
 
-Task<Mechanisms::Hiding> Mechanisms::hide(Departure departure) {
-  const auto& tab = departure.tab;
+Task<Mechanisms::Hiding> Mechanisms::hide(Departure& departure) {
+  const auto& tab = departure.tab();
   switch (tab.mechanism) {
     case Mechanism::minimize:
       co_return co_await minimize(tab);
@@ -76,11 +83,15 @@ Task<Mechanisms::Hiding> Mechanisms::minimize(const TabItem& tab) {
 
 // Record first, then move, then look: a window that stays in sight goes back and needs no tab. One
 // that nobody can say anything about may be hidden.
-Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(Departure departure) {
-  const auto& tab = departure.tab;
-  const auto target = around_.parking.parkOrigin(*tab.originalFrame, departure.side);
-  if (!around_.parkedWindows.record({tab, target}))
-    co_return Hiding{.failure = PellowError::moveFailed(AXError::failure)};
+Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(Departure& departure) {
+  const auto& tab = departure.tab();
+  // The displays may have changed since it was recorded.
+  const auto target = around_.places.parkOrigin(*tab.originalFrame, departure.side);
+  if (departure.recordedAt != target) {
+    departure.recordedAt = target;
+    if (!around_.parkedWindows.record({&departure}))
+      co_return Hiding{.failure = PellowError::moveFailed(AXError::failure)};
+  }
 
   Hiding hiding;
   try {
@@ -100,7 +111,8 @@ Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(Departure departure) {
 Task<bool> Mechanisms::slideBack(const TabItem& tab) {
   const auto& frame = *tab.originalFrame;
   const bool isDisplayGone = around_.displays.isHidden(frame);
-  const auto origin = isDisplayGone ? around_.parking.restoreOrigin(frame) : frame.origin;
+  const auto origin =
+      isDisplayGone ? around_.places.restoreOrigin(frame, around_.log) : frame.origin;
   try {
     const auto taken = co_await around_.axQueue.ax(
         [&] { return tab.window.move(origin, Verify::yes, around_.clock); });
@@ -138,12 +150,12 @@ Task<> Mechanisms::reveal(const TabItem& tab) {
 // it is made once more. Throws when the window is still out of sight where it could be seen.
 Task<> Mechanisms::moveHome(const TabItem& tab) {
   const auto& frame = *tab.originalFrame;
-  auto origin = around_.parking.restoreOrigin(frame);
+  auto origin = around_.places.restoreOrigin(frame, around_.log);
   for (int attempt = 0; attempt < movesAtMost; ++attempt) {
     const auto taken = co_await around_.axQueue.ax(
         [&] { return tab.window.move(origin, Verify::yes, around_.clock); });
     if (!around_.displays.isHidden({taken, frame.size})) co_return;
-    const auto asked = std::exchange(origin, around_.parking.restoreOrigin(frame));
+    const auto asked = std::exchange(origin, around_.places.restoreOrigin(frame, around_.log));
     if (origin != asked) continue;
     if (taken == asked) co_return;  // there is no display
     break;
@@ -175,22 +187,23 @@ Task<> Mechanisms::bringToFront(const TargetWindow& window) {
     return done;
   });
   if (!raised)
-    around_.log.standard("raise failed after successful restore: {}", explanation(raised.error()));
+    around_.log.standard("raise failed after successful restore: {}",
+                         PellowError::raiseFailed(raised.error()).errorDescription());
   around_.workspace.activate(window.pid);
 }
 
-std::expected<void, AXError> Mechanisms::revealBlocking(const TabItem& tab) {
+std::expected<void, AXError> Mechanisms::revealBlocking(const TabItem& tab, Seconds timeout) {
   switch (tab.mechanism) {
     case Mechanism::hideApp:
       around_.workspace.unhide(tab.window.pid);
       break;
     case Mechanism::offscreen:
       if (!tab.originalFrame) break;
-      return tab.window.element.setAttribute(AX::attribute::position,
-                                             around_.parking.restoreOrigin(*tab.originalFrame),
-                                             AX::timeout::windowChange);
+      return tab.window.element.setAttribute(
+          AX::attribute::position, around_.places.restoreOrigin(*tab.originalFrame, around_.log),
+          timeout);
     case Mechanism::minimize:
-      return setMinimized(tab.window, false);
+      return setMinimized(tab.window, false, timeout);
   }
   return {};
 }

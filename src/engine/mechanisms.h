@@ -1,18 +1,18 @@
 #pragma once
 
 #include <expected>
+#include <list>
 #include <optional>
-#include <vector>
 
 #include "access/ax_queue.h"
 #include "access/pellow_error.h"
 #include "base/log.h"
 #include "base/task.h"
+#include "engine/departure.h"
 #include "engine/displays.h"
 #include "engine/echo_guard.h"
-#include "engine/offscreen_parking.h"
 #include "engine/parked_windows.h"
-#include "model/strip_edge.h"
+#include "engine/parking_places.h"
 #include "model/tab_item.h"
 #include "platform/accessibility.h"
 #include "platform/clock.h"
@@ -31,8 +31,8 @@ class Mechanisms {
     const Displays& displays;
     EchoGuard& echoes;
     const Log& log;
-    OffscreenParking& parking;
     ParkedWindows& parkedWindows;
+    const ParkingPlaces& places;
     Workspace& workspace;
   };
 
@@ -44,30 +44,24 @@ class Mechanisms {
     std::optional<PellowError> failure;  // for the user; besides a hidden window, too
   };
 
-  // A window to hide, and to which side if it is slid.
-  struct Departure {
-    const TabItem& tab;
-    StripEdge side;
-  };
+  // Writes the records of several windows at once, before the first of them is hidden.
+  void record(std::list<Departure>& departures);
 
-  // Writes down at once what must be kept before these windows are hidden, one after another.
-  // `hide` must follow for each.
-  void prepare(const std::vector<Departure>& departures);
-
-  // Hides the window by the tab's mechanism. A window that would stay in sight is put back.
-  Task<Hiding> hide(Departure departure);
+  // Hides the window by the tab's mechanism; one that is to be slid and has no record gets one
+  // first. A window that would stay in sight is put back.
+  Task<Hiding> hide(Departure& departure);
 
   // Undoes it, raises the window and activates its application. Throws when the window is not
   // back; a raise that fails is only logged.
   Task<> reveal(const TabItem& tab);
 
-  // Undoes it directly on the calling thread, without a word of failures, raise and activation; the
-  // answer tells whether somebody has heard of it.
-  std::expected<void, AXError> revealBlocking(const TabItem& tab);
+  // Undoes it directly on the calling thread, without raise and activation; the answer tells
+  // whether somebody has heard of it within `timeout`.
+  std::expected<void, AXError> revealBlocking(const TabItem& tab, Seconds timeout);
 
  private:
   Task<Hiding> minimize(const TabItem& tab);
-  Task<Hiding> slideOffscreen(Departure departure);
+  Task<Hiding> slideOffscreen(Departure& departure);
   Task<Hiding> hideApplication(ProcessID pid);
   Task<std::optional<bool>> isHidden(ProcessID pid, bool expected);
   Task<bool> slideBack(const TabItem& tab);

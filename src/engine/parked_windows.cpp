@@ -6,36 +6,24 @@
 
 namespace pellow {
 
-std::optional<ParkedWindows::Recorded> ParkedWindows::recorded(const Departure& departure) {
-  const auto& tab = departure.tab;
-  if (!tab.bundleID) return std::nullopt;
-  return Recorded{tab.id,
-                  {*tab.bundleID, tab.title, tab.originalFrame->origin, departure.parkedOrigin}};
-}
-
-bool ParkedWindows::record(const Departure& departure) {
-  auto entry = recorded(departure);
-  if (!entry) return true;
-  const auto ahead = std::ranges::find(recorded_, entry->tab, &Recorded::tab);
-  if (ahead != recorded_.end() && ahead->record == entry->record) {
-    ahead->isAhead = false;
-    return true;
+bool ParkedWindows::record(const std::vector<const Departure*>& departures) {
+  auto all = recorded_;
+  bool isNew = false;
+  for (const auto* departure : departures) {
+    const auto& tab = departure->tab();
+    if (!tab.bundleID) continue;
+    std::erase_if(all, [&](const Recorded& each) { return each.tab == tab.id; });
+    all.push_back(
+        {tab.id, {*tab.bundleID, tab.title, tab.originalFrame->origin, *departure->recordedAt}});
+    isNew = true;
   }
-  if (ahead != recorded_.end()) recorded_.erase(ahead);
-  recorded_.push_back(std::move(*entry));
+  if (!isNew) return true;
+  auto before = std::exchange(recorded_, std::move(all));
   if (write()) return true;
-  forget(departure.tab);
+  recorded_ = std::move(before);
+  // The disk may have taken it all the same.
+  write();
   return false;
-}
-
-void ParkedWindows::recordAhead(const std::vector<Departure>& departures) {
-  const auto before = recorded_.size();
-  for (const auto& departure : departures)
-    if (auto entry = recorded(departure)) recorded_.push_back(std::move(*entry));
-  for (auto entry = recorded_.begin() + before; entry != recorded_.end(); ++entry)
-    entry->isAhead = true;
-  // What is not kept is written once more by itself.
-  if (recorded_.size() > before && !write()) recorded_.resize(before);
 }
 
 void ParkedWindows::forget(const TabItem& tab) {
@@ -45,7 +33,7 @@ void ParkedWindows::forget(const TabItem& tab) {
 
 void ParkedWindows::keepForNextLaunch(const TabItem& tab) {
   const auto found = std::ranges::find(recorded_, tab.id, &Recorded::tab);
-  if (found != recorded_.end()) journal_.keepForNextLaunch(found->record);
+  if (found != recorded_.end()) journal_.keep(found->record);
 }
 
 void ParkedWindows::dropStaleRecords() {
@@ -54,9 +42,7 @@ void ParkedWindows::dropStaleRecords() {
   for (const auto& entry : ledger_.entries())
     if (entry.tab) tabs.insert(entry.tab->id);
   for (const auto& tab : store_.tabs()) tabs.insert(tab.id);
-  const auto isStale = [&](const Recorded& each) {
-    return !each.isAhead && !tabs.contains(each.tab);
-  };
+  const auto isStale = [&](const Recorded& each) { return !tabs.contains(each.tab); };
   if (std::erase_if(recorded_, isStale) > 0) write();
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <optional>
 #include <vector>
 
 #include "base/uuid.h"
+#include "engine/departure.h"
 #include "engine/ledger.h"
 #include "engine/parking_journal.h"
 #include "model/tab_item.h"
@@ -18,18 +18,9 @@ class ParkedWindows {
   ParkedWindows(ParkingJournal& journal, const TabStore& store, const Ledger& ledger)
       : journal_(journal), store_(store), ledger_(ledger) {}
 
-  // A window that is about to move.
-  struct Departure {
-    const TabItem& tab;
-    QuartzPoint parkedOrigin;
-  };
-
-  // Before the tab's window moves to `parkedOrigin`: false when that cannot be kept.
-  bool record(const Departure& departure);
-
-  // The same for windows that will move one after another, in one write. `record` must follow for
-  // each, and has nothing left to do where this has succeeded.
-  void recordAhead(const std::vector<Departure>& departures);
+  // Before these windows move to where each is `recordedAt`, in one write: false, and nothing is
+  // recorded, when it cannot be kept.
+  bool record(const std::vector<const Departure*>& departures);
 
   // The tab's window is not parked any more.
   void forget(const TabItem& tab);
@@ -46,10 +37,8 @@ class ParkedWindows {
   struct Recorded {
     UUID tab;
     ParkingRecord record;
-    bool isAhead = false;  // its window has not begun to move
   };
 
-  static std::optional<Recorded> recorded(const Departure& departure);
   bool write();
 
   ParkingJournal& journal_;

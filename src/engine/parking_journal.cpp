@@ -1,5 +1,6 @@
 #include "engine/parking_journal.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/json.h"
@@ -34,6 +35,13 @@ ParkingJournal::ParkingJournal(UserDefaults& defaults, const Log& log)
     : defaults_(defaults), log_(log) {
   const auto stored = data(defaults_, key).value_or("");
   records_ = decodeJSON<std::vector<ParkingRecord>>(stored).value_or(std::vector<ParkingRecord>{});
+}
+
+void ParkingJournal::release(const ParkingRecord& record) {
+  const auto found = std::ranges::find(kept_, record);
+  if (found == kept_.end()) return;
+  kept_.erase(found);
+  write(std::exchange(records_, {}));
 }
 
 void ParkingJournal::clear() {

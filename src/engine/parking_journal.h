@@ -38,8 +38,13 @@ class ParkingJournal {
 
   bool write(std::vector<ParkingRecord> records);
 
-  // From now on every write has this record besides its own: it is for the next launch.
-  void keepForNextLaunch(ParkingRecord record) { kept_.push_back(std::move(record)); }
+  // Records of a previous run, or for the next one, whose windows nobody could ask. Every write has
+  // them besides its own.
+  const std::vector<ParkingRecord>& kept() const { return kept_; }
+  void keep(ParkingRecord record) { kept_.push_back(std::move(record)); }
+
+  // Its window is back or gone: keeps one record less, and writes that.
+  void release(const ParkingRecord& record);
 
   // Nothing is parked, and nothing is kept any more.
   void clear();

@@ -12,23 +12,6 @@ constexpr Seconds snapshotFreshness = 30;
 constexpr Seconds snapshotInterval = 4;
 constexpr std::size_t snapshotsAtMost = 16;
 
-// What a window looks like to a camera.
-struct Subject {
-  std::string title;
-  QuartzRect frame;
-};
-
-// Nothing for a window that cannot be photographed.
-std::optional<Subject> readSubject(const TargetWindow& window) {
-  constexpr auto timeout = AX::timeout::application;
-  if (AX::boolean(window.element, AX::attribute::minimized, timeout).value_or(false))
-    return std::nullopt;
-  auto title = AX::string(window.element, AX::attribute::title, timeout).value_or("");
-  const auto frame = AX::frame(window.element, timeout);
-  if (!frame) return std::nullopt;
-  return Subject{std::move(title), *frame};
-}
-
 }  // namespace
 
 bool Snapshots::isEnabled() const {
@@ -52,9 +35,9 @@ Task<std::optional<Image>> Snapshots::snapshotIfEnabled(ProcessID pid, std::stri
 
 Task<> Snapshots::cacheSnapshot(TargetWindow window) {
   if (!isEnabled() || wasTakenWithin(window.element, snapshotInterval)) co_return;
-  auto subject = co_await around_.axQueue.ax([&] { return readSubject(window); });
-  if (!subject) co_return;
-  auto image = co_await capture_.capture(window.pid, std::move(subject->title), subject->frame);
+  auto state = co_await around_.axQueue.ax([&] { return window.state(AX::timeout::application); });
+  if (state.isMinimized || !state.frame) co_return;
+  auto image = co_await capture_.capture(window.pid, std::move(state.title), *state.frame);
   if (image) keep(window.element, std::move(*image));
 }
 

@@ -31,6 +31,9 @@ struct TabItem {
   std::optional<UUID> zoneID;      // absent: the default zone
   std::optional<bool> showsTitle;  // absent: as the preference has it
 
+  // Such a tab outlives its window: the application's other windows are hidden with it.
+  bool standsForApp() const { return mechanism == Mechanism::hideApp; }
+
   bool operator==(const TabItem&) const = default;
 };
 

@@ -36,7 +36,6 @@ void AlertPresenter::showNext() {
   process_.activate();
   shown_ = alerts_.show(request.alert, [this, &request](std::size_t button) {
     request.chosen = button;
-    if (onAnswered) onAnswered();
     const auto waiter = request.waiter;
     leave(request);
     waiter.resume();
@@ -49,6 +48,7 @@ void AlertPresenter::leave(Request& request) {
   waiting_.remove(&request);
   if (!wasShown) return;
   shown_.cancel();
+  if (onClosed) onClosed();
   showNext();
 }
 

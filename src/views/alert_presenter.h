@@ -22,10 +22,9 @@ class AlertPresenter {
   // The index of the button that was chosen. A task that ends before takes its alert with it.
   Task<std::size_t> present(Alert alert);
 
-  bool isPresenting() const { return !waiting_.empty(); }
-
-  // An alert was answered; the system activates the application that was in front before.
-  std::function<void()> onAnswered;
+  // An alert has gone, answered or not; the system activates the application that was in front
+  // before.
+  std::function<void()> onClosed;
 
  private:
   struct Request;

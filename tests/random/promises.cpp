@@ -28,6 +28,14 @@ bool isOf(const ParkingRecord& record, const TabItem& tab) {
          record.originalOrigin == tab.originalFrame->origin;
 }
 
+// Too slowly for a launch to wait.
+bool answersSlowly(const DesktopState& desktop, WindowID id) {
+  const auto& window = *desktop.window(id);
+  return window.manners.answersAfter + desktop.application(window.pid)->answersAfter +
+             desktop.longestExtraDelay >
+         0.25;
+}
+
 bool isWatched(const DesktopState& desktop, ProcessID pid) {
   return desktop.application(pid)->identity.activationPolicy == ActivationPolicy::regular;
 }
@@ -76,6 +84,12 @@ WindowID identify(simulated::Desktop& desktop, const TargetWindow& target) {
   return 0;
 }
 
+bool isTroubledApplication(const Promises::Scene& scene, ProcessID pid) {
+  return std::ranges::any_of(scene.sightings.windows(), [pid](const auto& entry) {
+    return entry.second.pid == pid && entry.second.wasTroubled;
+  });
+}
+
 }  // namespace
 
 std::vector<ParkingRecord> parseJournal(const std::optional<DefaultsValue>& stored) {
@@ -100,17 +114,19 @@ void Promises::whenLaunched(const DesktopState& desktop) {
     if (application.identity.bundleID) ranAtLaunch_.insert(*application.identity.bundleID);
 }
 
-// Excused: the applications that do not answer, or that quit before they could.
+// Excused: the applications that do not answer within a quarter of a second, or that quit before
+// they could; and everything while there is no display to come back to.
 std::optional<Breach> Promises::whenBegun(simulated::Desktop& desktop, const Sightings& sightings) {
   kept_ = parseJournal(desktop.userDefaults().stored(journalKey));
   const auto& state = desktop.state();
+  if (state.screens.empty()) return std::nullopt;
   for (const auto& record : kept_) {
     const auto isExcused = [&](const simulated::ApplicationState& application) {
       const auto windows = state.windowsOf(application.identity.pid);
       return application.identity.bundleID == record.bundleID &&
              (windows.empty() || std::ranges::any_of(windows, [&](WindowID id) {
                 const auto* seen = sightings.window(id);
-                return !seen || seen->wasTroubled;
+                return !seen || seen->wasTroubled || answersSlowly(state, id);
               }));
     };
     const auto runs = [&](const simulated::ApplicationState& application) {
@@ -238,7 +254,9 @@ std::optional<Breach> Promises::whenQuiet(const Scene& scene) {
   for (const auto& [id, seen] : scene.sightings.windows()) {
     const auto& window = *desktop.window(id);
     if (seen.waitsForNextLaunch) continue;
-    if (seen.isStranded && seen.isHiddenByProgram() && !seen.wasTroubled)
+    // One that does not answer stands for all of its application.
+    if (seen.isStranded && isTroubledApplication(scene, seen.pid)) continue;
+    if (seen.isStranded && seen.isHiddenByProgram())
       return Breach{"after a crash the next launch brings back every parked window",
                     stateOf(desktop, window)};
     if (scene.away.contains(id)) continue;

@@ -246,10 +246,12 @@ TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
     ASSERT_EQ(flying(), 1);
   }
   std::size_t most = 0;
-  for (std::size_t before = 1; landed < 50; before = flying()) {
+  std::size_t before = 1;
+  while (landed < 50) {
     desktop.run(0.01);
     EXPECT_LE(flying(), before + 1);
-    most = std::max(most, flying());
+    before = flying();
+    most = std::max(most, before);
   }
   EXPECT_EQ(most, 8);
   desktop.runUntilQuiet();

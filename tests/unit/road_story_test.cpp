@@ -226,8 +226,9 @@ TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
   letter.failsNext("AXRaise", AXError::cannotComplete);
   program->pressRestoreAll();
   EXPECT_TRUE(program->tabs().empty());
-  EXPECT_TRUE(
-      desktop.hasLogged("raise failed after successful restore: the app did not respond in time"));
+  EXPECT_TRUE(desktop.hasLogged(
+      "raise failed after successful restore: Could not bring the window to the front (the app did "
+      "not respond in time)."));
   EXPECT_TRUE(desktop.alerts().showing().empty());
 
   // Nothing to pellow.

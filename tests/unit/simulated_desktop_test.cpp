@@ -166,27 +166,26 @@ TEST_F(SimulatedDesktopTest, DisplaysComeAndGo) {
 
 TEST_F(SimulatedDesktopTest, AFailedWriteOfTheDefaultsIsLostInACrash) {
   auto& defaults = desktop.userDefaults();
-  EXPECT_TRUE(defaults.set("eventual", 1.0));
+  EXPECT_TRUE(defaults.set("eventually", 1.0));
   desktop.userDefaults().failNextWrite({"The disk is full."}, "journal");
-  EXPECT_TRUE(defaults.set("immediate", true, Kept::atOnce));
-  EXPECT_EQ(defaults.set("journal", true, Kept::atOnce).error().sentence,
-            "The disk is full.");
+  EXPECT_TRUE(defaults.set("atOnce", true, Kept::atOnce));
+  EXPECT_EQ(defaults.set("journal", true, Kept::atOnce).error().sentence, "The disk is full.");
   EXPECT_EQ(defaults.value("journal"), DefaultsValue(true));
-  const auto onDisk = [&](std::string_view key) {
+  const auto survives = [&](std::string_view key) {
     return desktop.userDefaults().afterCrash(key).has_value();
   };
-  EXPECT_FALSE(onDisk("eventual"));
-  EXPECT_TRUE(onDisk("immediate"));
+  EXPECT_FALSE(survives("eventually"));
+  EXPECT_TRUE(survives("atOnce"));
   desktop.run(1);
   EXPECT_TRUE(survives("eventually"));
   EXPECT_FALSE(survives("journal"));
 
-  EXPECT_TRUE(defaults.set("eventual", 2.0));
+  EXPECT_TRUE(defaults.set("eventually", 2.0));
   simulated::Desktop afterCrash(desktop.snapshot());
-  EXPECT_EQ(afterCrash.userDefaults().value("eventual"), DefaultsValue(1.0));
+  EXPECT_EQ(afterCrash.userDefaults().value("eventually"), DefaultsValue(1.0));
   desktop.process().exit(0);
   simulated::Desktop afterExit(desktop.snapshot());
-  EXPECT_EQ(afterExit.userDefaults().value("eventual"), DefaultsValue(2.0));
+  EXPECT_EQ(afterExit.userDefaults().value("eventually"), DefaultsValue(2.0));
 }
 
 TEST_F(SimulatedDesktopTest, NothingOfAnEndedProcessRuns) {

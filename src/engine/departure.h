@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+
+#include "base/geometry.h"
+#include "engine/ledger.h"
+#include "model/strip_edge.h"
+#include "model/tab_item.h"
+
+namespace pellow {
+
+// One window on its way off the screen, from the claim to its tab.
+struct Departure {
+  Ledger::Claim claim;  // has the tab that will come
+  StripEdge side;       // to which the window is slid, if it is
+  bool wasMinimized = false;
+  std::optional<QuartzPoint> recordedAt;  // where the journal says that it is parked
+
+  TabItem& tab() { return claim.tab(); }
+  const TabItem& tab() const { return claim.tab(); }
+};
+
+}  // namespace pellow

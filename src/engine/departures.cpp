@@ -1,0 +1,258 @@
+#include "engine/departures.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "access/ax.h"
+
+namespace pellow {
+namespace {
+
+PellowError unanswered(Mechanism mechanism) {
+  return mechanism == Mechanism::minimize ? PellowError::minimizeFailed(AXError::cannotComplete)
+                                          : PellowError::moveFailed(AXError::cannotComplete);
+}
+
+// Why a window cannot leave; hiding its application needs no word from it.
+std::optional<PellowError> obstacle(Mechanism mechanism, const WindowState& state) {
+  if (mechanism == Mechanism::hideApp) return std::nullopt;
+  if (!state.answers) return unanswered(mechanism);
+  if (!state.frame) return PellowError::windowGone();
+  return std::nullopt;
+}
+
+bool contains(const std::vector<TargetWindow>& windows, const TargetWindow& window) {
+  return std::ranges::find(windows, window) != windows.end();
+}
+
+}  // namespace
+
+Task<> Departures::pellowFocused(std::optional<ProcessID> frontmostApplication) {
+  const auto window = co_await around_.axQueue.ax(
+      [&] { return TargetWindow::frontmost(around_.accessibility, frontmostApplication); });
+  if (!window || window->pid == around_.ownProcess) throw PellowError::noFocusedWindow();
+  if (around_.ledger.contains(*window, Ledger::Way::back))
+    waitForReturn_.push_back(*window);
+  else
+    co_await pellowByPreference(*window);
+}
+
+void Departures::windowIsBack(const TargetWindow& window) {
+  if (std::erase(waitForReturn_, window) > 0) around_.tasks.start(pellowByPreference(window));
+}
+
+Task<> Departures::pellowByPreference(TargetWindow window) {
+  if (around_.preferences.mechanism() == Mechanism::hideApp)
+    co_await pellowApp(window, std::nullopt, {});
+  else
+    co_await pellow(window, std::nullopt, std::nullopt);
+}
+
+Task<> Departures::pellow(TargetWindow window, std::optional<UUID> zoneID,
+                          std::optional<Mechanism> mechanism) {
+  if (isTaken(window)) co_return;
+  const auto application = around_.workspace.application(window.pid);
+  if (!application) co_return around_.failures.report(PellowError::windowGone());
+  co_await depart({{*application, window, mechanism.value_or(around_.preferences.mechanism()),
+                    chooseZone(*application, zoneID)}});
+}
+
+Task<> Departures::pellowApp(TargetWindow of, std::optional<UUID> zoneID,
+                             std::vector<TargetWindow> excluding) {
+  const auto application = around_.workspace.application(of.pid);
+  if (!application) co_return around_.failures.report(PellowError::windowGone());
+  std::vector windows{of};
+  if (around_.preferences.mechanism() != Mechanism::hideApp || !excluding.empty())
+    windows = co_await around_.axQueue.ax(
+        [&] { return TargetWindow::windows(around_.accessibility, of.pid); });
+  co_await pellowApps({{*application, std::move(windows), zoneID}}, std::move(excluding));
+}
+
+Task<> Departures::pellowApps(std::vector<AppWindows> applications,
+                              std::vector<TargetWindow> excluding) {
+  std::vector<Chosen> windows;
+  for (const auto& each : applications)
+    for (auto& chosen : choose(each, excluding)) windows.push_back(std::move(chosen));
+  co_await depart(std::move(windows));
+}
+
+std::vector<Departures::Chosen> Departures::choose(const AppWindows& from,
+                                                   const std::vector<TargetWindow>& excluding) {
+  const auto& [application, windows, zoneID] = from;
+  const auto zone = chooseZone(application, zoneID);
+  auto mechanism = around_.preferences.mechanism();
+  if (mechanism == Mechanism::hideApp) {
+    const bool someStay =
+        std::ranges::find(excluding, application.pid, &TargetWindow::pid) != excluding.end();
+    if (!someStay) {
+      // One window stands for all.
+      const auto first =
+          std::ranges::find_if_not(windows, [this](const auto& each) { return isTaken(each); });
+      if (hasTabForApp(application.pid))
+        hideAgain(application.pid);
+      else if (first != windows.end())
+        return {{application, *first, mechanism, zone}};
+      return {};
+    }
+    // Hiding the application would take the windows with it that shall stay.
+    mechanism = Mechanism::offscreen;
+  }
+  std::vector<Chosen> chosen;
+  for (const auto& window : windows)
+    if (!contains(excluding, window)) chosen.push_back({application, window, mechanism, zone});
+  return chosen;
+}
+
+// Its tab stayed when somebody else brought it back.
+void Departures::hideAgain(ProcessID pid) {
+  if (!around_.workspace.hide(pid)) around_.failures.report(PellowError::hideFailed());
+  around_.echoes.settle(pid, EchoGuard::settleTime);
+}
+
+Task<> Departures::depart(std::vector<Chosen> windows) {
+  // A picture takes its time, in which the windows that have been looked at could move.
+  const auto atOnce = around_.snapshots.isEnabled() ? 1 : windowsTogether;
+  std::vector<PellowError> failures;
+  for (auto next = windows.begin(); next != windows.end();) {
+    std::vector<Chosen> together;
+    for (; next != windows.end() && together.size() < atOnce; ++next)
+      if (!isTaken(next->window)) together.push_back(*next);
+    if (together.empty()) break;
+    const auto failed = co_await departTogether(std::move(together));
+    failures.insert(failures.end(), failed.begin(), failed.end());
+  }
+  around_.failures.report(failures);
+}
+
+// What can be done for all of them at once comes first; then they go one after another. The
+// failures are those of single windows.
+Task<std::vector<PellowError>> Departures::departTogether(std::vector<Chosen> windows) {
+  std::list<Departure> departures;
+  std::vector<TargetWindow> targets;
+  for (const auto& chosen : windows) {
+    departures.push_back({around_.ledger.claim(chosen.window), parkingSide(chosen.zone)});
+    targets.push_back(chosen.window);
+  }
+  const auto states = co_await read(std::move(targets));
+
+  std::vector<PellowError> failures;
+  auto departure = departures.begin();
+  for (std::size_t i = 0; i < windows.size(); ++i) {
+    if (const auto failure = obstacle(windows[i].mechanism, states[i])) {
+      failures.push_back(*failure);
+      departure = departures.erase(departure);
+    } else {
+      setTab(*departure++, windows[i], states[i]);
+    }
+  }
+  for (auto& each : departures) co_await photograph(each);
+  around_.mechanisms.record(departures);
+  for (; !departures.empty(); departures.pop_front()) {
+    try {
+      co_await leave(departures.front());
+    } catch (const PellowError& error) {
+      failures.push_back(error);
+    }
+  }
+  co_return failures;
+}
+
+// One that does not answer in time stands for those after it of the same application.
+Task<std::vector<WindowState>> Departures::read(std::vector<TargetWindow> windows) {
+  co_return co_await around_.axQueue.ax([&] {
+    std::vector<WindowState> states;
+    std::optional<ProcessID> silent;
+    for (const auto& window : windows) {
+      states.push_back(window.pid == silent ? WindowState{.answers = false} : window.state());
+      if (!states.back().answers) silent = window.pid;
+    }
+    return states;
+  });
+}
+
+Task<bool> Departures::isMinimized(TargetWindow window) {
+  co_return (co_await read({std::move(window)})).front().isMinimized;
+}
+
+void Departures::setTab(Departure& departure, const Chosen& chosen, const WindowState& state) {
+  const auto& [application, window, mechanism, zone] = chosen;
+  departure.wasMinimized = state.isMinimized;
+  departure.claim.setTab(
+      {.id = around_.uuids.next(),
+       .window = window,
+       .appName = application.localizedName,
+       .bundleID = application.bundleID,
+       .title = state.title,
+       .icon = application.icon,
+       .mechanism = mechanism,
+       .screenID = state.frame ? around_.displays.screenID(*state.frame) : std::nullopt,
+       .originalFrame = state.frame,
+       .zoneID = zone.id});
+}
+
+Task<> Departures::photograph(Departure& departure) {
+  auto& tab = departure.tab();
+  if (departure.wasMinimized)
+    tab.snapshot = around_.snapshots.cachedSnapshot(tab.window.element);
+  else if (tab.originalFrame)
+    tab.snapshot =
+        co_await around_.snapshots.snapshotIfEnabled(tab.window.pid, tab.title, *tab.originalFrame);
+}
+
+// The tab becomes public only when the window is hidden.
+Task<> Departures::leave(Departure& departure) {
+  const auto& tab = departure.tab();
+  // Those that went before it took their time, in which its user may have taken it out of the Dock.
+  if (tab.mechanism == Mechanism::minimize && departure.wasMinimized &&
+      co_await isMinimized(tab.window))
+    co_return keepInDock(tab);
+  const auto tabFrame = around_.flights.projectedTabFrame(tab);
+  departure.claim.touch();
+  const auto hiding = co_await around_.mechanisms.hide(departure);
+  if (hiding.mayBeHidden) {
+    publish(tab);
+    if (tabFrame) around_.flights.flyOut(tab, *tabFrame);
+  }
+  if (!hiding.failure) co_return;
+  // Away already, unless somebody has brought it back meanwhile.
+  if (departure.wasMinimized && !hiding.mayBeHidden && co_await isMinimized(tab.window)) {
+    around_.log.error("{}", hiding.failure->errorDescription());
+    co_return keepInDock(tab);
+  }
+  if (hiding.failure->code() == PellowError::Code::moveRefused)
+    around_.failures.noteRefusal(tab.window);
+  if (*hiding.failure == PellowError::minimizeFailed(AXError::cannotComplete))
+    around_.lateMinimizes.expect(tab);
+  throw PellowError(*hiding.failure);
+}
+
+void Departures::keepInDock(TabItem tab) {
+  tab.mechanism = Mechanism::minimize;
+  publish(std::move(tab));
+}
+
+void Departures::publish(TabItem tab) {
+  around_.lateMinimizes.forget(tab.window);
+  around_.echoes.settle(tab.window.pid, EchoGuard::settleTime);
+  around_.tabs.add(std::move(tab));
+}
+
+bool Departures::isTaken(const TargetWindow& window) const {
+  return around_.tabs.contains(window) || around_.ledger.contains(window);
+}
+
+bool Departures::hasTabForApp(ProcessID pid) const {
+  return std::ranges::any_of(around_.tabs.tabs(), [pid](const TabItem& tab) {
+    return tab.standsForApp() && tab.window.pid == pid;
+  });
+}
+
+TabZone Departures::chooseZone(const RunningApplication& application,
+                               std::optional<UUID> zoneID) const {
+  if (zoneID) return around_.zones.zone(zoneID);
+  if (!application.bundleID) return around_.zones.defaultZone();
+  const auto pinned = around_.zones.pinnedZone(*application.bundleID);
+  return pinned.value_or(around_.zones.defaultZone());
+}
+
+}  // namespace pellow

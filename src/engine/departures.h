@@ -1,0 +1,120 @@
+#pragma once
+
+#include <cstddef>
+#include <list>
+#include <optional>
+#include <vector>
+
+#include "access/ax_queue.h"
+#include "access/pellow_error.h"
+#include "access/target_window.h"
+#include "base/log.h"
+#include "base/task.h"
+#include "base/uuid.h"
+#include "engine/departure.h"
+#include "engine/displays.h"
+#include "engine/echo_guard.h"
+#include "engine/failure_reports.h"
+#include "engine/flights.h"
+#include "engine/late_minimizes.h"
+#include "engine/ledger.h"
+#include "engine/mechanisms.h"
+#include "engine/snapshots.h"
+#include "model/preferences.h"
+#include "model/tab_store.h"
+#include "model/zone_store.h"
+#include "platform/accessibility.h"
+#include "platform/uuid_source.h"
+#include "platform/workspace.h"
+
+namespace pellow {
+
+// An application and windows of it.
+struct AppWindows {
+  RunningApplication application;
+  std::vector<TargetWindow> windows;
+  std::optional<UUID> zoneID;  // absent: where the application is pinned, else the default zone
+};
+
+// Puts windows away, from the wish to the tab. Each task reports the failures of its windows; a
+// window that has a tab, or is on its way, is passed over. Main thread.
+class Departures {
+ public:
+  // How many windows go in one go. Between the look at the first one and the move of the last
+  // nobody should have the time to drag it elsewhere.
+  static constexpr std::size_t windowsTogether = 16;
+
+  struct Surroundings {
+    Accessibility& accessibility;
+    AXQueue& axQueue;
+    const Displays& displays;
+    EchoGuard& echoes;
+    FailureReports& failures;
+    Flights& flights;
+    LateMinimizes& lateMinimizes;
+    Ledger& ledger;
+    const Log& log;
+    Mechanisms& mechanisms;
+    const Preferences& preferences;
+    Snapshots& snapshots;
+    TabStore& tabs;
+    TaskScope& tasks;
+    UUIDSource& uuids;
+    Workspace& workspace;
+    const ZoneStore& zones;
+    ProcessID ownProcess;
+  };
+
+  explicit Departures(const Surroundings& surroundings) : around_(surroundings) {}
+
+  // The focused window of the frontmost application; its whole application when the preferred
+  // mechanism hides applications. One that is just coming back goes once it has arrived. Throws
+  // `noFocusedWindow`.
+  Task<> pellowFocused(std::optional<ProcessID> frontmostApplication);
+
+  // A missing mechanism is the preferred one; a missing zone the application's pin, else the
+  // default zone.
+  Task<> pellow(TargetWindow window, std::optional<UUID> zoneID,
+                std::optional<Mechanism> mechanism);
+
+  // The windows of this window's application, but for those excluded.
+  Task<> pellowApp(TargetWindow of, std::optional<UUID> zoneID,
+                   std::vector<TargetWindow> excluding);
+  Task<> pellowApps(std::vector<AppWindows> applications, std::vector<TargetWindow> excluding);
+
+  // The window of this tab is minimized, and stays so until its tab brings it back.
+  void keepInDock(TabItem tab);
+
+  // A window has come back, or its return has failed.
+  void windowIsBack(const TargetWindow& window);
+
+ private:
+  // A window that is to become a tab of this zone.
+  struct Chosen {
+    RunningApplication application;
+    TargetWindow window;
+    Mechanism mechanism;
+    TabZone zone;
+  };
+
+  Task<> pellowByPreference(TargetWindow window);
+  Task<> depart(std::vector<Chosen> windows);
+  Task<std::vector<PellowError>> departTogether(std::vector<Chosen> windows);
+  Task<> photograph(Departure& departure);
+  Task<> leave(Departure& departure);
+  Task<std::vector<WindowState>> read(std::vector<TargetWindow> windows);
+  Task<bool> isMinimized(TargetWindow window);
+
+  std::vector<Chosen> choose(const AppWindows& from, const std::vector<TargetWindow>& excluding);
+  void hideAgain(ProcessID pid);
+  void setTab(Departure& departure, const Chosen& chosen, const WindowState& state);
+  void publish(TabItem tab);
+  bool isTaken(const TargetWindow& window) const;
+  bool hasTabForApp(ProcessID pid) const;
+  TabZone chooseZone(const RunningApplication& application, std::optional<UUID> zoneID) const;
+
+  Surroundings around_;
+  std::vector<TargetWindow> waitForReturn_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "base/geometry.h"
+#include "base/uuid.h"
+#include "capture/flight_animator.h"
+#include "engine/displays.h"
+#include "engine/parking_places.h"
+#include "model/preferences.h"
+#include "model/tab_item.h"
+#include "strips/tab_strip_controller.h"
+
+namespace pellow {
+
+// The pictures that fly between windows and their tabs, for as long as the user wants them: the
+// window's own, else the application's icon. A window that is minimized has the system's animation
+// instead. Frames are in AppKit space. Main thread.
+class Flights {
+ public:
+  struct Surroundings {
+    FlightAnimator& animator;
+    const Displays& displays;
+    const ParkingPlaces& places;
+    const Preferences& preferences;
+    const TabStripController& strips;
+  };
+
+  explicit Flights(const Surroundings& surroundings) : around_(surroundings) {}
+
+  // Where a tab that is about to come will stand; nothing when nothing is to fly there.
+  std::optional<AppKitRect> projectedTabFrame(const TabItem& tab) const;
+  // Where these tabs stand; nothing for any when the user wants no flights.
+  std::map<UUID, AppKitRect> tabFrames(const std::vector<UUID>& ids) const;
+
+  void flyOut(const TabItem& tab, const AppKitRect& tabFrame);
+  void flyBack(const TabItem& tab, const AppKitRect& tabFrame);
+
+ private:
+  bool shouldAnimate(const TabItem& tab) const;
+
+  Surroundings around_;
+};
+
+}  // namespace pellow

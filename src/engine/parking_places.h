@@ -1,0 +1,53 @@
+#pragma once
+
+#include <optional>
+
+#include "base/geometry.h"
+#include "base/log.h"
+#include "engine/displays.h"
+#include "model/strip_edge.h"
+#include "model/tab_zone.h"
+
+namespace pellow {
+
+// The side that a zone's windows are slid to: its own, or the nearer one.
+StripEdge parkingSide(const TabZone& zone);
+
+// Where a window goes that is slid off the side of the screen, and where it comes back to. Asks the
+// displays as they are now and changes nothing. Quartz space, main thread.
+class ParkingPlaces {
+ public:
+  explicit ParkingPlaces(const Displays& displays) : displays_(displays) {}
+
+  // The origin that leaves a sliver of the window on the outermost display of that side, as the
+  // system lets no window leave the displays whole:
+  //
+  //      outermost display
+  //   ┌─────────────────────┐
+  //   │                     │
+  //   │                     │
+  //   │                    ┌┼──────────┐  28 points above the bottom
+  //   └────────────────────┼┘  window  │
+  //                        └───────────┘  1 point wide
+  //
+  // Only the left and the right edge count. Without a display it is the frame's own origin.
+  QuartzPoint parkOrigin(const QuartzRect& frame, StripEdge edge) const;
+
+  // The frame's own origin when at least 60 % of the frame lies on the displays, else
+  // `onScreenOrigin`.
+  QuartzPoint restoreOrigin(const QuartzRect& frame) const;
+
+  // The same for a window that comes back now: says in the log when it cannot stand where it stood.
+  QuartzPoint restoreOrigin(const QuartzRect& frame, const Log& log) const;
+
+  // The nearest origin that keeps the frame inside the visible frame of the main display; a frame
+  // that is too large is aligned to its left or top. Nothing without a display.
+  std::optional<QuartzPoint> onScreenOrigin(const QuartzRect& frame) const;
+
+ private:
+  bool canStay(const QuartzRect& frame) const;
+
+  const Displays& displays_;
+};
+
+}  // namespace pellow

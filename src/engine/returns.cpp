@@ -1,0 +1,123 @@
+#include "engine/returns.h"
+
+#include <algorithm>
+#include <set>
+#include <unordered_set>
+#include <utility>
+
+#include "access/ax.h"
+
+namespace pellow {
+namespace {
+
+constexpr Seconds restoreBatchExtra = 1.5;
+constexpr int putBacksAtMost = 3;
+
+}  // namespace
+
+void Returns::restore(const std::vector<UUID>& ids) {
+  const std::unordered_set<UUID> asked(ids.begin(), ids.end());
+  const auto frames = around_.flights.tabFrames(ids);
+  std::list<Return> returns;
+  for (const auto& tab : around_.tabs.tabs()) {
+    if (!asked.contains(tab.id)) continue;
+    const auto frame = frames.find(tab.id);
+    returns.push_back({around_.ledger.claimBack(tab),
+                       frame == frames.end() ? std::nullopt : std::optional(frame->second)});
+  }
+  if (returns.empty()) return;
+  around_.tabs.remove(ids);
+  around_.tasks.start(restoreBatch(std::move(returns)));
+}
+
+// While windows come back, their applications become active one after another; these activations
+// must not bring back more.
+Task<> Returns::restoreBatch(std::list<Return> returns) {
+  around_.echoes.suppressActivation(around_.preferences.animationDuration() *
+                                        static_cast<double>(returns.size()) +
+                                    restoreBatchExtra);
+  std::vector<PellowError> failures;
+  while (!returns.empty()) {
+    try {
+      co_await restore(returns.front());
+    } catch (const PellowError& error) {
+      failures.push_back(error);
+    }
+    const auto window = returns.front().claim.tab().window;
+    returns.pop_front();
+    if (onArrived) onArrived(window);
+  }
+  around_.echoes.suppressActivation(EchoGuard::ownEcho);
+  around_.failures.report(failures);
+  co_await around_.upkeep.pruneDead();
+}
+
+Task<> Returns::restore(const Return& each) {
+  const auto& tab = each.claim.tab();
+  std::optional<PellowError> failure;
+  try {
+    // An application that is merely slow still has its window.
+    if (!tab.standsForApp() &&
+        co_await around_.axQueue.ax([&] { return tab.window.isGone().value_or(false); }))
+      throw PellowError::windowGone();
+    if (each.tabFrame) around_.flights.flyBack(tab, *each.tabFrame);
+    co_await around_.mechanisms.reveal(tab);
+  } catch (const PellowError& error) {
+    failure = error;
+  }
+  if (!failure) co_return;
+
+  if (failure->isWindowGone()) {
+    around_.log.standard("Dropping tab whose window no longer exists");
+    around_.parkedWindows.forget(tab);
+    co_return;
+  }
+  around_.tabs.add(tab);
+  throw PellowError(*failure);
+}
+
+void Returns::restoreAllBlocking() {
+  const auto away = everythingAway();
+  around_.axQueue.dropCallsAnd([this] { around_.tasks.cancel(); });
+
+  // What blocks here hears of no change of the displays, and windows may answer slowly.
+  std::vector<TabItem> slow;
+  for (int attempt = 0; attempt < putBacksAtMost; ++attempt) {
+    const auto screens = around_.screens.all();
+    around_.displays.recordMainHeight();
+    slow = putBack(away, AX::timeout::application);
+    if (around_.screens.all() == screens) break;
+  }
+  for (const auto& tab : putBack(slow, AX::timeout::windowChange))
+    around_.parkedWindows.keepForNextLaunch(tab);
+
+  std::vector<UUID> ids;
+  for (const auto& tab : around_.tabs.tabs()) ids.push_back(tab.id);
+  around_.tabs.remove(ids);
+  around_.journal.write({});
+}
+
+std::vector<TabItem> Returns::everythingAway() const {
+  auto away = around_.lateMinimizes.tabs();
+  for (const auto& entry : around_.ledger.entries())
+    if (entry.isTouched) away.push_back(*entry.tab);
+  away.insert(away.end(), around_.tabs.tabs().begin(), around_.tabs.tabs().end());
+  return away;
+}
+
+// Those that nobody has heard of.
+std::vector<TabItem> Returns::putBack(const std::vector<TabItem>& tabs, Seconds timeout) {
+  std::vector<TabItem> unanswered;
+  std::set<ProcessID> silent;
+  for (const auto& tab : tabs) {
+    const bool isSilent = silent.contains(tab.window.pid);
+    if (!isSilent &&
+        around_.mechanisms.revealBlocking(tab, timeout) != std::unexpected(AXError::cannotComplete))
+      continue;
+    silent.insert(tab.window.pid);
+    unanswered.push_back(tab);
+  }
+  return unanswered;
+}
+
+}  // namespace pellow

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <functional>
+#include <list>
+#include <optional>
+#include <vector>
+
+#include "access/ax_queue.h"
+#include "base/geometry.h"
+#include "base/log.h"
+#include "base/task.h"
+#include "base/uuid.h"
+#include "engine/displays.h"
+#include "engine/echo_guard.h"
+#include "engine/failure_reports.h"
+#include "engine/flights.h"
+#include "engine/late_minimizes.h"
+#include "engine/ledger.h"
+#include "engine/mechanisms.h"
+#include "engine/parked_windows.h"
+#include "engine/parking_journal.h"
+#include "engine/tab_upkeep.h"
+#include "model/preferences.h"
+#include "model/tab_store.h"
+#include "platform/screens.h"
+
+namespace pellow {
+
+// Brings windows back. Main thread.
+class Returns {
+ public:
+  struct Surroundings {
+    AXQueue& axQueue;
+    Displays& displays;
+    EchoGuard& echoes;
+    FailureReports& failures;
+    Flights& flights;
+    ParkingJournal& journal;
+    const LateMinimizes& lateMinimizes;
+    Ledger& ledger;
+    const Log& log;
+    Mechanisms& mechanisms;
+    ParkedWindows& parkedWindows;
+    const Preferences& preferences;
+    const Screens& screens;
+    TabStore& tabs;
+    TaskScope& tasks;
+    TabUpkeep& upkeep;
+  };
+
+  explicit Returns(const Surroundings& surroundings) : around_(surroundings) {}
+
+  // Each window that was to come back, whether or not it has.
+  std::function<void(const TargetWindow&)> onArrived;
+
+  // Brings back the windows of these tabs, in the order of the store, one after another. The tabs
+  // are gone when it returns.
+  void restore(const std::vector<UUID>& ids);
+
+  // Ends every action and puts every window back that has a tab or may be hidden, without raising
+  // it, and empties store and journal. Windows whose application does not answer at once come last,
+  // and one silence stands for all windows of an application: 5 s for each such application.
+  void restoreAllBlocking();
+
+ private:
+  // A tab on its way back to being a window.
+  struct Return {
+    Ledger::Claim claim;
+    std::optional<AppKitRect> tabFrame;  // where it stood on the screen, for its flight
+  };
+
+  Task<> restoreBatch(std::list<Return> returns);
+  Task<> restore(const Return& each);
+  std::vector<TabItem> everythingAway() const;
+  std::vector<TabItem> putBack(const std::vector<TabItem>& tabs, Seconds timeout);
+
+  Surroundings around_;
+};
+
+}  // namespace pellow
