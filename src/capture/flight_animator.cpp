@@ -54,6 +54,7 @@ void FlightAnimator::flyBack(const Image& image, Subject subject, const AppKitRe
 void FlightAnimator::fly(const Image& image, const AppKitRect& from, const AppKitRect& to,
                          double fadeFrom, double fadeTo, std::function<void()> completion) {
   const bool tooMany = flying_.size() + waiting_.size() >= atATime;
+  if (!waiting_.empty()) beginNextSoon();
   if (!canBeSeen(from) || !canBeSeen(to) || tooMany) {
     if (completion) completion();
     return;
@@ -64,6 +65,7 @@ void FlightAnimator::fly(const Image& image, const AppKitRect& from, const AppKi
   beginNextSoon();
 }
 
+// A frame after the latest call.
 void FlightAnimator::beginNextSoon() {
   lull_ = mainQueue_.after(frameTime, [this] {
     auto next = std::move(waiting_.front());
