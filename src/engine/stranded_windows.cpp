@@ -24,7 +24,7 @@ bool isParkedAt(const QuartzRect& frame, const ParkingRecord& record) {
 }  // namespace
 
 // Windows of every kind, as any focused window can be parked. The first that does not answer stands
-// for all of its application.
+// for all of its process.
 StrandedWindows::Candidates StrandedWindows::gather(Accessibility& accessibility,
                                                     const std::vector<ProcessID>& pids,
                                                     Seconds timeout) {
@@ -32,14 +32,14 @@ StrandedWindows::Candidates StrandedWindows::gather(Accessibility& accessibility
   for (const auto pid : pids) {
     const auto windows = TargetWindow::everyWindow(accessibility, pid, timeout);
     if (!windows) {
-      candidates.areAll = candidates.areAll && windows.error() != AXError::cannotComplete;
+      if (windows.error() == AXError::cannotComplete) candidates.silent.insert(pid);
       continue;
     }
     for (const auto& window : *windows) {
       const auto state = window.state(timeout);
       if (state.frame) candidates.found.push_back({window, state.title, *state.frame});
       if (state.answers) continue;
-      candidates.areAll = false;
+      candidates.silent.insert(pid);
       break;
     }
   }
@@ -87,20 +87,20 @@ int StrandedWindows::recoverStrandedWindows() {
   int recovered = 0;
   std::vector<ParkingRecord> unmatched;
   for (const auto& [bundleID, records] : byApplication) {
-    const auto candidates =
+    auto [found, silent] =
         gather(around_.accessibility, processes(bundleID), AX::timeout::application);
-    const auto pairing = pair(candidates.found, records);
-    bool isSilent = !candidates.areAll;
+    const auto pairing = pair(std::move(found), records);
     for (const auto& record : pairing.unmatched)
-      isSilent ? around_.journal.keep(record) : unmatched.push_back(record);
+      silent.empty() ? unmatched.push_back(record) : around_.journal.keep(record);
     for (const auto& match : pairing.matches) {
-      const auto outcome = isSilent ? Outcome::unanswered : recover(match);
-      isSilent = isSilent || outcome == Outcome::unanswered;
+      const auto pid = match.candidate.window.pid;
+      const auto outcome = silent.contains(pid) ? Outcome::unanswered : recover(match);
+      if (outcome == Outcome::unanswered) silent.insert(pid);
       recovered += outcome == Outcome::back;
       if (!match.isShared && outcome != Outcome::back && outcome != Outcome::gone)
         around_.journal.keep(match.record);
     }
-    if (isSilent) silent_.insert(bundleID);
+    if (!silent.empty()) silent_.insert(bundleID);
   }
   around_.journal.write(unmatched);
   if (unmatched.empty()) return recovered;
@@ -186,12 +186,14 @@ Task<> StrandedWindows::recoverLate(Seconds timeout, std::string bundleID,
   const auto pids = processes(bundleID);
   auto candidates =
       co_await around_.axQueue.ax([&] { return gather(around_.accessibility, pids, timeout); });
-  if (!candidates.areAll) co_return;
-  silent_.erase(bundleID);
-  std::erase_if(candidates.found, [this](const Candidate& candidate) {
-    return around_.tabs.contains(candidate.window) || around_.ledger.contains(candidate.window);
+  auto& [found, silent] = candidates;
+  if (silent.empty()) silent_.erase(bundleID);
+  std::erase_if(found, [&](const Candidate& candidate) {
+    const auto& window = candidate.window;
+    return silent.contains(window.pid) || around_.tabs.contains(window) ||
+           around_.ledger.contains(window);
   });
-  const auto pairing = pair(std::move(candidates.found), std::move(records));
+  const auto pairing = pair(std::move(found), std::move(records));
   for (const auto& match : pairing.matches) {
     const auto claim = around_.ledger.claim(match.candidate.window);
     const auto origin = home(match);
@@ -200,6 +202,7 @@ Task<> StrandedWindows::recoverLate(Seconds timeout, std::string bundleID,
     const auto done = outcome(match, std::move(moved));
     if (done == Outcome::back || done == Outcome::gone) around_.journal.release(match.record);
   }
+  if (!silent.empty()) co_return;
   for (const auto& record : pairing.unmatched) around_.journal.release(record);
 }
 

@@ -73,7 +73,7 @@ class StrandedWindows {
   };
   struct Candidates {
     std::vector<Candidate> found;
-    bool areAll = true;  // everybody who was asked has answered
+    std::set<ProcessID> silent;  // those that did not answer
   };
   struct Match {
     Candidate candidate;

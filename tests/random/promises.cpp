@@ -84,9 +84,10 @@ WindowID identify(simulated::Desktop& desktop, const TargetWindow& target) {
   return 0;
 }
 
-bool isTroubledApplication(const Promises::Scene& scene, ProcessID pid) {
-  return std::ranges::any_of(scene.sightings.windows(), [pid](const auto& entry) {
-    return entry.second.pid == pid && entry.second.wasTroubled;
+// A window that does not answer stands for all of its application.
+bool hasTroubled(const Sightings& sightings, ProcessID pid, bool Sighting::* wasTroubled) {
+  return std::ranges::any_of(sightings.windows(), [&](const auto& entry) {
+    return entry.second.pid == pid && entry.second.*wasTroubled;
   });
 }
 
@@ -254,8 +255,7 @@ std::optional<Breach> Promises::whenQuiet(const Scene& scene) {
   for (const auto& [id, seen] : scene.sightings.windows()) {
     const auto& window = *desktop.window(id);
     if (seen.waitsForNextLaunch) continue;
-    // One that does not answer stands for all of its application.
-    if (seen.isStranded && isTroubledApplication(scene, seen.pid)) continue;
+    if (seen.isStranded && hasTroubled(scene.sightings, seen.pid, &Sighting::wasTroubled)) continue;
     if (seen.isStranded && seen.isHiddenByProgram())
       return Breach{"after a crash the next launch brings back every parked window",
                     stateOf(desktop, window)};
@@ -350,12 +350,13 @@ std::optional<Breach> Promises::tabsHadAReason(const Scene& scene) const {
   return std::nullopt;
 }
 
-// Excused: windows that were troubled while the program ended.
+// Excused: windows that were troubled while the program ended, and their siblings.
 std::optional<Breach> Promises::whenEnded(simulated::Desktop& desktop, const Sightings& sightings) {
   constexpr auto promise = "after an orderly end every window is back";
   const auto& state = desktop.state();
   for (const auto& [id, seen] : sightings.windows()) {
-    if (seen.wasTroubledAtTheEnd || seen.isStranded) continue;
+    if (seen.isStranded || hasTroubled(sightings, seen.pid, &Sighting::wasTroubledAtTheEnd))
+      continue;
     const auto& window = *state.window(id);
     if (seen.isHiddenByProgram()) return Breach{promise, stateOf(state, window)};
     if (auto breach =
