@@ -67,7 +67,8 @@ Task<std::optional<bool>> Mechanisms::isHidden(ProcessID pid, bool expected) {
     const auto application = around_.accessibility.application(pid);
     const auto deadline = around_.clock.now() + hiddenWithin;
     while (true) {
-      const auto hidden = AX::boolean(application, AX::attribute::hidden, AX::timeout::application);
+      const auto hidden =
+          AX::boolean(application, AX::attribute::hidden, AX::timeout::windowChange);
       if (hidden.value_or(expected) == expected || around_.clock.now() > deadline) return hidden;
       around_.clock.sleep(readHiddenEvery);
     }

@@ -11,6 +11,7 @@
 namespace pellow::random {
 namespace {
 
+using simulated::ApplicationState;
 using simulated::DesktopState;
 using simulated::WindowID;
 using simulated::WindowState;
@@ -26,14 +27,6 @@ bool isParkedTab(const TabItem& tab) {
 bool isOf(const ParkingRecord& record, const TabItem& tab) {
   return record.bundleID == tab.bundleID && record.title == tab.title &&
          record.originalOrigin == tab.originalFrame->origin;
-}
-
-// Too slowly for a launch to wait.
-bool answersSlowly(const DesktopState& desktop, WindowID id) {
-  const auto& window = *desktop.window(id);
-  return window.manners.answersAfter + desktop.application(window.pid)->answersAfter +
-             desktop.longestExtraDelay >
-         0.25;
 }
 
 bool isWatched(const DesktopState& desktop, ProcessID pid) {
@@ -91,6 +84,17 @@ bool hasTroubled(const Sightings& sightings, ProcessID pid, bool Sighting::* was
   });
 }
 
+// The record of a run before, since its window could not be asked or would not come, or had no
+// display to come back to.
+bool mayStay(const Promises::Scene& scene, const ParkingRecord& record) {
+  const auto& state = scene.desktop.state();
+  return state.screens.empty() ||
+         std::ranges::any_of(state.applications, [&](const ApplicationState& application) {
+           return application.identity.bundleID == record.bundleID &&
+                  hasTroubled(scene.sightings, application.identity.pid, &Sighting::wasTroubled);
+         });
+}
+
 }  // namespace
 
 std::vector<ParkingRecord> parseJournal(const std::optional<DefaultsValue>& stored) {
@@ -110,36 +114,8 @@ AwayWindows::AwayWindows(const PellowController& controller, simulated::Desktop&
   }
 }
 
-void Promises::whenLaunched(const DesktopState& desktop) {
-  for (const auto& application : desktop.applications)
-    if (application.identity.bundleID) ranAtLaunch_.insert(*application.identity.bundleID);
-}
-
-// Excused: the applications that do not answer within a quarter of a second, or that quit before
-// they could; and everything while there is no display to come back to.
-std::optional<Breach> Promises::whenBegun(simulated::Desktop& desktop, const Sightings& sightings) {
+void Promises::whenBegun(simulated::Desktop& desktop) {
   kept_ = parseJournal(desktop.userDefaults().stored(journalKey));
-  const auto& state = desktop.state();
-  if (state.screens.empty()) return std::nullopt;
-  for (const auto& record : kept_) {
-    const auto isExcused = [&](const simulated::ApplicationState& application) {
-      const auto windows = state.windowsOf(application.identity.pid);
-      return application.identity.bundleID == record.bundleID &&
-             (windows.empty() || std::ranges::any_of(windows, [&](WindowID id) {
-                const auto* seen = sightings.window(id);
-                return !seen || seen->wasTroubled || answersSlowly(state, id);
-              }));
-    };
-    const auto runs = [&](const simulated::ApplicationState& application) {
-      return application.identity.bundleID == record.bundleID;
-    };
-    const bool hasQuit =
-        ranAtLaunch_.contains(record.bundleID) && std::ranges::none_of(state.applications, runs);
-    if (!hasQuit && std::ranges::none_of(state.applications, isExcused))
-      return Breach{"after a launch the journal has no record of an application that answers",
-                    fmt::format("one of \"{}\" of {}", record.title, record.bundleID)};
-  }
-  return std::nullopt;
 }
 
 std::optional<Breach> Promises::always(const Scene& scene) {
@@ -308,7 +284,8 @@ std::optional<Breach> Promises::journalIsExact(const Scene& scene) const {
   const auto records = parseJournal(written);
   auto kept = kept_;
   for (const auto& record : records) {
-    if (const auto forLater = std::ranges::find(kept, record); forLater != kept.end()) {
+    const auto forLater = std::ranges::find(kept, record);
+    if (forLater != kept.end() && mayStay(scene, record)) {
       kept.erase(forLater);
       continue;
     }

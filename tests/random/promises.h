@@ -45,11 +45,9 @@ class Promises {
     const AwayWindows& away;
   };
 
-  // When a program is about to start.
-  void whenLaunched(const simulated::DesktopState& desktop);
-  // Once the program has begun, with what is in its journal then: records of applications that did
-  // not answer, which stay for the next launch.
-  std::optional<Breach> whenBegun(simulated::Desktop& desktop, const Sightings& sightings);
+  // Once the program has begun. What is in its journal then are records of windows that it could
+  // not bring back yet.
+  void whenBegun(simulated::Desktop& desktop);
   // At every moment while the program runs and does not end.
   std::optional<Breach> always(const Scene& scene);
   // When nothing is under way and no alert shows.
@@ -71,8 +69,7 @@ class Promises {
 
   void noteTabs(const Scene& scene);
 
-  std::set<std::string> ranAtLaunch_;            // bundle identifiers
-  std::vector<ParkingRecord> kept_;              // for the next launch
+  std::vector<ParkingRecord> kept_;              // of the run before
   std::set<UUID> unwatched_;                     // tabs whose windows may go unheard
   std::set<UUID> reasonable_;                    // tabs whose windows were hidden, or may have been
   std::optional<DefaultsValue> journalWritten_;  // as it was read last

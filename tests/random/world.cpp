@@ -113,7 +113,6 @@ std::string World::start() {
   auto& desktop = *desktop_;
   sightings_.launches(desktop.state());
   promises_ = {};
-  promises_.whenLaunched(desktop.state());
   logAtStart_ = desktop.logged().size();
   hasBegun_ = false;
   program_ = std::make_unique<AppDelegate>(*desktop_);
@@ -151,7 +150,8 @@ void World::onEnded() {
   if (hasBegun_ && desktop.process().exitStatus() != 0)
     setBreach(Breach{"the program ends with status 0", "it was cut off"});
   setBreach(Promises::whenEnded(desktop, sightings_));
-  sightings_.isLeftWith(parseJournal(desktop.userDefaults().afterCrash(journalKey)), desktop.state());
+  sightings_.isLeftWith(parseJournal(desktop.userDefaults().afterCrash(journalKey)),
+                        desktop.state());
   sightings_.settled(desktop.state(), [](simulated::WindowID) { return false; });
 }
 
@@ -217,7 +217,7 @@ void World::check() {
   auto& desktop = *desktop_;
   if (!hasBegun_ && hasLoggedLaunch()) {
     hasBegun_ = true;
-    setBreach(promises_.whenBegun(desktop, sightings_));
+    promises_.whenBegun(desktop);
   }
   const AwayWindows away(program_->controller(), desktop);
   setBreach(promises_.always({desktop, program_->controller(), sightings_, away}));
