@@ -166,18 +166,25 @@ void StrandedWindows::start() {
 }
 
 void StrandedWindows::lookAgain(Seconds timeout, std::optional<std::string> onlyBundleID) {
-  if (!isLooking_ && !around_.journal.kept().empty())
+  if (around_.journal.kept().empty()) return;
+  if (isLooking_)
+    looksOnceMore_ = true;
+  else
     around_.tasks.start(recoverLate(timeout, std::move(onlyBundleID)));
 }
 
 Task<> StrandedWindows::recoverLate(Seconds timeout, std::optional<std::string> onlyBundleID) {
   const ScopedFlag looking(isLooking_);
-  std::map<std::string, std::vector<ParkingRecord>> byApplication;
-  for (const auto& record : around_.journal.kept())
-    byApplication[record.bundleID].push_back(record);
-  for (const auto& [bundleID, records] : byApplication)
-    if (bundleID == onlyBundleID.value_or(bundleID))
+  do {
+    std::map<std::string, std::vector<ParkingRecord>> byApplication;
+    for (const auto& record : around_.journal.kept())
+      if (record.bundleID == onlyBundleID.value_or(record.bundleID))
+        byApplication[record.bundleID].push_back(record);
+    for (const auto& [bundleID, records] : byApplication)
       co_await recoverLate(timeout, bundleID, records);
+    timeout = AX::timeout::application;
+    onlyBundleID.reset();
+  } while (std::exchange(looksOnceMore_, false));
   if (silent_.empty()) poll_.cancel();
 }
 

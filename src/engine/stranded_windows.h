@@ -107,6 +107,7 @@ class StrandedWindows {
   Surroundings around_;
   std::set<std::string> silent_;  // bundle identifiers of applications that have not answered
   bool isLooking_ = false;
+  bool looksOnceMore_ = false;  // something has happened meanwhile
   std::vector<Subscription> subscriptions_;
   Subscription poll_;
 };
