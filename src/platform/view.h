@@ -91,8 +91,8 @@ struct DragActions {
   explicit operator bool() const { return onBegan || onDragged || onEnded; }
 };
 
-// What a view does. Main thread; a callback may replace the content of its own panel. An action
-// that a view lacks goes to the view it stands on.
+// What a view does. Main thread; a callback may replace the content of its own panel. An action it
+// lacks goes to the view it stands on.
 struct ViewActions {
   std::function<void()> onClick;  // pressed and released inside, without a drag
   std::function<void(bool inside)> onHoverChanged;
