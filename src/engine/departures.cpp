@@ -124,7 +124,7 @@ Task<> Departures::depart(std::vector<Chosen> windows) {
   around_.failures.report(failures);
 }
 
-// What can be done for all at once comes first; then they go one by one. Answers the failures of
+// What can be done for all at once comes first; then they go one by one. Returns the failures of
 // single windows.
 Task<std::vector<PellowError>> Departures::departTogether(std::vector<Chosen> windows) {
   std::list<Departure> departures;

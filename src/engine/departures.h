@@ -40,7 +40,7 @@ struct AppWindows {
 // passes over windows that have a tab or are on their way. Main thread.
 class Departures {
  public:
-  // How many windows go together. Few enough that nobody can drag the last one elsewhere between
+  // How many windows go together: few enough that nobody can drag the last one elsewhere between
   // the look at the first and the move of the last.
   static constexpr std::size_t windowsTogether = 16;
 

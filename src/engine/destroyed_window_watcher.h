@@ -29,7 +29,7 @@ class DestroyedWindowWatcher {
  private:
   struct Watched {
     Subscription observer;
-    int round = 0;  // the last one that knew its tab
+    int round = 0;  // the last one with its tab
   };
 
   Task<> observe(UUID tab, AXElement window);

@@ -21,10 +21,10 @@ class Displays {
 
   Flip flip() const { return flip_; }
 
-  // The frames of all screens, in the system's order, in Quartz space.
+  // The frames of all screens, in the system's order.
   std::vector<QuartzRect> frames() const;
 
-  // The main screen without menu bar and Dock, in Quartz space; nothing without screens.
+  // The main screen without menu bar and Dock; nothing without screens.
   std::optional<QuartzRect> mainVisibleFrame() const;
 
   // The part of the window's area that lies on the displays, from 0 to 1 (more where displays

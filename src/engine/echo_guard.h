@@ -23,7 +23,7 @@ class EchoGuard {
   void suppressActivationAtLeast(Seconds duration);
   bool isActivationSuppressed() const;
 
-  // Minimizing, of all applications, likewise.
+  // Minimizing in all applications, for `duration` from now; a later call replaces it.
   void suppressMinimize(Seconds duration);
   bool isMinimizeSuppressed() const;
 

@@ -146,8 +146,8 @@ Task<> Mechanisms::reveal(const TabItem& tab) {
   co_await bringToFront(tab.window);
 }
 
-// To where the window belongs now. If the displays change while the move waits for its turn, it is
-// made again. Throws when the window is still out of sight though it could be seen.
+// To where the window belongs now. If the displays change while the move waits for its turn, the
+// window is moved again. Throws when the window is still out of sight though it could be seen.
 Task<> Mechanisms::moveHome(const TabItem& tab) {
   const auto& frame = *tab.originalFrame;
   auto origin = around_.places.restoreOrigin(frame, around_.log);

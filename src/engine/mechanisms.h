@@ -47,8 +47,8 @@ class Mechanisms {
   // Writes the records of several windows at once, before the first of them is hidden.
   void record(std::list<Departure>& departures);
 
-  // Hides the window by the tab's mechanism; records one first that is to slide and has no record.
-  // A window that would stay in sight is put back.
+  // Hides the window by the tab's mechanism; one that slides and has no record gets one first. A
+  // window that would stay in sight is put back.
   Task<Hiding> hide(Departure& departure);
 
   // Undoes it, raises the window and activates its application. Throws when the window is not back;

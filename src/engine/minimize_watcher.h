@@ -42,7 +42,7 @@ class MinimizeWatcher {
 
   void watch(ProcessID pid);
   Task<> observe(ProcessID pid);
-  // The missing ones.
+  // Adds the missing ones.
   void add(Observers& observers, ProcessID pid);
 
   AXQueue& axQueue_;

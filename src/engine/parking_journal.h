@@ -26,8 +26,8 @@ struct ParkingRecord {
 void to_json(nlohmann::json& json, const ParkingRecord& record);
 void from_json(const nlohmann::json& json, ParkingRecord& record);
 
-// The records of the windows parked off-screen, safe from a crash: a write either can be read by
-// another process before it returns, or it logs why not and answers false. Main thread.
+// The records of the windows parked off-screen, safe from a crash: the next process can read a
+// write before it returns; a write that fails logs why and answers false. Main thread.
 class ParkingJournal {
  public:
   // Reads what a previous run left; nothing when the stored data does not decode.

@@ -46,7 +46,7 @@
 namespace pellow {
 
 // The engine: puts other applications' windows away, keeps a tab for each, and brings them back.
-// This is the one surface on which strips, palette, menus and shortcuts ask for that.
+// The one place where strips, palette, menus and shortcuts ask for that.
 //
 // At every moment, a window that the program has hidden has a tab or is in the ledger. Calls into
 // other applications run on the AX queue, one at a time; everything else, members included, runs on
@@ -54,7 +54,7 @@ namespace pellow {
 // failures.
 class PellowController {
  public:
-  // What the controller stands on; all of it outlives the controller.
+  // What the controller uses; all of it outlives the controller.
   struct Surroundings {
     Accessibility& accessibility;
     AlertPresenter& alerts;

@@ -105,7 +105,7 @@ std::vector<TabItem> Returns::everythingAway() const {
   return away;
 }
 
-// Answers the tabs whose applications did not answer.
+// Returns the tabs whose applications did not answer.
 std::vector<TabItem> Returns::putBack(const std::vector<TabItem>& tabs, Seconds timeout) {
   std::vector<TabItem> unanswered;
   std::set<ProcessID> silent;

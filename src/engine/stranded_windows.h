@@ -65,7 +65,7 @@ class StrandedWindows {
   int rescueHiddenWindows(bool clearJournal);
 
  private:
-  // A window that may be one of those that a previous run parked.
+  // A window that a previous run may have parked.
   struct Candidate {
     TargetWindow window;
     std::string title;
