@@ -33,7 +33,7 @@ class ScreenCapture {
   // Whether pictures may be taken now; does not ask the user.
   virtual bool preflightAccess() const = 0;
 
-  // Has the system ask the user, unless it has before. Returns at once.
+  // Has the system ask the user, unless it did before. Returns at once.
   virtual void requestAccess() = 0;
 
   using OnWindows =

@@ -26,8 +26,8 @@ enum class Kept {
   // A setting: on disk within a second and at the end of the process. Nobody waits for the disk.
   eventually,
   // What the next process must know if this one is cut off: another process can read the value
-  // before the call returns. It is about windows on a desktop, so it need not outlive them: neither
-  // the session nor a loss of power.
+  // before the call returns. It is about windows on a desktop, so it need not outlive them, the
+  // session or a loss of power.
   atOnce,
 };
 
