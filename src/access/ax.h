@@ -10,9 +10,9 @@
 #include "base/geometry.h"
 #include "platform/accessibility.h"
 
-// Typed readers of other applications' attributes. Each is one call and answers nothing when that
-// fails in any way: an error, no value, a value of another type. They block until the other
-// application answers, at most for the timeout; any thread.
+// Typed readers of other applications' attributes. Each is one call and answers nothing if that
+// fails in any way: an error, no value, a value of another type. Any thread; blocks until the other
+// application answers, for the timeout at most.
 namespace pellow::AX {
 
 // How long a call may take.
@@ -22,7 +22,7 @@ inline constexpr Seconds application = 0.25;  // must not stall the interface
 inline constexpr Seconds windowChange = 5.0;  // worth waiting for, off the main thread
 }  // namespace timeout
 
-// What an answer holds, or nothing.
+// The value in an answer, if it is a T.
 template <class T>
 std::optional<T> held(const std::expected<AXValue, AXError>& answer) {
   const auto* const value = answer ? std::get_if<T>(&*answer) : nullptr;
@@ -45,8 +45,8 @@ std::vector<AXElement> children(const AXElement& element, std::string_view attri
 // Position and size together.
 std::optional<QuartzRect> frame(const AXElement& element, Seconds timeout);
 
-// The window that the element is, or is in: looks at the element and at most seven ancestors, each
-// of which may take so long to answer.
+// The window that the element is or is in: looks at the element and at most seven ancestors;
+// `timeout` is for each of them.
 std::optional<AXElement> enclosingWindow(const AXElement& element, Seconds timeout);
 
 }  // namespace pellow::AX

@@ -16,8 +16,8 @@
 namespace pellow {
 
 // Takes blocking calls off the main thread: everything that changes another application's window
-// runs on one serial queue, one call at a time, in the order in which it was submitted. It adds no
-// time limit: the messaging timeouts bound each call.
+// runs on one serial queue, one call at a time, in the order submitted. It adds no time limit: the
+// messaging timeouts bound each call.
 //
 //   const auto frame = co_await axQueue.ax([&] { return AX::frame(window.element); });
 //
@@ -30,8 +30,8 @@ class AXQueue {
   template <class Body>
   class Awaiter;
 
-  // Ends coroutines that wait: calls that have not begun are dropped before `end` waits for the one
-  // that runs.
+  // For an `end` that ends waiting coroutines: drops all calls that have not begun before `end`
+  // waits for the one that runs.
   template <class End>
   void dropCallsAnd(End end) {
     drops_ = true;
@@ -39,10 +39,10 @@ class AXQueue {
     drops_ = false;
   }
 
-  // To be awaited at once in a coroutine of the main thread: runs `body` on the serial queue and
-  // resumes on the main queue with its result or its exception. A coroutine that is destroyed while
-  // it waits drops a body that has not begun, waits for one that runs, and is not resumed. `body`
-  // itself is destroyed on the main thread.
+  // To be awaited at once, in a coroutine on the main thread: runs `body` on the serial queue and
+  // resumes on the main queue with its result or exception. A coroutine destroyed while it waits
+  // drops a body that has not begun, waits for one that runs, and is not resumed. `body` is
+  // destroyed on the main thread.
   template <class Body>
   Awaiter<Body> ax(Body body) {
     return Awaiter<Body>(*this, std::move(body));
@@ -97,7 +97,7 @@ class [[nodiscard]] AXQueue::Awaiter {
   Body body_;
   std::optional<std::expected<Value, std::exception_ptr>> result_;
 
-  // They end in reverse order: first the work, which then writes `hopBack_` no more.
+  // Destroyed in reverse order: the work first, so that it no longer writes `hopBack_`.
   Subscription hopBack_;
   Subscription work_;
 };

@@ -41,13 +41,13 @@ class PellowError : public std::exception {
 
   Code code() const { return code_; }
   std::optional<AXError> axError() const { return axError_; }
-  // The window does not exist any more.
+  // The window no longer exists.
   bool isWindowGone() const {
     return code_ == Code::windowGone || axError_ == AXError::invalidUIElement;
   }
   const std::string& applicationName() const { return applicationName_; }  // empty without one
 
-  // The sentence that the user reads.
+  // The sentence for the user.
   const std::string& errorDescription() const { return errorDescription_; }
   const char* what() const noexcept override { return errorDescription_.c_str(); }
 
@@ -67,7 +67,7 @@ class PellowError : public std::exception {
   std::string errorDescription_;
 };
 
-// What an Accessibility error means, as a part of a sentence: "no value".
+// What an Accessibility error means, to stand within a sentence: "no value".
 std::string explanation(AXError error);
 
 }  // namespace pellow

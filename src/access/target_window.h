@@ -12,18 +12,18 @@
 
 namespace pellow {
 
-// Whether a move waits until the window reports its new place.
+// Whether a move waits for the window to report its new place.
 enum class Verify { no, yes };
 
-// What a window says of itself.
+// What a window says about itself.
 struct WindowState {
   std::string title;
   std::optional<QuartzRect> frame;
   bool isMinimized = false;
-  bool answers = true;  // its application did, in time
+  bool answers = true;  // whether its application did, in time
 };
 
-// One window of another application.
+// One window of another application. Any thread unless told otherwise.
 struct TargetWindow {
   AXElement element;
   ProcessID pid = 0;  // the owner, as the element reports it
@@ -31,30 +31,30 @@ struct TargetWindow {
   // The same window; the process is not compared.
   bool operator==(const TargetWindow& other) const { return element == other.element; }
 
-  // The standard windows of a process, in its own order: no dialogs, sheets, panels and nothing
-  // that does not tell what it is, for which each has `timeout`. Any thread.
+  // The standard windows of a process, in its own order: no dialogs, sheets or panels, and none
+  // that does not say within `timeout` what it is.
   static std::vector<TargetWindow> windows(Accessibility& accessibility, ProcessID pid,
                                            Seconds timeout = AX::timeout::windowChange);
 
-  // The windows of every kind. `timeout` is how long the application may take to list them; its
-  // error, if it does not. Any thread.
+  // The windows of every kind, or the application's error. `timeout` is how long it may take to
+  // list them.
   static std::expected<std::vector<TargetWindow>, AXError> everyWindow(Accessibility& accessibility,
                                                                        ProcessID pid,
                                                                        Seconds timeout);
 
-  // The focused window of the application that was in front, if there was one. Any thread.
+  // The focused window of the application that was in front, if there was one.
   static std::optional<TargetWindow> frontmost(Accessibility& accessibility,
                                                std::optional<ProcessID> frontmostApplication);
 
-  // Whether the window is surely gone (`invalidUIElement`), not failing otherwise. Nothing when its
-  // application does not answer at once. Any thread.
+  // Whether the window is certainly gone (`invalidUIElement`) and does not merely fail. Nothing
+  // when its application does not answer at once.
   std::optional<bool> isGone() const;
 
-  // Read in one call, which may take that long. Any thread.
+  // Read in one call, bounded by `timeout`.
   WindowState state(Seconds timeout = AX::timeout::windowChange) const;
 
-  // Moves the window's top left corner. With `Verify::yes` it waits until the window stands within
-  // 2 points of `point` on both axes, at most 0.6 s, and answers where it stands then, which may be
+  // Moves the window's top left corner. With `Verify::yes` it waits, for 0.6 s at most, until the
+  // window is within 2 points of `point` on both axes, and answers where it is then, which may be
   // elsewhere; without, it answers `point`. `timeout` bounds each call. Throws
   // `PellowError::moveFailed`. Sleeps: on the main thread only where nothing waits for it, as at
   // launch.

@@ -8,7 +8,7 @@
 
 namespace pellow::AccessibilityPermission {
 
-// Looks every `pollInterval` whether the process is trusted for Accessibility, without a limit, and
+// Checks every `pollInterval`, without end, whether the process is trusted for Accessibility, and
 // calls `onGranted` once it is. Main thread.
 Subscription waitForGrant(const Accessibility& accessibility, MainQueue& mainQueue,
                           Seconds pollInterval, std::function<void()> onGranted);

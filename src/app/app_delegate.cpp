@@ -91,7 +91,7 @@ void AppDelegate::applicationDidFinishLaunching() {
   }
 }
 
-// The grant counts the moment it is given, whether or not the alert was answered.
+// The grant counts as soon as it is given, whether or not the alert was answered.
 void AppDelegate::promptForPermission() {
   platform_.accessibility().isProcessTrustedWithPrompt();
   grantPoll_ = AccessibilityPermission::waitForGrant(
@@ -159,7 +159,7 @@ void AppDelegate::applicationWillTerminate() {
 }
 
 void AppDelegate::perform(ShortcutAction action) {
-  // A menu may be quicker than the poll.
+  // A menu may come before the next poll.
   if (grantPoll_ && platform_.accessibility().isProcessTrusted()) permissionGranted();
   switch (action) {
     case ShortcutAction::pellowFrontmost:

@@ -22,7 +22,7 @@
 namespace pellow {
 
 // The composition root: builds every long-lived object, owns it for the life of the process, and
-// sees to it that no window stays hidden when the process ends. Main thread.
+// makes sure that no window stays hidden when the process ends. Main thread.
 class AppDelegate {
  public:
   explicit AppDelegate(Platform& platform);
@@ -31,8 +31,8 @@ class AppDelegate {
 
   PellowController& controller() { return controller_; }
 
-  // Once, when the main loop runs. Begins at once when the process is trusted for Accessibility,
-  // else as soon as it is, without a relaunch.
+  // Once, when the main loop runs. Begins as soon as the process is trusted for Accessibility,
+  // without a relaunch.
   void applicationDidFinishLaunching();
 
   // Once, when the main loop is about to end: every window comes back before this returns.
@@ -49,7 +49,7 @@ class AppDelegate {
   void installHotkeys();
   void installTerminationSignalHandlers();
   void checkScreenRecordingIfNeeded();
-  // Shows the alert, whose first button opens these settings of the system.
+  // Shows the alert; its first button opens these system settings.
   Task<> explainPermission(Alert alert, std::string_view settings);
   void toggleFloatAbove();
 

@@ -9,13 +9,13 @@
 
 namespace pellow {
 
-// Waits in a coroutine for something that answers once by a callback on the main queue, later:
+// Awaits, in a coroutine, an answer that a callback brings once, later, on the main queue:
 //
 //   const auto windows = co_await Answer<Windows>([&](auto onWindows) {
 //     return screenCapture.shareableWindows(std::move(onWindows));
 //   });
 //
-// A coroutine that ends while it waits gives the question up. Main thread.
+// A coroutine that ends while it waits drops the question. Main thread.
 template <class Value>
 class [[nodiscard]] Answer {
  public:

@@ -10,8 +10,8 @@ namespace {
 
 double component(std::uint32_t rgb, int shift) { return (rgb >> shift & 0xFF) / 255.0; }
 
-// Printing a parsed colour must give its text again, so a byte that went through a division by 255
-// must survive the truncation.
+// A parsed colour must print as the same text, so a byte divided by 255 must survive the
+// truncation.
 std::uint32_t byteOf(double component) { return static_cast<std::uint32_t>(component * 255); }
 
 }  // namespace

@@ -7,8 +7,8 @@
 
 namespace pellow {
 
-// A colour in sRGB; components from 0 to 1. Those beyond, as other colour spaces have them, become
-// the nearest.
+// A colour in sRGB; components from 0 to 1. Values outside, as other colour spaces have them, are
+// clamped.
 class Colour {
  public:
   constexpr Colour() = default;
@@ -23,15 +23,15 @@ class Colour {
 
   bool operator==(const Colour&) const = default;
 
-  // "#1A2B3C" in either case, with or without the number sign. As the integer parser behind it
-  // reads a leading plus sign, "+A2B3C" is a colour too. Anything else is none.
+  // "#1A2B3C" in either case, with or without the number sign. "+A2B3C" is a colour too, as the
+  // integer parser behind it reads a plus sign. Anything else is none.
   static std::optional<Colour> parse(std::string_view text);
 
   // "#1A2B3C", each component truncated to a byte; alpha is left out.
   std::string text() const;
 
  private:
-  // No number at all becomes 0, too.
+  // NaN becomes 0, too.
   static constexpr double nearest(double value) { return value > 0 ? std::min(value, 1.0) : 0; }
 
   double red_ = 0;

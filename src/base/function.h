@@ -12,7 +12,7 @@ template <class Signature>
 class Function;
 
 // A function object that need not be copyable, as not every standard library has one. Empty by
-// default, and once it was moved from; an empty one must not be called.
+// default and after a move; an empty one must not be called.
 template <class Result, class... Args>
 class Function<Result(Args...)> {
  public:

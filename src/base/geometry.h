@@ -94,7 +94,7 @@ using AppKitVector = BasicVector<AppKitSpace>;
 using ViewPoint = BasicPoint<ViewSpace>;
 using ViewRect = BasicRect<ViewSpace>;
 
-// Turns Quartz rectangles into AppKit ones and back, about the height of the primary display.
+// Turns Quartz rectangles into AppKit ones and back, by the height of the primary display.
 struct Flip {
   double primaryHeight = 0;  // points
 

@@ -14,9 +14,9 @@ namespace pellow {
 template <class Signature>
 class HandlerList;
 
-// Handlers that come and go, also while they are called: one that leaves is not called any more,
-// one that comes is called from the next time on. The list itself may go meanwhile. Calling
-// allocates nothing. Main thread.
+// Handlers that may come and go even during a call: one that leaves is not called again, one that
+// comes is called from the next time on. The list itself may go, too. Calling allocates nothing.
+// Main thread.
 template <class Result, class... Args>
 class HandlerList<Result(Args...)> {
  public:
@@ -36,7 +36,7 @@ class HandlerList<Result(Args...)> {
     return std::ranges::none_of(state_->entries, [](const auto& entry) { return entry->isLive; });
   }
 
-  // Calls the handlers from the oldest to the newest.
+  // Calls the handlers, oldest first.
   void notify(Args... args) const {
     const Calling calling(state_);
     const auto& entries = calling.state->entries;
@@ -45,7 +45,7 @@ class HandlerList<Result(Args...)> {
       if (const auto entry = entries[i]; entry->isLive) entry->handler(args...);
   }
 
-  // Calls the handlers from the newest to the oldest until one answers false; whether none did.
+  // Calls the handlers, newest first, until one answers false; true when none did.
   bool newestFirst(Args... args) const {
     const Calling calling(state_);
     const auto& entries = calling.state->entries;

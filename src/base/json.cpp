@@ -3,7 +3,7 @@
 namespace pellow {
 namespace {
 
-// The library writes an infinity as null, which would not be read again.
+// The library writes an infinity as null, which could not be read back.
 bool isSayable(const nlohmann::json& json) {
   if (json.is_number_float()) return std::isfinite(json.get<double>());
   if (!json.is_structured()) return true;

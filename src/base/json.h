@@ -14,7 +14,7 @@
 
 // Reading and writing records as JSON, strictly: a value of the wrong type, out of range or without
 // a name fails its whole record instead of becoming something else. Records bring `to_json` and
-// `from_json`; the latter throws, and `decodeJSON` is where the exception ends.
+// `from_json`, which throws; `decodeJSON` catches.
 
 namespace pellow {
 
@@ -25,10 +25,10 @@ struct JSONError : std::runtime_error {
 void to_json(nlohmann::json& json, const UUID& uuid);
 void from_json(const nlohmann::json& json, UUID& uuid);
 
-// The text of a value; nothing when it cannot be said in JSON (infinities, text that is no UTF-8).
+// The text of a value; nothing when JSON cannot hold it (infinities, text that is not UTF-8).
 std::optional<std::string> encodeJSON(const nlohmann::json& json);
 
-// Nothing when the text is no JSON, or not that of a T.
+// Nothing when the text is not JSON, or not that of a T.
 template <class T>
 std::optional<T> decodeJSON(std::string_view text) {
   try {

@@ -10,8 +10,8 @@ namespace pellow {
 
 enum class LogLevel { info, standard, warning, error };
 
-// The front of the system log: subsystem "com.velloway.pellow", category "action". Every argument
-// is public. The platform supplies the sink, which may be called on any thread.
+// The way to the system log: subsystem "com.velloway.pellow", category "action". Every argument is
+// public. The platform supplies the sink, which may be called on any thread.
 class Log {
  public:
   using Sink = std::function<void(LogLevel, std::string_view message)>;
@@ -22,7 +22,7 @@ class Log {
   void info(fmt::format_string<Args...> format, Args&&... args) const {
     write(LogLevel::info, fmt::format(format, std::forward<Args>(args)...));
   }
-  // The level between info and error that needs no name.
+  // The nameless level between info and error.
   template <class... Args>
   void standard(fmt::format_string<Args...> format, Args&&... args) const {
     write(LogLevel::standard, fmt::format(format, std::forward<Args>(args)...));

@@ -17,8 +17,8 @@ class NotificationCenter {
   NotificationCenter(const NotificationCenter&) = delete;
   NotificationCenter& operator=(const NotificationCenter&) = delete;
 
-  // Calls every observer of the name, in the order in which they came, before it returns.
-  // Observers may post, observe and leave meanwhile.
+  // Calls every observer of the name, oldest first, before it returns. Observers may post, observe
+  // and leave during the call.
   void post(std::string_view name);
 
   // Calls `observer` at every post of `name` until the subscription ends.

@@ -7,8 +7,8 @@
 namespace pellow {
 namespace {
 
-// How long the decimal number is that the text begins with. Streams do not agree on where a number
-// ends that something else follows, so they never see that.
+// The length of the decimal number the text begins with. Streams disagree on where a number ends
+// when text follows it, so they get the number alone.
 std::size_t lengthOfNumber(std::string_view text) {
   std::size_t at = 0;
   const auto skipOne = [&](std::string_view characters) {

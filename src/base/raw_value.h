@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
-// Enumerations whose cases have a text, under which they are stored and exchanged. Such an
-// enumeration counts its cases from 0 and specialises `RawValues`:
+// Enumerations whose cases are stored and exchanged as text. Such an enumeration counts its cases
+// from 0 and specialises `RawValues`:
 //
 //   template <>
 //   struct RawValues<StripEdge> {
@@ -24,7 +24,7 @@ constexpr std::string_view rawValue(Enum value) {
   return RawValues<Enum>::texts[static_cast<std::size_t>(std::to_underlying(value))];
 }
 
-// The case with exactly this text; nothing for any other.
+// The case with exactly this text, if any.
 template <class Enum>
 constexpr std::optional<Enum> fromRawValue(std::string_view text) {
   const auto& texts = RawValues<Enum>::texts;

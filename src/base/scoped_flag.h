@@ -2,7 +2,7 @@
 
 namespace pellow {
 
-// Keeps a flag up for as long as it lives, also where a coroutine ends in the middle.
+// Keeps a flag up while it lives, even if a coroutine ends in the middle.
 class [[nodiscard]] ScopedFlag {
  public:
   explicit ScopedFlag(bool& flag) : flag_(flag) { flag_ = true; }

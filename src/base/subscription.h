@@ -6,9 +6,9 @@
 
 namespace pellow {
 
-// Something that goes on for as long as somebody wants it: an observer, an event monitor, a timer,
-// delayed work. Whoever wants it keeps the subscription; dropping it ends the thing, and nothing of
-// it runs afterwards. Main thread, unless its maker says otherwise.
+// An observer, an event monitor, a timer, delayed work: something that goes on until its
+// subscription is dropped. After that nothing of it runs. Main thread, unless its maker says
+// otherwise.
 class [[nodiscard]] Subscription {
  public:
   Subscription() = default;

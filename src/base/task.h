@@ -12,8 +12,8 @@
 #include <variant>
 
 // Coroutines for the main thread. A `Task` is lazy: it begins when it is awaited, once, and its
-// result or its exception goes to whoever awaits it. A `TaskScope` starts tasks that nobody awaits
-// and owns them: they end with it, wherever they are suspended.
+// result or exception goes to whoever awaits it. A `TaskScope` starts and owns tasks that nobody
+// awaits: they end with it, wherever they are suspended.
 
 namespace pellow {
 
@@ -119,7 +119,7 @@ class TaskScope {
  public:
   using OnFailure = std::function<void(std::exception_ptr)>;
 
-  // `onFailure` hears of an exception that a started task let out.
+  // `onFailure` is called with an exception that leaves a started task.
   explicit TaskScope(OnFailure onFailure) : onFailure_(std::move(onFailure)) {}
   TaskScope(const TaskScope&) = delete;
   TaskScope& operator=(const TaskScope&) = delete;
@@ -128,8 +128,8 @@ class TaskScope {
   // Runs the task up to its first suspension and keeps it until it is done.
   void start(Task<void> task) { run(std::move(task)); }
 
-  // Ends every task where it is suspended, the newest first; what they wait for is given up, and
-  // their local objects are destroyed. Not to be called by one of them.
+  // Ends every task where it is suspended, newest first: drops what it waits for and destroys its
+  // locals. None of its tasks may call this.
   void cancel() {
     while (!running_.empty()) {
       const auto newest = std::prev(running_.end());
@@ -142,7 +142,7 @@ class TaskScope {
   bool isIdle() const { return running_.empty(); }
 
  private:
-  // The frame around a started task; it frees itself at its end.
+  // The frame around a started task; frees itself at the end.
   struct Root {
     struct promise_type {
       TaskScope& scope;
@@ -169,7 +169,7 @@ class TaskScope {
 
   OnFailure onFailure_;
   std::uint64_t started_ = 0;
-  std::map<std::uint64_t, std::coroutine_handle<>> running_;  // by the order of their start
+  std::map<std::uint64_t, std::coroutine_handle<>> running_;  // in the order they started
 };
 
 }  // namespace pellow

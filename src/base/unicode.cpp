@@ -55,7 +55,7 @@ void append(std::string& utf8, char32_t scalar) {
   }
 }
 
-// Upper-case letters of which every `step`th has its lower-case one at the same distance.
+// Upper-case letters; every `step`th has its lower-case letter at the same distance.
 struct Letters {
   char32_t first;
   char32_t last;

@@ -6,7 +6,7 @@
 
 namespace pellow {
 
-// The first character of a UTF-8 text; nothing when the text is empty or no UTF-8.
+// The first character of a UTF-8 text; nothing when the text is empty or not UTF-8.
 std::optional<char32_t> firstScalar(std::string_view utf8);
 
 // The text in the other case, as far as keyboards go: Latin, Greek, Cyrillic and Armenian letters

@@ -12,7 +12,7 @@
 namespace pellow {
 
 // The identity of a tab or a zone. New ones come from the platform (`UUIDSource`), so that a
-// simulated history repeats itself to the letter.
+// simulated run repeats itself exactly.
 struct UUID {
   std::array<std::uint8_t, 16> bytes{};
 

@@ -13,13 +13,13 @@ constexpr double tooSmall = 1.0;
 constexpr double fadedOut = 0.15;
 constexpr double cornerRadius = 6.0;
 constexpr Seconds frameTime = 1.0 / 60;
-constexpr std::size_t atATime = 8;  // what a display can draw of them
+constexpr std::size_t atATime = 8;  // as many as a display can draw
 
 AppKitRect centred(Size size, const AppKitRect& in) {
   return {in.midX() - size.width / 2, in.midY() - size.height / 2, size.width, size.height};
 }
 
-// What flies of a window of this frame.
+// The frame of what flies, for a window of this frame.
 AppKitRect extent(FlightAnimator::Subject subject, const AppKitRect& windowFrame) {
   if (subject == FlightAnimator::Subject::picture) return windowFrame;
   const auto side =
@@ -77,7 +77,7 @@ void FlightAnimator::beginNextSoon() {
 
 void FlightAnimator::begin(Flight flight) {
   const auto& [image, from, to, fadeFrom, fadeTo, completion] = flight;
-  // Scaled down from the larger of its sizes it stays sharp all the way.
+  // Scaled down from the larger of its sizes, it stays sharp all the way.
   const auto& largest = from.area() > to.area() ? from : to;
   const auto place = flying_.insert(flying_.end(), panels_.makePanel("pellow-flight"));
   auto& panel = **place;

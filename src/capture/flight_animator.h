@@ -14,15 +14,15 @@
 
 namespace pellow {
 
-// Lets a picture fly from where a window was into its tab and back, in a panel that lives only for
-// its flight. Nothing of the window itself moves. All frames are in AppKit space. Main thread.
+// Flies a picture from where a window was into its tab and back, in a panel that lives for one
+// flight. The window itself does not move. All frames are in AppKit space. Main thread.
 //
-// Windows come before pictures: a flight begins at once when it is the only one. While others are
-// on their way it waits until nothing more has been asked for during a frame of the display, and
-// what would be too many at a time is left out.
+// Windows come before pictures: a lone flight begins at once. While others are on their way, it
+// waits until no more have been asked for during a frame of the display; flights that would be too
+// many at a time are left out.
 class FlightAnimator {
  public:
-  // What flies: the window's own picture, or the application's icon in its stead.
+  // What flies: the window's own picture, or else the application's icon.
   enum class Subject { picture, icon };
 
   // Every flight takes `preferences.animationDuration()`.

@@ -26,7 +26,7 @@ std::unexpected<SystemError> failure(const PellowError& error) {
   return std::unexpected(SystemError{error.errorDescription()});
 }
 
-// Takes silence for a failure after a while.
+// Takes silence for a failure once `patience` is over.
 template <class Result>
 Answer<Result>::Ask inTime(MainQueue& queue, typename Answer<Result>::Ask ask) {
   return [&queue, ask = std::move(ask)](std::function<void(Result)> onAnswer) {

@@ -16,7 +16,7 @@
 namespace pellow {
 
 // Still pictures of single windows of other applications. Accessibility, which names the window,
-// and the capture interface share no identifier: the window is found again by its process, title
+// and the capture interface share no identifier, so the window is found again by its process, title
 // and frame. Main thread.
 class WindowCapture {
  public:
@@ -24,17 +24,17 @@ class WindowCapture {
       : screenCapture_(screenCapture), mainQueue_(mainQueue) {}
 
   // A picture of a window on the screen, one pixel for a point; `title` and `frame` as
-  // Accessibility tells them. The error is a sentence. A system that does not answer within 2 s has
-  // failed: windows wait for their pictures. Several captures may run at once.
+  // Accessibility reports them. The error is a sentence. No answer within 2 s is a failure, since
+  // windows wait for their pictures. Several captures may run at once.
   Task<std::expected<Image, SystemError>> capture(ProcessID pid, std::string title,
                                                   QuartzRect frame);
 
-  // How well a window fits what is looked for: 4 for its origin and 2 for its size, both within 2
+  // How well a window fits the one looked for: 4 for its origin and 2 for its size, both within 2
   // points, and 3 for its title, unless `title` is empty.
   static int score(const ShareableWindow& window, std::string_view title, const QuartzRect& frame);
 
-  // The first of those with the highest score, if it is above 3: neither title nor size alone says
-  // which window it is.
+  // The first window with the highest score, if that is above 3: neither title nor size alone
+  // identifies a window.
   static std::optional<ShareableWindow> bestMatch(std::span<const ShareableWindow> windows,
                                                   std::string_view title, const QuartzRect& frame);
 

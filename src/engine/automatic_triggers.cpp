@@ -72,7 +72,7 @@ void AutomaticTriggers::appActivated(ProcessID pid) {
 }
 
 Task<> AutomaticTriggers::reactToActivation(ProcessID pid) {
-  // Much may have happened when the application has answered.
+  // Much may have happened before the application answered.
   if (co_await hasVisibleWindow(pid) || ignoresActivation(pid)) co_return;
   const auto& tabs = around_.store.tabs();
   for (const auto& tab : std::views::reverse(tabs)) {

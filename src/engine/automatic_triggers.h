@@ -19,9 +19,9 @@
 
 namespace pellow {
 
-// What the engine does by itself when something happens in other applications: a window that is
-// minimized becomes a tab, and a tab comes back when its window is chosen from its application, or
-// when an application becomes active that has nothing else to show. Main thread.
+// What the engine does by itself when something happens in other applications: a minimized window
+// becomes a tab, and a tab comes back when its window is chosen from its application, or when its
+// application becomes active with nothing else to show. Main thread.
 class AutomaticTriggers {
  public:
   struct Surroundings {
@@ -43,7 +43,7 @@ class AutomaticTriggers {
 
   explicit AutomaticTriggers(const Surroundings& surroundings);
 
-  // Begins to follow the applications. Once.
+  // Begins to follow applications. Once.
   void start() { minimizeWatcher_.start(); }
 
   // Another application became active.

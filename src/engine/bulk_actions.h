@@ -15,9 +15,8 @@
 
 namespace pellow {
 
-// The three commands that put many windows away at once. One runs at a time, in the order in which
-// they were asked for; each goes on past every failure and tells all of them at its end. Main
-// thread.
+// The three commands that put many windows away at once. One runs at a time, in the order asked
+// for; each goes on past failures and reports them all at its end. Main thread.
 class BulkActions {
  public:
   struct Surroundings {
@@ -36,10 +35,10 @@ class BulkActions {
   // Each returns at once.
   void pellowPinnedApps();
   void pellowEverything();
-  // All but the window that has the focus now.
+  // All but the window with the focus now.
   void enterFocusMode();
 
-  // Forgets what was asked for and has not begun; what runs ends with its task.
+  // Forgets commands that have not begun; one that runs ends with its task.
   void dropWaiting() { waiting_.clear(); }
 
  private:

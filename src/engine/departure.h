@@ -11,10 +11,10 @@ namespace pellow {
 
 // One window on its way off the screen, from the claim to its tab.
 struct Departure {
-  Ledger::Claim claim;  // has the tab that will come
-  StripEdge side;       // to which the window is slid, if it is
+  Ledger::Claim claim;  // with the tab to come
+  StripEdge side;       // where the window slides to, if it does
   bool wasMinimized = false;
-  std::optional<QuartzPoint> recordedAt;  // where the journal says that it is parked
+  std::optional<QuartzPoint> recordedAt;  // where the journal has it parked
 
   TabItem& tab() { return claim.tab(); }
   const TabItem& tab() const { return claim.tab(); }

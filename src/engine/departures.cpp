@@ -13,7 +13,7 @@ PellowError unanswered(Mechanism mechanism) {
                                           : PellowError::moveFailed(AXError::cannotComplete);
 }
 
-// Why a window cannot leave; hiding its application needs no word from it.
+// Why a window cannot leave, if so; hiding its application needs no answer from it.
 std::optional<PellowError> obstacle(Mechanism mechanism, const WindowState& state) {
   if (mechanism == Mechanism::hideApp) return std::nullopt;
   if (!state.answers) return unanswered(mechanism);
@@ -94,7 +94,7 @@ std::vector<Departures::Chosen> Departures::choose(const AppWindows& from,
         return {{application, *first, mechanism, zone}};
       return {};
     }
-    // Hiding the application would take the windows with it that shall stay.
+    // Hiding the application would also hide the windows that should stay.
     mechanism = Mechanism::offscreen;
   }
   std::vector<Chosen> chosen;
@@ -103,14 +103,14 @@ std::vector<Departures::Chosen> Departures::choose(const AppWindows& from,
   return chosen;
 }
 
-// Its tab stayed when somebody else brought it back.
+// Its tab stayed when the application was unhidden from outside.
 void Departures::hideAgain(ProcessID pid) {
   if (!around_.workspace.hide(pid)) around_.failures.report(PellowError::hideFailed());
   around_.echoes.settle(pid, EchoGuard::settleTime);
 }
 
 Task<> Departures::depart(std::vector<Chosen> windows) {
-  // A picture takes its time, in which the windows that have been looked at could move.
+  // Pictures take time, in which windows already looked at could move.
   const auto atOnce = around_.snapshots.isEnabled() ? 1 : windowsTogether;
   std::vector<PellowError> failures;
   for (auto next = windows.begin(); next != windows.end();) {
@@ -124,8 +124,8 @@ Task<> Departures::depart(std::vector<Chosen> windows) {
   around_.failures.report(failures);
 }
 
-// What can be done for all of them at once comes first; then they go one after another. The
-// failures are those of single windows.
+// What can be done for all at once comes first; then they go one by one. Returns the failures of
+// single windows.
 Task<std::vector<PellowError>> Departures::departTogether(std::vector<Chosen> windows) {
   std::list<Departure> departures;
   std::vector<TargetWindow> targets;
@@ -157,7 +157,7 @@ Task<std::vector<PellowError>> Departures::departTogether(std::vector<Chosen> wi
   co_return failures;
 }
 
-// One that does not answer in time stands for those after it of the same application.
+// A window that does not answer in time stands for the next ones of its application.
 Task<std::vector<WindowState>> Departures::read(std::vector<TargetWindow> windows) {
   co_return co_await around_.axQueue.ax([&] {
     std::vector<WindowState> states;
@@ -199,10 +199,10 @@ Task<> Departures::photograph(Departure& departure) {
         co_await around_.snapshots.snapshotIfEnabled(tab.window.pid, tab.title, *tab.originalFrame);
 }
 
-// The tab becomes public only when the window is hidden.
+// The tab is published only when the window is hidden.
 Task<> Departures::leave(Departure& departure) {
   const auto& tab = departure.tab();
-  // Those that went before it took their time, in which its user may have taken it out of the Dock.
+  // While others went before it, the user may have taken it out of the Dock.
   if (tab.mechanism == Mechanism::minimize && departure.wasMinimized &&
       co_await isMinimized(tab.window))
     co_return keepInDock(tab);
@@ -214,7 +214,7 @@ Task<> Departures::leave(Departure& departure) {
     if (tabFrame) around_.flights.flyOut(tab, *tabFrame);
   }
   if (!hiding.failure) co_return;
-  // Away already, unless somebody has brought it back meanwhile.
+  // Away already, unless it was brought back meanwhile.
   if (departure.wasMinimized && !hiding.mayBeHidden && co_await isMinimized(tab.window)) {
     around_.log.error("{}", hiding.failure->errorDescription());
     co_return keepInDock(tab);

@@ -29,19 +29,19 @@
 
 namespace pellow {
 
-// An application and windows of it.
+// An application and some of its windows.
 struct AppWindows {
   RunningApplication application;
   std::vector<TargetWindow> windows;
   std::optional<UUID> zoneID;  // absent: where the application is pinned, else the default zone
 };
 
-// Puts windows away, from the wish to the tab. Each task reports the failures of its windows; a
-// window that has a tab, or is on its way, is passed over. Main thread.
+// Puts windows away, from the request to the tab. Each task reports its windows' failures and
+// passes over windows that have a tab or are on their way. Main thread.
 class Departures {
  public:
-  // How many windows go in one go. Between the look at the first one and the move of the last
-  // nobody should have the time to drag it elsewhere.
+  // How many windows go together: few enough that nobody can drag the last one elsewhere between
+  // the look at the first and the move of the last.
   static constexpr std::size_t windowsTogether = 16;
 
   struct Surroundings {
@@ -67,22 +67,22 @@ class Departures {
 
   explicit Departures(const Surroundings& surroundings) : around_(surroundings) {}
 
-  // The focused window of the frontmost application; its whole application when the preferred
-  // mechanism hides applications. One that is just coming back goes once it has arrived. Throws
+  // The focused window of the frontmost application, or the whole application when the preferred
+  // mechanism hides applications. A window just coming back goes once it has arrived. Throws
   // `noFocusedWindow`.
   Task<> pellowFocused(std::optional<ProcessID> frontmostApplication);
 
-  // A missing mechanism is the preferred one; a missing zone the application's pin, else the
-  // default zone.
+  // Without a mechanism: the preferred one. Without a zone: the application's pin, else the default
+  // zone.
   Task<> pellow(TargetWindow window, std::optional<UUID> zoneID,
                 std::optional<Mechanism> mechanism);
 
-  // The windows of this window's application, but for those excluded.
+  // All windows of this window's application but those excluded.
   Task<> pellowApp(TargetWindow of, std::optional<UUID> zoneID,
                    std::vector<TargetWindow> excluding);
   Task<> pellowApps(std::vector<AppWindows> applications, std::vector<TargetWindow> excluding);
 
-  // The window of this tab is minimized, and stays so until its tab brings it back.
+  // The window of this tab is minimized and stays so until the tab brings it back.
   void keepInDock(TabItem tab);
 
   // A window has come back, or its return has failed.

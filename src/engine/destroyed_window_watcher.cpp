@@ -26,8 +26,8 @@ Task<> DestroyedWindowWatcher::observe(UUID tab, AXElement window) {
   const auto watched = watched_.find(tab);
   if (watched == watched_.end()) co_return;
   if (observer) watched->second.observer = std::move(*observer);
-  // The window may be gone already; a platform that posts no such notification leaves the tab to
-  // the next restore, which finds out.
+  // The window may be gone already. Where the platform posts no such notification, the next restore
+  // finds out.
   else if (observer.error() == AXError::invalidUIElement)
     onDestroyed(tab);
 }

@@ -13,8 +13,8 @@
 
 namespace pellow {
 
-// Hears when the window of a tab is closed or otherwise gone. Observers are added on the AX queue,
-// so that nobody waits for an application that takes its time. Main thread.
+// Notices when the window of a tab is closed or otherwise gone. Observers are added on the AX
+// queue, so that nothing waits for a slow application. Main thread.
 class DestroyedWindowWatcher {
  public:
   DestroyedWindowWatcher(AXQueue& axQueue, TaskScope& tasks, Accessibility& accessibility)
@@ -29,7 +29,7 @@ class DestroyedWindowWatcher {
  private:
   struct Watched {
     Subscription observer;
-    int round = 0;  // the last one that knew its tab
+    int round = 0;  // the last one with its tab
   };
 
   Task<> observe(UUID tab, AXElement window);

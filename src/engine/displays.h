@@ -9,33 +9,33 @@
 
 namespace pellow {
 
-// The displays as windows see them: in Quartz space, about the height of the primary display. Main
-// thread.
+// The displays as windows see them: in Quartz space, flipped by the height of the primary display.
+// Main thread.
 class Displays {
  public:
   explicit Displays(Screens& screens);
 
-  // Records the height of the first screen, 0 when there is none. By itself at every change of
-  // screen parameters; for the launch, and for whoever blocks the main thread.
+  // Records the height of the first screen, 0 when there is none. Happens by itself at every change
+  // of screen parameters; call it at launch and while blocking the main thread.
   void recordMainHeight();
 
   Flip flip() const { return flip_; }
 
-  // The frames of all screens, in the system's order, in Quartz space.
+  // The frames of all screens, in the system's order.
   std::vector<QuartzRect> frames() const;
 
-  // The main screen without menu bar and Dock, in Quartz space; nothing without screens.
+  // The main screen without menu bar and Dock; nothing without screens.
   std::optional<QuartzRect> mainVisibleFrame() const;
 
   // The part of the window's area that lies on the displays, from 0 to 1 (more where displays
-  // overlap); nothing for a window without an area.
+  // overlap); nothing for a window without area.
   std::optional<double> visibleFraction(const QuartzRect& window) const;
 
-  // At most five percent of the window can be seen, or it has no area.
+  // Whether at most five percent of the window can be seen, or it has no area.
   bool isHidden(const QuartzRect& window) const;
 
   // The display that holds most of the window; the first of equals, and the first of all when the
-  // window touches none. Nothing without screens, or when the system names no number.
+  // window touches none. Nothing without screens, or when the system gives it no number.
   std::optional<DisplayID> screenID(const QuartzRect& window) const;
 
  private:

@@ -7,13 +7,13 @@
 
 namespace pellow {
 
-// Whatever the program does to a window comes back as an event of that window's application. This
-// tells, for as long as an echo may take, which events not to react to. Main thread.
+// Whatever the program does to a window comes back as an event from that window's application. This
+// tells which events to ignore while such an echo may still come. Main thread.
 class EchoGuard {
  public:
   explicit EchoGuard(const Clock& clock) : clock_(clock) {}
 
-  // How long what the program has just done may still come back as an event.
+  // How long an action of the program may echo.
   static constexpr Seconds ownEcho = 0.5;
 
   // Activations and changes of focus of all applications, for `duration` from now; a later call
@@ -23,7 +23,7 @@ class EchoGuard {
   void suppressActivationAtLeast(Seconds duration);
   bool isActivationSuppressed() const;
 
-  // Minimizing, of all applications, likewise.
+  // Minimizing in all applications, for `duration` from now; a later call replaces it.
   void suppressMinimize(Seconds duration);
   bool isMinimizeSuppressed() const;
 

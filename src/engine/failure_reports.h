@@ -11,15 +11,15 @@
 
 namespace pellow {
 
-// The one way in which failures reach the user: each in an alert of its own, or, while somebody
-// collects them, all in one. Main thread.
+// The one way failures reach the user: each in an alert of its own or, while they are collected,
+// all in one. Main thread.
 class FailureReports {
  public:
-  // `tasks` holds the alerts that nobody waits for.
+  // `tasks` runs the alerts that nobody waits for.
   FailureReports(AlertPresenter& alerts, const Log& log, TaskScope& tasks)
       : alerts_(alerts), log_(log), tasks_(tasks) {}
 
-  // Keeps failures for as long as it lives, in place of an alert for each. One at a time.
+  // While it lives, keeps failures instead of showing an alert for each. One at a time.
   class Collection {
    public:
     explicit Collection(FailureReports& reports) : reports_(reports) {
@@ -30,7 +30,7 @@ class FailureReports {
     ~Collection() { reports_.collection_ = nullptr; }
 
     std::vector<PellowError> failures;
-    std::vector<TargetWindow> refusedOffscreen;  // those that would not be moved off-screen
+    std::vector<TargetWindow> refusedOffscreen;  // windows that would not move off-screen
 
    private:
     FailureReports& reports_;
@@ -40,14 +40,14 @@ class FailureReports {
   void report(const PellowError& failure) { report(std::vector{failure}); }
   void report(const std::vector<PellowError>& failures);
 
-  // Shows failures that are in the log already, in one alert. Returns at once.
+  // Shows failures, logged before, in one alert. Returns at once.
   void show(const std::vector<PellowError>& failures);
 
-  // A window would not be moved off-screen.
+  // A window would not move off-screen.
   void noteRefusal(const TargetWindow& window);
 
-  // Asks whether windows that would not slide off-screen shall be minimized instead, below the
-  // sentences of what failed.
+  // Asks whether to minimize the windows that would not slide off-screen, below the sentences of
+  // what failed.
   Task<bool> offerToMinimize(const std::vector<TargetWindow>& windows,
                              const std::vector<PellowError>& failures);
 

@@ -15,9 +15,9 @@
 
 namespace pellow {
 
-// The pictures that fly between windows and their tabs, for as long as the user wants them: the
-// window's own, else the application's icon. A window that is minimized has the system's animation
-// instead. Frames are in AppKit space. Main thread.
+// The pictures that fly between windows and their tabs, if the user wants them: the window's own,
+// else the application's icon. A minimized window has the system's animation instead. Frames are in
+// AppKit space. Main thread.
 class Flights {
  public:
   struct Surroundings {
@@ -30,9 +30,9 @@ class Flights {
 
   explicit Flights(const Surroundings& surroundings) : around_(surroundings) {}
 
-  // Where a tab that is about to come will stand; nothing when nothing is to fly there.
+  // Where a tab about to come will stand; nothing when nothing should fly there.
   std::optional<AppKitRect> projectedTabFrame(const TabItem& tab) const;
-  // Where these tabs stand; nothing for any when the user wants no flights.
+  // Where these tabs stand; empty when the user wants no flights.
   std::map<UUID, AppKitRect> tabFrames(const std::vector<UUID>& ids) const;
 
   void flyOut(const TabItem& tab, const AppKitRect& tabFrame);

@@ -8,19 +8,19 @@
 
 namespace pellow {
 
-// The windows that the program asked to minimize and that did not answer in time. One that goes
-// later gets its tab then, whatever the user prefers. Main thread.
+// Windows that were asked to minimize and did not answer in time. One that goes later gets its tab
+// then, whatever the preferences say. Main thread.
 class LateMinimizes {
  public:
   void expect(const TabItem& tab);
 
-  // The tab of this window, which is not expected any more; nothing when it was not.
+  // The tab of this window, which is no longer expected; nothing when it was not.
   std::optional<TabItem> take(const TargetWindow& window);
 
-  // Should the window be minimized after this, that is somebody else's wish.
+  // If the window is minimized after this, it was not the program's doing.
   void forget(const TargetWindow& window) { take(window); }
 
-  // The oldest first.
+  // Oldest first.
   const std::vector<TabItem>& tabs() const { return tabs_; }
 
  private:

@@ -9,9 +9,8 @@
 
 namespace pellow {
 
-// The windows that the engine is working on right now. Actions suspend while other applications
-// answer, so between two steps a window may be hidden and have no tab: then it stands here. Main
-// thread.
+// The windows the engine is working on now. Actions suspend while other applications answer, so
+// between two steps a window may be hidden without a tab: then it is here. Main thread.
 class Ledger {
  public:
   enum class Way { away, back };
@@ -19,7 +18,7 @@ class Ledger {
   struct Entry {
     TargetWindow window;
     Way way;
-    std::optional<TabItem> tab;  // that comes or goes: enough to put the window back
+    std::optional<TabItem> tab;  // coming or going: enough to put the window back
     bool isTouched = false;      // the window may be hidden
   };
 
@@ -31,7 +30,7 @@ class Ledger {
     ~Claim();
 
     void setTab(TabItem tab) { entry_->tab = std::move(tab); }
-    // To be called before the window is hidden.
+    // Call before the window is hidden.
     void touch() { entry_->isTouched = true; }
 
     // The tab that was set.
@@ -52,13 +51,13 @@ class Ledger {
 
   // A window that is about to leave.
   Claim claim(TargetWindow window);
-  // The window of this tab, hidden as it is, which is about to come back.
+  // The window of this tab, still hidden and about to come back.
   Claim claimBack(TabItem tab);
 
   bool contains(const TargetWindow& window) const;
   bool contains(const TargetWindow& window, Way way) const;
 
-  // In the order in which the windows were claimed.
+  // In the order claimed.
   const std::list<Entry>& entries() const { return entries_; }
 
  private:

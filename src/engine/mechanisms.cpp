@@ -31,7 +31,7 @@ void Mechanisms::record(std::list<Departure>& departures) {
     recorded.push_back(&departure);
   }
   if (around_.parkedWindows.record(recorded)) return;
-  // Each tries once more when its turn comes, and tells its own failure.
+  // Each tries again at its turn and reports its own failure.
   for (auto& departure : departures) departure.recordedAt.reset();
 }
 
@@ -48,7 +48,7 @@ Task<Mechanisms::Hiding> Mechanisms::hide(Departure& departure) {
   co_return co_await hideApplication(tab.window.pid);
 }
 
-// An application that says that it shows all the same need not follow any more.
+// An application that says it is still shown must not hide later.
 Task<Mechanisms::Hiding> Mechanisms::hideApplication(ProcessID pid) {
   if (!around_.workspace.hide(pid)) {
     const bool runs = around_.workspace.application(pid).has_value();
@@ -60,8 +60,8 @@ Task<Mechanisms::Hiding> Mechanisms::hideApplication(ProcessID pid) {
   co_return Hiding{.failure = PellowError::hideFailed()};
 }
 
-// What the application says, once it has done what it was asked for or has had the time to; nothing
-// when it does not say.
+// What the application says once it is as `expected` or has had time to be; nothing when it does
+// not say.
 Task<std::optional<bool>> Mechanisms::isHidden(ProcessID pid, bool expected) {
   co_return co_await around_.axQueue.ax([&] {
     const auto application = around_.accessibility.application(pid);
@@ -82,11 +82,11 @@ Task<Mechanisms::Hiding> Mechanisms::minimize(const TabItem& tab) {
   co_return Hiding{.failure = PellowError::minimizeFailed(done.error())};
 }
 
-// Record first, then move, then look: a window that stays in sight goes back and needs no tab. One
-// that nobody can say anything about may be hidden.
+// Record, then move, then look: a window that stays in sight goes back and needs no tab. One whose
+// place is unknown may be hidden.
 Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(Departure& departure) {
   const auto& tab = departure.tab();
-  // The displays may have changed since it was recorded.
+  // The displays may have changed since the record.
   const auto target = around_.places.parkOrigin(*tab.originalFrame, departure.side);
   if (departure.recordedAt != target) {
     departure.recordedAt = target;
@@ -108,7 +108,7 @@ Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(Departure& departure) {
   co_return hiding;
 }
 
-// Whether the window is certainly not hidden any more.
+// Whether the window is certainly no longer hidden.
 Task<bool> Mechanisms::slideBack(const TabItem& tab) {
   const auto& frame = *tab.originalFrame;
   const bool isDisplayGone = around_.displays.isHidden(frame);
@@ -147,8 +147,8 @@ Task<> Mechanisms::reveal(const TabItem& tab) {
   co_await bringToFront(tab.window);
 }
 
-// To where the window belongs now. The displays may change while the move waits for its turn: then
-// it is made once more. Throws when the window is still out of sight where it could be seen.
+// To where the window belongs now. If the displays change while the move waits for its turn, the
+// window is moved again. Throws when the window is still out of sight though it could be seen.
 Task<> Mechanisms::moveHome(const TabItem& tab) {
   const auto& frame = *tab.originalFrame;
   auto origin = around_.places.restoreOrigin(frame, around_.log);
@@ -169,7 +169,7 @@ Task<> Mechanisms::unminimize(const TargetWindow& window) {
   if (!done) throw PellowError::unminimizeFailed(done.error());
 }
 
-// A window that the user minimized, before it was put away or since, is not back in the Dock.
+// A window that the user minimized, before it was put away or since, is not back while in the Dock.
 Task<> Mechanisms::unminimizeIfNeeded(const TargetWindow& window) {
   const auto isMinimized = co_await around_.axQueue.ax([&] {
     return AX::boolean(window.element, AX::attribute::minimized, AX::timeout::windowChange)
@@ -178,8 +178,8 @@ Task<> Mechanisms::unminimizeIfNeeded(const TargetWindow& window) {
   if (isMinimized) co_await unminimize(window);
 }
 
-// The system may take an activation for a mere wish. An application that is told to be the
-// frontmost one is; where it will not hear of that, the wish must do.
+// The system may take an activation as a mere wish. Writing `frontmost` is a command; if the
+// application does not take it, the wish must do.
 Task<> Mechanisms::bringToFront(const TargetWindow& window) {
   const auto raised = co_await around_.axQueue.ax([&] {
     const auto done = window.element.performAction(AX::action::raise, AX::timeout::windowChange);

@@ -41,22 +41,22 @@ class Mechanisms {
   // How an attempt to hide a window ended.
   struct Hiding {
     bool mayBeHidden = false;            // it needs its tab
-    std::optional<PellowError> failure;  // for the user; besides a hidden window, too
+    std::optional<PellowError> failure;  // for the user; possible even if the window is hidden
   };
 
   // Writes the records of several windows at once, before the first of them is hidden.
   void record(std::list<Departure>& departures);
 
-  // Hides the window by the tab's mechanism; one that is to be slid and has no record gets one
-  // first. A window that would stay in sight is put back.
+  // Hides the window by the tab's mechanism; one that slides and has no record gets one first. A
+  // window that would stay in sight is put back.
   Task<Hiding> hide(Departure& departure);
 
-  // Undoes it, raises the window and activates its application. Throws when the window is not
-  // back; a raise that fails is only logged.
+  // Undoes it, raises the window and activates its application. Throws when the window is not back;
+  // a failed raise is only logged.
   Task<> reveal(const TabItem& tab);
 
-  // Undoes it directly on the calling thread, without raise and activation; the answer tells
-  // whether somebody has heard of it within `timeout`.
+  // Undoes it on the calling thread, without raise and activation; the answer tells whether the
+  // application answered within `timeout`.
   std::expected<void, AXError> revealBlocking(const TabItem& tab, Seconds timeout);
 
  private:

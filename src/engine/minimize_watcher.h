@@ -14,11 +14,10 @@
 
 namespace pellow {
 
-// Hears when a window of another application is minimized, by whatever means, and when an
-// application's focus goes to another window. Follows applications as they come and go; one that
-// takes no observer, as it may while it starts, is asked again whenever it becomes active.
-// Observers are added on the AX queue, so that nobody waits for an application that takes its time.
-// Main thread.
+// Notices when a window of another application is minimized, by whatever means, and when an
+// application's focus moves to another window. Follows applications as they come and go; one that
+// takes no observer, as may happen while it starts, is asked again whenever it becomes active.
+// Observers are added on the AX queue, so that nothing waits for a slow application. Main thread.
 class MinimizeWatcher {
  public:
   MinimizeWatcher(AXQueue& axQueue, TaskScope& tasks, Accessibility& accessibility,
@@ -30,20 +29,20 @@ class MinimizeWatcher {
   void start();
   void stop();
 
-  // Ordinary applications only, never this process; once.
+  // Ordinary applications only, never this process, each once.
   void watch(const RunningApplication& application);
   void unwatch(ProcessID pid);
 
  private:
   using Observers = std::array<Subscription, 2>;
   struct Watched {
-    Observers observers;   // those that it has taken
-    bool isAsked = false;  // for the others, just now
+    Observers observers;   // those it has taken
+    bool isAsked = false;  // for the missing ones, just now
   };
 
   void watch(ProcessID pid);
   Task<> observe(ProcessID pid);
-  // Those that are missing.
+  // Adds the missing ones.
   void add(Observers& observers, ProcessID pid);
 
   AXQueue& axQueue_;

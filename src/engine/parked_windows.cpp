@@ -21,7 +21,7 @@ bool ParkedWindows::record(const std::vector<const Departure*>& departures) {
   auto before = std::exchange(recorded_, std::move(all));
   if (write()) return true;
   recorded_ = std::move(before);
-  // The disk may have taken it all the same.
+  // The failed write may have reached the disk all the same.
   write();
   return false;
 }

@@ -11,22 +11,22 @@
 
 namespace pellow {
 
-// Keeps the journal in step with the tabs, whole or under way, whose windows are parked off-screen.
-// A window whose application has no bundle identifier has no record. Main thread.
+// Keeps the journal in step with the tabs, finished or under way, whose windows are parked
+// off-screen. Windows of applications without a bundle identifier have no record. Main thread.
 class ParkedWindows {
  public:
   ParkedWindows(ParkingJournal& journal, const TabStore& store, const Ledger& ledger)
       : journal_(journal), store_(store), ledger_(ledger) {}
 
-  // Before these windows move to where each is `recordedAt`, in one write: false, and nothing is
-  // recorded, when it cannot be kept.
+  // Records, in one write and before they move, that these windows are parked where each is
+  // `recordedAt`. False, with nothing recorded, when that cannot be kept.
   bool record(const std::vector<const Departure*>& departures);
 
-  // The tab's window is not parked any more.
+  // The tab's window is no longer parked.
   void forget(const TabItem& tab);
 
-  // The tab's window could not be brought back and nobody is left to try: the record, if it has
-  // one, outlives this run.
+  // The tab's window could not be brought back and the process ends: its record, if any, outlives
+  // this run.
   void keepForNextLaunch(const TabItem& tab);
 
   // Drops records that belong to no tab: what closed windows and ended applications leave behind
@@ -44,7 +44,7 @@ class ParkedWindows {
   ParkingJournal& journal_;
   const TabStore& store_;
   const Ledger& ledger_;
-  std::vector<Recorded> recorded_;  // in the order in which they were parked
+  std::vector<Recorded> recorded_;  // in the order parked
 };
 
 }  // namespace pellow

@@ -53,7 +53,7 @@ bool ParkingJournal::write(std::vector<ParkingRecord> records) {
   records_ = std::move(records);
   auto stored = kept_;
   stored.insert(stored.end(), records_.begin(), records_.end());
-  // A title is whatever bytes another application made of it.
+  // A title is whatever bytes another application made it.
   auto text = nlohmann::json(stored).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   const auto written = defaults_.set(key, DefaultsData{std::move(text)}, Kept::atOnce);
   if (!written)

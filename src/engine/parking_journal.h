@@ -12,7 +12,7 @@
 
 namespace pellow {
 
-// One window that is parked off-screen, or is about to be. Quartz space.
+// One window parked off-screen, or about to be. Quartz space.
 struct ParkingRecord {
   std::string bundleID;
   std::string title;           // at parking time
@@ -22,13 +22,12 @@ struct ParkingRecord {
   bool operator==(const ParkingRecord&) const = default;
 };
 
-// The stored form; reading throws when the value is no record.
+// The stored form; reading throws when the value is not a record.
 void to_json(nlohmann::json& json, const ParkingRecord& record);
 void from_json(const nlohmann::json& json, ParkingRecord& record);
 
-// The records of the windows that are parked off-screen, kept where a crash cannot take them: the
-// next process can read every write before it returns, or it answers false and has said why in the
-// log. Main thread.
+// The records of the windows parked off-screen, safe from a crash: the next process can read a
+// write before it returns; a write that fails logs why and answers false. Main thread.
 class ParkingJournal {
  public:
   // Reads what a previous run left; nothing when the stored data does not decode.
@@ -38,15 +37,15 @@ class ParkingJournal {
 
   bool write(std::vector<ParkingRecord> records);
 
-  // Records of a previous run, or for the next one, whose windows nobody could ask. Every write has
-  // them besides its own.
+  // Records from a previous run, or for the next one, whose windows could not be brought back.
+  // Every write includes them.
   const std::vector<ParkingRecord>& kept() const { return kept_; }
   void keep(ParkingRecord record) { kept_.push_back(std::move(record)); }
 
-  // Its window is back or gone: keeps one record less, and writes that.
+  // The window is back or gone: drops this kept record and writes the rest.
   void release(const ParkingRecord& record);
 
-  // Nothing is parked, and nothing is kept any more.
+  // Nothing is parked and nothing kept any more.
   void clear();
 
  private:

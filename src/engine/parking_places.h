@@ -10,17 +10,17 @@
 
 namespace pellow {
 
-// The side that a zone's windows are slid to: its own, or the nearer one.
+// The side that a zone's windows slide to: its own, or the nearer one.
 StripEdge parkingSide(const TabZone& zone);
 
-// Where a window goes that is slid off the side of the screen, and where it comes back to. Asks the
-// displays as they are now and changes nothing. Quartz space, main thread.
+// Where a window slid off the side of the screen goes, and where it comes back to. Goes by the
+// displays as they are now; changes nothing. Quartz space, main thread.
 class ParkingPlaces {
  public:
   explicit ParkingPlaces(const Displays& displays) : displays_(displays) {}
 
   // The origin that leaves a sliver of the window on the outermost display of that side, as the
-  // system lets no window leave the displays whole:
+  // system lets no window leave the displays entirely:
   //
   //      outermost display
   //   ┌─────────────────────┐
@@ -30,18 +30,18 @@ class ParkingPlaces {
   //   └────────────────────┼┘  window  │
   //                        └───────────┘  1 point wide
   //
-  // Only the left and the right edge count. Without a display it is the frame's own origin.
+  // Only the left and right edges count. Without a display it is the frame's own origin.
   QuartzPoint parkOrigin(const QuartzRect& frame, StripEdge edge) const;
 
   // The frame's own origin when at least 60 % of the frame lies on the displays, else
   // `onScreenOrigin`.
   QuartzPoint restoreOrigin(const QuartzRect& frame) const;
 
-  // The same for a window that comes back now: says in the log when it cannot stand where it stood.
+  // The same for a window coming back now: logs when it cannot stand where it stood.
   QuartzPoint restoreOrigin(const QuartzRect& frame, const Log& log) const;
 
   // The nearest origin that keeps the frame inside the visible frame of the main display; a frame
-  // that is too large is aligned to its left or top. Nothing without a display.
+  // too large is aligned to its left or top. Nothing without a display.
   std::optional<QuartzPoint> onScreenOrigin(const QuartzRect& frame) const;
 
  private:

@@ -122,7 +122,7 @@ void PellowController::setCallbacks() {
     failures_.report(PellowError::screenRecordingDenied());
   };
   returns_.onArrived = [this](const TargetWindow& window) { departures_.windowIsBack(window); };
-  // An alert gives way to what was in front before: nobody has chosen that.
+  // When an alert closes, the application behind it becomes active: not the user's choice.
   around_.alerts.onClosed = [this] { echoes_.suppressActivationAtLeast(EchoGuard::ownEcho); };
 }
 
@@ -138,7 +138,7 @@ void PellowController::start() {
   strandedWindows_.start();
 }
 
-// Before the start the journal is still that of a previous run.
+// Before `start` the journal is still that of a previous run.
 bool PellowController::canAct() {
   if (!isStarted_) failures_.report(PellowError::accessibilityDenied());
   return isStarted_;

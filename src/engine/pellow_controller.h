@@ -46,15 +46,15 @@
 namespace pellow {
 
 // The engine: puts other applications' windows away, keeps a tab for each, and brings them back.
-// This is the one surface on which strips, palette, menus and shortcuts ask for that.
+// The one place where strips, palette, menus and shortcuts ask for that.
 //
-// A window that the program has hidden has a tab or stands in the ledger, at every moment. Calls
-// into other applications run on the AX queue, one at a time; everything else runs on the main
-// thread, and so does every member. Commands return at once, unless they say that they block, and
-// report their own failures.
+// At every moment, a window that the program has hidden has a tab or is in the ledger. Calls into
+// other applications run on the AX queue, one at a time; everything else, members included, runs on
+// the main thread. Commands return at once unless they say that they block, and report their own
+// failures.
 class PellowController {
  public:
-  // What the controller stands on; all of it outlives the controller.
+  // What the controller uses; all of it outlives the controller.
   struct Surroundings {
     Accessibility& accessibility;
     AlertPresenter& alerts;
@@ -81,8 +81,8 @@ class PellowController {
   PellowController& operator=(const PellowController&) = delete;
   ~PellowController();
 
-  // Brings back the windows that a previous run left off-screen, before `start`; returns how many.
-  // Blocks, at most 0.25 s for an application that does not answer.
+  // Before `start`: brings back the windows a previous run left off-screen; returns how many.
+  // Blocks, for 0.25 s at most per application that does not answer.
   int recoverStrandedWindows() { return strandedWindows_.recoverStrandedWindows(); }
 
   // Begins to follow windows and applications. Once, after launch; until then a command that needs
@@ -92,16 +92,16 @@ class PellowController {
   const TabStore& store() const { return around_.tabs; }
   const Ledger& ledger() const { return ledger_; }
 
-  // The focused window of the frontmost application; its whole application when the preferred
+  // The focused window of the frontmost application, or the whole application when the preferred
   // mechanism hides applications.
   void pellowFrontmost();
 
-  // One window. A missing zone is the application's pin, else the default zone; a missing mechanism
-  // is the preferred one.
+  // Without a zone: the application's pin, else the default zone. Without a mechanism: the
+  // preferred one.
   void pellow(TargetWindow window, std::optional<UUID> zoneID = std::nullopt,
               std::optional<Mechanism> mechanism = std::nullopt);
 
-  // Every window of this window's application, but for those excluded.
+  // Every window of this window's application but those excluded.
   void pellowApp(TargetWindow of, std::optional<UUID> zoneID = std::nullopt,
                  std::vector<TargetWindow> excluding = {});
 
@@ -111,12 +111,12 @@ class PellowController {
   void pellowEverything();
   void enterFocusMode();
 
-  // Brings back the windows of these tabs, in the order of the store, one after another. The tabs
-  // are gone when it returns.
+  // Brings back the windows of these tabs, in the order of the store, one by one. The tabs are gone
+  // when this returns.
   void restore(const std::vector<UUID>& ids) { returns_.restore(ids); }
   void restoreAll();
 
-  // Puts every window back that has a tab or stands in the ledger, and empties store and journal.
+  // Puts back every window that has a tab or is in the ledger, and empties store and journal.
   // Unfinished actions end. Blocks: for the end of the process only.
   void restoreAllBlocking();
 
@@ -129,7 +129,7 @@ class PellowController {
   // Photographs a window that may be minimized next.
   void cacheSnapshot(TargetWindow window);
 
-  // Nothing is under way.
+  // Whether nothing is under way.
   bool isIdle() const { return tasks_.isIdle(); }
 
  private:

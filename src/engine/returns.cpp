@@ -30,8 +30,8 @@ void Returns::restore(const std::vector<UUID>& ids) {
   around_.tasks.start(restoreBatch(std::move(returns)));
 }
 
-// While windows come back, their applications become active one after another; these activations
-// must not bring back more.
+// As windows come back, their applications become active one after another; that must not bring
+// back more.
 Task<> Returns::restoreBatch(std::list<Return> returns) {
   around_.echoes.suppressActivation(around_.preferences.animationDuration() *
                                         static_cast<double>(returns.size()) +
@@ -80,7 +80,7 @@ void Returns::restoreAllBlocking() {
   const auto away = everythingAway();
   around_.axQueue.dropCallsAnd([this] { around_.tasks.cancel(); });
 
-  // What blocks here hears of no change of the displays, and windows may answer slowly.
+  // No change of the displays is announced while this blocks, and windows may answer slowly.
   std::vector<TabItem> slow;
   for (int attempt = 0; attempt < putBacksAtMost; ++attempt) {
     const auto screens = around_.screens.all();
@@ -105,7 +105,7 @@ std::vector<TabItem> Returns::everythingAway() const {
   return away;
 }
 
-// Those that nobody has heard of.
+// Returns the tabs whose applications did not answer.
 std::vector<TabItem> Returns::putBack(const std::vector<TabItem>& tabs, Seconds timeout) {
   std::vector<TabItem> unanswered;
   std::set<ProcessID> silent;

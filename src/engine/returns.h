@@ -50,23 +50,24 @@ class Returns {
 
   explicit Returns(const Surroundings& surroundings) : around_(surroundings) {}
 
-  // Each window that was to come back, whether or not it has.
+  // Called for each window that was to come back, whether or not it did.
   std::function<void(const TargetWindow&)> onArrived;
 
-  // Brings back the windows of these tabs, in the order of the store, one after another. The tabs
-  // are gone when it returns.
+  // Brings back the windows of these tabs, in the order of the store, one by one. The tabs are gone
+  // when this returns.
   void restore(const std::vector<UUID>& ids);
 
-  // Ends every action and puts every window back that has a tab or may be hidden, without raising
-  // it, and empties store and journal. Windows whose application does not answer at once come last,
-  // and one silence stands for all windows of an application: 5 s for each such application.
+  // Ends every action, puts back every window that has a tab or may be hidden, without raising it,
+  // and empties store and journal. Windows whose application does not answer at once come last; one
+  // silence stands for all windows of an application, so that each such application costs 5 s at
+  // most.
   void restoreAllBlocking();
 
  private:
   // A tab on its way back to being a window.
   struct Return {
     Ledger::Claim claim;
-    std::optional<AppKitRect> tabFrame;  // where it stood on the screen, for its flight
+    std::optional<AppKitRect> tabFrame;  // on the screen, for its flight
   };
 
   Task<> restoreBatch(std::list<Return> returns);

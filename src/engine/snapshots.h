@@ -19,9 +19,9 @@
 
 namespace pellow {
 
-// The pictures for tabs. One that is about to be put away is photographed; one that the user has
-// minimized is off the screen already, so windows that are likely to be next are photographed ahead
-// and kept for a while. All of it only while the user wants pictures and the system allows them.
+// The pictures for tabs. A window about to be put away is photographed; one that the user has
+// minimized is off the screen already, so windows likely to be next are photographed ahead and
+// their pictures kept for a while. Only while the user wants pictures and the system allows them.
 // Main thread.
 class Snapshots {
  public:
@@ -38,10 +38,10 @@ class Snapshots {
   explicit Snapshots(const Surroundings& surroundings)
       : around_(surroundings), capture_(around_.screenCapture, around_.mainQueue) {}
 
-  // The user wants pictures and the system does not allow them; called once.
+  // Called once, when the user wants pictures and the system does not allow them.
   std::function<void()> onScreenRecordingDenied;
 
-  // Whether there are pictures now.
+  // Whether pictures are wanted and allowed now.
   bool isEnabled() const;
 
   // A picture of a window that is on the screen now, or none.
@@ -51,7 +51,7 @@ class Snapshots {
   Task<> cacheSnapshot(TargetWindow window);
   Task<> cacheSnapshotOfFocusedWindow(ProcessID pid);
 
-  // The picture taken ahead, if it is fresh.
+  // The picture taken ahead, if still fresh.
   std::optional<Image> cachedSnapshot(const AXElement& window) const;
 
  private:

@@ -14,7 +14,7 @@ namespace {
 constexpr double matchDistance = 4;
 constexpr Seconds pollInterval = 5;
 
-// Without a display a window was put nowhere, and any other may stand there.
+// A window parked without a display did not move, and any other may be there now.
 bool isParkedAt(const QuartzRect& frame, const ParkingRecord& record) {
   return record.parkedOrigin != record.originalOrigin &&
          std::abs(frame.minX() - record.parkedOrigin.x) <= matchDistance &&
@@ -24,7 +24,7 @@ bool isParkedAt(const QuartzRect& frame, const ParkingRecord& record) {
 }  // namespace
 
 // Windows of every kind, as any focused window can be parked. The first that does not answer stands
-// for all of its process.
+// for its whole process.
 StrandedWindows::Candidates StrandedWindows::gather(Accessibility& accessibility,
                                                     const std::vector<ProcessID>& pids,
                                                     Seconds timeout) {
@@ -46,8 +46,8 @@ StrandedWindows::Candidates StrandedWindows::gather(Accessibility& accessibility
   return candidates;
 }
 
-// Where several windows were parked at one place, the title tells which is which; a window whose
-// title changed meanwhile takes what is left.
+// If several windows were parked at one place, the title tells which is which; a window whose title
+// has changed takes a record that is left.
 StrandedWindows::Pairing StrandedWindows::pair(std::vector<Candidate> windows,
                                                std::vector<ParkingRecord> records) {
   Pairing pairing;
@@ -66,7 +66,7 @@ StrandedWindows::Pairing StrandedWindows::pair(std::vector<Candidate> windows,
     return candidate.title == record.title;
   });
   pairWhere([](const Candidate&, const ParkingRecord&) { return true; });
-  // One for which nothing is left was parked there, too.
+  // A window with no record left was parked there, too.
   for (const auto& candidate : windows) {
     const auto beside = std::ranges::find_if(pairing.matches, [&](const Match& match) {
       return isParkedAt(candidate.frame, match.record);
@@ -131,7 +131,7 @@ StrandedWindows::Moved StrandedWindows::move(const TargetWindow& window, QuartzP
   }
 }
 
-// A window that is out of sight all the same has not come back.
+// A window still out of sight has not come back.
 StrandedWindows::Moved StrandedWindows::inSight(Moved moved, Size size) const {
   if (!moved || !around_.displays.isHidden({*moved, size})) return moved;
   return std::unexpected(PellowError::moveFailed(AXError::failure));

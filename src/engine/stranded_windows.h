@@ -48,24 +48,24 @@ class StrandedWindows {
 
   explicit StrandedWindows(const Surroundings& surroundings) : around_(surroundings) {}
 
-  // Brings back the windows that the journal says are still parked, and empties it. When some
+  // Brings back the windows that are still parked according to the journal, and empties it. If a
   // record has no window, sweeps for hidden windows too. Returns how many windows came back.
   //
-  // Calls applications directly and waits 0.25 s at most for one that does not answer; its records
-  // stay, and so do those of windows that would not move.
+  // Calls applications directly, waiting 0.25 s at most for one that does not answer; its records
+  // stay, as do those of windows that would not move.
   int recoverStrandedWindows();
 
-  // Looks again for the windows of records that stayed: at once and whenever their applications
-  // become active, and then waits for slow ones; at every change of the displays; and every 5 s for
-  // those that do not answer. Once.
+  // Looks again for the windows of records that stayed: at once and whenever their application
+  // becomes active, waiting for slow ones; at every change of the displays; and every 5 s while
+  // some do not answer. Once.
   void start();
 
   // Moves every window of every ordinary application that cannot be seen and is not minimized onto
-  // the main display. Calls applications directly. Returns how many came back.
+  // the main display; returns how many. Calls applications directly.
   int rescueHiddenWindows(bool clearJournal);
 
  private:
-  // A window that may be one of those that a previous run parked.
+  // A window that a previous run may have parked.
   struct Candidate {
     TargetWindow window;
     std::string title;
@@ -78,7 +78,7 @@ class StrandedWindows {
   struct Match {
     Candidate candidate;
     ParkingRecord record;
-    bool isShared = false;  // the record is that of another window
+    bool isShared = false;  // the record belongs to another window
   };
   struct Pairing {
     std::vector<Match> matches;

@@ -12,7 +12,7 @@ TabUpkeep::TabUpkeep(const Surroundings& surroundings)
 }
 
 void TabUpkeep::start() {
-  // In a moment: while tabs come one after another, the next window must not wait for it.
+  // Not at once: while tabs come one after another, the next window must not wait for it.
   following_ = around_.notifications.observe(TabStore::didChange, [this] {
     soon_ = around_.mainQueue.async([this] { tabsDidChange(); });
   });
@@ -23,12 +23,12 @@ void TabUpkeep::tabsDidChange() {
   around_.parkedWindows.dropStaleRecords();
 }
 
-// Its end was announced; it may only have been ordered out.
+// The window was announced as gone, but may only have been ordered out.
 void TabUpkeep::windowMayBeGone(UUID id) {
   if (const auto* const tab = around_.tabs.tab(id)) around_.tasks.start(pruneDead({*tab}));
 }
 
-// An application that does not answer is asked once.
+// An application that does not answer is asked only once.
 Task<> TabUpkeep::pruneDead(std::vector<TabItem> tabs) {
   const auto dead = co_await around_.axQueue.ax([&] {
     std::vector<UUID> ids;

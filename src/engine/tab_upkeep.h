@@ -16,8 +16,8 @@
 
 namespace pellow {
 
-// A tab whose window is gone for certain goes, and its record with it. A tab that stands for a
-// hidden application stays until that ends. Main thread.
+// Drops tabs whose windows are certainly gone, and their records. A tab that stands for a hidden
+// application stays until that ends. Main thread.
 class TabUpkeep {
  public:
   struct Surroundings {
@@ -32,7 +32,7 @@ class TabUpkeep {
 
   explicit TabUpkeep(const Surroundings& surroundings);
 
-  // Follows the tabs. Once.
+  // Begins to follow the tabs. Once.
   void start();
 
   // Asks the windows of all tabs.

@@ -4,7 +4,7 @@
 
 namespace pellow {
 
-// How a window is put away; in the order in which the user is offered them.
+// How a window is put away, in the order the user is offered.
 enum class Mechanism {
   minimize,   // minimized to the Dock
   offscreen,  // slid off the side of the display arrangement

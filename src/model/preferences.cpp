@@ -64,7 +64,7 @@ void Preferences::applySynced(const Values& values) {
   if (written) post();
 }
 
-// Kept eventually; what cannot be kept is told by the store of the defaults itself.
+// Kept eventually; the defaults themselves report what cannot be kept.
 void Preferences::write(std::string_view key, DefaultsValue value) {
   (void)defaults_.set(key, std::move(value));
 }

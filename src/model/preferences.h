@@ -17,13 +17,13 @@ namespace pellow {
 
 enum class Sharing { synced, thisMachine };
 
-// One setting: its key in the user defaults and what it is while nothing is stored.
+// One setting: its key in the user defaults and its value while none is stored.
 template <class T>
 struct Preference {
   std::string_view key;
   T registered;
   Sharing sharing = Sharing::synced;
-  T unknown{};  // what a stored text that names no case of an enumeration reads as
+  T unknown{};  // for a stored text that names no case of the enumeration
 };
 
 // The table of all settings other than zones, pins and shortcuts.
@@ -49,7 +49,7 @@ inline constexpr Preference<bool> previewOnHover{"previewOnHover", true};
 inline constexpr Preference<double> previewSize{"previewSize", 320};  // points
 inline constexpr Preference<bool> syncSettings{"syncSettings", true, Sharing::thisMachine};
 
-// In the order in which the synced ones are written.
+// In the order the synced ones are written.
 inline constexpr std::tuple all{mechanism,        tabScope,          edge,
                                 showTitles,       tabsOnAllScreens,  useThumbnails,
                                 thumbnailTabs,    animateFlight,     animationDuration,
@@ -68,7 +68,7 @@ class Preferences {
 
   using Values = std::map<std::string, DefaultsValue, std::less<>>;
 
-  // Registers the value of every setting that has none stored.
+  // Registers the default value of every setting.
   Preferences(UserDefaults& defaults, NotificationCenter& notifications);
 
   // `preferences.value(preference::animateFlight)`.
@@ -83,7 +83,7 @@ class Preferences {
   // The size of a tab where neither it nor its zone has one, from 20 to 72 points.
   double tabSize() const;
 
-  // How long a strip slides and a picture flies, from 0.1 to 1.2 seconds.
+  // How long strips slide and pictures fly, from 0.1 to 1.2 seconds.
   double animationDuration() const;
 
   // Whether tabs show the picture of their window instead of the application's icon.
@@ -92,8 +92,8 @@ class Preferences {
   // The synced settings as they stand, registered values included.
   Values exportForSync() const;
 
-  // Writes every synced setting among `values`, even if it is stored already, and posts once if
-  // there was one. The others are ignored.
+  // Writes every synced setting among `values`, even one stored already, and posts once if there is
+  // any. Ignores the others.
   void applySynced(const Values& values);
 
  private:

@@ -14,7 +14,7 @@ namespace pellow {
 
 // One pellowed window: enough to show its tab, to place it, and to put the window back.
 struct TabItem {
-  // Fixed when the tab is made, and as things stood then.
+  // Fixed when the tab is made, as things were then.
   UUID id;
   TargetWindow window;
   std::string appName;
@@ -27,9 +27,9 @@ struct TabItem {
   std::optional<Image> snapshot;
 
   // Changed through the store.
-  std::optional<double> size;      // points; absent: as the zone has it, else the preference
+  std::optional<double> size;      // points; absent: the zone's, else the preference
   std::optional<UUID> zoneID;      // absent: the default zone
-  std::optional<bool> showsTitle;  // absent: as the preference has it
+  std::optional<bool> showsTitle;  // absent: the preference
 
   // Such a tab outlives its window: the application's other windows are hidden with it.
   bool standsForApp() const { return mechanism == Mechanism::hideApp; }

@@ -4,7 +4,7 @@
 
 namespace pellow {
 
-// What one pellow takes.
+// What one pellow puts away.
 enum class TabScope {
   window,  // one window becomes one tab
   app,     // all standard windows of the application together

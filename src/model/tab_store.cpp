@@ -67,7 +67,7 @@ void TabStore::appTerminated(ProcessID pid) {
   post();
 }
 
-// All tabs are changed before the first notice, as an observer may change the list.
+// Changes all tabs before the first notice, as an observer may change the list.
 template <class Matches, class Change>
 void TabStore::change(Matches matches, Change change) {
   int changed = 0;

@@ -11,15 +11,14 @@
 
 namespace pellow {
 
-// All tabs, in the order in which they were added; strips show them in this order. Lives in memory
-// only, since a tab points at a live window. Observers may change the store while it posts. Main
-// thread.
+// All tabs, in the order they were added and are shown. In memory only, since a tab points at a
+// live window. Observers may change the store while it posts. Main thread.
 class TabStore {
  public:
   // Posted after every change.
   static constexpr const char* didChange = "pellow.tabsDidChange";
 
-  // Tabs of an application go by themselves when it ends, with one notice each time one ends.
+  // When an application ends its tabs go by themselves, with one notice even if it had none.
   TabStore(NotificationCenter& notifications, Workspace& workspace);
 
   const std::vector<TabItem>& tabs() const { return tabs_; }
@@ -30,21 +29,21 @@ class TabStore {
   // Whether some tab stands for this window, whatever process either was recorded with.
   bool contains(const TargetWindow& window) const;
 
-  // Each posts once, whether or not it found something to remove.
+  // Each posts once, even with nothing to remove.
   void add(TabItem tab);
   void remove(const TabItem& tab);  // by its id
   void remove(std::span<const UUID> ids);
 
-  // Each posts once for every tab it found, so nothing when it found none.
+  // Each posts once per tab found, so not at all when there is none.
   void setShowsTitle(std::optional<bool> value, std::span<const UUID> ids);
   void setZone(UUID zoneID, std::span<const UUID> ids);
   void setSize(std::optional<double> size, std::span<const UUID> ids);  // points
 
-  // Moves every tab of a zone to another; absent is a zone of its own here. Posts once for every
-  // tab moved.
+  // Moves every tab of a zone to another; absent counts as a zone of its own. Posts once per tab
+  // moved.
   void reassign(std::optional<UUID> fromZone, std::optional<UUID> to);
 
-  // Drops the tabs among these, whose windows were found to be gone. Posts once if any was dropped.
+  // Drops these tabs, whose windows were found gone. Posts once if any was still there.
   void pruneDead(std::span<const UUID> dead);
 
  private:

@@ -31,15 +31,15 @@ struct TabZone {
   ZonePosition position;
   bool showsName = false;
   std::optional<std::string> colorHex;  // "#1A2B3C"; absent: the standard look
-  std::optional<double> tabSize;        // points; absent: as the preference has it
+  std::optional<double> tabSize;        // points; absent: the preference
   std::optional<DisplayID> displayID;   // absent: the default placement
   std::optional<StripEdge> snap;        // absent: floats at `position`
 
   bool operator==(const TabZone&) const = default;
 };
 
-// The stored form. Reading also takes the layout of an earlier version, which had "edge" and
-// "alignment" instead of "position" and "snap"; it throws when the value is no zone.
+// The stored form. Also reads the layout of an earlier version, with "edge" and "alignment" instead
+// of "position" and "snap"; throws when the value is not a zone.
 void to_json(nlohmann::json& json, const TabZone& zone);
 void from_json(const nlohmann::json& json, TabZone& zone);
 

@@ -32,7 +32,7 @@ TabZone migratedZone(StripEdge edge, UUID id) {
           .snap = edge};
 }
 
-// Each new zone stands lower than the one before, so that strips do not cover each other.
+// Each new zone stands lower than the last, so that strips do not overlap.
 ZonePosition staggered(std::size_t zonesBefore) {
   return {1.0, std::min(0.15 + 0.2 * static_cast<double>(zonesBefore), 0.9)};
 }

@@ -17,9 +17,9 @@
 namespace pellow {
 
 // The zones, never fewer than one; the pins, which send the windows of an application into a zone;
-// and the choice of the default zone. Kept in the user defaults, at once on every change; stored
-// data that cannot be read is replaced in silence. Observers may change the store while it posts.
-// Main thread.
+// and the choice of the default zone. Every change goes to the user defaults at once; stored data
+// that cannot be read is silently replaced. Observers may change the store while it posts. Main
+// thread.
 class ZoneStore {
  public:
   // Posted after every change of the zones.
@@ -27,7 +27,7 @@ class ZoneStore {
 
   using Pins = std::map<std::string, UUID, std::less<>>;  // bundle identifier to zone
 
-  // Without stored zones the first one stands where the preferences of an earlier version say.
+  // With no zones stored, the first one stands where the preferences of an earlier version say.
   ZoneStore(UserDefaults& defaults, const Preferences& preferences,
             NotificationCenter& notifications, UUIDSource& uuids);
 
@@ -37,7 +37,7 @@ class ZoneStore {
   Pins pins;
   void savePins();  // posts nothing
 
-  // The zone that the user chose, else the first.
+  // The zone the user chose, else the first.
   TabZone defaultZone() const;
   void setDefaultZoneID(UUID id);
 
@@ -46,18 +46,18 @@ class ZoneStore {
 
   std::optional<TabZone> pinnedZone(std::string_view bundleID) const;
 
-  // A new zone at the right edge, each lower than the one before it; a name already taken gets a
-  // number ("Zone 2").
+  // A new zone at the right edge, lower than the one before; a name already taken gets a number
+  // ("Zone 2").
   TabZone add(std::string_view name);
 
-  // Replaces the zone with the same id; an unknown one changes and posts nothing.
+  // Replaces the zone with the same id; does and posts nothing if there is none.
   void update(const TabZone& zone);
 
-  // Removes the zone with its pins and answers the default zone as it now stands, to which the
-  // caller moves the tabs. Nothing, and no change, for an unknown zone and for the last one.
+  // Removes the zone with its pins and answers the default zone after that, to which the caller
+  // moves the tabs. Does and answers nothing for an unknown zone and for the last one.
   std::optional<UUID> remove(UUID id);
 
-  // Takes over the values of the settings file. Posts only if the zones changed.
+  // Takes the values of the settings file. Posts only if the zones changed.
   void applySynced(const std::vector<TabZone>& zones, const Pins& pins,
                    std::optional<UUID> defaultZoneID);
 

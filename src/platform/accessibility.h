@@ -10,34 +10,32 @@
 
 namespace pellow {
 
-// The way to other applications' windows.
+// The way to other applications' windows. Any thread unless told otherwise.
 class Accessibility {
  public:
   virtual ~Accessibility() = default;
 
-  // Whether the user allows this process to use the interface. Main thread.
+  // Whether the user lets this process use Accessibility. Main thread.
   virtual bool isProcessTrusted() const = 0;
 
-  // The same; when it does not, lets the system ask the user in its own words. Main thread.
+  // The same; if not, has the system ask the user in its own words. Main thread.
   virtual bool isProcessTrustedWithPrompt() = 0;
 
-  // The element of the whole system. Any thread.
   virtual AXElement systemWide() = 0;
 
-  // The element of an application, alive or not: calls on it tell. Any thread.
+  // The element of an application, running or not: calls on it tell.
   virtual AXElement application(ProcessID pid) = 0;
 
   // The deepest element at a point of the screen, in Quartz space; `noValue` where there is none.
-  // The application whose element it is may take so long to answer. Any thread.
+  // `timeout` is how long the application there may take to answer.
   virtual std::expected<AXElement, AXError> elementAtPosition(const AXElement& systemWide,
                                                               QuartzPoint point,
                                                               Seconds timeout) = 0;
 
   // Calls `handler` on the main queue with the element that posts the notification, until the
-  // subscription ends; the handler may end it. Answers `invalidUIElement` for an element that is
-  // gone already and `notificationUnsupported` for a name that it does not post. The application
-  // may take so long to take the observer in. Any thread; the subscription is dropped on the main
-  // thread.
+  // subscription ends; the handler may end it. Answers `invalidUIElement` for an element already
+  // gone and `notificationUnsupported` for a name it does not post. `timeout` is how long the
+  // application may take to accept the observer. Drop the subscription on the main thread.
   //
   //   of a window        `elementDestroyed`       it is gone; once
   //   of an application  `windowMiniaturized`     the window that was minimized, by anybody

@@ -24,8 +24,8 @@ class Alerts {
  public:
   virtual ~Alerts() = default;
 
-  // Shows an alert in front and calls `onChosen` with the index of the button, later and once; a
-  // closed window counts as the last button. Dropping the subscription takes the alert away.
+  // Shows an alert in front and calls `onChosen` once, later, with the index of the button. Closing
+  // the alert counts as its last button; dropping the subscription takes it away.
   virtual Subscription show(Alert alert, std::function<void(std::size_t button)> onChosen) = 0;
 };
 

@@ -25,9 +25,9 @@ using AXValue =
 
 // An Accessibility element of another process: an application, a window, a button. A value that
 // shares the platform's object; two elements are equal when they stand for the same thing on the
-// screen, however they were obtained. Every member may be called on any thread, on several at once;
-// one that takes a messaging timeout blocks until the other application answers or that time has
-// passed (`cannotComplete`). An element whose thing is gone answers `invalidUIElement` for ever.
+// screen, however they were obtained. Members may be called on any thread, on several at once; one
+// with a timeout blocks until the other application answers or the time is up (`cannotComplete`).
+// Once its thing is gone, an element answers `invalidUIElement` for ever.
 class AXElement {
  public:
   class Object;
@@ -36,12 +36,12 @@ class AXElement {
 
   bool operator==(const AXElement& other) const;
 
-  // The process that owns the element, which is not asked.
+  // The process that owns the element; known without asking it.
   std::expected<ProcessID, AXError> pid() const;
 
   // Points and sizes are in Quartz space.
   std::expected<AXValue, AXError> copyAttribute(std::string_view attribute, Seconds timeout) const;
-  // Several in one call, which the timeout bounds as a whole; an answer for each.
+  // Several in one call, an answer for each; `timeout` bounds the whole call.
   std::vector<std::expected<AXValue, AXError>> copyMultipleAttributeValues(
       std::span<const std::string_view> attributes, Seconds timeout) const;
   std::expected<void, AXError> setAttribute(std::string_view attribute, const AXValue& value,
@@ -54,7 +54,7 @@ class AXElement {
   std::shared_ptr<Object> object_;  // never empty
 };
 
-// What a platform derives its elements from; the members mean what they mean above.
+// The base of a platform's elements; the members mean the same as above.
 class AXElement::Object {
  public:
   virtual ~Object() = default;

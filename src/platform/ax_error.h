@@ -2,7 +2,8 @@
 
 namespace pellow {
 
-// The error numbers of the Accessibility interface. A platform may hand on numbers without a name.
+// The error numbers of the Accessibility interface. A platform may pass on numbers that have no
+// name here.
 enum class AXError : int {
   success = 0,
   failure = -25200,

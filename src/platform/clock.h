@@ -12,7 +12,8 @@ class Clock {
   // Seconds since a moment of the platform's choice; never goes back. Any thread.
   virtual Seconds now() const = 0;
 
-  // Blocks the calling thread. Meant for serial queues and for the direct operations of the end.
+  // Blocks the calling thread. For serial queues, and for the blocking work at the end of the
+  // process.
   virtual void sleep(Seconds duration) = 0;
 };
 

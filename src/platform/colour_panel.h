@@ -7,13 +7,13 @@
 
 namespace pellow {
 
-// The system's one panel to choose a colour with. Main thread.
+// The system's one colour panel. Main thread.
 class ColourPanel {
  public:
   virtual ~ColourPanel() = default;
 
-  // Shows the panel with this colour, in front, and calls `onChange` for every colour that the user
-  // tries, until the subscription ends, the panel is closed, or somebody else shows it.
+  // Shows the panel in front with this colour and calls `onChange` for every colour the user tries,
+  // until the subscription ends, the panel is closed or another caller shows it.
   virtual Subscription show(Colour colour, std::function<void(Colour)> onChange) = 0;
 };
 

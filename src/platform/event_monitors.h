@@ -25,29 +25,28 @@ struct KeyEvent {
   std::string_view charactersIgnoringModifiers;  // valid during the call; empty when it has none
 };
 
-// Sees the keyboard and the pointer. An event goes to the local chain when a window of this process
-// has the keyboard, else to the global one, never to both. Main thread.
+// The keyboard and the pointer. An event goes to the local monitors when a window of this process
+// has the keyboard, else to the global ones, never to both. Main thread.
 class EventMonitors {
  public:
   virtual ~EventMonitors() = default;
 
-  // Key presses meant for other applications; they can be neither changed nor kept from them. A key
-  // that is held down counts once. Nothing when the system allows no monitor.
+  // Key presses meant for other applications, which get them unchanged all the same. A key held
+  // down counts once. Nothing when the system allows no monitor.
   virtual std::optional<Subscription> addGlobalKeyDown(
       std::function<void(const KeyEvent&)> handler) = 0;
 
-  // Key presses meant for this process, the newest monitor first. A handler that answers false
-  // swallows the event: no other monitor and no window receives it.
+  // Key presses meant for this process, newest monitor first. A handler that answers false swallows
+  // the event: no other monitor and no window gets it.
   virtual std::optional<Subscription> addLocalKeyDown(
       std::function<bool(const KeyEvent&)> handler) = 0;
 
-  // Movements of the pointer over other applications, with or without the left button held down;
-  // the second sees those over panels and windows of this process. Where the pointer is by then,
-  // `pointerLocation` tells; several movements may come as one.
+  // The pointer moved, with or without the left button down: over other applications (global), over
+  // panels and windows of this process (local). Several movements may come as one;
+  // `pointerLocation` tells where the pointer is by then.
   virtual std::optional<Subscription> addGlobalPointerMoved(std::function<void()> handler) = 0;
   virtual std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) = 0;
 
-  // Where the pointer is now.
   virtual AppKitPoint pointerLocation() const = 0;
 };
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 // The content of a settings window as data. Controls keep no state of their own: they show what the
-// form says and tell what the user did; a platform compares a new form with the one it shows and
+// form says and report what the user did. A platform compares a new form with the one it shows and
 // changes only what differs, so that a drag on a slider and the keyboard focus survive.
 
 namespace pellow {
@@ -60,13 +60,14 @@ struct Slider {
   double minimum = 0;
   double maximum = 1;
   double value = 0;
-  int tickMarks = 0;                            // to look at; every value in between can be chosen
-  std::function<void(double value)> onChanged;  // while it is dragged, too
+  int tickMarks = 0;                            // for show; values in between can be chosen
+  std::function<void(double value)> onChanged;  // also during a drag
 };
 
 struct TextField {
   std::string text;
-  // The user pressed Return or left the field. It shows `text` of the form again, this or the next.
+  // The user pressed Return or left the field. The field then shows the form's `text` again, this
+  // form's or the next one's.
   std::function<void(const std::string& text)> onEnded;
 };
 
@@ -90,7 +91,7 @@ struct FormElement {
   std::string key;  // unique within its pane and stable from one form to the next
   FormContent content;
   bool isEnabled = true;
-  std::optional<double> width;  // points; as wide as it needs when absent
+  std::optional<double> width;  // points; absent: as wide as it needs
   std::string tooltip;
 };
 

@@ -13,11 +13,11 @@ class FormWindow {
  public:
   virtual ~FormWindow() = default;
 
-  // Shows this form from now on; the pane at the selected index stays selected where there is one.
-  // May be called by what an element of the form before does.
+  // Shows this form from now on; the selected index stays selected if the new form has such a pane.
+  // May be called from a callback of the form shown before.
   virtual void setForm(Form form) = 0;
 
-  // Shows the window in front, with the keyboard; brings the process to the front.
+  // Brings the process and this window to the front, with the keyboard.
   virtual void present() = 0;
   virtual bool isVisible() const = 0;
 

@@ -7,11 +7,11 @@
 
 namespace pellow {
 
-// A picture that the platform made, such as an application's icon. A value that shares the
-// platform's object; two images are equal when they share the same one.
+// A picture made by the platform, such as an application's icon. A value that shares the platform's
+// object; two images are equal when they share the same one.
 class Image {
  public:
-  // What a platform derives its pictures from.
+  // The base of a platform's pictures.
   class Object {
    public:
     virtual ~Object() = default;

@@ -18,7 +18,7 @@ struct Menu {
   std::vector<MenuItem> items;
 };
 
-// The key that is shown beside an item.
+// The key shown beside an item.
 struct KeyEquivalent {
   std::string characters;       // "t"; empty: none
   std::uint64_t modifiers = 0;  // bits of `modifier::all`
@@ -45,7 +45,7 @@ using MenuImage = std::variant<std::monostate, MenuSymbol, MenuSwatch>;
 
 struct MenuItem {
   std::string title;
-  bool isSeparator = false;  // a line; everything else is left out
+  bool isSeparator = false;  // a line; all else is ignored
   bool isEnabled = true;
   bool isChecked = false;
   std::string tooltip;

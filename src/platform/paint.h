@@ -6,7 +6,7 @@
 
 namespace pellow {
 
-// A colour of the system, in the shade that suits its light or dark look at the moment.
+// A system colour, in the shade for the current light or dark look.
 enum class SystemColour {
   label,
   secondaryLabel,
@@ -21,7 +21,7 @@ enum class SystemColour {
   grey,
 };
 
-// What something is drawn in: the same colour always, or one of the system's.
+// What something is drawn in: a fixed colour or a system one.
 using Paint = std::variant<Colour, SystemColour>;
 
 }  // namespace pellow

@@ -24,22 +24,22 @@ class Panel {
  public:
   virtual ~Panel() = default;
 
-  // Shows `root`, whose frame's size is the panel's content size. While the panel has another one
-  // than that, as during an animation, the content is drawn scaled to it, its corner radii are not.
+  // Shows `root`, whose frame's size is the content size. While the panel has another size, as
+  // during an animation, the content is scaled to it; corner radii are not.
   virtual void setContent(View root) = 0;
 
   virtual void setFrame(const AppKitRect& frame) = 0;
   virtual AppKitRect frame() const = 0;
 
-  // Moves, resizes and fades from where it is now to this frame and opacity (0 to 1), and calls
-  // `onDone` on the main queue when it has arrived. A newer animation, `setFrame` and the panel's
-  // end cut it short; then `onDone` is not called. `frame` answers the target from the start.
+  // Moves, resizes and fades from where it is now to this frame and opacity (0 to 1), then calls
+  // `onDone` on the main queue. A newer animation, `setFrame` or the panel's end cuts it short, and
+  // `onDone` is not called. `frame` answers the target from the start.
   virtual void animate(const AppKitRect& frame, double opacity, Seconds duration,
                        AnimationTiming timing, std::function<void()> onDone) = 0;
 
   virtual void setLevel(PanelLevel level) = 0;
 
-  // Whether the pointer goes through to what lies below; it does not at first.
+  // Whether the pointer passes through to what lies below; at first it does not.
   virtual void setIgnoresMouseEvents(bool ignores) = 0;
 
   // Shows it in front of the panels of its level, without activating anything.

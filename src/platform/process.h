@@ -26,23 +26,23 @@ class Process {
   // An agent: no Dock icon, no main menu.
   virtual void becomeAccessory() = 0;
 
-  // Brings this process to the front, other applications notwithstanding.
+  // Brings this process to the front, whatever is in front now.
   virtual void activate() = 0;
 
   // Calls the handler on the main queue for every such signal instead of letting it end the
   // process. Dropping the subscription leaves the signal ignored.
   virtual Subscription onSignal(TerminationSignal signal, std::function<void()> handler) = 0;
 
-  // Ends the process with this status, without the normal termination. On a simulated desktop it
-  // returns, and nothing of the process runs afterwards.
+  // Ends the process with this status, without normal termination. On a simulated desktop it
+  // returns, and nothing of the process runs after that.
   virtual void exit(int status) = 0;
 
-  // Ends the main loop; the program then terminates normally. May never return, so no coroutine
-  // and no work that others wait for calls it.
+  // Ends the main loop; the program then terminates normally. May never return: do not call it from
+  // a coroutine or from work that others wait for.
   virtual void terminate() = 0;
 
-  // Starts the program once more, beside this process, and tells on the main queue whether that
-  // worked. The new process waits until this one has ended.
+  // Starts the program a second time and reports on the main queue whether that worked. The new
+  // process waits for this one to end.
   virtual void launchNewInstance(
       std::function<void(std::expected<void, SystemError>)> onLaunched) = 0;
 };

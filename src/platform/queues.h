@@ -12,30 +12,30 @@ namespace pellow {
 
 using Work = Function<void()>;
 
-// The queue of the main thread. Its members may be called on any thread; the subscriptions that
-// they return are dropped on the main thread, if need be by their own work while it runs.
+// The main thread's queue. Call its members on any thread; drop their subscriptions on the main
+// thread, if need be from within their own work.
 class MainQueue {
  public:
   virtual ~MainQueue() = default;
 
-  // Runs `work` soon, after what was put in before. Dropping the subscription drops the work.
+  // Runs `work` soon, after all that was queued before. Dropping the subscription drops the work.
   virtual Subscription async(Work work) = 0;
 
   // Runs `work` once, no earlier than `delay` from now.
   virtual Subscription after(Seconds delay, Work work) = 0;
 
-  // Runs `tick` again and again, first after one interval, until the subscription ends.
+  // Runs `tick` at every interval, the first time after one, until the subscription ends.
   virtual Subscription every(Seconds interval, std::function<void()> tick) = 0;
 };
 
-// A thread of its own that runs its work one at a time, in the order in which it came.
+// A thread of its own that runs work one at a time, in the order it came.
 class SerialQueue {
  public:
-  // Drops work that has not begun and waits for the one that runs.
+  // Drops work that has not begun and waits for work that runs.
   virtual ~SerialQueue() = default;
 
-  // Runs `work` after all that was put in before. Dropping the subscription drops the work if it
-  // has not begun and waits for its end if it runs. Main thread.
+  // Runs `work` after all that was queued before. Dropping the subscription drops work that has not
+  // begun and waits for work that runs. Main thread.
   virtual Subscription async(Work work) = 0;
 };
 

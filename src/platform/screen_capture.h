@@ -30,23 +30,23 @@ class ScreenCapture {
  public:
   virtual ~ScreenCapture() = default;
 
-  // Whether pictures may be taken now; asks nobody.
+  // Whether pictures may be taken now; does not ask the user.
   virtual bool preflightAccess() const = 0;
 
-  // Lets the system ask the user, if it has not done so before. Returns at once.
+  // Has the system ask the user, unless it did before. Returns at once.
   virtual void requestAccess() = 0;
 
   using OnWindows =
       std::function<void(std::expected<std::vector<ShareableWindow>, SystemError> windows)>;
   using OnImage = std::function<void(std::expected<Image, SystemError> image)>;
 
-  // The windows on the screen, those of the desktop included, in the system's order. Calls
-  // `onWindows` once, on the main queue, unless the subscription ends before.
+  // The windows on the screen, the desktop's included, in the system's order. Calls `onWindows`
+  // once, on the main queue, unless the subscription ends first.
   virtual Subscription shareableWindows(OnWindows onWindows) = 0;
 
-  // A picture of one window alone, without what covers it and without the pointer, so many pixels
-  // wide and high; the image measures the window's size in points. Calls `onImage` once, on the
-  // main queue, unless the subscription ends before.
+  // A picture of one window alone, without what covers it and without the pointer, of this size in
+  // pixels; the image's own size is the window's, in points. Calls `onImage` once, on the main
+  // queue, unless the subscription ends first.
   virtual Subscription captureImage(const ShareableWindow& window, int pixelWidth, int pixelHeight,
                                     OnImage onImage) = 0;
 };

@@ -13,7 +13,7 @@ namespace pellow {
 using DisplayID = std::uint32_t;
 
 struct Screen {
-  std::optional<DisplayID> displayID;  // absent when the system names no number
+  std::optional<DisplayID> displayID;  // absent when the system gives none
   AppKitRect frame;
   AppKitRect visibleFrame;  // the frame without menu bar and Dock
 
@@ -28,10 +28,10 @@ class Screens {
   // In the system's order; empty while no display is connected.
   virtual std::vector<Screen> all() const = 0;
 
-  // The screen with the window that has the keys, else the primary one; nothing without screens.
+  // The screen of the window with the keyboard, else the primary one; nothing without screens.
   virtual std::optional<Screen> main() const = 0;
 
-  // Hears of every change of displays, frames and visible frames, after it took effect.
+  // Called after every change of displays, frames and visible frames.
   virtual Subscription onDidChangeParameters(std::function<void()> observer) = 0;
 };
 

@@ -17,7 +17,7 @@ struct StatusImage {
   bool operator==(const StatusImage&) const = default;
 };
 
-// The program's place in the menu bar. Goes when it is destroyed.
+// The program's place in the menu bar; gone when destroyed.
 class StatusItem {
  public:
   virtual ~StatusItem() = default;

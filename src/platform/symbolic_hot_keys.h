@@ -21,8 +21,8 @@ class SymbolicHotKeys {
  public:
   virtual ~SymbolicHotKeys() = default;
 
-  // As they stand now, in an order of the system's; entries that are no dictionaries are left out.
-  // Empty when the system has none or they cannot be read.
+  // As they are now, in the system's order; entries that are not dictionaries are left out. Empty
+  // when the system has none or they cannot be read.
   virtual std::vector<SymbolicHotKey> all() const = 0;
 };
 

@@ -8,10 +8,10 @@
 
 namespace pellow {
 
-// What the program hears of updates. Main queue; every member may be absent.
+// What the program is told about updates. Main queue; every member may be absent.
 struct UpdateDelegate {
-  // An update was found. Scheduled finds are never shown: `shownByFramework` is false for them, and
-  // true for what the user asked for.
+  // An update was found. `shownByFramework` is true if the user asked; scheduled finds are never
+  // shown.
   std::function<void(bool shownByFramework, const std::string& displayVersion)> willShowUpdate;
   // The user has seen the update that was found.
   std::function<void()> didReceiveUserAttention;
@@ -28,7 +28,7 @@ class UpdateFramework {
   // Begins the schedule. Once.
   virtual void start(UpdateDelegate delegate) = 0;
 
-  // Looks now, for the user, and tells the result in a window of its own.
+  // Looks now, for the user, and shows the result in a window of its own.
   virtual void checkForUpdates() = 0;
 
   virtual bool automaticallyChecks() const = 0;
@@ -37,7 +37,7 @@ class UpdateFramework {
   // How long ago the last check was, by this or an earlier launch; nothing before the first.
   virtual std::optional<Seconds> sinceLastCheck() const = 0;
 
-  // Of this program, for people: "1.2". Nothing when the bundle does not say.
+  // This program's version for people: "1.2". Nothing when the bundle does not say.
   virtual std::optional<std::string> currentVersion() const = 0;
 };
 

@@ -19,7 +19,7 @@ std::string_view withoutLeadingSpace(std::string_view text) {
   return start == std::string_view::npos ? std::string_view{} : text.substr(start);
 }
 
-// True when the text begins, after a sign and zeros, with a digit from 1 or with Y or T.
+// Whether the text begins, past a sign and zeros, with 1 to 9, Y or T, in either case.
 bool booleanOf(std::string_view text) {
   text = withoutLeadingSpace(text);
   if (text.starts_with('-') || text.starts_with('+')) text.remove_prefix(1);
@@ -28,7 +28,7 @@ bool booleanOf(std::string_view text) {
          std::string_view("123456789YyTt").find(text[decisive]) != std::string_view::npos;
 }
 
-// The decimal number that the text begins with, else 0.
+// The decimal number the text begins with, else 0.
 double numberOf(std::string_view text) {
   return leadingNumber(withoutLeadingSpace(text)).value_or(0);
 }

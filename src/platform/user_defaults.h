@@ -25,13 +25,13 @@ using DefaultsValue = std::variant<bool, double, std::string, DefaultsData>;
 enum class Kept {
   // A setting: on disk within a second and at the end of the process. Nobody waits for the disk.
   eventually,
-  // What the next process must know should this one be cut off: it can read the value before the
-  // call returns. As it speaks of the windows of a desktop, it need not outlive them, neither the
-  // end of that session nor a loss of power.
+  // What the next process must know if this one is cut off: another process can read the value
+  // before the call returns. It is about windows on a desktop, so it need not outlive them, the
+  // session or a loss of power.
   atOnce,
 };
 
-// The values that the user's settings live in, by key. Reads see every earlier write. Main thread.
+// Stored values by key, where the user's settings live. Reads see every earlier write. Main thread.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
@@ -39,12 +39,12 @@ class UserDefaults {
   // The stored value, else the registered one, else nothing.
   virtual std::optional<DefaultsValue> value(std::string_view key) const = 0;
 
-  // Stores a value. An error means that it may be lost with the process, not that a read of this
-  // process does not see it; what is kept eventually reports none.
+  // Stores a value. After an error it may be lost with the process, but this process still reads
+  // it; what is kept eventually reports none.
   virtual std::expected<void, SystemError> set(std::string_view key, DefaultsValue value,
                                                Kept kept = Kept::eventually) = 0;
 
-  // Values for keys that have none stored. They are not stored themselves.
+  // Values for keys that have none stored; not stored themselves.
   virtual void registerDefaults(std::map<std::string, DefaultsValue> values) = 0;
 };
 

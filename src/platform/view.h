@@ -68,7 +68,6 @@ struct Shadow {
   bool operator==(const Shadow&) const = default;
 };
 
-// How a view looks.
 struct ViewLook {
   ViewContent content;
   double cornerRadius = 0;       // points; clips the content
@@ -81,10 +80,9 @@ struct ViewLook {
   bool operator==(const ViewLook&) const = default;
 };
 
-// A drag of the pointer that began with a press of the primary button inside a view. It goes on
-// wherever the pointer goes, with the callbacks that the view had at the press, and whatever
-// becomes of the view and the content meanwhile. Hiding the panel ends it at once; the end of the
-// panel ends it too, but then `onEnded` is not called.
+// A drag that began with a press of the primary button inside a view. It goes on wherever the
+// pointer goes and whatever becomes of the view and the content, with the callbacks the view had at
+// the press. Hiding the panel ends it at once; so does the panel's end, but without `onEnded`.
 struct DragActions {
   std::function<void()> onBegan;                        // 3 points away from the press
   std::function<void(AppKitVector movedBy)> onDragged;  // since the press, on the screen
@@ -93,8 +91,8 @@ struct DragActions {
   explicit operator bool() const { return onBegan || onDragged || onEnded; }
 };
 
-// What a view does. Main thread; a callback may replace the content of its own panel. A view
-// without an action of a kind leaves it to the one that it stands on.
+// What a view does. Main thread; a callback may replace the content of its own panel. An action it
+// lacks goes to the view it stands on.
 struct ViewActions {
   std::function<void()> onClick;  // pressed and released inside, without a drag
   std::function<void(bool inside)> onHoverChanged;

@@ -26,42 +26,42 @@ struct RunningApplication {
   ActivationPolicy activationPolicy = ActivationPolicy::regular;
 };
 
-// The running applications. Main thread, unless a member says otherwise.
+// The running applications. Main thread unless told otherwise.
 class Workspace {
  public:
   virtual ~Workspace() = default;
 
-  // In the order in which they were started, this process included.
+  // In the order they were started, this process included.
   virtual std::vector<RunningApplication> runningApplications() = 0;
 
-  // Nothing when the process does not run, or is no application.
+  // Nothing when the process is not running or is not an application.
   virtual std::optional<RunningApplication> application(ProcessID pid) = 0;
 
-  // The application that receives the keys. Any thread.
+  // The application with the keyboard. Any thread.
   virtual std::optional<ProcessID> frontmostApplication() = 0;
 
-  // Asks for all windows of the application to be hidden; false when it does not run or the system
-  // refuses at once. Whether they are, `hidden` of its element tells, a moment later.
+  // Asks to hide all windows of the application; false when it is not running or the system refuses
+  // at once. Whether they are hidden, `hidden` of its element tells a moment later.
   virtual bool hide(ProcessID pid) = 0;
 
-  // Asks for them to be shown again; false when the application does not run.
+  // Asks to show them again; false when the application is not running.
   virtual bool unhide(ProcessID pid) = 0;
 
-  // Asks for the application to become active, its front window in front; false when it does not
-  // run. The system may take that for a mere wish: to write `frontmost` of its element is more.
+  // Asks to make the application active, its front window in front; false when it is not running.
+  // The system may take this as a mere wish; writing `frontmost` of its element is stronger.
   virtual bool activate(ProcessID pid) = 0;
 
-  // Opens a URL with whatever the user opens such with; false when nothing does.
+  // Opens a URL in the user's application for it; false when there is none.
   virtual bool open(std::string_view url) = 0;
 
-  // Hears of every application that becomes active, after it has; also of this process.
+  // Called after an application, or this process, has become active.
   virtual Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) = 0;
 
-  // Hears of every application that becomes a regular one, when it is started or later. It may not
-  // be ready to be observed yet.
+  // Called when an application becomes a regular one, at its start or later. It may not be ready
+  // for observers yet.
   virtual Subscription onDidBecomeRegular(std::function<void(ProcessID)> observer) = 0;
 
-  // Hears of every application that has ended, after its windows are gone.
+  // Called after an application has ended and its windows are gone.
   virtual Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) = 0;
 };
 

@@ -12,8 +12,8 @@
 namespace pellow {
 
 // Watches every key press, in other applications and in the program's own windows, and calls its
-// handler when one is the binding of an action. It takes nothing away: the key press still reaches
-// the application that it was meant for. Main thread.
+// handler when one is bound to an action. The key press still reaches the application it was meant
+// for. Main thread.
 class HotkeyManager {
  public:
   HotkeyManager(EventMonitors& eventMonitors, const ShortcutStore& shortcuts, const Log& log)
@@ -22,7 +22,7 @@ class HotkeyManager {
   // What to do when a shortcut fires; runs inside the event monitor.
   std::function<void(ShortcutAction)> handler;
 
-  // A second start leaves one pair of monitors. A monitor that the system refuses is left out.
+  // A second start still leaves one pair of monitors. One that the system refuses is left out.
   void start();
   void stop();
 

@@ -19,7 +19,7 @@ struct Shortcut {
   std::string display() const;
 };
 
-// The stored form; reading throws when the value is no shortcut.
+// The stored form; reading throws when the value is not a shortcut.
 void to_json(nlohmann::json& json, const Shortcut& shortcut);
 void from_json(const nlohmann::json& json, Shortcut& shortcut);
 

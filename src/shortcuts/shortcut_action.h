@@ -7,7 +7,7 @@
 
 namespace pellow {
 
-// What a global shortcut can do, in the order in which they are listed and tried.
+// What a global shortcut can do, in the order they are listed and tried.
 enum class ShortcutAction {
   pellowFrontmost,
   toggleFloatAbove,

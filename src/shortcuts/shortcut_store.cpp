@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::string_view key = "shortcuts";
 
-// Key code 0 is the key of A. With other characters the record is empty or damaged, and must not
-// stand in front of a default.
+// Key code 0 is the key of A. With other characters the record is empty or damaged and must not
+// replace a default.
 bool isDamaged(const Shortcut& shortcut) {
   return shortcut.keyCode == 0 && shortcut.characters != "a";
 }

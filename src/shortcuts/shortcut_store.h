@@ -12,14 +12,14 @@
 
 namespace pellow {
 
-// The user's own bindings; an action without one has its default. Kept in the user defaults, at
-// once on every change. Main thread.
+// The user's own bindings; an action without one has its default. Every change goes to the user
+// defaults at once. Main thread.
 class ShortcutStore {
  public:
   // Posted after every change.
   static constexpr const char* didChange = "pellow.shortcutsDidChange";
 
-  // By the raw value of the action. May hold keys of no action, which are kept and never read.
+  // By the raw value of the action. Keys of no action are kept and never read.
   using Overrides = std::map<std::string, Shortcut, std::less<>>;
 
   ShortcutStore(UserDefaults& defaults, NotificationCenter& notifications);
@@ -27,7 +27,7 @@ class ShortcutStore {
   // Asked on every key press anywhere in the system: neither allocates nor reads the defaults.
   const Shortcut& shortcut(ShortcutAction action) const;
 
-  // Whether the user bound the action, be it to its default.
+  // Whether the user bound the action, even to its default.
   bool isCustom(ShortcutAction action) const;
 
   void set(ShortcutAction action, Shortcut shortcut);

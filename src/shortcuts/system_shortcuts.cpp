@@ -36,7 +36,7 @@ constexpr auto features = std::to_array<Feature>({
     {"222", "Dictionary lookup"},
 });
 
-// The key code, the second parameter, is of no interest: the system goes by the character.
+// The key code, the second parameter, does not matter: the system goes by the character.
 bool owns(const SymbolicHotKey& hotKey, char32_t character, std::uint64_t modifiers) {
   if (!hotKey.enabled || hotKey.parameters.size() < 3) return false;
   const auto flags = hotKey.parameters[2];

@@ -10,12 +10,11 @@
 // The keyboard shortcuts of the system itself.
 namespace pellow::SystemShortcuts {
 
-// The name of the system's feature that owns the same character with the same modifiers; nothing
-// when none does.
+// The name of the system feature that owns the same character with the same modifiers, if any.
 std::optional<std::string> conflictDescription(const SymbolicHotKeys& hotKeys,
                                                const Shortcut& shortcut);
 
-// The name of a feature by its identifier, for the middle of a sentence: "Spotlight", "a macOS
+// The name of a feature by its identifier, to stand within a sentence: "Spotlight", "a macOS
 // shortcut".
 std::string_view name(std::string_view symbolicHotKey);
 

@@ -20,7 +20,7 @@ std::string groupKey(const TabItem& tab) {
   return tab.bundleID.value_or(std::to_string(tab.window.pid));
 }
 
-// What one of its tabs was told counts for the entry, also beside tabs that were told nothing.
+// A setting that one of its tabs has counts for the entry, even if the others have none.
 void addToGroup(StripEntry& entry, const StripEntry& other) {
   entry.tooltip += "\n" + other.tooltip;
   entry.count += other.count;
@@ -35,7 +35,7 @@ void addToGroup(StripEntry& entry, const StripEntry& other) {
   }
 }
 
-// There may be a thousand tabs: what holds for all of them is looked up once.
+// There may be a thousand tabs: what they all share is looked up once.
 class EntryMaker {
  public:
   EntryMaker(const ZoneStore& zones, const Preferences& preferences)

@@ -12,7 +12,7 @@
 namespace pellow {
 
 // What the strips show, by zone: every zone has its list, in the order of the tabs. A tab whose
-// zone is gone stands in the default zone; where applications are put away whole, the tabs of one
+// zone is gone goes to the default zone; where applications are put away whole, the tabs of one
 // share an entry.
 using StripEntries = std::map<UUID, SharedEntries>;
 

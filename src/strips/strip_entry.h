@@ -16,13 +16,13 @@ namespace pellow {
 // One tab as a strip draws it. May stand for several tabs of one application.
 struct StripEntry {
   std::string title;    // shown when `showsTitle`
-  std::string tooltip;  // the window titles, one a line
+  std::string tooltip;  // the window titles, one per line
   std::optional<Image> icon;
-  std::size_t count = 1;     // of the tabs it stands for
+  std::size_t count = 1;     // of tabs it stands for
   std::vector<UUID> tabIDs;  // in the order of the tab store
   UUID zoneID;
   double size = 0;          // points
-  bool hasOwnSize = false;  // the size is that of its tabs, not of the zone or the preference
+  bool hasOwnSize = false;  // the tabs' size, not the zone's or the preference's
   bool showsTitle = false;
   bool hasOwnTitleSetting = false;  // likewise for `showsTitle`
   std::optional<DisplayID> screenID;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr int laneLimit = 4;
 constexpr double narrowestPanel = 34;  // without padding
-constexpr double endMargin = 40;       // of the display's length that a strip leaves free
+constexpr double endMargin = 40;       // of the display's length, which a strip leaves free
 constexpr double emptyZone = 60;       // length along the strip
 constexpr double nameBandThickness = 18;
 constexpr double sliver = 10;  // of a collapsed panel, without a name
@@ -126,7 +126,7 @@ Size StripGeometry::measurePanel() const {
   if (!laneThickness_.empty())
     thickness += spacing * static_cast<double>(laneThickness_.size() - 1);
 
-  // The minimum is one of the width, however the strip runs.
+  // The minimum is for the width, whichever way the strip runs.
   const Size block = run_.horizontal ? Size{longest, thickness} : Size{thickness, longest};
   return {std::max(block.width, narrowestPanel) + 2 * padding, block.height + 2 * padding};
 }
@@ -211,7 +211,7 @@ StripPlacement StripPlacement::forDropped(const AppKitRect& frame, const AppKitR
 
   StripPlacement placement;
   placement.position = {fraction(left, slackX, 0), 1 - fraction(bottom, slackY, 0)};
-  // In the order of the edges; the first of equal ones wins.
+  // In the order of the edges; the first of equals wins.
   const std::array distances{left, right, top, bottom};
   const auto nearest = std::ranges::min_element(distances);
   if (*nearest <= snapDistance)

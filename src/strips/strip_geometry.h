@@ -8,8 +8,8 @@
 #include "model/tab_zone.h"
 #include "strips/strip_layout.h"
 
-// Where everything of a strip stands: pure arithmetic, in points. Screen positions are in AppKit
-// space, positions inside the panel in View space with the origin at the panel's bottom left.
+// Where everything in a strip is: pure arithmetic, in points. Screen positions are in AppKit space,
+// positions inside the panel in View space with the origin at the panel's bottom left.
 
 namespace pellow {
 
@@ -46,10 +46,10 @@ class StripGeometry {
   // Packs the items as they are.
   StripGeometry(const std::vector<StripItem>& items, const StripRun& run);
 
-  // The geometry of a zone's items: shrunk if they must be, then packed.
+  // The geometry of a zone's items, shrunk if need be, then packed.
   static StripGeometry make(const std::vector<StripItem>& items, const StripRun& run);
 
-  // The items, shrunk alike when even four full lanes would not hold them.
+  // The items, all shrunk alike if even four full lanes would not hold them.
   static std::vector<StripItem> fitted(std::vector<StripItem> items, const StripRun& run);
 
   std::size_t count() const { return layouts_.size(); }
@@ -66,8 +66,8 @@ class StripGeometry {
   ViewPoint itemOrigin(std::size_t index) const;
   ViewRect itemFrame(std::size_t index) const;
 
-  // Where a tab will be on the screen when the zone's strip stands there, expanded. Leaves out the
-  // name band and the minimum of an empty zone.
+  // Where a tab is on the screen when the zone's strip is there, expanded. Ignores the name band
+  // and the minimum of an empty zone.
   AppKitRect itemFrameOnScreen(std::size_t index, const TabZone& zone,
                                const AppKitRect& visibleFrame) const;
 
@@ -86,8 +86,8 @@ class StripGeometry {
   Size panelSize_;
 };
 
-// A strip panel's decoration around its tab block: the name band, on the side of the tabs that is
-// away from the display's edge, and above the tabs of a floating zone.
+// A strip panel's decoration around its tab block: the name band, on the side of the tabs away from
+// the display's edge; above them in a floating zone.
 //
 //   left              right             bottom, floating    top
 //   ┌──────┬───┐      ┌───┬──────┐      ┌──────────────┐    ┌──────────────┐
@@ -121,8 +121,8 @@ struct StripPlacement {
 
   bool operator==(const StripPlacement&) const = default;
 
-  // The placement that dropping a panel there asks for: snapped to the nearest edge when that is no
-  // further away than `snapDistance`, else floating.
+  // The placement for a panel dropped there: snapped to the nearest edge if that is at most
+  // `snapDistance` away, else floating.
   static StripPlacement forDropped(const AppKitRect& frame, const AppKitRect& visibleFrame,
                                    double snapDistance);
 };

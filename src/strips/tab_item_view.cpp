@@ -12,7 +12,7 @@ constexpr Colour white(1, 1, 1);
 View iconView(const StripEntry& entry, const StripLayout& layout) {
   const auto side = layout.iconSide;
   const auto y = (layout.itemSize.height - side) / 2;
-  // Beside a title the icon keeps the same distance to the left as to top and bottom.
+  // Beside a title the icon keeps the same margin on the left as at top and bottom.
   const auto x = entry.showsTitle ? y : (layout.itemSize.width - side) / 2;
   View view{.key = "icon", .frame = {x, y, side, side}};
   if (entry.icon) view.look.content = Picture{*entry.icon};

@@ -8,7 +8,7 @@
 namespace pellow {
 
 // A tab: the application's icon, with a title beside it, a pin in the top left corner and a count
-// in the top right one, each where the entry asks for it.
+// in the top right one, if the entry asks for them.
 View tabItemView(const StripEntry& entry, const StripLayout& layout, ViewPoint origin);
 
 }  // namespace pellow

@@ -8,8 +8,8 @@
 namespace pellow {
 namespace {
 
-// Between two pictures of the strips: a frame of the display or, with many tabs, a time in
-// proportion to what drawing them costs.
+// Between two refreshes of the strips: a frame of the display or, with many tabs, a time in
+// proportion to the cost of drawing them.
 constexpr Seconds frameTime = 1.0 / 60;
 constexpr Seconds timeForTab = 0.0005;
 
@@ -39,7 +39,7 @@ void TabStripController::rebuildAndRefresh() {
   refresh();
 }
 
-// A panel lives for as long as its zone is shown on its display.
+// A panel lives as long as its zone is shown on its display.
 void TabStripController::rebuildPanels() {
   auto before = std::exchange(panels_, {});
   for (const auto& zone : around_.zones.zones()) {
@@ -70,8 +70,8 @@ void TabStripController::refresh() {
       panels_.at({*screen.displayID, zone.id})->render(all.at(zone.id), screen, zone);
 }
 
-// Not where the panels would be if they were made now: the main display is another one as soon as
-// the user looks at a window there.
+// Not where the panels would be if made now: the main display changes as soon as the user turns to
+// a window on another one.
 std::vector<Screen> TabStripController::screensWithPanel(const TabZone& zone) const {
   auto all = around_.screens.all();
   std::erase_if(all, [&](const Screen& screen) {

@@ -27,7 +27,7 @@
 namespace pellow {
 
 // Keeps one strip panel for every zone on every display that shows it, follows the stores, the
-// preferences and the displays, and tells what the user does on a strip. Main thread.
+// preferences and the displays, and reports what the user does on a strip. Main thread.
 class TabStripController {
  public:
   // What the strips show and where; all of it outlives the controller.
@@ -50,25 +50,25 @@ class TabStripController {
   // The user clicked an entry that stands for these tabs.
   std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
 
-  // Gives every panel what it should show now, also one on a display that was the main one when it
-  // came. Tabs that come and go by the hundred are shown once in a frame of the
+  // Gives every panel what it should show now, even one whose display was the main one when it was
+  // made and is not any more. Tabs that come and go by the hundred are shown once per frame of the
   // display, the first at once.
   void refresh();
 
   // The entries of one zone, in the order of the tab store.
   std::vector<StripEntry> entries(UUID zoneID) const;
 
-  // The displays that show a zone: all of them if the user wants so, else the zone's own, else the
-  // main one.
+  // The displays that show a zone: all of them if the user wants that, else the zone's own, else
+  // the main one.
   std::vector<Screen> screens(const TabZone& zone) const;
 
   // Where a new tab of the zone would appear; nothing when the zone has no panel.
   std::optional<AppKitRect> projectedTabFrame(UUID zoneID) const;
 
-  // Where the entry that holds the tab is, on the first display with a panel of its zone; nothing
-  // when none shows it.
+  // Where the tab's entry is, on the first display with a panel of its zone; nothing when none
+  // shows it.
   std::optional<AppKitRect> frame(UUID tabID) const;
-  // The same for many tabs at once; those that nothing shows are left out.
+  // The same for many tabs at once; those not shown are left out.
   std::map<UUID, AppKitRect> frames(std::span<const UUID> tabIDs) const;
 
  private:

@@ -75,7 +75,7 @@ View TabStripPanel::makeTabs(const StripGeometry& geometry, const StripChrome& c
   return tabs;
 }
 
-// What it does may change the entries.
+// `onActivate` may change the entries.
 void TabStripPanel::activate(UUID firstTab) const {
   const auto entries = shown_->entries;
   const auto entry = std::ranges::find(*entries, firstTab,

@@ -23,8 +23,8 @@ class TabStripPanel {
   // The user clicked an entry that stands for these tabs.
   std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
 
-  // Shows these entries of the zone at the zone's place on the display. Nothing is done where they
-  // are shown already.
+  // Shows these entries of the zone at the zone's place on the display; does nothing if they are
+  // shown already.
   void render(const SharedEntries& entries, const Screen& screen, const TabZone& zone);
 
  private:

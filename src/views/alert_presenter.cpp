@@ -5,7 +5,7 @@
 
 namespace pellow {
 
-// One alert that somebody waits for; lives in the waiting coroutine.
+// One alert that a coroutine waits for; lives in that coroutine.
 struct AlertPresenter::Request {
   AlertPresenter& presenter;
   Alert alert;

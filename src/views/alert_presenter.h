@@ -18,12 +18,12 @@ class AlertPresenter {
   AlertPresenter(const AlertPresenter&) = delete;
   AlertPresenter& operator=(const AlertPresenter&) = delete;
 
-  // Brings the program to the front and shows the alert, after those that were asked for before.
-  // The index of the button that was chosen. A task that ends before takes its alert with it.
+  // Brings the program to the front and shows the alert, after those asked for before; answers the
+  // index of the button chosen. A task that ends first takes its alert with it.
   Task<std::size_t> present(Alert alert);
 
-  // An alert has gone, answered or not; the system activates the application that was in front
-  // before.
+  // Called when an alert has gone, answered or not; the system then activates the application that
+  // was in front before.
   std::function<void()> onClosed;
 
  private:
