@@ -54,7 +54,7 @@ std::string readAll(int file) {
   return all;
 }
 
-// What the process of its own does; its standard error goes the same way as its outcome.
+// Runs in the process of its own; standard error goes the same way as the outcome.
 [[noreturn]] void playIn(int file, const History& history, Record record) {
   ::dup2(file, STDERR_FILENO);
   ::alarm(longestPlay);
