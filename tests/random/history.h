@@ -47,13 +47,13 @@ enum class Verb {
   unplug,     // a display
   dock,       // goes to another side
   faults,     // calls fail by chance: percent, error
-  delays,     // answers, announcements and pictures are late: each up to so many milliseconds
+  delays,     // answers, announcements and pictures are late: each up to this many milliseconds
   failWrite,  // the next write that must be kept at once is not
   trust,      // the permission is given or withdrawn
   capture,    // the other permission is given or withdrawn
 
   // Time and the program's life
-  run,      // so many milliseconds
+  run,      // for this many milliseconds
   quiet,    // until nothing is under way
   settle,   // until nothing is under way and every alert is answered
   start,    // the program, if it does not run

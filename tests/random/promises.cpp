@@ -190,7 +190,7 @@ std::optional<Breach> Promises::oneTab(const Scene& scene) const {
       return breach(*tab);
   for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
     if (!entry->tab) continue;
-    // While a tab is made public, or given back, it stands in the ledger, too.
+    // While a tab is made public or given back, it is in the ledger too.
     for (const auto& tab : tabs)
       if (tab.window == entry->window && tab.id != entry->tab->id) return breach(tab);
     for (auto other = std::next(entry); other != entries.end(); ++other)

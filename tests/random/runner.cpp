@@ -22,7 +22,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, details, steps, calls, story, log, p
 
 namespace {
 
-constexpr unsigned longestPlay = 120;  // seconds of the real clock: whoever needs more, hangs
+constexpr unsigned longestPlay = 120;  // seconds of the real clock: more is a hang
 constexpr std::string_view beginOfOutcome = "\x01outcome\x01";
 
 std::string encode(const Outcome& outcome) {

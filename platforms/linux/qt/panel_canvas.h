@@ -39,7 +39,7 @@ class PanelCanvas final : public QWidget {
   void setIgnoresMouseEvents(bool ignores);
   bool ignoresMouseEvents() const { return ignoresMouseEvents_; }
 
-  // Looks which view is under the pointer once the current work is done: either may have moved.
+  // Finds the view under the pointer once the current work is done: either may have moved.
   void lookForPointerSoon();
 
   // Hides the canvas, and deletes it once none of its callbacks runs; none is called again.

@@ -6,10 +6,10 @@
 
 namespace pellow {
 
-// Windows parked beyond the monitors may be dragged into sight by a window manager that takes over,
-// that arranges them on changed monitors, or that only now does what it was asked before they were
-// parked without it. This puts them back. One that comes back at any other time is left alone: the
-// user wants it. Main thread.
+// Puts windows parked beyond the monitors back there when a window manager drags them into sight:
+// one that takes over, that arranges them on changed monitors, or that only now does what it was
+// asked before they were parked without it. A window that comes back at any other time is left
+// alone: the user wants it. Main thread.
 class ParkingGuard {
  public:
   ParkingGuard(X11Server& server, WindowManager& windowManager)

@@ -25,11 +25,12 @@ namespace pellow {
 // otherwise; ends after every thread that uses its ports.
 class X11Desktop {
  public:
-  // What the desktop cannot know without the program's own windows and the icon theme.
+  // What the desktop cannot know without the program's own windows and the icon theme. Called on
+  // the main thread.
   struct Hooks {
-    // The picture of a theme icon ("firefox") or an icon file ("/opt/x/x.png"). Main thread.
+    // The picture of a theme icon ("firefox") or an icon file ("/opt/x/x.png").
     std::function<std::optional<Image>(const std::string& iconName)> loadIcon;
-    // Whether a window of this process has the keyboard. Main thread.
+    // Whether a window of this process has the keyboard.
     std::function<bool()> ownWindowHasKeyboard;
   };
 
