@@ -35,8 +35,8 @@
 namespace pellow {
 namespace {
 
-// A predecessor brings all its windows back before it ends, and every application may take its
-// messaging timeout for that.
+// A predecessor brings all its windows back before it ends; each application may use up its
+// messaging timeout.
 constexpr Seconds predecessorPatience = 60;
 
 class LinuxQueues final : public Queues {
@@ -50,7 +50,7 @@ class LinuxQueues final : public Queues {
   PollableMainQueue main_;
 };
 
-// The shortcuts of a Linux desktop are grabbed before other programs see them: they never clash.
+// A Linux desktop grabs its shortcuts before other programs see them: they never clash.
 class NoSymbolicHotKeys final : public SymbolicHotKeys {
  public:
   std::vector<SymbolicHotKey> all() const override { return {}; }
@@ -74,8 +74,8 @@ std::unique_ptr<QSocketNotifier> watch(int fileDescriptor, std::function<void()>
   return notifier;
 }
 
-// Qt learns a little late that one of its windows, an alert for example, has lost the keys; a key
-// pressed in between would go nowhere. So its word is checked against the server's.
+// Qt learns a little late that one of its windows, an alert for example, has lost the keyboard; a
+// key pressed in between would go nowhere. So the server is asked too.
 bool ownWindowHasKeyboard() {
   if (QApplication::activePopupWidget()) return true;
   if (!QGuiApplication::focusWindow()) return false;
@@ -169,7 +169,7 @@ std::expected<std::unique_ptr<LinuxPlatform>, SystemError> LinuxPlatform::open(
     TerminationSignals& signals) {
   auto desktop = X11Desktop::open("", scale, desktopHooks(), log);
   if (!desktop) return std::unexpected(desktop.error());
-  // Before the user defaults are read: a predecessor writes them until its end.
+  // Before the user defaults are read: a predecessor writes them until it ends.
   const auto claimed = claim == Claim::now ? (*desktop)->claimInstance()
                                            : (*desktop)->waitForInstance(predecessorPatience);
   if (!claimed) return std::unexpected(claimed.error());

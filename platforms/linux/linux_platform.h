@@ -22,7 +22,7 @@ class LinuxPlatform final : public Platform {
     afterPredecessorEnds,  // the other one has started this process to take its place
   };
 
-  // Why no Qt application can be made here, as a sentence with the way out; nothing when it can.
+  // Why no Qt application can be made here, as a sentence with the way out; nothing if one can.
   static std::optional<SystemError> whyNoDisplay();
 
   // `scale` is pixels per point. The error is a sentence with the way out. The log and the signals

@@ -21,7 +21,7 @@ int print(const PrintAndExit& what) {
   return what.isError ? 2 : EXIT_SUCCESS;
 }
 
-// Set for a process that the program starts to take its own place, and not for others.
+// Set only for the process that the program starts to replace itself.
 LinuxPlatform::Claim readClaim() {
   const bool relaunched = std::getenv(QtProcess::relaunchedVariable) != nullptr;
   unsetenv(QtProcess::relaunchedVariable);
@@ -30,7 +30,7 @@ LinuxPlatform::Claim readClaim() {
 
 int run(const RunProgram& program) {
   const auto claim = readClaim();
-  std::signal(SIGPIPE, SIG_IGN);  // a reader of the log that goes away must not take us along
+  std::signal(SIGPIPE, SIG_IGN);  // whoever reads the log may go away
   TerminationSignals signals;
   const Log log(makeLogSink());
   if (const auto problem = LinuxPlatform::whyNoDisplay()) {

@@ -45,7 +45,7 @@ std::optional<AXError> takeFault(std::vector<AXFault>& faults, AXCall call, std:
   return error;
 }
 
-// A call arrives, which the application may take as a reason to go.
+// The application may quit when a call arrives.
 void countCallOf(System& system, ProcessID pid) {
   auto& called = *system.state.application(pid);
   auto& left = called.callsUntilQuit;
@@ -53,7 +53,7 @@ void countCallOf(System& system, ProcessID pid) {
   system.change([pid](DesktopState& desktop) { desktop.endApplication(pid); });
 }
 
-// What all elements have in common: the road of a call to the other application.
+// What all elements share: the way of a call to the other application.
 class Element : public AXElement::Object {
  public:
   explicit Element(System& system) : system_(system) {}
@@ -94,7 +94,7 @@ class Element : public AXElement::Object {
     return owner();
   }
 
-  // Asks the application like any other call; the error that the call ends with, or none.
+  // Asks the application like any other call; the call's error, or none.
   std::optional<AXError> ask(AXCall call, std::string_view name, Seconds timeout) const {
     return arrive(call, name, timeout);
   }
@@ -112,7 +112,7 @@ class Element : public AXElement::Object {
   virtual bool isAlive() const = 0;
   virtual Seconds delay() const { return 0; }
   virtual bool hangs() const { return false; }
-  // A call arrives, which the element may take as a reason to go.
+  // The element may go when a call arrives.
   virtual void countCall() const {}
   virtual std::vector<AXFault>* faults() const { return nullptr; }
 
@@ -127,7 +127,7 @@ class Element : public AXElement::Object {
   }
 
  private:
-  // The error that ends the call on its way; none when the application now answers it.
+  // The error that ends the call on its way; none when it reaches an application that answers.
   std::optional<AXError> arrive(AXCall call, std::string_view name, Seconds timeout,
                                 Seconds* tooLateBy = nullptr) const {
     const auto description = [&] {
@@ -146,7 +146,7 @@ class Element : public AXElement::Object {
     return randomFault();
   }
 
-  // Waits for the application; by how long it misses the messaging timeout.
+  // Waits for the application; answers by how long it misses the messaging timeout.
   Seconds travel(AXCall call, Seconds timeout) const {
     auto& scheduler = system_.scheduler;
     const bool takesTime = call != AXCall::observe;
@@ -449,7 +449,7 @@ std::expected<AXElement, AXError> Accessibility::elementAtPosition(const AXEleme
     return AXElement(std::make_shared<PanelElement>(system_, panels_, panel->id()));
   }
 
-  // The application whose window lies there is asked, and answers by what is there then.
+  // Asks the application whose window lies there, which answers by what is there by then.
   const WindowElement window(system_, *id);
   if (const auto error = window.ask(AXCall::hitTest, "elementAtPosition", timeout))
     return std::unexpected(*error);

@@ -27,8 +27,8 @@ class Accessibility final : public pellow::Accessibility {
   AXElement application(ProcessID pid) override;
   std::expected<AXElement, AXError> elementAtPosition(const AXElement& systemWide,
                                                       QuartzPoint point, Seconds timeout) override;
-  // `Announcement` has the rules of what is posted when. A slow application adds an observer at
-  // once; one that hangs holds the caller up as in any other call.
+  // `Announcement` says what is posted when. A slow application adds an observer at once; one that
+  // hangs holds up the caller as in any call.
   std::expected<Subscription, AXError> observe(const AXElement& element,
                                                std::string_view notification,
                                                std::function<void(const AXElement&)> handler,
@@ -36,15 +36,15 @@ class Accessibility final : public pellow::Accessibility {
 
   // The permission; without it every call answers `apiDisabled` and nothing is heard of elements.
   void setTrusted(bool trusted);
-  // So often the system was to ask the user for it.
+  // How often the system was to ask the user for it.
   int prompts() const;
   // The next call of this name, on any element, answers with the error. Names are those of
   // attributes, actions and notifications, "pid", "elementAtPosition", or empty for every name.
   void failNext(std::string name, AXError error, std::optional<AXCall> call = std::nullopt);
-  // Every call fails with this probability and one of the errors, by seed, besides what else was
+  // Every call fails with this probability and one of the errors, by seed, besides the faults
   // ordered. 0 ends it.
   void injectFaults(double probability, std::vector<AXError> errors = {AXError::cannotComplete});
-  // Every call takes up to so long, by seed.
+  // Every call takes up to this long, by seed.
   void delayAnswers(Seconds longest);
 
  private:

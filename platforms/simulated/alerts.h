@@ -11,7 +11,7 @@ namespace pellow::simulated {
 
 class System;
 
-// Alerts that stand there until somebody answers them.
+// Alerts that show until somebody answers them.
 class Alerts final : public pellow::Alerts {
  public:
   explicit Alerts(System& system) : system_(system) {}

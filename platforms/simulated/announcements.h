@@ -22,7 +22,7 @@ namespace pellow::simulated {
 // or quitting the frontmost application tells 4 of the one that takes its place, and nothing of
 // that one's focus, which has been there all the time; a click on a background window of another
 // application tells 4, then 5. What changes nothing tells nothing. A killed application does not
-// get to say 3. Without permission nobody hears 2, 3 and 5.
+// tell 3. Without permission nobody hears 2, 3 and 5.
 struct Announcement {
   enum class Kind {
     didBecomeRegular,

@@ -26,11 +26,11 @@ class Application {
   std::vector<Window> windows() const;
   std::optional<Window> focusedWindow() const;
 
-  // A new window in front; it has the focus. The application becomes active if it is regular. An
-  // empty subrole is one that the application does not tell.
+  // A new window in front; it has the focus. The application becomes active if it is regular. With
+  // an empty subrole the application tells none.
   Window openWindow(std::string title, QuartzRect frame,
                              std::string subrole = std::string(AX::subrole::standardWindow)) const;
-  // Has a place in the Dock from now on, or none any more.
+  // Has a place in the Dock from now on, or no longer.
   void becomes(ActivationPolicy policy) const;
   void activate() const;
   void hide() const;
@@ -44,12 +44,12 @@ class Application {
   Application answersAfter(Seconds delay) const;
   // The workspace's `hide` fails.
   Application refusesToHide(bool refuses = true) const;
-  // Hides so long after the workspace has asked it to; `never`: stays, and says that it shows.
+  // Hides this long after the workspace asks it to; `never`: stays, and says that it shows.
   Application hidesAfter(Seconds delay) const;
   // No observer can be added to it.
   Application refusesObservers(bool refuses = true) const;
-  // Answers nothing, so that callers lose their messaging timeout, until it wakes. Then it answers
-  // who still waits, and those of its windows that act late do what they were asked meanwhile.
+  // Answers nothing until it wakes, so callers run into their messaging timeout. Then it answers
+  // whoever still waits, and those of its windows that act late do what they were asked meanwhile.
   Application hangs() const;
   void wakes() const;
   // Quits during the nth call from now to any of its elements, counted from 1.

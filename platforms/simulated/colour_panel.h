@@ -10,7 +10,7 @@ namespace pellow::simulated {
 class System;
 
 // The one colour panel, in the hands of a user who tries colours. It stays open when its owner
-// listens no more.
+// stops listening.
 class ColourPanel final : public pellow::ColourPanel {
  public:
   explicit ColourPanel(System& system) : system_(system) {}

@@ -53,10 +53,10 @@ struct Options {
 //   desktop.runUntilQuiet();
 //   EXPECT_TRUE(list.isMinimized());
 //
-// Each part is one noun: it plays a port for the program and has the verbs of everybody else.
-// Nothing of the program runs on the main thread but inside `run` and `runUntilQuiet`. What the
-// user does, and what the desktop announces, reaches the program there, in order. Main thread; the
-// happenings of `after` may call everything but the two.
+// Each part is one noun: it plays a port for the program and has the verbs of everybody else. The
+// program runs on the main thread only inside `run` and `runUntilQuiet`. There it hears what the
+// user does and what the desktop announces, in order. Main thread; happenings of `after` may call
+// all but these two.
 class Desktop final : public pellow::Platform {
  public:
   // Fresh: one display, 1440 × 900, with number 1, a menu bar and a Dock, and no application.
@@ -95,7 +95,7 @@ class Desktop final : public pellow::Platform {
   // Until nothing is pending but repeating timers and work due later than `horizon` from now. An
   // alert that nobody answers is not pending.
   void runUntilQuiet(Seconds horizon = 60) { system_.mainLoop.runUntilQuiet(horizon); }
-  // Everything that comes up in this time, its end included.
+  // Runs everything due in this time, its end included.
   void run(Seconds duration) { system_.mainLoop.run(duration); }
   // Something that happens outside of the program, even while its main thread is blocked.
   void after(Seconds delay, std::function<void()> happening);
@@ -111,8 +111,8 @@ class Desktop final : public pellow::Platform {
   Window counterpart(const Window& window) { return {system_, window.id()}; }
   // Of all applications, front to back.
   std::vector<Window> windows();
-  // Every notification about applications and windows is on its way up to so long, by seed; those
-  // of one sender arrive in their order.
+  // Every notification about applications and windows takes up to this long, by seed; those of one
+  // sender arrive in order.
   void delayAnnouncements(Seconds longest) { system_.state.longestAnnouncement = longest; }
 
   // --- Looking back

@@ -41,7 +41,7 @@ struct CaptureFault {
   SystemError error;
 };
 
-// What the maker of the program and its framework for updates keep.
+// What the program's maker and its update framework keep.
 struct Updates {
   std::optional<std::string> installed = "1.0";  // absent when the bundle does not say
   std::optional<std::string> published;          // the newest version there is
@@ -74,7 +74,7 @@ struct WindowState {
   bool hasMinimizeButton = true;
   bool minimized = false;
   std::optional<Actor> minimizedBy = std::nullopt;  // while it is minimized
-  int lateChanges = 0;  // so often it carried out what it had answered too late
+  int lateChanges = 0;  // how often it acted after it had answered too late
   WindowManners manners;
 };
 
@@ -100,7 +100,7 @@ struct ApplicationState {
   std::optional<WindowID> focusedWindow;
 };
 
-// Where the Dock stands, and how much of the primary display it takes from windows.
+// Where the Dock is, and how much of the primary display it takes from windows.
 enum class DockSide { bottom, left, right, autoHidden };
 
 // A change that an application carries out after its caller has given up.
@@ -136,8 +136,8 @@ struct DesktopState {
   bool ignoresActivations = false;
   bool allowsCapture = true;
   bool allowsMonitors = true;
-  int trustPrompts = 0;     // so often the system asked the user for the permission
-  int captureRequests = 0;  // so often it was to ask for the other one
+  int trustPrompts = 0;     // how often the system asked the user for the permission
+  int captureRequests = 0;  // how often it was to ask for the other one
   Seconds captureDelay = 0;
   std::vector<CaptureFault> captureFaults;
   bool startsAtLogin = false;
@@ -163,7 +163,7 @@ struct DesktopState {
   // Front to back, minimized ones last.
   std::vector<WindowID> windowsOf(ProcessID pid) const;
   bool isVisible(const WindowState& window) const;
-  // It is visible, and some of it lies on a display.
+  // Whether it is visible and some of it lies on a display.
   bool isOnScreen(const WindowState& window) const;
   std::optional<WindowID> windowAt(QuartzPoint point) const;
   // What of the window lies at a point inside its frame.
@@ -197,7 +197,7 @@ struct DesktopState {
   // Changes an attribute as the window's manners have it.
   std::expected<void, AXError> write(WindowID id, std::string_view attribute, const AXValue& value);
   void carryOutLateWrites(Seconds now);
-  // It hung; what it was asked meanwhile is due now.
+  // It hung; what it was asked meanwhile becomes due.
   void wake(ProcessID pid, Seconds now);
 
   // Between Quartz and AppKit space, about the primary display.
@@ -210,8 +210,8 @@ struct DesktopState {
   // From 0 to 1; displays that overlap count twice.
   double shareOnDisplays(const QuartzRect& rect) const;
   void plug(Screen screen);
-  // As on a Mac the next display becomes the primary one if need be, and windows that touch no
-  // display any more come to the primary one.
+  // As on a Mac, the next display becomes the primary one if need be, and windows that no longer
+  // touch a display come to the primary one.
   void unplug(DisplayID display);
   void moveDock(DockSide side);
 

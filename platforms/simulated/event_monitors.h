@@ -27,7 +27,7 @@ class EventMonitors final : public pellow::EventMonitors {
 
   // Whether any can be added from now on.
   void allow(bool allowed);
-  // Local ones hear what is for the program, global ones the rest.
+  // Local monitors hear what is for the program, global ones the rest.
   void keyPressed(const KeyEvent& event, bool isLocal) const;
   void pointerMoved(bool isLocal) const;
 

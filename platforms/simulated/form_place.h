@@ -26,8 +26,8 @@ std::vector<FormPlace> placesIn(const FormPane& pane);
 // before it in its row.
 bool isCalled(const FormPlace& place, std::string_view name);
 
-// The only element of this kind and name; a key goes before other names. Throws when there is none,
-// or more.
+// The only element of this kind and name; keys win over other names. Throws when there is none, or
+// more.
 template <class Control>
 FormPlace placeOf(const FormPane& pane, std::string_view name) {
   std::vector<FormPlace> found;

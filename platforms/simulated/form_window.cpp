@@ -176,7 +176,7 @@ void FormWindow::checkIsVisible() const {
     throw std::out_of_range(fmt::format("the window {} does not show", name_));
 }
 
-// The deed works on a copy: it may replace the form, or be the last act of the window.
+// Works on a copy: the deed may replace the form or end the window.
 template <class Control>
 void FormWindow::post(std::string key, std::function<void(const Control&)> deed) {
   toFront();
@@ -202,7 +202,7 @@ void FormWindow::endEdit() {
   });
 }
 
-// Whoever operates a window has clicked it.
+// To operate a window, the user has clicked it.
 void FormWindow::toFront() {
   system_.change([this](DesktopState& desktop) {
     desktop.raise(*window_);
@@ -210,7 +210,7 @@ void FormWindow::toFront() {
   });
 }
 
-// `onClosed` may be the last act of the window.
+// `onClosed` may end the window.
 void FormWindow::gone(WindowID window) {
   if (window != window_) return;
   window_ = std::nullopt;

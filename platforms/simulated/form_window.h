@@ -49,7 +49,7 @@ class FormWindow final : public pellow::FormWindow {
   bool isEnabled(std::string_view elementName) const {
     return placeOf<Control>(pane(), elementName).isEnabled;
   }
-  // Whether one of the texts and states of the pane reads so.
+  // Whether one of the pane's texts and states reads like this.
   bool reads(std::string_view text) const;
   // What a text field shows: what was typed, else what the form says.
   std::string textIn(std::string_view field) const;
@@ -60,10 +60,10 @@ class FormWindow final : public pellow::FormWindow {
   void toggle(std::string_view checkBox);
   // A push button or a radio button.
   void press(std::string_view button);
-  // Drags the slider there, by way of the middle; to its end if the value lies beyond.
+  // Drags the slider there by way of the middle, at most to its end.
   void drag(std::string_view slider, double value);
-  // Puts the text in place of the field's; the edit ends with Return, with an edit elsewhere, and
-  // when the pane or the window goes.
+  // Replaces the field's text; the edit ends with Return, with an edit elsewhere, and when the pane
+  // or the window goes.
   void type(std::string_view field, std::string text);
   void pressReturn();
   void close();

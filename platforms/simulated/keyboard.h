@@ -9,13 +9,13 @@ class EventMonitors;
 class System;
 
 // The keyboard under the user's hands. A key press is an event that reaches the program in its main
-// loop; it goes to the program when that is active, or one of its windows has the keyboard.
+// loop; it goes to the program if that is active or one of its windows has the keyboard.
 class Keyboard {
  public:
   Keyboard(System& system, EventMonitors& monitors) : system_(system), monitors_(monitors) {}
 
   void press(std::uint16_t keyCode, std::uint64_t modifierFlags = 0, std::string characters = "");
-  // A window of the program has it although another application is the active one, as a panel can.
+  // A window of the program, such as a panel, has it while another application is active.
   void setBelongsToProgram(bool belongs) { belongsToProgram_ = belongs; }
 
  private:

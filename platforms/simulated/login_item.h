@@ -15,7 +15,7 @@ class LoginItem final : public pellow::LoginItem {
   bool isEnabled() const override { return system_.state.startsAtLogin; }
   std::expected<void, SystemError> setEnabled(bool enabled) override;
 
-  // The user changes it in the settings of the system.
+  // The user changes it in the system settings.
   void userSets(bool enabled) { system_.state.startsAtLogin = enabled; }
   void failNextChange(SystemError error) { system_.state.loginItemFault = std::move(error); }
 

@@ -25,7 +25,7 @@ struct MainLoop::Items {
   std::set<std::pair<Seconds, std::uint64_t>> byDue;
   std::uint64_t next = 0;
 
-  // What the item owns may itself take items out: it dies outside of the collection.
+  // What the item owns may itself take items out, so it dies outside the collection.
   Item take(std::uint64_t age) {
     const auto found = byAge.find(age);
     if (found == byAge.end()) return {};

@@ -8,8 +8,8 @@
 
 namespace pellow::simulated {
 
-// What waits to be done on the main thread, by virtual time, and the loop that does it. Posting is
-// open to every thread; the rest is for the main thread.
+// The main thread's pending work, by virtual time, and the loop that does it. Any thread may post;
+// the rest is for the main thread.
 class MainLoop {
  public:
   explicit MainLoop(Scheduler& scheduler);
@@ -25,7 +25,7 @@ class MainLoop {
   // `horizon` after now. Throws when that takes more than a virtual day.
   void runUntilQuiet(Seconds horizon);
 
-  // Runs everything that comes up in this time; the clock then stands at its end.
+  // Runs everything due in this time; the clock then stands at its end.
   void run(Seconds duration);
 
   // Lets the loop call `atEnd` next and end.

@@ -33,7 +33,7 @@ class OpenMenu {
   std::vector<std::string> lines(Path path = {}) const;
   const MenuItem& item(Path path) const { return itemAt(path); }
   // Closes the menu and tells the item. Throws when the item, or one on the way to it, is disabled,
-  // or has nothing to be chosen for.
+  // or choosing it does nothing.
   void choose(Path path);
 
  private:

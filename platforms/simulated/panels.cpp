@@ -9,7 +9,7 @@
 namespace pellow::simulated {
 namespace {
 
-// So far from where it was pressed the pointer has to go to drag.
+// How far from the press the pointer must go to drag.
 constexpr double dragThreshold = 3;
 
 std::string below(const std::string& path, const std::string& key) {
@@ -223,7 +223,7 @@ void Panels::remove(const Panel& panel) {
   changed();
 }
 
-// A view that comes to stand under the pointer is entered, and one that goes is left.
+// A view that comes under the pointer is entered, and one that goes is left.
 void Panels::changed() {
   if (pendingUpdate_) return;
   pendingUpdate_ = system_.mainLoop.after(0, [this] {
@@ -296,7 +296,7 @@ bool Panels::press() {
   return true;
 }
 
-// Every callback may hide the panel or be its last act.
+// Every callback may hide or end the panel.
 void Panels::drag() {
   const auto actions = press_->drag;
   const auto movedBy = system_.state.pointer - press_->at;
@@ -325,7 +325,7 @@ void Panels::release() {
   onClick();
 }
 
-// A press on it is over. `onEnded` may be its last act.
+// A press on it is over. `onEnded` may end the panel.
 void Panels::hidden(PanelID id) {
   if (!press_ || press_->panel != id) return;
   const auto press = std::exchange(press_, std::nullopt);

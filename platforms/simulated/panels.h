@@ -39,8 +39,8 @@ class Panel final : public pellow::Panel {
   bool ignoresMouseEvents() const { return ignoresMouseEvents_; }
   const View& content() const { return content_; }
 
-  // While an animation runs: where the panel is and how opaque at this moment. Else `frame`, and
-  // the opacity that the last animation was meant to end with; a panel begins with 1.
+  // While an animation runs: where the panel is and how opaque at this moment. Otherwise `frame`,
+  // and the opacity that the last animation was to end with; a panel begins with 1.
   AppKitRect frameNow() const;
   double opacityNow() const;
 
@@ -77,9 +77,9 @@ class Panel final : public pellow::Panel {
   bool ignoresMouseEvents_ = false;
 };
 
-// The panels of the program, and the pointer over them. What the pointer meets is where it is at
-// the moment, also in the middle of an animation. While the button is held down that was pressed
-// over a panel, no other view is entered and none is left.
+// The panels of the program, and the pointer over them. The pointer meets things where they are at
+// the moment, even in the middle of an animation. While a button pressed over a panel is held down,
+// no view is entered or left.
 class Panels final : public pellow::Panels {
  public:
   explicit Panels(System& system) : system_(system) {}
@@ -91,15 +91,15 @@ class Panels final : public pellow::Panels {
   // The only one of them; throws when there is none, or more.
   const Panel& panel(std::string_view name) const;
 
-  // The panel that a click there would meet; none when there is none in front of every window.
-  // Panels that ignore the pointer are not met.
+  // The panel that a click there would meet; none if no panel there is in front of every window.
+  // Panels that ignore the pointer do not count.
   const Panel* panelAt(AppKitPoint point) const;
   // None once it is gone or hidden.
   const Panel* withID(PanelID id) const;
 
   // The pointer moves to where the state says it is: a drag goes on, or views are left and entered.
   void pointerMoved();
-  // The primary button, where the pointer is. Pressing answers false when no panel stands there.
+  // The primary button, where the pointer is. Pressing answers false when no panel is there.
   bool press();
   void release();
   // Of the topmost view there that has one.

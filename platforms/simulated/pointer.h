@@ -15,7 +15,7 @@ class System;
 // The pointer in the user's hand. Every verb is an event that reaches the program in its main loop.
 //
 // What lies on top gets it: the open menu, a panel of the program, a window of another application.
-// Where the primary button was pressed, there all movements go until it is released, and monitors
+// Until the primary button is released, all movements go to where it was pressed, and the monitors
 // of that side hear them: the local ones over panels and windows of the program, the global ones
 // over everything else.
 class Pointer {
@@ -25,12 +25,12 @@ class Pointer {
 
   // A movement between a press and a release is a drag.
   void move(AppKitPoint to);
-  // Of the primary button, there. A window of another application comes to the front at the press,
-  // unless it is on its minimize button, which does its work at the release.
+  // Of the primary button, there. A press brings a window of another application to the front,
+  // unless it is on its minimize button, which acts at the release.
   void press(AppKitPoint at);
   void release();
   void click(AppKitPoint at);
-  // Press, so many movements in a straight line, release.
+  // Press, `steps` movements in a straight line, release.
   void drag(AppKitPoint from, AppKitPoint to, int steps = 10);
   // Opens the context menu of the view there, unless the primary button is held down.
   void secondaryClick(AppKitPoint at);

@@ -29,15 +29,15 @@ class Process final : public pellow::Process {
   void launchNewInstance(std::function<void(std::expected<void, SystemError>)> onLaunched) override;
 
   bool isRunning() const;
-  // Of a process that ended by itself.
+  // Set once the process has ended by itself.
   std::optional<int> exitStatus() const;
   bool isAccessory() const;
-  // The system sends a signal: handlers hear of it; the first one ever taken replaced the default,
-  // which is to end the process.
+  // The system sends a signal: the handlers hear of it. If none was ever added, the default ends
+  // the process.
   void receive(TerminationSignal signal);
-  // SIGKILL: nothing of it runs any more and what it calls does nothing.
+  // SIGKILL: nothing of it runs any more, and its calls do nothing.
   void kill();
-  // New instances that wait for the end of this one.
+  // New instances that wait for this one to end.
   int launchedInstances() const { return launchedInstances_; }
   void failNextLaunch(SystemError error) { launchFault_ = std::move(error); }
   // What the program does after its main loop and before the process ends with status 0.

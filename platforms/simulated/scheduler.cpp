@@ -11,7 +11,7 @@
 namespace pellow::simulated {
 namespace {
 
-// So many times in a row the baton may change hands while the clock stands still.
+// How many times in a row the baton may change hands while the clock stands still.
 constexpr std::uint64_t mostChoicesWithoutProgress = 50'000'000;
 
 }  // namespace
@@ -107,7 +107,7 @@ bool Scheduler::othersAreIdle() const {
 
 const std::string& Scheduler::runningThread() const { return running_->name; }
 
-// Lets things happen until a thread is to run.
+// Runs happenings until it is a thread's turn.
 Scheduler::Thread& Scheduler::next() {
   while (true) {
     if (auto* thread = pick()) {
@@ -118,7 +118,7 @@ Scheduler::Thread& Scheduler::next() {
   }
 }
 
-// The thread whose turn it is and the clock set to its moment; none when a happening comes first.
+// The thread whose turn it is, with the clock set to its moment; none when a happening comes first.
 Scheduler::Thread* Scheduler::pick() {
   bool happeningCompetes = !happenings_.empty();
   auto earliest = happeningCompetes ? std::max(happenings_.front().moment, now_) : never;
@@ -159,7 +159,7 @@ void Scheduler::happen() {
 }
 
 void Scheduler::handTo(Thread& thread) {
-  // The thread may run, end and be joined by others before it is even notified.
+  // The thread may run, end and be joined before it is even notified.
   const auto kept = thread.shared_from_this();
   thread.hasBaton = 1;
   thread.hasBaton.notify_one();

@@ -35,7 +35,7 @@ class Scheduler {
     // When the thread goes on although its moment has not come, provided that nobody else can run
     // by then. Empty: never.
     std::function<Seconds()> givesWayUntil = {};
-    // The thread has nothing to do, which is no reason for others to wait.
+    // The thread has nothing to do; nobody needs to wait for it.
     bool isIdle = false;
   };
 
@@ -50,7 +50,7 @@ class Scheduler {
   // Gives the baton away until the wait is over.
   void wait(const Wait& wait);
 
-  // What every call does that could wait on a real desktop: others may run first.
+  // For every call that could wait on a real desktop: others may run first.
   void mayWait();
 
   void sleep(Seconds duration);
@@ -68,8 +68,8 @@ class Scheduler {
   // Something that happens outside of all threads; it must not wait.
   void happenAt(Seconds moment, std::function<void()> happening);
 
-  // Whether nothing will happen and nobody has anything to do, now or later, but threads that give
-  // way. To be asked in a wait.
+  // Whether nothing will happen and nobody but threads that give way has anything to do, now or
+  // later. Call it inside a wait.
   bool othersAreIdle() const;
 
   const std::string& runningThread() const;

@@ -10,7 +10,7 @@
 namespace pellow::simulated {
 namespace {
 
-// Numbers that nobody takes for those of elements.
+// Numbers that cannot be taken for those of elements.
 constexpr std::uint32_t firstDesktopNumber = 10;
 constexpr std::uint32_t firstWindowNumber = 5000;
 
@@ -30,7 +30,7 @@ std::optional<WindowID> windowNumbered(std::uint32_t number) {
   return static_cast<WindowID>(number - firstWindowNumber);
 }
 
-// Takes what is wanted when its time has come and hands it over on the main queue.
+// Takes the result when its time has come and hands it over on the main queue.
 template <class Result>
 Subscription answerLater(System& system, CaptureCall call,
                          std::function<std::expected<Result, SystemError>()> take,

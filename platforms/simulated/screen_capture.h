@@ -8,9 +8,9 @@
 
 namespace pellow::simulated {
 
-// Pictures of what is on the displays. Lists and pictures are answered, and made, after the time
-// that the desktop has for it, from what the desktop is like by then; each is an image that says
-// what it shows (`windowPicture`).
+// Pictures of what is on the displays. Lists and pictures are made after the desktop's capture
+// delay, from the desktop as it is by then; each picture is an image that says what it shows
+// (`windowPicture`).
 //
 // The list has the windows of applications, front to back, then the desktop itself, one window
 // without owner and title for every display.
@@ -26,7 +26,7 @@ class ScreenCapture final : public pellow::ScreenCapture {
 
   // The permission.
   void allow(bool allowed) { system_.state.allowsCapture = allowed; }
-  // So often the system was to ask the user for it.
+  // How often the system was to ask the user for it.
   int requests() const { return system_.state.captureRequests; }
   // Answers after this time with what is there by then; `never`: not at all.
   void answersAfter(Seconds delay) { system_.state.captureDelay = delay; }

@@ -5,7 +5,7 @@
 
 namespace pellow::simulated {
 
-// The displays of the desktop, in the hands of whoever plugs them.
+// The displays of the desktop, which tests plug and unplug.
 class Screens final : public pellow::Screens {
  public:
   explicit Screens(System& system) : system_(system) {}
@@ -24,7 +24,7 @@ class Screens final : public pellow::Screens {
   // A further display with a menu bar and no Dock.
   void plug(DisplayID display, AppKitRect frame);
   void unplug(DisplayID display);
-  // On the primary display, which has it at the bottom at first.
+  // On the primary display; at first it is at the bottom.
   void moveDock(DockSide side);
 
  private:

@@ -13,7 +13,7 @@
 namespace pellow::simulated {
 
 // User defaults as the desktop keeps them: what the next process would read, and what the program
-// wrote but would be lost with it. Times are virtual.
+// wrote but a crash would lose. Times are virtual.
 class StoredDefaults {
  public:
   // What the program reads.
@@ -31,7 +31,7 @@ class StoredDefaults {
   // and stays in memory.
   void failNextWrite(std::optional<std::string> key, SystemError error);
 
-  // The program ends in good order, or is cut off.
+  // The program ends normally, or is cut off.
   void saveAll();
   void loseUnsaved(Seconds now);
 

@@ -22,7 +22,7 @@
 namespace pellow::simulated {
 
 // What the ports of one process share: the desktop, the time, the main loop, and the process's own
-// life. A port call that could wait, or that changes something outside of the process, begins with
+// life. A port call that could wait, or changes something outside the process, begins with
 // `portCall`.
 class System {
  public:
@@ -47,7 +47,7 @@ class System {
     if (!recordsHistory) return beginPortCall({});
     return beginPortCall(fmt::format(what, std::forward<Args>(args)...));
   }
-  // The same for a call that is not described unless somebody reads it.
+  // The same, but describes the call only if somebody reads it.
   template <std::invocable Describe>
   bool portCall(const Describe& describe) {
     return beginPortCall(recordsHistory ? describe() : std::string());
@@ -64,19 +64,19 @@ class System {
   ProcessID ownPid() const { return ownPid_; }
   bool processRuns() const { return processRuns_; }
   std::optional<int> exitStatus() const { return exitStatus_; }
-  // The process ends in good order, with everything saved.
+  // The process ends normally, with everything saved.
   void exit(int status);
   // The process is cut off.
   void kill();
 
-  // The application acts although nobody waits for it any more, nor perhaps lives.
+  // The application acts although its caller no longer waits and may be dead.
   void writeLate(Seconds after, WindowID window, std::string_view attribute, const AXValue& value);
 
   // One thing that somebody does to applications and windows, announced on the main queue.
   void change(const std::function<void(DesktopState&)>& act);
-  // Its windows cannot say any more that they go.
+  // Its windows cannot say that they go.
   void killApplication(ProcessID pid);
-  // A window or an alert of this process has gone: with the last one it gives way to others.
+  // A window or an alert of this process has gone: after the last one it gives way to others.
   void giveWay();
   int alerts = 0;  // of this process, that show
   void changeScreens(const std::function<void(DesktopState&)>& act);
@@ -102,7 +102,7 @@ class System {
   void announce(const Announcement& news);
   void announceOf(const HandlerList<void(ProcessID)>& observers, ProcessID pid);
   void announceElement(const ElementNotification& notification, WindowID window);
-  // On its way as long as the seed says, behind all that its sender has sent before.
+  // Takes as long as the seed says, and arrives after all that its sender sent before.
   void send(ProcessID sender, Work delivery);
 
   std::map<ElementNotification, ElementObservers> elementObservers_;

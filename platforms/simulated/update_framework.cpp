@@ -12,7 +12,7 @@ namespace {
 
 constexpr Seconds betweenChecks = 24 * 60 * 60;
 
-// A delegate may lack any member, and a member may replace what it came from.
+// A delegate may lack any member, and a member may replace its delegate.
 template <class... Args>
 void tell(std::function<void(Args...)> member, std::type_identity_t<Args>... args) {
   if (member) member(args...);

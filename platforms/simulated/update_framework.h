@@ -12,11 +12,11 @@ namespace pellow::simulated {
 class Process;
 
 // Updates as the desktop publishes them. It looks by itself a day after the last check, or after
-// the start when there was none; the desktop can bring that check forward.
+// the start if there was none; the desktop can bring that check forward.
 //
-// What a check finds tells the program: by schedule only that there is something; for the user also
-// that the window with it shows, and has been seen. Nothing new is told to the user alone, in an
-// alert of the framework.
+// A check tells the program what it found: by schedule only that there is something; for the user
+// also that the window with it shows, and has been seen. That there is nothing new only the user
+// hears, in an alert of the framework.
 class UpdateFramework final : public pellow::UpdateFramework {
  public:
   UpdateFramework(System& system, Process& process) : system_(system), process_(process) {}

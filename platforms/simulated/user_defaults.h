@@ -20,7 +20,7 @@ class UserDefaults final : public pellow::UserDefaults {
                                        Kept kept = Kept::eventually) override;
   void registerDefaults(std::map<std::string, DefaultsValue> values) override;
 
-  // Somebody else writes; a crash leaves it at once.
+  // Somebody else writes; no crash loses it.
   void put(std::string_view key, DefaultsValue value);
   // What was written, and what a crash at this moment would leave of it.
   std::optional<DefaultsValue> stored(std::string_view key) const;

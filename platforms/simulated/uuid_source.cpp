@@ -22,7 +22,7 @@ UUID UUIDSource::next() {
     uuid.bytes[i] = static_cast<std::uint8_t>(scramble(scramble(number)) >> 8 * i);
     uuid.bytes[8 + i] = static_cast<std::uint8_t>(scramble(number) >> 8 * i);
   }
-  // Version 4, variant 1, as of a random UUID.
+  // Version 4, variant 1, like a random UUID.
   uuid.bytes[6] = static_cast<std::uint8_t>((uuid.bytes[6] & 0x0F) | 0x40);
   uuid.bytes[8] = static_cast<std::uint8_t>((uuid.bytes[8] & 0x3F) | 0x80);
   return uuid;

@@ -25,7 +25,7 @@ class Window {
   AXElement element() const;
 
   bool exists() const;
-  // Not minimized, and its application not hidden. It may still lie outside of all displays.
+  // Not minimized, and its application not hidden. It may still lie outside all displays.
   bool isVisible() const;
   // The share of its area that displays show, from 0 to 1; 0 when it is not visible.
   double shareOnDisplays() const;
@@ -49,12 +49,12 @@ class Window {
   void chooseFromWindowMenu() const;
   void close() const;
 
-  // Manners. Each returns the window, so that one can follow the other.
+  // Manners. Each returns the window, for chaining.
 
   // Answers every call after this time. A caller whose messaging timeout is shorter gets
   // `cannotComplete` when that has passed, and nothing is done.
   Window answersAfter(Seconds delay) const;
-  // Changes what it was asked to change all the same when its caller has given up.
+  // Makes the change even after its caller has given up.
   Window actsLate() const;
   // Says yes to a move and stays where it is.
   Window refusesToMove(bool refuses = true) const;

@@ -23,11 +23,11 @@ class Workspace final : public pellow::Workspace {
   // URLs that the program opened, and whether nothing opens them any more.
   const std::vector<std::string>& openedURLs() const { return system_.state.openedURLs; }
   void refuseURLs(bool refuses = true) { system_.state.refusesURLs = refuses; }
-  // Takes an activation for a mere wish, and does not follow it.
+  // Takes activations for mere wishes and ignores them.
   void ignoreActivations(bool ignores = true) { system_.state.ignoresActivations = ignores; }
 
  private:
-  // Unless the wish has been taken back.
+  // Unless the request has been taken back.
   void hideAsAsked(ProcessID pid);
 
   System& system_;

@@ -14,7 +14,7 @@
 namespace pellow::desktop {
 namespace {
 
-// What a child writes goes to memory, not through a pipe: it never waits for its reader.
+// A child writes to memory, not a pipe, so that it never waits for its reader.
 int makeMemoryFile(const char* name) {
   const int file = memfd_create(name, MFD_CLOEXEC);
   if (file < 0) throw std::runtime_error("cannot make a file in memory");

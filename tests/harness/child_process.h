@@ -13,7 +13,7 @@ namespace pellow::desktop {
 using Environment = std::map<std::string, std::string>;
 
 // A program that a test started, in a process group of its own. The group is killed with this
-// object, and the program, should the test itself die, with the test.
+// object; if the test itself dies, so does the program.
 class ChildProcess {
  public:
   // Starts `command[0]`, found in PATH, with exactly this environment. A program that cannot be
@@ -28,8 +28,8 @@ class ChildProcess {
 
   void send(int signal) const;
 
-  // Waits for the end and answers the exit status, 128 and the number of the signal when one ended
-  // it, or nothing when it does not end.
+  // Waits for the end and answers the exit status, 128 plus the signal's number if one ended it, or
+  // nothing if it does not end.
   std::optional<int> exitStatus();
 
   // Kills the group and waits for the program's end.

@@ -14,8 +14,8 @@
 namespace pellow::desktop {
 namespace {
 
-// Asks the server by a request of xcb and takes the reply by its …_reply function; empty where the
-// server answered an error.
+// Sends an xcb request and takes the reply with its …_reply function; empty if the server answered
+// an error.
 template <class Cookie, class Reply, class... Parameters>
 std::unique_ptr<Reply, decltype(&std::free)> ask(
     xcb_connection_t* connection, Cookie (*request)(xcb_connection_t*, Parameters...),
@@ -56,7 +56,7 @@ DesktopSession::DesktopSession(DesktopOptions options)
 DesktopSession::~DesktopSession() {
   connection_.reset();
   windowManager_.reset();
-  // A server that is told to end, unlike one that is killed, leaves no lock behind.
+  // Unlike a killed server, one that is told to end leaves no lock behind.
   if (server_) {
     server_->send(SIGTERM);
     (void)server_->exitStatus();
@@ -125,8 +125,8 @@ void DesktopSession::replaceWindowManager(std::vector<std::string> command) {
 }
 
 void DesktopSession::restartWindowManager() {
-  // Some cannot be told to end: fluxbox talks to the server in its signal handler, and hangs when
-  // it was just doing that.
+  // Some cannot be told to end: fluxbox talks to the server in its signal handler, and hangs if it
+  // was already doing so.
   windowManager_->kill();
   if (!eventually([this] { return windowManagerCheck() == 0; }))
     throw std::runtime_error("the window manager does not end");
@@ -154,8 +154,8 @@ void DesktopSession::awaitWindowManager(WindowID predecessor) {
   seeItManage();
 }
 
-// A window manager announces itself before its main loop runs, and some then leave the first
-// window lying until something else happens. So a window of ours goes first, with things happening.
+// A window manager announces itself before its main loop runs, and some then ignore the first
+// window until something else happens. So a window of ours goes first, with things happening.
 void DesktopSession::seeItManage() {
   const auto probe = xcb_generate_id(connection_.get());
   xcb_create_window(connection_.get(), XCB_COPY_FROM_PARENT, probe, root_, 0, 0, 10, 10, 0,

@@ -14,8 +14,8 @@
 #include "tests/harness/child_process.h"
 #include "tests/harness/window_manager_choice.h"
 
-// A private desktop for a test: a virtual X server, a window manager, and a connection of the
-// test's own that types, points and looks at everything from outside.
+// A private desktop for a test: a virtual X server, a window manager, and the test's own
+// connection, which types, points and looks at everything from outside.
 
 namespace pellow::desktop {
 
@@ -46,7 +46,7 @@ struct PixelRect {
 
 std::ostream& operator<<(std::ostream& out, const PixelRect& rect);
 
-// A piece of what the screen shows.
+// Part of what the screen shows.
 struct Picture {
   int width = 0;
   int height = 0;
@@ -62,14 +62,15 @@ struct DesktopOptions {
   int height = 800;
   // Empty: a bare server.
   Command windowManager = chosenManager().command;
-  // More of them, for example {"-extension", "X-Resource"}.
+  // Further ones, for example {"-extension", "X-Resource"}.
   std::vector<std::string> serverArguments = {};
 };
 
-// Main thread of the test. What cannot be set up throws std::runtime_error with the reason.
+// The test's main thread. Throws std::runtime_error with the reason when something cannot be set
+// up.
 class DesktopSession {
  public:
-  // Returns when the window manager manages.
+  // Returns once the window manager manages.
   explicit DesktopSession(DesktopOptions options = {});
   // Stops everything.
   ~DesktopSession();
@@ -92,14 +93,14 @@ class DesktopSession {
   std::unique_ptr<ChildProcess> start(const std::vector<std::string>& command,
                                       const Environment& changes = {}) const;
 
-  // Starts this window manager to take over from the one that runs; returns when it manages.
+  // Starts this window manager to take over from the running one; returns once it manages.
   void replaceWindowManager(std::vector<std::string> command);
   // Kills the window manager and starts it again.
   void restartWindowManager();
   ChildProcess& windowManager() { return *windowManager_; }
   WindowID root() const { return root_; }
 
-  // Kills the server in the middle of everything; nothing else can be asked of this desktop.
+  // Kills the server in the middle of everything; ask nothing of this desktop afterwards.
   void killServer();
 
   // The windows that the window manager manages, oldest first; the same from bottom to top.
@@ -110,12 +111,12 @@ class DesktopSession {
   // The windows on the screen whose WM_CLASS holds this class and instance name.
   std::vector<WindowID> shownWindows(std::string_view windowClass, std::string_view name) const;
 
-  // All that lies directly on the root window and can be seen or would be, were it not beyond the
+  // What lies directly on the root window and can be seen, or could be if it were not beyond the
   // edge: frames of windows, and windows without one.
   std::vector<WindowID> outermostWindows() const;
 
   bool exists(WindowID window) const;
-  // Neither minimized nor otherwise taken from the screen; it may be beyond the edge of it.
+  // Neither minimized nor otherwise taken off the screen; it may be beyond its edge.
   bool isShown(WindowID window) const;
 
   // The window with the decoration around it, but without the shadow that it draws itself, and the
@@ -151,13 +152,13 @@ class DesktopSession {
   // Asks for a window on the desktop with this number, or on all of them. Waits for nothing.
   static constexpr std::uint32_t allDesktops = 0xffffffff;
   void sendToDesktop(WindowID window, std::uint32_t desktop);
-  // Asks for the desktop with this number, which comes into being where it is needed, or for a look
-  // at the bare desktop, and waits until the window manager has followed.
+  // Asks for the desktop with this number, which is created if need be, or for the bare desktop,
+  // and waits until the window manager has followed.
   bool switchTo(std::uint32_t desktop);
   bool showBareDesktop(bool shows);
 
-  // Whether the program behind a window goes through its main loop: sends the window a ping and
-  // waits for the answer.
+  // Whether the program behind a window runs its main loop: sends the window a ping and waits for
+  // the answer.
   bool answersPing(WindowID window);
 
  private:

@@ -5,8 +5,8 @@
 
 namespace pellow::desktop {
 
-// Waits until `holds()` is true by asking again and again; false when it is not within the bound.
-// The bound is no measure of speed: it only ends a test that has failed.
+// Asks again and again until `holds()` is true; false when the bound has passed. The bound is no
+// measure of speed: it only ends a failed test.
 template <class Predicate>
 [[nodiscard]] bool eventually(Predicate holds,
                               std::chrono::seconds bound = std::chrono::seconds(30)) {

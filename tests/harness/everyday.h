@@ -47,7 +47,7 @@ class Everyday : public testing::Test {
     desktop.type({key::control, key::alt, key::super, static_cast<KeySym>(letter)});
   }
 
-  // Puts the window away by the key and waits until its tab stands.
+  // Puts the window away by the key and waits for its tab.
   void putAway(const Guest& guest) {
     const int tabs = pellow->tabCount();
     ASSERT_TRUE(desktop.activate(guest.window));
@@ -56,7 +56,7 @@ class Everyday : public testing::Test {
   }
   void putOffScreen(const Guest& guest) {
     ASSERT_NO_FATAL_FAILURE(putAway(guest));
-    // metacity moves it once more when it has nothing else to do, and then it goes again.
+    // metacity moves it once more when idle, and then it goes away again.
     ASSERT_TRUE(eventually([&] { return isAway(guest); })) << story(guest);
   }
 
@@ -106,7 +106,7 @@ class Everyday : public testing::Test {
     const auto alerts = desktop.shownWindows("pellow", "pellow-alert");
     return alerts.empty() ? 0 : alerts[0];
   }
-  // The sentences of an alert cannot be read from outside; they are in the log as well.
+  // An alert cannot be read from outside, but its sentences are in the log too.
   void awaitAlert() {
     ASSERT_TRUE(eventually([&] { return alert() != 0 && desktop.activeWindow() == alert(); }));
   }

@@ -37,7 +37,7 @@ void Monitors::switchOff(xcb_randr_crtc_t picture, xcb_timestamp_t configured) {
 }
 
 void Monitors::plug(const std::string& name, PixelRect place, bool isPrimary) {
-  // The request as the protocol has it: the function of the library miscounts its length.
+  // The request as in the protocol: the library's function miscounts its length.
   struct {
     xcb_randr_set_monitor_request_t request{};
     xcb_randr_monitor_info_t info{};
@@ -52,7 +52,7 @@ void Monitors::plug(const std::string& name, PixelRect place, bool isPrimary) {
   // The library needs room for two parts of its own.
   std::array<iovec, 3> parts{{{}, {}, {&plugged, sizeof plugged}}};
   const xcb_protocol_request_t protocol{1, &xcb_randr_id, XCB_RANDR_SET_MONITOR, 1};
-  // One that is known has to go first, and nobody needs to see it gone.
+  // A known monitor must go first, and nobody needs to see it gone.
   xcb_grab_server(connection_.get());
   unplug(name);
   xcb_send_request(connection_.get(), 0, &parts[2], &protocol);

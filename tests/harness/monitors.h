@@ -9,18 +9,17 @@
 
 namespace pellow::desktop {
 
-// The monitors of a virtual server, which are what its clients say they are. The one that the
-// server makes by itself goes.
+// The monitors of a virtual server, which its clients define. The server's own one goes.
 class Monitors {
  public:
   explicit Monitors(const std::string& display);
 
-  // A monitor that is plugged in already moves there.
+  // A monitor that is already plugged in moves there.
   void plug(const std::string& name, PixelRect place, bool isPrimary = false);
   void unplug(const std::string& name);
 
-  // Makes the X screen as large as that, from its top left, and no larger than it was at first:
-  // what desktops do with it when monitors come and go.
+  // Resizes the X screen from its top left, to at most its first size, as desktops do when monitors
+  // come and go.
   void resizeScreen(int width, int height);
 
  private:

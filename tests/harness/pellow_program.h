@@ -14,7 +14,8 @@ class PellowProgram {
  public:
   explicit PellowProgram(DesktopSession& desktop, const Environment& changes = {});
 
-  // Waits until its strip shows and its main loop runs: keys, clicks and signals arrive from now.
+  // Waits until its strip shows and its main loop runs: from then on keys, clicks and signals
+  // arrive.
   bool isReady();
 
   ChildProcess& process() { return *process_; }
@@ -22,7 +23,7 @@ class PellowProgram {
   // 0 when there is none.
   WindowID strip() const;
 
-  // How many tabs of the default size stand in the strip, told by its length; -1 without a strip.
+  // How many tabs of the default size are in the strip, judged by its length; -1 without a strip.
   int tabCount() const;
 
   // Clicks the middle of a tab of a strip at the right or left edge, counted from the top.

@@ -47,12 +47,12 @@ class TestClient {
   WindowID openSkippingTaskbar(std::string_view title, PixelRect place) {
     return openManaged("skipping", title, place);
   }
-  // Opens a dock that keeps its place for itself, and all between it and the side of the X screen:
+  // Opens a dock that reserves its place and everything between it and the side of the X screen:
   // "left", "right", "top" or "bottom".
   WindowID openDock(PixelRect place, std::string_view side = "top") {
     return openManaged("dock", "Dock", place, side);
   }
-  // Lets it keep so many pixels along the whole side instead. Waits for nothing.
+  // Lets it reserve `depth` pixels along the whole side instead. Waits for nothing.
   void keepSide(WindowID dock, std::string_view side, int depth) {
     tell("strut", dock, side, depth);
   }
@@ -70,12 +70,12 @@ class TestClient {
   void map(WindowID window) { tell("map", window); }
   void destroy(WindowID window) { tell("destroy", window); }
 
-  // Closes the connection to the server with all windows. The windows that it opens from now on
-  // have the same XIDs once more.
+  // Closes the connection to the server with all windows. The windows that it opens from now on get
+  // the same XIDs again.
   void reconnect() { tell("reconnect"); }
-  // Returns when it has the server for itself, for so many milliseconds.
+  // Returns once it has grabbed the server, for this many milliseconds.
   void grabServer(int milliseconds);
-  // Lets windows come and go, twice as many as `rounds`, in no time; `awaitCalm` waits for the end.
+  // Makes windows come and go in no time, twice as many as `rounds`; `awaitCalm` waits for the end.
   void storm(int rounds) { tell("storm", rounds); }
   void awaitCalm() { awaitAnswer("calm"); }
 

@@ -12,11 +12,11 @@ using Command = std::vector<std::string>;
 
 struct Manager {
   Command command;
-  // Makes it take over from another one; empty where there is no such way.
+  // The option to take over from another one; empty if there is none.
   std::string replace = "--replace";
 };
 
-// Private ones: without a session manager, a compositor or settings of the user.
+// Private: without a session manager, a compositor or the user's settings.
 inline Manager managerNamed(const std::string& name) {
   static const std::map<std::string, Manager> managers{
       {"openbox", {{"openbox", "--sm-disable"}}},

@@ -19,7 +19,7 @@ struct Row {
   Verb verb;
   std::string_view name;
   int numbers;
-  int weight;  // how often it comes up among others; 0: only where it is put on purpose
+  int weight;  // how often it comes up; 0: only where put on purpose
   bool canBeLater = true;
   Needs needs = Needs::nothing;
 };
@@ -108,7 +108,7 @@ class Generator {
     return step;
   }
   Step& add(Verb verb) { return steps_.emplace_back(make(verb)); }
-  // What begins now and has to end some time, or the other way round.
+  // Plans the end of what begins now, or the other way round.
   void plan(Step step, int withinSteps) {
     planned_.emplace_back(std::ssize(steps_) + number(withinSteps), step);
   }
@@ -168,7 +168,7 @@ class Generator {
         return plan({Verb::start}, 4);
       default:
         if (canBeLater(step.verb) && oneIn(8)) step.later = between(1, 1500);
-        // What was asked for is then under way, or done.
+        // By then what was asked for is under way, or done.
         if ((step.verb == Verb::press || step.verb == Verb::tab) && oneIn(2))
           add(Verb::run).numbers[0] = number(300);
     }

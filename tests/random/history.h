@@ -9,9 +9,9 @@
 
 namespace pellow::random {
 
-// What can happen on a desktop while the program runs on it. The numbers of a step choose among
-// what there is at that moment, so a step means something in every history: "minimize 7" minimizes
-// the window with this number, counted round and round.
+// What can happen on a desktop while the program runs on it. A step's numbers choose among what is
+// there at that moment, so that it means something in every history: "minimize 7" minimizes the
+// window with this number, counted round and round.
 enum class Verb {
   // Applications and their windows
   launch,           // one of the usual applications
@@ -47,13 +47,13 @@ enum class Verb {
   unplug,     // a display
   dock,       // goes to another side
   faults,     // calls fail by chance: percent, error
-  delays,     // answers, announcements and pictures are late: each up to so many milliseconds
+  delays,     // answers, announcements and pictures are late: each up to this many milliseconds
   failWrite,  // the next write that must be kept at once is not
   trust,      // the permission is given or withdrawn
   capture,    // the other permission is given or withdrawn
 
   // Time and the program's life
-  run,      // so many milliseconds
+  run,      // for this many milliseconds
   quiet,    // until nothing is under way
   settle,   // until nothing is under way and every alert is answered
   start,    // the program, if it does not run
@@ -67,7 +67,7 @@ enum class Verb {
 struct Step {
   Verb verb = Verb::run;
   std::array<int, 3> numbers{};
-  // It happens so many milliseconds later, whatever the program does then: even while its main
+  // How many milliseconds later it happens, whatever the program does then: even while its main
   // thread is blocked. 0: now, between two turns of its main loop.
   int later = 0;
 
@@ -94,7 +94,7 @@ std::string text(const History& history);
 std::optional<History> parse(std::string_view text);
 
 // A desktop with some applications, the program started on it, many steps, and an end. With an even
-// seed nothing fails that an application or the system does not do by its nature.
+// seed nothing fails but what fails by nature in an application or the system.
 History generate(std::uint64_t seed);
 
 // Whether the verb can be ordered for later.

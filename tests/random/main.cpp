@@ -16,7 +16,7 @@
 #include "tests/random/history.h"
 #include "tests/random/runner.h"
 
-// Plays random histories until a promise of the program breaks, and then tells how in few words.
+// Plays random histories until the program breaks a promise, and then tells how in few words.
 
 namespace pellow::random {
 namespace {

@@ -33,7 +33,7 @@ bool isWatched(const DesktopState& desktop, ProcessID pid) {
   return desktop.application(pid)->identity.activationPolicy == ActivationPolicy::regular;
 }
 
-// A tab whose window is parked, and where it stands; no place when it does not obey to the point.
+// A tab whose window is parked, and where; no place when it does not obey to the point.
 struct Parked {
   const TabItem* tab;
   std::optional<QuartzPoint> place;
@@ -45,7 +45,7 @@ bool isFor(const ParkingRecord& record, const Parked& parked) {
                             std::abs(record.parkedOrigin.y - parked.place->y) <= matchDistance));
 }
 
-// The first tab without a record of its own by which a launch would find its window.
+// The first tab without a record of its own that would let a launch find its window.
 const TabItem* withoutRecord(std::vector<Parked> all, std::vector<ParkingRecord> records) {
   // Those whose place is known are the choosier ones.
   std::ranges::partition(all, [](const Parked& each) { return each.place.has_value(); });
@@ -134,14 +134,14 @@ void Promises::noteTabs(const Scene& scene) {
     const auto* seen = scene.sightings.window(identify(scene.desktop, tab.window));
     if (seen && seen->mayBeUnwatched) unwatched_.insert(tab.id);
     const auto* application = desktop.application(tab.window.pid);
-    // More of it may be seen when it has made itself smaller since it was read.
+    // If it has shrunk since it was read, a larger share may be seen.
     const bool wouldBeOffscreen =
         seen && tab.originalFrame &&
         desktop.shareOnDisplays({seen->frame.origin, tab.originalFrame->size}) <= hiddenShare;
     if (!seen || seen->isMinimized || seen->isOffscreen || wouldBeOffscreen || seen->wasTroubled ||
         !application || application->hidden || desktop.screens.empty())
       reasonable_.insert(tab.id);
-    // Its end may have been announced while it was under way.
+    // Its end may have been announced while the action was under way.
     if (!application || application->hangs || !desktop.trustsProcess ||
         desktop.faultProbability > 0)
       unwatched_.insert(tab.id);
@@ -167,7 +167,7 @@ std::optional<Breach> Promises::oneTab(const Scene& scene) const {
       return breach(*tab);
   for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
     if (!entry->tab) continue;
-    // While a tab is made public, or given back, it stands in the ledger, too.
+    // While a tab is made public or given back, it is in the ledger too.
     for (const auto& tab : tabs)
       if (tab.window == entry->window && tab.id != entry->tab->id) return breach(tab);
     for (auto other = std::next(entry); other != entries.end(); ++other)
@@ -250,7 +250,7 @@ std::optional<Breach> Promises::whenQuiet(const Scene& scene) {
   return std::nullopt;
 }
 
-// Excused: a window that did not do as it was asked meanwhile, and one whose home cannot be known
+// Excused: a window that meanwhile did not do as asked, and one whose home cannot be known
 // (`Sighting::homeIsCertain`) or is not on the displays any more.
 std::optional<Breach> Promises::isAtHome(const DesktopState& desktop, const WindowState& window,
                                          const Sighting& seen, std::string_view promise) {
@@ -302,7 +302,7 @@ std::optional<Breach> Promises::journalIsExact(const Scene& scene) const {
   return std::nullopt;
 }
 
-// A tab of a hidden application stands for all of it, whatever becomes of its window.
+// A tab of a hidden application stands for all of it, whatever happens to its window.
 //
 // Excused: a tab whose window could not be watched for certain, since its application did not
 // answer at some time or calls failed; the next restore finds out.
@@ -318,7 +318,7 @@ std::optional<Breach> Promises::tabsHaveWindows(const Scene& scene) const {
   return std::nullopt;
 }
 
-// Excused: windows of which nobody could say for certain whether they are hidden.
+// Excused: windows that nobody could say for certain were hidden.
 std::optional<Breach> Promises::tabsHadAReason(const Scene& scene) const {
   for (const auto& tab : scene.controller.store().tabs())
     if (!reasonable_.contains(tab.id))

@@ -18,7 +18,7 @@ struct Breach {
   std::string details;
 };
 
-// The windows that the program has to do with at one moment: tabs, and what is under way.
+// The windows that concern the program at one moment: tabs, and what is under way.
 class AwayWindows {
  public:
   AwayWindows(const PellowController& controller, simulated::Desktop& desktop);
@@ -33,9 +33,9 @@ class AwayWindows {
   std::set<ProcessID> applications_;
 };
 
-// What the program promises to its user, as questions to the desktop.
+// What the program promises its user, as questions to the desktop.
 //
-// The few things that excuse a window are written beside the promise that they excuse it from.
+// The few excuses are written beside the promise that they excuse from.
 class Promises {
  public:
   struct Scene {

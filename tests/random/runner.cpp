@@ -22,7 +22,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, details, steps, calls, story, log, p
 
 namespace {
 
-constexpr unsigned longestPlay = 120;  // seconds of the real clock: whoever needs more, hangs
+constexpr unsigned longestPlay = 120;  // seconds of the real clock: more is a hang
 constexpr std::string_view beginOfOutcome = "\x01outcome\x01";
 
 std::string encode(const Outcome& outcome) {
@@ -54,7 +54,7 @@ std::string readAll(int file) {
   return all;
 }
 
-// What the process of its own does; its standard error goes the same way as its outcome.
+// Runs in the process of its own; standard error goes the same way as the outcome.
 [[noreturn]] void playIn(int file, const History& history, Record record) {
   ::dup2(file, STDERR_FILENO);
   ::alarm(longestPlay);

@@ -25,11 +25,11 @@ enum class Record { outcome, everything };
 // Plays the history on a fresh desktop in this process, until its end or the first broken promise.
 Outcome play(const History& history, Record record = Record::outcome);
 
-// The same in a process of its own, so that a program that dies or hangs is an outcome like others.
+// The same in a process of its own, so that dying or hanging is an outcome like others.
 Outcome playApart(const History& history, Record record = Record::outcome);
 
-// What there is to say of a history that broke a promise: its shortest form that still breaks it,
-// in words, and the line that replays that.
+// Tells of a history that broke a promise: its shortest form that still breaks it, in words, and
+// the line that replays it.
 std::string tell(History history, const Outcome& outcome);
 
 }  // namespace pellow::random

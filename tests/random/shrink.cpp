@@ -28,7 +28,7 @@ class Shrinker {
     return true;
   }
 
-  // From the end, as the end is what most steps have no part in.
+  // From the end: most steps have no part in it.
   void leaveOutChunks() {
     for (auto size = shortest_.steps.size() / 2; size > 0; size /= 2) {
       for (auto end = shortest_.steps.size(); end > 0 && effort_ > 0;) {
@@ -51,7 +51,7 @@ class Shrinker {
     }
   }
 
-  // To nothing, to few, to half, to one less, whichever goes.
+  // To nothing, to few, to half, to one less, whichever works.
   template <class Find>
   void makeSmaller(Find find) {
     const auto tryIt = [&](int value) {

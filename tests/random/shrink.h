@@ -6,9 +6,8 @@
 
 namespace pellow::random {
 
-// The history as short and its numbers as small as they become while `stillFails` holds: steps are
-// left out, in large chunks first, then one by one, then numbers are made smaller. Asks at most
-// `effort` times.
+// The shortest history with the smallest numbers found for which `stillFails` holds: leaves out
+// steps in large chunks, then one by one, then makes numbers smaller. Asks at most `effort` times.
 History shrink(History history, const std::function<bool(const History&)>& stillFails,
                int effort = 3000);
 

@@ -117,7 +117,7 @@ void Sightings::lookAtWindow(const DesktopState& desktop, const WindowState& win
     seen.wasTroubledSinceLate = askedBefore_.contains(window.id);
     doer = Doer::late;
   }
-  // Without any display nothing can be seen of the difference.
+  // Without a display the difference cannot be seen.
   const bool isOffscreen = desktop.screens.empty()
                                ? seen.isOffscreen && window.frame == seen.frame
                                : desktop.shareOnDisplays(window.frame) <= hiddenShare;
@@ -136,7 +136,7 @@ void Sightings::lookAtWindow(const DesktopState& desktop, const WindowState& win
   }
   seen.frame = window.frame;
 
-  // Somebody has found it where it was, and puts it away anew.
+  // Somebody found it where it was, and puts it away again.
   if (isAway && std::exchange(seen.isStranded, false)) {
     seen.movedOffBy = Doer::others;
     seen.homeIsCertain = false;

@@ -12,14 +12,14 @@
 
 namespace pellow::random {
 
-// A window of which the displays show no larger share cannot be seen.
+// A window cannot be seen if the displays show no larger share of it.
 inline constexpr double hiddenShare = 0.05;
 
 // Who did something to a window.
 enum class Doer {
   program,  // whatever nobody else did
   others,   // the user, an application by itself, the desktop
-  late,     // the application, when nobody waited any more for what the program had asked of it
+  late,     // the application, when nobody waited any more for what it was asked
 };
 
 // What is known of one window: what it was like when it was last seen, and who made it so.
@@ -32,12 +32,12 @@ struct Sighting {
   QuartzRect frame;
   int lateChanges = 0;
 
-  // Where others put it last while the program had nothing to do with it.
+  // Where others last put it while it did not concern the program.
   QuartzRect home;
-  // The home is where it has to stand whenever it is not away. Not so when it was moved while it
-  // was away, or the displays changed meanwhile, or recovery may mistake it for another window.
+  // Whether it must stand at home whenever it is not away. Not if it was moved while away, the
+  // displays changed meanwhile, or recovery may mistake it for another window.
   bool homeIsCertain = true;
-  // Since its home is known, its application did not answer every call as others do.
+  // Since its home became known, its application did not answer every call as others do.
   bool wasTroubled = false;
   // The same, since the program began to end.
   bool wasTroubledAtTheEnd = false;
@@ -45,11 +45,11 @@ struct Sighting {
   bool wasTroubledSinceLate = false;
   // While it was away, the program may have been refused to watch it.
   bool mayBeUnwatched = false;
-  // The user has it, or had it, in hand: the program may be asked for exactly this window.
+  // The user has or had it in hand: the program may be asked for exactly this window.
   bool wasInHand = false;
-  // A process left it parked with a record, and the next launch has to bring it back.
+  // A process left it parked with a record, and the next launch must bring it back.
   bool isStranded = false;
-  // Its application did not answer at that launch, so the one after it has to.
+  // Its application did not answer at that launch, so the one after it must bring it back.
   bool waitsForNextLaunch = false;
 
   bool isHiddenByProgram() const {
@@ -58,18 +58,18 @@ struct Sighting {
   }
 };
 
-// What somebody saw of a desktop, and who did what, by looking at it often: after everything that
-// others do, and before it and at every call of the program what the program did.
+// What was seen of a desktop, and who did it. Looks often: after everything that others do, to know
+// their part; before it and at every call of the program, to know the program's.
 class Sightings {
  public:
   using IsAway = std::function<bool(simulated::WindowID)>;
 
-  // Takes in what has changed since the last look and puts it down to `doer`. `isAway` tells which
+  // Notes what has changed since the last look and blames `doer` for it. `isAway` tells which
   // windows are tabs or are under way.
   void look(const simulated::DesktopState& desktop, Seconds now, Doer doer, const IsAway& isAway);
 
   // A sentence when the program has done what it never may: changed a size, or moved a window that
-  // is none of its business.
+  // does not concern it.
   const std::optional<std::string>& misdeed() const { return misdeed_; }
 
   const std::map<simulated::WindowID, Sighting>& windows() const { return windows_; }
@@ -81,15 +81,15 @@ class Sightings {
 
   // The program begins to end.
   void beginsToEnd();
-  // The process is gone and has left these records: windows that are parked with one are
-  // stranded, everything else that it had hidden the user finds where it is.
+  // The process is gone and has left these records: windows parked with one are stranded;
+  // everything else that it had hidden stays for the user to find.
   void isLeftWith(const std::vector<ParkingRecord>& records,
                   const simulated::DesktopState& desktop);
   // A new program starts: its search for stranded windows may bring back hidden ones, too.
   void launches(const simulated::DesktopState& desktop);
   // Nothing is under way: the windows that are not away are at home.
   void settled(const simulated::DesktopState& desktop, const IsAway& isAway);
-  // A stranded window of this application has another title: which is which cannot be told.
+  // A stranded window of this application has another title: nobody can tell which is which.
   void renamed(ProcessID pid);
 
  private:

@@ -63,7 +63,7 @@ void World::act(const Step& step) {
   }
 }
 
-// What happens is told apart from what the program does around it.
+// Tells what happens apart from what the program does around it.
 void World::byOthers(const Step& step) {
   look(Doer::program);
   const auto what = actOnDesktop(step);
@@ -107,7 +107,7 @@ bool World::hasLoggedLaunch() const {
 std::string World::start() {
   if (programRuns()) return "";
   auto left = desktop_->snapshot();
-  // The next launch meets no errors by chance: what it has to repair it cannot try twice.
+  // The next launch meets no errors by chance: it cannot try its repairs twice.
   left.faultProbability = 0;
   continueOn(std::move(left), std::move(sightings_), false);
   auto& desktop = *desktop_;
@@ -146,7 +146,7 @@ void World::onEnded() {
   isEnding_ = false;
   auto& desktop = *desktop_;
   say("the program has ended");
-  // Before it has begun, a signal ends it as the system does.
+  // Before it has begun, a signal ends it by the system's default.
   if (hasBegun_ && desktop.process().exitStatus() != 0)
     setBreach(Breach{"the program ends with status 0", "it was cut off"});
   setBreach(Promises::whenEnded(desktop, sightings_));
@@ -200,7 +200,7 @@ void World::onPortCall() {
   }
 }
 
-// As it ends, the program forgets its tabs before it has put back the last window.
+// At its end the program forgets its tabs before it has put back the last window.
 void World::look(Doer doer) {
   auto& desktop = *desktop_;
   std::set<simulated::WindowID> away;
@@ -211,7 +211,7 @@ void World::look(Doer doer) {
                   [&](simulated::WindowID id) { return all.contains(id); });
 }
 
-// While it ends, the program does not keep what it has put back in its books.
+// While it ends, the program keeps no record of what it has put back.
 void World::check() {
   if (!programRuns() || isEnding_ || breach_) return;
   auto& desktop = *desktop_;

@@ -15,8 +15,8 @@
 namespace pellow::random {
 
 // A simulated desktop on which a history happens, with the program on it while it runs. Every
-// promise is asked for after every step, and what must hold at any moment also at every call that
-// the program makes.
+// promise is checked after every step, and what must hold at any moment also at every call of the
+// program.
 class World {
  public:
   explicit World(std::uint64_t seed);
@@ -95,7 +95,7 @@ class World {
   std::optional<int> callsUntilCrash_;
   std::optional<Crash> crash_;
   bool isEnding_ = false;
-  // What the program had to do with as it began to end.
+  // What concerned the program when it began to end.
   std::set<simulated::WindowID> awayAtTheEnd_;
   std::size_t logAtStart_ = 0;
   bool hasBegun_ = false;

@@ -70,7 +70,7 @@ QuartzPoint placeOn(const simulated::DesktopState& desktop, int number, std::siz
   return {corner.x + offset.x, corner.y + offset.y};
 }
 
-// Has been asked for something that it will still do.
+// Whether it was asked for something that it will still do.
 bool owesSomething(const simulated::DesktopState& desktop, ProcessID pid) {
   return std::ranges::any_of(desktop.lateWrites, [&](const simulated::LateWrite& late) {
     const auto* window = desktop.window(late.window);
@@ -225,7 +225,7 @@ std::string World::open(int which, int kind, int place) {
                      frame.width(), frame.height());
 }
 
-// A window that owes something keeps its pace: otherwise it would do later what it was asked first.
+// A window that owes something keeps its pace, or it would do later what it was asked first.
 std::string World::manners(int which, int manner, int detail) {
   const auto found = window(which);
   if (!found) return "";
@@ -468,7 +468,7 @@ std::string World::plug(int side) {
 std::string World::unplug(int which) {
   auto& desktop = *desktop_;
   const auto& screens = desktop.state().screens;
-  // The last display goes now and then, too: a lid is closed.
+  // Now and then the last display goes too: a lid is closed.
   if (screens.empty() || (screens.size() == 1 && which % 3 != 2)) return "";
   const auto display = *pick(screens, which).displayID;
   desktop.screens().unplug(display);

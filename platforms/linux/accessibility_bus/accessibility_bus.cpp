@@ -139,7 +139,7 @@ std::optional<AccessibleObject> AccessibilityBus::application(int pid) {
   const auto found = children({registry});
   if (!found || !found->front()) return std::nullopt;
   const auto& applications = *found->front();
-  // The bus itself answers these: an application that hangs delays nobody but itself.
+  // The bus itself answers these: an application that hangs delays only itself.
   Messages questions;
   for (const auto& application : applications)
     questions.push_back(

@@ -31,12 +31,12 @@ struct AccessibleRect {
 };
 
 // A conversation with applications over the accessibility bus (AT-SPI). Applications do more work
-// while somebody listens: so it is short, and ends with this object. One thread at a time; never
-// waits beyond the deadline.
+// while somebody listens, so keep it short; it ends with this object. One thread at a time; never
+// waits past the deadline.
 //
-// Questions about many objects cost as much time as one. They answer in the order of the objects,
-// with nothing for an object that has no such thing, and with nothing at all when the deadline has
-// passed or the bus is lost.
+// Asking about many objects takes as long as asking about one. Answers come in the order of the
+// objects: nothing for an object that lacks it, nothing at all when the deadline has passed or the
+// bus is lost.
 class AccessibilityBus {
  public:
   using Deadline = std::chrono::steady_clock::time_point;
@@ -50,7 +50,7 @@ class AccessibilityBus {
   std::optional<AccessibleObject> application(int pid);
 
   Answers<std::vector<AccessibleObject>> children(const std::vector<AccessibleObject>& objects);
-  // A number of AT-SPI.
+  // AT-SPI's role numbers.
   Answers<std::uint32_t> roles(const std::vector<AccessibleObject>& objects);
   // From the top left of the screen or, where an application does not know that, of its window.
   Answers<AccessibleRect> onScreen(const std::vector<AccessibleObject>& objects);

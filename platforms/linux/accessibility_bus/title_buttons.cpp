@@ -60,7 +60,7 @@ class Search {
     return true;
   }
 
-  // What is hidden has no size, or a place outside of every window.
+  // Hidden buttons have no size, or a place outside every window.
   bool reachesTitleBar(const AccessibleRect& place) const {
     return place.width > 0 && place.height > 0 && place.y < top_ + height_ && place.maxY() > top_;
   }
@@ -74,7 +74,7 @@ class Search {
 
 int middleOf(const AccessibleRect& rect) { return rect.y + rect.height / 2; }
 
-// Leaves out what is not in the uppermost row; there is one.
+// Drops what is not in the top row; there is one.
 void keepOneRow(std::vector<Group>& groups) {
   const int middle = std::ranges::min(groups | std::views::join | std::views::transform(middleOf));
   for (auto& group : groups)

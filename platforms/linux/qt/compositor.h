@@ -8,8 +8,8 @@
 
 namespace pellow {
 
-// Whether a compositing manager draws the windows of the X screen, so that they may be translucent:
-// whoever owns the selection _NET_WM_CM_S0. Main thread, while there is a Qt application.
+// Whether a compositing manager (the owner of the selection _NET_WM_CM_S0) draws the windows of the
+// X screen, so that they may be translucent. Main thread, while there is a Qt application.
 class Compositor final : public QAbstractNativeEventFilter {
  public:
   Compositor();

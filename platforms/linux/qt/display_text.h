@@ -3,7 +3,7 @@
 #include <QString>
 #include <string>
 
-// Texts of the program as Qt shows them to the letter: without mark-up and without marks for keys.
+// The program's texts, which Qt is to show to the letter: no mark-up, no marks for keys.
 
 namespace pellow {
 

@@ -8,8 +8,8 @@
 
 namespace pellow {
 
-// An element of a form on the screen. Every class that derives from it is a widget as well, and
-// belongs to the widget that it was made in. Main thread.
+// An element of a form on the screen. Every derived class is also a widget, owned by the widget it
+// was made in. Main thread.
 class FormControl {
  public:
   static FormControl& make(const FormElement& element, QWidget& parent);
@@ -18,24 +18,24 @@ class FormControl {
 
   virtual QWidget& widget() = 0;
 
-  // Whether the element is this one: of the same key and kind.
+  // Whether the element has this one's key and kind.
   bool isOf(const FormElement& element) const;
 
-  // Shows an element that this one is of.
+  // Shows an element for which `isOf` holds.
   void show(const FormElement& element);
 
-  // The user turns away from it: a text field tells what was typed.
+  // The user leaves it: a text field tells what was typed.
   virtual void finishEditing() {}
 
-  // Hides it and deletes it once its own work is done; it tells nothing any more.
+  // Hides it, and deletes it once its own work is done; it tells nothing more.
   void retire();
 
  protected:
-  // Must leave alone what looks the same already.
+  // Must leave alone what already looks the same.
   virtual void showContent(const FormContent& content) = 0;
   virtual void retireParts() {}
 
-  // Runs what the user's doing is to cause. It may show another form, or end the window.
+  // Runs the callback of what the user did. It may show another form or end the window.
   template <class Callback, class... Arguments>
   void call(const Callback& callback, Arguments&&... arguments) {
     if (isRetired_ || !callback) return;

@@ -12,11 +12,11 @@ namespace pellow {
 // The elements of a pane or of a row, one after another in a layout. Main thread.
 class FormElements {
  public:
-  // The controls come into `parent`; both outlive the elements or end together with them.
+  // The controls go into `parent`; both outlive the elements or end with them.
   FormElements(QWidget& parent, QBoxLayout& layout, Qt::Alignment alignment)
       : parent_(parent), layout_(layout), alignment_(alignment) {}
 
-  // Elements whose keys stay live on.
+  // Elements whose keys remain are kept.
   void show(const std::vector<FormElement>& elements);
   void retire();
 

@@ -13,7 +13,7 @@
 namespace pellow {
 namespace {
 
-// A slider stands on whole numbers only; so many are finer than the screen.
+// A slider takes whole numbers only; this many are finer than the screen.
 constexpr int sliderSteps = 10000;
 
 constexpr int buttonAir = 16;    // points beside the title, on top of the style's
@@ -100,7 +100,7 @@ void SliderControl::showContent(const FormContent& content) {
 
 void SliderControl::wheelEvent(QWheelEvent* event) { event->ignore(); }
 
-// Moves the knob below the pointer first, where the press then takes hold of it.
+// Moves the knob under the pointer first, so that the press takes hold of it.
 void SliderControl::mousePressEvent(QMouseEvent* event) {
   QStyleOptionSlider option;
   initStyleOption(&option);
@@ -145,7 +145,7 @@ void TextFieldControl::keyPressEvent(QKeyEvent* event) {
   QLineEdit::keyPressEvent(event);
 }
 
-// A menu of its own takes the focus for a moment only.
+// Its own menu takes the focus only for a moment.
 void TextFieldControl::focusOutEvent(QFocusEvent* event) {
   QLineEdit::focusOutEvent(event);
   if (event->reason() != Qt::PopupFocusReason) finishEditing();

@@ -9,8 +9,8 @@
 
 #include "platforms/linux/qt/form_control.h"
 
-// The elements of a form that the user does something with. Turning the wheel scrolls the pane and
-// changes none of them.
+// The elements of a form that the user operates. The wheel scrolls the pane and changes none of
+// them.
 
 namespace pellow {
 
@@ -41,7 +41,7 @@ class CheckBoxControl final : public QCheckBox, public FormControl {
   CheckBox box_;
 };
 
-// Goes on when it is clicked; another one goes off when the form says so.
+// A click turns it on; the form turns the other one off.
 class RadioControl final : public QRadioButton, public FormControl {
  public:
   explicit RadioControl(QWidget& parent);
@@ -55,7 +55,7 @@ class RadioControl final : public QRadioButton, public FormControl {
   RadioButton button_;
 };
 
-// A press anywhere on it takes its knob there.
+// A press anywhere on it moves the knob there.
 class SliderControl final : public QSlider, public FormControl {
  public:
   explicit SliderControl(QWidget& parent);
@@ -74,7 +74,7 @@ class SliderControl final : public QSlider, public FormControl {
   Slider slider_;
 };
 
-// Tells once what was typed; leaving it as it was is no editing. Escape takes back what was typed.
+// Tells once what was typed; unchanged text is no edit. Escape undoes what was typed.
 class TextFieldControl final : public QLineEdit, public FormControl {
  public:
   explicit TextFieldControl(QWidget& parent);

@@ -40,7 +40,7 @@ void FormPaneView::showElements(const std::vector<FormElement>& elements) {
   updateGeometry();
 }
 
-// The controls that stand beside titles begin at one line.
+// Controls beside titles start on one line.
 void FormPaneView::alignTitles() {
   std::vector<TextControl*> titles;
   int column = 0;

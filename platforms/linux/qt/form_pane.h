@@ -16,7 +16,7 @@ class FormPaneView final : public QScrollArea {
 
   void showElements(const std::vector<FormElement>& elements);
 
-  // Takes it away like a control.
+  // Like `FormControl::retire`.
   void retire();
 
   QSize sizeHint() const override;

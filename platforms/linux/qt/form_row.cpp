@@ -24,7 +24,7 @@ TextControl* RowControl::title() const {
   return text && text->style() == FormTextStyle::body ? text : nullptr;
 }
 
-// What has no title of its own goes by the text before it.
+// A control without a title is named after the text before it.
 void RowControl::nameControls() {
   const auto* const text = title();
   if (!text) return;

@@ -15,7 +15,7 @@ class RowControl final : public QWidget, public FormControl {
 
   QWidget& widget() override { return *this; }
 
-  // The text that the row begins with, when a control follows it.
+  // The text at the start of the row, if a control follows it.
   TextControl* title() const;
 
  protected:

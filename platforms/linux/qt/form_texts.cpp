@@ -52,7 +52,7 @@ void TextControl::setColumn(int width) {
 }
 
 int TextControl::ownWidth() const {
-  // A point more than it takes, for a part of one.
+  // A point more, for the fraction of one that is cut off.
   return std::min(fontMetrics().size(0, text()).width() + 1, widestLine);
 }
 

@@ -15,9 +15,9 @@ class TextControl final : public QLabel, public FormControl {
 
   FormTextStyle style() const { return style_; }
 
-  // The width of the column that the text stands in; the text's own when it is wider.
+  // The width of the text's column; the text's own if that is wider.
   void setColumn(int width);
-  // What the text would take without a column.
+  // The width without a column.
   int ownWidth() const;
 
   QSize sizeHint() const override;

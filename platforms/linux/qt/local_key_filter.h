@@ -6,8 +6,8 @@
 
 namespace pellow {
 
-// Sees the key presses for this process's windows before any of them. Main thread, while there is
-// a Qt application.
+// Sees the key presses for this process's windows before the windows do. Main thread, while there
+// is a Qt application.
 class LocalKeyFilter final : public QAbstractNativeEventFilter {
  public:
   // Gets the key code and the state of the event; false swallows it.

@@ -51,7 +51,7 @@ Material Material::of(const QPalette& palette, bool translucent) {
   const auto window = palette.color(QPalette::Active, QPalette::Window);
   const auto text = palette.color(QPalette::Active, QPalette::WindowText);
   const bool dark = window.lightnessF() < text.lightnessF();
-  // A panel lies on other windows of the same colour, so it stands out from them by a shade.
+  // A shade off, so that a panel stands out from windows of the same colour below it.
   const auto surface = dark ? mixed(window, Qt::white, 0.04) : mixed(window, Qt::white, 0.55);
   Material material;
   material.isDark = dark;

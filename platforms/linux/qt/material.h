@@ -7,7 +7,7 @@
 
 namespace pellow {
 
-// The colours that panels are made of, after the light or dark colours of the desktop.
+// The colours of panels, to match the light or dark ones of the desktop.
 struct Material {
   bool isDark = false;
   QColor backdrop;

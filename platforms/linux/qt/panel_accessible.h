@@ -2,8 +2,8 @@
 
 namespace pellow {
 
-// Shows the views of panels that have an accessible name to screen readers: a panel is a toolbar,
-// a view that can be clicked a button in it. Once, before the first panel.
+// Shows screen readers the views of panels that have an accessible name: a panel is a toolbar, a
+// clickable view a button in it. Call once, before the first panel.
 void installPanelAccessibility();
 
 }  // namespace pellow

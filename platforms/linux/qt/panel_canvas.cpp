@@ -45,7 +45,7 @@ bool contains(const std::vector<std::shared_ptr<ViewNode>>& nodes,
   return std::ranges::find(nodes, node) != nodes.end();
 }
 
-// The innermost of the nodes at a point for which `has` holds; empty when there is none.
+// The innermost node at a point for which `has` holds; empty when there is none.
 template <class Has>
 std::shared_ptr<ViewNode> innermost(const std::vector<std::shared_ptr<ViewNode>>& nodes, Has has) {
   const auto found = std::ranges::find_if(nodes.rbegin(), nodes.rend(),
@@ -105,8 +105,8 @@ void PanelCanvas::giveUp() {
   delete this;
 }
 
-// Without a compositor the corners are cut off; what is cut in the middle of a pixel is drawn over
-// the colour of the rim.
+// Without a compositor the corners are cut off; pixels cut in two are drawn over the colour of the
+// rim.
 void PanelCanvas::shape() {
   auto corners = translucent_ ? std::vector<Corners>() : solidParts();
   if (corners == shapedFor_) return;
@@ -118,8 +118,7 @@ void PanelCanvas::shape() {
   }
 }
 
-// The backdrops, which are the content of a panel or stand right inside it, and a picture that
-// flies.
+// The backdrops (the panel's content, or directly inside it) and a flying picture.
 std::vector<PanelCanvas::Corners> PanelCanvas::solidParts() const {
   std::vector<Corners> corners;
   const auto add = [&, toSize = scaleToSize()](const ViewNode& node, QPointF origin) {
@@ -177,7 +176,7 @@ void PanelCanvas::paintEvent(QPaintEvent* event) {
   });
 }
 
-// From the content's size to the panel's, which may be on its way to another one.
+// From the content's size to the panel's, which may be changing.
 QTransform PanelCanvas::scaleToSize() const {
   const auto& root = tree_.root();
   if (!root) return {};
@@ -200,7 +199,7 @@ void PanelCanvas::changeEvent(QEvent* event) {
 // Only its owner takes a panel away.
 void PanelCanvas::closeEvent(QCloseEvent* event) { event->ignore(); }
 
-// A window that is not shown receives no more of a drag.
+// A hidden window hears no more of a drag.
 void PanelCanvas::hideEvent(QHideEvent*) {
   pressed_.reset();
   endDrag();

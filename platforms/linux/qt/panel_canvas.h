@@ -39,16 +39,15 @@ class PanelCanvas final : public QWidget {
   void setIgnoresMouseEvents(bool ignores);
   bool ignoresMouseEvents() const { return ignoresMouseEvents_; }
 
-  // Compares the pointer with the views once the current work is done, as one may have moved away
-  // under the other.
+  // Finds the view under the pointer once the current work is done: either may have moved.
   void lookForPointerSoon();
 
-  // Hides and deletes the canvas, as soon as none of its callbacks runs any more; no other comes.
+  // Hides the canvas, and deletes it once none of its callbacks runs; none is called again.
   void giveUp();
 
   const ViewTree& tree() const { return tree_; }
 
-  // Where the node stands; empty when it is none of the tree's.
+  // Where the node is; empty when it is not in the tree.
   QRect areaOf(const std::shared_ptr<ViewNode>& node) const;
 
   // What a press and release of the pointer inside the node does.

@@ -12,7 +12,7 @@ namespace pellow {
 namespace {
 
 constexpr std::size_t fewest = 16;      // pictures worth forgetting
-constexpr double nominalIconSide = 32;  // points, of icons that have any size
+constexpr double nominalIconSide = 32;  // points, for icons of any size
 
 // Shrinking keeps an icon sharp, growing does not.
 QPixmap atLeast(const QIcon& icon, QSize side) {
@@ -30,7 +30,7 @@ QImage pixelsOf(const Image::Object& object, QSize side) {
   return {};
 }
 
-// An icon theme that is likely to be there; "hicolor" alone holds applications' own icons only.
+// An icon theme that is probably installed; "hicolor" alone holds only applications' own icons.
 QString likelyTheme() {
   const auto folders = QIcon::themeSearchPaths();
   for (const auto* name : {"Adwaita", "breeze", "Papirus", "elementary-xfce", "Yaru", "gnome"})
@@ -78,7 +78,7 @@ std::shared_ptr<const PictureSource::Scaled> PictureSource::scaled(const Image& 
   return picture;
 }
 
-// Only when there have become twice as many: a strip may show a thousand icons for the first time.
+// Only when their number has doubled: a strip may show a thousand new icons at once.
 void PictureSource::forgetExpired() {
   if (known_.size() < lookAgainAt_) return;
   std::erase_if(known_, [](const auto& entry) { return entry.second.expired(); });

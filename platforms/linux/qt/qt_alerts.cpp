@@ -43,7 +43,7 @@ QLabel* makeIcon(AlertStyle style, QWidget* parent) {
   return label;
 }
 
-// The button by which the dialog ends is its result; -1 when its window was closed.
+// The dialog's result is the button that ended it; -1 when its window was closed.
 std::unique_ptr<QDialog> makeDialog(const Alert& alert) {
   auto dialog = std::make_unique<QDialog>();
   dialog->setWindowTitle("Pellow");
@@ -83,12 +83,12 @@ std::unique_ptr<QDialog> makeDialog(const Alert& alert) {
 }  // namespace
 
 Subscription QtAlerts::show(Alert alert, std::function<void(std::size_t)> onChosen) {
-  // What goes on until the alert is answered or taken away.
+  // Lives until the alert is answered or taken away.
   struct Showing {
     std::unique_ptr<QDialog> dialog;
     Subscription answer;
 
-    // The alert may be taken away by work that its own window does.
+    // The window's own work may take the alert away.
     ~Showing() {
       dialog->hide();
       dialog.release()->deleteLater();

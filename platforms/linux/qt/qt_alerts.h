@@ -6,7 +6,7 @@
 
 namespace pellow {
 
-// Alerts as windows of their own, which stop nothing else.
+// Alerts as windows of their own that block nothing else.
 class QtAlerts final : public Alerts {
  public:
   explicit QtAlerts(MainQueue& queue) : queue_(queue) {}

@@ -11,7 +11,7 @@
 namespace pellow {
 namespace {
 
-// What Qt has to say goes where the program's own messages go, in their form.
+// Qt's messages go where the program's own go, in the same form.
 void logMessageOfQt(QtMsgType type, const QMessageLogContext&, const QString& message) {
   static const Log log(makeLogSink());
   const auto text = message.toStdString();
@@ -31,7 +31,7 @@ void logMessageOfQt(QtMsgType type, const QMessageLogContext&, const QString& me
 int& prepare(int& argumentCount) {
   qInstallMessageHandler(logMessageOfQt);
   qunsetenv("SESSION_MANAGER");
-  // Widgets are drawn without OpenGL, whose libraries cost more than the rest of the program.
+  // No OpenGL for widgets: its libraries cost more than the rest of the program.
   if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) qputenv("QT_XCB_GL_INTEGRATION", "none");
   return argumentCount;
 }
@@ -47,8 +47,8 @@ QtApplication::QtApplication() : application_(prepare(count_), arguments_.data()
   application_.installEventFilter(&windowFilter_);
 }
 
-// Under a scale factor Qt tells window managers of a base size below zero, which fluxbox takes for
-// a window of 65,534 pixels.
+// With a scale factor Qt gives window managers a negative base size, which fluxbox takes for a
+// window of 65,534 pixels.
 bool QtApplication::WindowFilter::eventFilter(QObject* object, QEvent* event) {
   auto* const window =
       event->type() == QEvent::PlatformSurface ? qobject_cast<QWindow*>(object) : nullptr;

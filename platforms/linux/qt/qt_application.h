@@ -6,9 +6,8 @@
 
 namespace pellow {
 
-// Qt on an X display, with what it should leave alone left alone: it neither ends with its last
-// window nor takes part in the session's own saving and restoring of programs. The display can be
-// opened, or Qt ends the process.
+// Qt on an X display. It neither ends with its last window nor takes part in the session's own
+// saving and restoring of programs. If the display cannot be opened, Qt ends the process.
 class QtApplication {
  public:
   QtApplication();
@@ -20,8 +19,8 @@ class QtApplication {
   double scale() const;
 
  private:
-  // Qt keeps references to both. The option wins over the environment, whose other sessions the
-  // programs started from here shall find unchanged.
+  // Qt keeps references to both. The option wins over the environment, which programs started from
+  // here must find unchanged.
   std::array<char, 7> name_{"pellow"};
   std::array<char, 10> option_{"-platform"};
   std::array<char, 4> platform_{"xcb"};

@@ -8,8 +8,8 @@
 
 namespace pellow {
 
-// Qt's colour dialog as a window that stays above others and stops nothing else. It is made when it
-// is first asked for, with the class name "pellow-colours", and goes when nobody wants it any more.
+// Qt's colour dialog as a window that stays above others and blocks nothing else. Made on first
+// use, with the class name "pellow-colours"; goes when nobody wants it any more.
 class QtColourPanel final : public ColourPanel {
  public:
   QtColourPanel();
@@ -28,7 +28,7 @@ class QtColourPanel final : public ColourPanel {
 
   WindowHints hints_;
   std::unique_ptr<QColorDialog> dialog_;
-  std::weak_ptr<Showing> current_;  // empty as well when the user has closed the panel
+  std::weak_ptr<Showing> current_;  // also empty once the user has closed the panel
 };
 
 }  // namespace pellow

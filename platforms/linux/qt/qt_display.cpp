@@ -8,7 +8,7 @@ xcb_connection_t* qtConnection() {
   return qApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
 }
 
-// Qt itself knows one X screen only.
+// Qt knows only one X screen.
 xcb_window_t rootWindow(xcb_connection_t* connection) {
   return xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
 }

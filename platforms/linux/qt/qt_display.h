@@ -6,8 +6,8 @@
 #include <memory>
 #include <string_view>
 
-// The X11 connection of Qt. What concerns the program's own windows goes through it, so that it
-// stays in order with what Qt does. Main thread, while there is a Qt application.
+// Qt's X11 connection. Requests about the program's own windows go through it, to stay in order
+// with Qt's. Main thread, while there is a Qt application.
 
 namespace pellow {
 

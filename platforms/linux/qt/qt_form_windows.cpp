@@ -16,7 +16,7 @@ namespace {
 
 constexpr int textPixelSize = 13;    // points
 constexpr int tallest = 660;         // points, at first
-constexpr double screenShare = 0.9;  // of the height that is free, at most
+constexpr double screenShare = 0.9;  // of the free height, at most
 
 // The window itself, which goes when its work is done.
 class FormView final : public QWidget {
@@ -54,8 +54,8 @@ FormView::FormView(const QString& title, std::function<void()> onClosed)
   connect(close, &QShortcut::activated, this, &QWidget::close);
 }
 
-// A form may come while another one is put on: a field that is taken from the user's hands still
-// tells what was typed.
+// Another form may come while one is being put on: a field that is taken away still tells what was
+// typed.
 void FormView::setForm(Form form) {
   next_ = std::move(form);
   if (std::exchange(isShowing_, true)) return;
@@ -115,7 +115,7 @@ class QtFormWindows::QtFormWindow final : public FormWindow {
 
   void setForm(Form form) override { view_->setForm(std::move(form)); }
 
-  // The window of the X server is another one each time.
+  // The X window is a new one each time.
   void present() override {
     hints_.setName(window(), name_);
     if (!std::exchange(hasSize_, true)) view_->chooseSize();

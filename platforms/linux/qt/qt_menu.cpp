@@ -19,7 +19,7 @@ constexpr int imageSide = 16;      // points
 constexpr double swatchSide = 12;  // points
 constexpr double swatchRadius = 3;
 
-// On a picture of its own, for many styles show an item's picture in the place of its check mark.
+// On its own picture: many styles show an item's picture in place of its check mark.
 void drawCheckMark(QPainter& painter, const QColor& below) {
   const bool isLight = qGray(below.rgb()) > 160;
   painter.setPen(
@@ -80,7 +80,7 @@ QString keyText(const KeyEquivalent& key) {
   return text + QString::fromStdString(key.characters).toUpper();
 }
 
-// What follows a tab stands in the column of the keys.
+// Text after a tab goes into the column of the keys.
 QString textOf(const MenuItem& item, MenuKeys keys) {
   auto text = titleText(item.title).simplified();
   if (keys == MenuKeys::asText && !item.key.characters.empty()) text += '\t' + keyText(item.key);

@@ -18,8 +18,8 @@ enum class MenuKeys {
 struct MenuSetting {
   QWidget& owner;
   const WindowHints& hints;
-  // Gets what an item does when the item is chosen, after the menu has gone; nothing of it comes
-  // when the owner has gone by then.
+  // Gets the action of the chosen item once the menu has gone; not called if the owner has gone by
+  // then.
   std::function<void(const std::function<void()>& onChosen)> choose;
   MenuKeys keys = MenuKeys::asText;
 };

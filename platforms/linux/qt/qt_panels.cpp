@@ -116,7 +116,7 @@ class QtPanels::QtPanel final : public Panel {
     canvas_->lookForPointerSoon();
   }
 
-  // An animation that has run once tells of values while it is changed.
+  // An animation that has run once reports values while it is being changed.
   void prepareAnimation(int milliseconds, AnimationTiming timing) {
     const QSignalBlocker silent(animation_);
     animation_.setDuration(milliseconds);
@@ -141,8 +141,8 @@ class QtPanels::QtPanel final : public Panel {
   Look shown_;
   Look target_;
   QVariantAnimation animation_;
-  std::function<void()> onDone_;  // of the animation that goes on
-  Subscription done_;             // of the one that has arrived
+  std::function<void()> onDone_;  // of the running animation
+  Subscription done_;             // of the one that is done
   PanelLevel level_ = PanelLevel::statusWindow;
 };
 
@@ -155,7 +155,7 @@ QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels)
 
 QtPanels::~QtPanels() = default;
 
-// A window manager that raises a window puts all windows in order, and there may be hundreds.
+// To raise one window, a window manager reorders all of them, and there may be hundreds.
 void QtPanels::raise(PanelCanvas& canvas) {
   std::set<xcb_window_t> own;
   for (const auto* const panel : panels_) own.insert(panel->window());

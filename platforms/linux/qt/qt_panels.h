@@ -13,7 +13,7 @@
 
 namespace pellow {
 
-// Panels as windows of docks, which window managers neither place nor focus. Outlives its panels.
+// Panels as dock windows, which window managers neither place nor focus. Outlives its panels.
 class QtPanels final : public Panels {
  public:
   using ToPixels = std::function<PixelRect(const AppKitRect&)>;

@@ -18,7 +18,7 @@ QtProcess::QtProcess(std::vector<std::string> arguments, TerminationSignals& sig
 
 ProcessID QtProcess::pid() const { return getpid(); }
 
-// An application without an ordinary window is in no dock and no taskbar.
+// Without an ordinary window an application is in no dock and no taskbar anyway.
 void QtProcess::becomeAccessory() {}
 
 void QtProcess::activate() {
@@ -37,8 +37,8 @@ Subscription QtProcess::onSignal(TerminationSignal signal, std::function<void()>
 void QtProcess::exit(int status) {
   beforeExit_();
   std::fflush(nullptr);
-  // A thread that waits for a slow disk may keep the process for a while, but not its windows, nor
-  // its place on the display.
+  // A thread that waits for a slow disk may keep the process alive for a while, but not its windows
+  // nor its place on the display.
   close_range(STDERR_FILENO + 1, ~0U, 0);
   std::_Exit(status);
 }

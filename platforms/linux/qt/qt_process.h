@@ -12,7 +12,7 @@ namespace pellow {
 // This process as a Qt application.
 class QtProcess final : public Process {
  public:
-  // The environment of a process that this one starts to take its place has this variable.
+  // Set in the environment of the process that this one starts to replace itself.
   static constexpr const char* relaunchedVariable = "PELLOW_RELAUNCHED";
 
   // `beforeExit` is called before the process ends without the normal termination.

@@ -11,8 +11,8 @@
 
 namespace pellow {
 
-// Its menu is shown by the host of a StatusNotifierItem, which reads it over D-Bus, or by Qt in the
-// X11 tray. A host may show it before it has asked whether it has changed.
+// The menu is shown by a StatusNotifierItem host, which reads it over D-Bus, or by Qt in the X11
+// tray. A host may show it before asking whether it has changed.
 class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
  public:
   explicit QtStatusItem(const WindowHints& hints) : hints_(hints) {
@@ -62,7 +62,7 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
     fillMenu(menu_, provider_(), setting(isExported() ? MenuKeys::asShortcuts : MenuKeys::asText));
   }
 
-  // The primary button opens the menu as well; Qt itself sees to the secondary one.
+  // The primary button opens the menu too; Qt handles the secondary one.
   void popUp() {
     if (provider_) makeMenu(provider_(), setting(MenuKeys::asText))->popup(QCursor::pos());
   }

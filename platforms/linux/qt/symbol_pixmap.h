@@ -6,11 +6,12 @@
 
 namespace pellow {
 
-// A system symbol by its name, for example "checkmark.circle.fill", in one colour on nothing:
-// `side` points square, `scale` pixels a point. Empty when there is no such symbol. Main thread.
+// A system symbol by its name, for example "checkmark.circle.fill", in one colour on a transparent
+// ground: `side` points square, `scale` pixels a point. Empty when there is no such symbol. Main
+// thread.
 QPixmap symbolPixmap(const std::string& name, const QColor& colour, int side, double scale);
 
-// A square of nothing of that size.
+// A transparent square of that size.
 QPixmap transparentPixmap(int side, double scale);
 
 }  // namespace pellow

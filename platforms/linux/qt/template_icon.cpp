@@ -15,8 +15,8 @@ namespace {
 constexpr double badgeShare = 0.4;  // of the picture's side
 constexpr double gapShare = 0.07;   // around the badge
 
-// A panel has colours of its own. A tray shows our window in the middle of it, so what is to be
-// seen in its corner, where the picture leaves room, is the panel.
+// A panel has colours of its own. A tray shows our window in the middle of it, so the window's
+// corner, which the picture leaves free, shows the panel's colour.
 QColor colourOn(const QPaintDevice* device) {
   const auto* const window = dynamic_cast<const QWidget*>(device);
   if (!window || !window->screen()) return QGuiApplication::palette().color(QPalette::WindowText);

@@ -100,7 +100,7 @@ void ViewPainter::drawContent(ViewNode& node) {
   }
 }
 
-// The radius is one of the panel, also while its content is drawn scaled.
+// The radius is the panel's, even while its content is drawn scaled.
 void ViewPainter::drawRounded(const QRectF& area, double radius) {
   painter_.drawRoundedRect(area, radius / stretch_.width(), radius / stretch_.height());
 }
@@ -123,7 +123,7 @@ void ViewPainter::drawPicture(ViewNode& node, const Picture& picture) {
   if (!shown) shown = pictures_.scaled(picture.image, side);
   const QSizeF size = QSizeF(shown->pixmap.size()) / scale_;
   QPointF origin = bounds.center() - QPointF(size.width() / 2, size.height() / 2);
-  // On whole device pixels nothing is drawn between two of them, so the picture stays sharp.
+  // On whole device pixels the picture stays sharp.
   const auto& transform = painter_.worldTransform();
   if (transform.type() <= QTransform::TxTranslate) {
     const auto corner = transform.map(origin) * scale_;
@@ -143,7 +143,7 @@ void ViewPainter::drawSymbol(const ViewNode& node, const Symbol& symbol) {
 void ViewPainter::drawLabel(const ViewNode& node, const Label& label) {
   const auto font = fontOf(label);
   const auto bounds = node.bounds();
-  // A title of another application may hold line breaks.
+  // Another application's title may hold line breaks.
   const auto text = QString::fromStdString(label.text).simplified();
   painter_.setFont(font);
   painter_.setPen(material_.colour(label.paint));
@@ -198,7 +198,7 @@ void ViewPainter::drawAsPixmap(ViewNode& node, const QTransform& toPanel) {
   painter_.drawPixmap(QRectF(origin / scale_, size), pixmap, QRectF(pixmap.rect()));
 }
 
-// Turned already, as turning pixels afterwards would blur them.
+// Turned while it is drawn: turning pixels afterwards would blur them.
 QPixmap ViewPainter::makePixmap(ViewNode& node, double rotation) {
   QTransform turn;
   turn.rotate(rotation);

@@ -33,7 +33,7 @@ class FormerChildren {
  public:
   explicit FormerChildren(std::vector<NodePointer> children) : children_(std::move(children)) {}
 
-  // The one with this key, which is then no longer among them. Most often it is the next one.
+  // Removes and returns the one with this key; most often it is the next one.
   NodePointer take(const std::string& key, bool& comesNext) {
     comesNext = next_ < children_.size() && children_[next_] && children_[next_]->key == key;
     if (comesNext) return std::move(children_[next_++]);
@@ -65,10 +65,10 @@ class FormerChildren {
   std::optional<Places> places_;  // only where the order changes
 };
 
-// Takes over one tree into the nodes of the one before, and notes what looks different.
+// Carries a tree over into the nodes of the one before, and notes what looks different.
 class Reconciliation {
  public:
-  // `isCovered` where all of the view has been noted already, as it was and as it will be.
+  // `isCovered`: all of the view is noted already, as it was and as it will be.
   NodePointer take(NodePointer node, View&& view, const ViewRect& frame, double parentHeight,
                    const QTransform& parentToPanel, bool isCovered) {
     const bool isNew = !node;
@@ -100,7 +100,7 @@ class Reconciliation {
     for (auto& view : views) {
       bool comesNext = false;
       auto known = before.take(view.key, comesNext);
-      // Else it now stands above others than before.
+      // Otherwise it now stands above other nodes than before.
       if (known && !comesNext && !areCovered) damage(known, height, toPanel, true);
       const auto frame = view.frame;
       node.children.push_back(
@@ -144,7 +144,7 @@ QRectF ViewNode::extent() const {
 
 std::vector<QRectF> ViewTree::update(View root) {
   if (root_ && root_->key != root.key) root_.reset();
-  // The panel is as large as the root, wherever the root says that it stands.
+  // The panel is as large as the root, wherever the root says it is.
   const ViewRect frame({}, root.frame.size);
   Reconciliation reconciliation;
   root_ = reconciliation.take(root_, std::move(root), frame, frame.height(), {}, false);

@@ -29,7 +29,7 @@ struct ViewNode {
   bool isHovered = false;
   double highlight = 0;  // 0 to 1, on its way to what `isHovered` says
 
-  // What takes long to draw, as it was drawn last; empty when it has to be drawn anew.
+  // What takes long to draw, as last drawn; empty when it must be drawn anew.
   struct Drawing {
     std::shared_ptr<const PictureSource::Scaled> picture;
     QPixmap pixmap;
@@ -47,13 +47,13 @@ class ViewTree {
   // The node, and the way from its coordinates to the panel's.
   using Visitor = std::function<void(const std::shared_ptr<ViewNode>&, const QTransform& toPanel)>;
 
-  // Shows `root`. Nodes whose keys stay live on. Answers what has to be drawn again.
+  // Shows `root`. Nodes whose keys remain are kept. Answers what must be drawn again.
   std::vector<QRectF> update(View root);
 
   // Parents before their children, later siblings after earlier ones.
   void visit(const Visitor& visitor) const;
 
-  // The nodes at a point of the panel, in that order: a child counts inside its parent only.
+  // The nodes at a point of the panel, in that order: a child counts only inside its parent.
   std::vector<std::shared_ptr<ViewNode>> at(QPointF point) const;
 
   const std::shared_ptr<ViewNode>& root() const { return root_; }  // empty at first

@@ -98,8 +98,8 @@ void WindowHints::setIgnoresMouseEvents(xcb_window_t window, bool ignores) const
   xcb_flush(connection_);
 }
 
-// In the name of the user, who has asked for it: window managers keep applications from taking the
-// focus from each other, and a key or a menu of another program tells Qt no time of the press.
+// On the user's behalf: window managers stop applications from stealing the focus, and a key or a
+// menu of another program gives Qt no time of the press.
 void WindowHints::activate(xcb_window_t window) const {
   ask(window, activeWindow_, {userThroughPager, XCB_CURRENT_TIME, 0, 0});
   xcb_flush(connection_);

@@ -25,22 +25,21 @@ class WindowHints {
   // Makes a new window a dock, which is neither decorated, placed nor given the focus.
   void makePanel(xcb_window_t window) const;
 
-  // Makes the window stand on every desktop, outside of taskbars and pagers, at the level. For a
-  // window that is not mapped; window managers forget it when they take a window away.
+  // Puts the window on every desktop, off taskbars and pagers, at the level. For a window that is
+  // not mapped; window managers forget it when they take a window away.
   void prepareForMapping(xcb_window_t window, PanelLevel level) const;
 
-  // Whether the window manager has a say in the window (override-redirect). One that has puts its
-  // own window around it, which stops the pointer whatever the inner one does. For a window that
-  // is not mapped.
+  // Whether the window manager manages the window (override-redirect). If it does, the frame it
+  // adds stops the pointer, whatever the window inside does. For a window that is not mapped.
   void setManaged(xcb_window_t window, bool managed) const;
 
   // Whether the pointer goes through the window to what lies below.
   void setIgnoresMouseEvents(xcb_window_t window, bool ignores) const;
 
-  // Brings an ordinary window to the front with the keyboard, whatever has it now.
+  // Brings an ordinary window to the front and gives it the keyboard, whatever has it now.
   void activate(xcb_window_t window) const;
 
-  // Whether the window manager keeps no window in front of it but those of this set.
+  // Whether the window manager keeps only windows of this set in front of it.
   bool isInFront(xcb_window_t window, const std::set<xcb_window_t>& butFor) const;
 
   // Moves a mapped window to the level.

@@ -8,8 +8,8 @@
 namespace pellow {
 
 // The login item as a file in the user's autostart folder, which every desktop reads. Desktops
-// switch such an entry off by a key in it or by removing it, and both count. An entry of the whole
-// machine is in force where the user has none of the same name, and is overruled by one.
+// switch such an entry off by a key in it or by removing it; both count. An entry of the whole
+// machine holds unless the user has one of the same name.
 class AutostartEntry final : public LoginItem {
  public:
   // The folders hold "autostart"; the user's own comes first and is the one that is written to.

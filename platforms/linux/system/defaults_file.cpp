@@ -14,7 +14,7 @@ std::string textOf(const Values& values) {
   return values.dump(2, ' ', false, Values::error_handler_t::replace) + '\n';
 }
 
-// A file that is a link, as people who keep their settings elsewhere have it, stays one.
+// A link stays a link: some people keep their settings elsewhere.
 std::filesystem::path behindLinks(const std::filesystem::path& path) {
   std::error_code error;
   auto target = std::filesystem::weakly_canonical(path, error);

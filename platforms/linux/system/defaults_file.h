@@ -28,12 +28,12 @@ class DefaultsFile {
   // another name, and the log told.
   std::expected<std::optional<Values>, SystemError> read() const;
 
-  // For the next process: the disk is not waited for, and a loss of power may take the file.
+  // For the next process: does not wait for the disk, so a loss of power may take the file.
   std::expected<void, SystemError> publish(const Values& values) const;
 
-  // Waits until the disk has it. Two programs of one user, on two displays, may have one file, so
-  // only the values of `changed`, or their absence, are put into what it holds by then; of one key,
-  // the later write stands.
+  // Waits until the disk has it. Two programs of one user, on two displays, may share one file, so
+  // only the values of `changed`, or their absence, go into what it holds by then; the later write
+  // of a key stands.
   std::expected<void, SystemError> store(const Values& values, const Keys& changed) const;
 
  private:

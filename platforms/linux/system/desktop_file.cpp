@@ -37,8 +37,8 @@ std::string value(const DesktopFileKeys& keys, std::string_view key) {
   return found == keys.end() ? std::string() : found->second;
 }
 
-// Inside the quotes, a backslash keeps a character from meaning something, and "%" is doubled; and
-// as in every text of a desktop file, each backslash is written as two.
+// Inside the quotes a backslash escapes a character, and "%" is doubled; and as everywhere in a
+// desktop file, each backslash is written as two.
 std::string execValue(const std::filesystem::path& program) {
   std::string quoted = "\"";
   for (const char character : program.native()) {

@@ -10,7 +10,8 @@
 namespace pellow {
 namespace {
 
-// Every name its own file name: what might mean something to the file system is written as %2F.
+// A file name of its own for every name: characters special to the file system are written like
+// %2F.
 std::string safeFileName(std::string_view text) {
   std::string safe;
   for (const char c : text) {

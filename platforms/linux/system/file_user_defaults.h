@@ -11,8 +11,8 @@
 
 namespace pellow {
 
-// User defaults in two files: the settings of the user, and what is kept at once, for each display.
-// The latter needs no disk, so that nothing of what the program does to windows waits for one.
+// User defaults in two files: the user's settings, and, for each display, what must be kept at
+// once. The latter needs no disk, so that nothing done to windows waits for one.
 class FileUserDefaults final : public UserDefaults {
  public:
   struct Files {
@@ -32,7 +32,7 @@ class FileUserDefaults final : public UserDefaults {
                                        Kept kept) override;
   void registerDefaults(std::map<std::string, DefaultsValue> values) override;
 
-  // Waits a few seconds for what is not on disk yet, for an end of the process without destructors.
+  // Waits a few seconds for what is not on disk yet, when the process ends without destructors.
   void finish() { settings_.finish(); }
 
  private:

@@ -36,9 +36,9 @@ bool isStillNamed(int number, const char* path) {
          open.st_ino == named.st_ino;
 }
 
-// The new contents grow under one fixed name, so that a process that is killed leaves at most one
-// file behind and the next write takes it over. The lock keeps two processes apart; whoever waited
-// for it may find that the other has renamed the file meanwhile, and begins again.
+// The new contents are written under one fixed name, so that a killed process leaves at most one
+// file, which the next write takes over. The lock keeps two processes apart; whoever waited for it
+// may find that the other has renamed the file, and begins again.
 FileDescriptor openExclusively(const char* path) {
   for (;;) {
     FileDescriptor file(open(path, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));

@@ -17,14 +17,14 @@ namespace pellow {
 std::expected<void, SystemError> writeFileAtomically(const std::filesystem::path& file,
                                                      std::string_view contents);
 
-// The same with contents that are asked for while no other process replaces the file, so that they
-// can be made of what it holds. An error of theirs is handed on, and the file stays as it is.
+// The same, but asks for the contents while no other process can replace the file, so that they can
+// build on what it holds. Their error is passed on, and the file stays as it is.
 std::expected<void, SystemError> rewriteFileAtomically(
     const std::filesystem::path& file,
     const std::function<std::expected<std::string, SystemError>()>& makeContents);
 
-// The same without waiting for the disk: only a loss of power may leave something else. Those who
-// clean up folders of sessions are asked to leave the file alone.
+// The same without waiting for the disk: only a loss of power may leave something else. Marks the
+// file so that whoever cleans up session folders leaves it alone.
 std::expected<void, SystemError> publishFile(const std::filesystem::path& file,
                                              std::string_view contents);
 

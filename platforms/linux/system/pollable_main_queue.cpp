@@ -22,7 +22,7 @@ using Nanoseconds = std::chrono::nanoseconds;
 
 Nanoseconds now() { return std::chrono::steady_clock::now().time_since_epoch(); }
 
-// Up, so that nothing comes too early; a century stands for ever.
+// Rounds up, so that nothing comes early; a century stands for ever.
 Nanoseconds rounded(Seconds duration) {
   return std::chrono::ceil<Nanoseconds>(
       std::chrono::duration<Seconds>(std::clamp(duration, 0.0, 3e9)));
@@ -36,8 +36,7 @@ FileDescriptor makeTimer() {
 
 }  // namespace
 
-// Work that has come is a timer that is due at once, so one timer of the kernel, set to the
-// earliest of all, serves everything.
+// Posted work is a timer due at once, so one kernel timer, set to the earliest, serves everything.
 struct PollableMainQueue::State {
   // Equal moments in the order in which they came.
   using Due = std::pair<Nanoseconds, std::uint64_t>;
@@ -85,7 +84,7 @@ std::shared_ptr<PollableMainQueue::State::Item> PollableMainQueue::State::takeDu
   return item;
 }
 
-// Keeps the rhythm; ticks that were missed are left out.
+// Keeps the rhythm; missed ticks are skipped.
 void PollableMainQueue::State::repeat(std::shared_ptr<Item> item) {
   const std::lock_guard lock(mutex);
   auto& [moment, number] = item->due;

@@ -7,7 +7,7 @@
 namespace pellow {
 
 // The main queue behind a file descriptor, for whatever loop the main thread runs. The loop waits
-// for the descriptor without a time limit: nothing wakes up but due work.
+// for the descriptor without a time limit: only due work wakes it.
 class PollableMainQueue final : public MainQueue {
  public:
   PollableMainQueue();
@@ -20,8 +20,8 @@ class PollableMainQueue final : public MainQueue {
   // Readable when `runPending` has something to do.
   int fileDescriptor() const;
 
-  // Runs the work that has come and the timers that are due, one by one; what these put in waits
-  // for the next call. May be called by the work itself. Main thread.
+  // Runs posted work and due timers, one by one; what these post waits for the next call. Work may
+  // call this too. Main thread.
   void runPending();
 
  private:

@@ -53,7 +53,7 @@ void report(int pipe) {
   if (write(pipe, &reason, sizeof reason) != sizeof reason) _exit(126);
 }
 
-// From here to the new program there may be locks that other threads held: only calls that are
+// Until the new program runs, other threads' locks may stay held for ever: only calls that are
 // allowed in a signal handler.
 void becomeProgram(const Launch& launch) {
   setsid();
@@ -69,7 +69,7 @@ void becomeProgram(const Launch& launch) {
   execve(launch.command[0], launch.command.data(), launch.environment.data());
 }
 
-// The program is the child of a process that ends at once, so that it leaves nothing to wait for.
+// The process in between ends at once, so that the program leaves nothing to wait for.
 int launchThroughProcessInBetween(const Launch& launch) {
   const pid_t between = _Fork();
   if (between < 0) return errno;
@@ -84,7 +84,7 @@ int launchThroughProcessInBetween(const Launch& launch) {
   return 0;
 }
 
-// The pipe closes by itself when a program has taken the place of its last writer.
+// The pipe closes by itself when a program has replaced its last writer.
 int failureReportedBy(const FileDescriptor& pipe) {
   int reason = 0;
   for (;;) {

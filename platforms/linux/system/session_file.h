@@ -12,13 +12,13 @@ namespace pellow {
 // writes. Main thread.
 class SessionFile {
  public:
-  // Reads the file. One that cannot be read is left alone, and that is told to the log.
+  // Reads the file. One that cannot be read is left alone and logged.
   SessionFile(const std::filesystem::path& path, const Log& log);
 
   std::optional<DefaultsFile::Values> value(std::string_view key) const;
 
-  // The next process can read the value before this returns. The error says why not; the value
-  // stays in memory then, and the next call takes it along.
+  // The next process can read the value before this returns. The error says why not; the value then
+  // stays in memory, and the next call writes it too.
   std::expected<void, SystemError> set(std::string_view key, DefaultsFile::Values value);
 
  private:

@@ -95,7 +95,7 @@ SettingsFile::~SettingsFile() {
   state_->hasEnded = true;
   state_->workHasCome.notify_one();
   lock.unlock();
-  // A disk that hangs must not keep the program.
+  // A disk that hangs must not hang the program.
   if (hasWritten)
     thread_.join();
   else

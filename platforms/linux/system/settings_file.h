@@ -10,9 +10,9 @@
 namespace pellow {
 
 // The settings in their file. They are read once, when this is made; what another program sets
-// later is not seen. Changes are put together and go to the disk, which may take its time, on a
-// thread of their own. A file that cannot be read is left alone, and the settings stay in memory;
-// that, and every other failure, is told to the log. Main thread.
+// later is not seen. Changes are gathered and written on a thread of their own, since the disk may
+// be slow. A file that cannot be read is left alone, and the settings stay in memory; that and
+// every other failure is logged. Main thread.
 class SettingsFile {
  public:
   SettingsFile(const std::filesystem::path& path, const Log& log);
@@ -23,11 +23,11 @@ class SettingsFile {
 
   std::optional<DefaultsFile::Values> value(std::string_view key) const;
 
-  // On disk within a second, where the disk is not busy.
+  // On disk within a second, unless the disk is busy.
   void set(std::string_view key, DefaultsFile::Values value);
   void remove(std::string_view key);
 
-  // Waits until the disk has everything, for a few seconds at most; then the log is told.
+  // Waits until the disk has everything, for a few seconds at most; failing that, logs it.
   void finish();
 
  private:

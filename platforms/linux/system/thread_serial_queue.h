@@ -8,9 +8,8 @@
 
 namespace pellow {
 
-// A serial queue on a thread of its own, which sleeps while there is no work. Its subscriptions may
-// also be dropped by the work itself, which then goes on to its end. The queue does not end in its
-// own work.
+// A serial queue on a thread of its own, which sleeps while there is no work. Work may drop its own
+// subscription and still runs to its end. Work must not destroy its queue.
 class ThreadSerialQueue final : public SerialQueue {
  public:
   explicit ThreadSerialQueue(const std::string& label);

@@ -12,8 +12,8 @@ std::filesystem::path homeFolder();
 // Of XDG_CONFIG_HOME, else ~/.config.
 std::filesystem::path configurationFolder();
 
-// Where programs keep what need not outlive the session: of XDG_RUNTIME_DIR, which is in memory;
-// where there is no such folder to write to, of XDG_STATE_HOME, else ~/.local/state.
+// For what need not outlive the session: of XDG_RUNTIME_DIR, which is in memory; if that cannot be
+// written to, of XDG_STATE_HOME, else ~/.local/state.
 std::filesystem::path sessionFolder();
 
 }  // namespace pellow

@@ -9,7 +9,7 @@
 
 namespace pellow {
 
-// A version of the program that a feed tells of.
+// A version of the program in a feed.
 struct AppcastItem {
   std::string version;         // to compare
   std::string displayVersion;  // for people

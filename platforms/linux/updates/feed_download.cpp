@@ -43,7 +43,7 @@ void FeedDownload::finish() {
   if (answer) answer(received_.toStdString());
 }
 
-// The answer may end the download: nothing of it is touched afterwards.
+// The answer may end the download: touch nothing of it afterwards.
 void FeedDownload::giveUp(std::string_view why) {
   auto problem = SystemError{fmt::format("Could not read {}: {}.", address_, why)};
   reply_->disconnect();

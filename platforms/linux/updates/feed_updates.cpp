@@ -37,7 +37,7 @@ void FeedUpdates::setAutomaticallyChecks(bool automatically) {
 
 std::optional<Seconds> FeedUpdates::sinceLastCheck() const {
   if (!around_.defaults.value(lastCheckKey)) return std::nullopt;
-  // A clock that was set back must not keep the next check away.
+  // A clock that was set back must not put off the next check.
   return std::max(around_.now() - number(around_.defaults, lastCheckKey), 0.0);
 }
 

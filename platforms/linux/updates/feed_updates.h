@@ -17,8 +17,8 @@
 
 namespace pellow {
 
-// Looks for newer versions in an appcast feed, and never installs one: whoever asks is shown the
-// way to the download page. Without a feed it never looks. Looks once a day on its own, and at once
+// Looks for newer versions in an appcast feed and never installs one: it shows whoever asks the way
+// to the download page. Without a feed it never looks. Looks once a day on its own, and at once
 // when the last time is longer ago; "SUEnableAutomaticChecks" and "SULastCheckTime" (seconds since
 // 1970) in the user defaults say whether, and when the last time was.
 class FeedUpdates final : public UpdateFramework {

@@ -8,9 +8,9 @@
 
 namespace pellow {
 
-// Hears of the window that gets the keys. A window that loses them and gets them back is no news,
-// for a menu of the window manager does that; one that was away in between, iconified or unmapped,
-// is. Main thread.
+// Hears of the window that gets the keyboard. A window that loses it and gets it back is no news,
+// for a window manager's menu does that, unless it was iconified or unmapped in between. Main
+// thread.
 class ActiveWindow {
  public:
   struct Change {

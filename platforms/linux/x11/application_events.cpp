@@ -51,7 +51,7 @@ void ApplicationEvents::watch(xcb_window_t window, ProcessID pid) {
   if (found.empty()) return;
   auto& watched = watched_[window];
   watched = {.pid = pid, .window = found.front().key()};
-  // A dialog goes with the window that it belongs to; that says nothing about the dialog.
+  // A dialog goes with its window; that says nothing about the dialog.
   const auto kind = found.front().kind;
   if (kind == WindowKind::furniture || kind == WindowKind::dialog) return;
   watched.isMinimized = isMinimized(server_, found.front().state, deadline);
@@ -74,13 +74,13 @@ void ApplicationEvents::windowChanged(xcb_window_t window) {
   if (!server_.windowManagerSupports(server_.atoms().netWMStateHidden) || isDesktopShown()) return;
   const auto application = applications_.find(watched.pid);
   if (application == applications_.end()) return;
-  // Copies stay when a handler makes the maps change.
+  // Copies: a handler may change the maps.
   const auto handlers = application->second.minimized;
   const auto key = watched.window;
   handlers.notify(key);
 }
 
-// Everything that is out of the way for a look at the desktop comes back by itself.
+// What is out of the way to show the desktop comes back by itself.
 bool ApplicationEvents::isDesktopShown() const {
   auto& connection = server_.connection();
   const auto property = connection.property(connection.root(), server_.atoms().netShowingDesktop)

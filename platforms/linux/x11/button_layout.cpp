@@ -13,8 +13,8 @@ struct Word {
   TitleButton button;
 };
 
-// Spacers and what only few windows have (help, the menu of an application) are not here: they take
-// next to no room.
+// Spacers and rare buttons (help, the menu of an application) are not here: they take next to no
+// room.
 constexpr std::array names{
     Word{"minimize", TitleButton::minimize}, Word{"maximize", TitleButton::maximize},
     Word{"close", TitleButton::close},       Word{"shade", TitleButton::shade},

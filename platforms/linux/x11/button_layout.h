@@ -37,8 +37,8 @@ struct ButtonPlace {
   bool operator==(const ButtonPlace&) const = default;
 };
 
-// Where the minimize button is in a title bar that leaves out buttons of which its window has no
-// use; nothing when it has none.
+// Where the minimize button is in a title bar that leaves out buttons its window has no use for;
+// nothing when it has none.
 std::optional<ButtonPlace> minimizePlace(const ButtonLayout& layout,
                                          const std::function<bool(TitleButton)>& isShown);
 

@@ -77,7 +77,7 @@ std::vector<ProcessID> owningProcesses(X11Server& server, const std::vector<xcb_
   std::vector<ProcessID> owners;
   std::set<Client> clients;
   for (const auto window : windows) {
-    // A process that has ended may have left the number of its window to another.
+    // The number of an ended process's window may now be another's.
     const auto known = server.knownOwner(window).value_or(0);
     owners.push_back(isAlive(known) ? known : 0);
     if (owners.back() == 0) clients.insert(clientOf(connection, window));

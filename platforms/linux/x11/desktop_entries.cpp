@@ -130,7 +130,7 @@ void DesktopEntries::buildIndexes() {
   byWindowClass_.clear();
   byID_.clear();
   byLastPart_.clear();
-  // Entries of menus first: a helper of an application may share its window class.
+  // Menu entries first: an application's helper may share its window class.
   for (const bool shown : {true, false}) {
     for (const auto& [id, entry] : entries_) {
       if (entry.isShown != shown) continue;

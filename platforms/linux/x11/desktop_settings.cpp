@@ -37,7 +37,7 @@ std::optional<Pipe> makePipe() {
   return Pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
 }
 
-// A program that writes to `output` and hears and says nothing else; 0 when it does not start.
+// Starts a program that reads nothing and writes only to `output`; 0 when it does not start.
 pid_t start(const std::vector<std::string>& command, int output) {
   std::vector<char*> arguments;
   for (const auto& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
@@ -86,7 +86,7 @@ std::optional<std::string> outputOf(const std::vector<std::string>& command, Dea
   return isWell ? text : std::nullopt;
 }
 
-// The settings as the daemon lays them out: numbers in the order of bytes that it states.
+// The settings as the daemon lays them out: numbers in the byte order that it states.
 class Announcement {
  public:
   explicit Announcement(std::string_view bytes) : bytes_(bytes) {}
@@ -123,7 +123,7 @@ class Announcement {
     }
     return value;
   }
-  // A text of this length, and what fills it up to a multiple of four.
+  // A text of this length, padded to a multiple of four.
   std::string_view padded(std::uint32_t length) {
     const auto text = at_ < bytes_.size() ? bytes_.substr(at_, length) : std::string_view();
     at_ += (std::size_t{length} + 3) / 4 * 4;

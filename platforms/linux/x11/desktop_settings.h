@@ -13,7 +13,7 @@ namespace pellow {
 // there is no such setting, or no answer in time.
 
 // A line "key<separator>value" of a text file, under "[group]" unless the group is empty. White
-// space around both is no part of them.
+// space around both does not count.
 std::optional<std::string> fileSetting(const std::filesystem::path& file, std::string_view group,
                                        std::string_view key, char separator);
 

@@ -7,8 +7,8 @@
 
 namespace pellow {
 
-// Brings what a drawable shows into memory: through memory that is shared with the X server where
-// both are on one machine, else over the connection. For one thread.
+// Copies what a drawable shows: through memory shared with the X server if both are on one machine,
+// else over the connection. For one thread.
 class DrawableReader {
  public:
   explicit DrawableReader(X11Connection& connection);
@@ -17,7 +17,7 @@ class DrawableReader {
   // without.
   bool canRead(std::uint8_t depth) const;
 
-  // A part that lies inside the drawable, which is not empty. Opaque where the depth has no alpha.
+  // The part lies inside the drawable and is not empty. Opaque where the depth has no alpha.
   std::expected<Pixels, AXError> read(xcb_drawable_t drawable, std::uint8_t depth,
                                       const PixelRect& part, Deadline deadline);
 

@@ -10,7 +10,7 @@ namespace pellow {
 
 namespace {
 
-// How the units in which an application counts in a window become pixels of the X screen.
+// From an application's units in a window to pixels of the X screen.
 struct Units {
   PixelPoint origin;
   int scale = 1;
@@ -21,7 +21,7 @@ struct Units {
   }
 };
 
-// Whether a window as an application knows it can be this one, and how it counts in it then.
+// Whether the window that an application tells of can be this one, and in which units then.
 //
 //     ┌ content, GTK 3, Chromium ─────┐
 //     │ shadow  ┌ frame ───────────┐  │
@@ -47,8 +47,7 @@ struct Found {
   Units units;
 };
 
-// The window that stands in this place or, where an application does not know the places of its
-// windows, has this size.
+// The window in this place or, if an application does not know where its windows are, of this size.
 std::optional<Found> findWindow(AccessibilityBus& bus, const AccessibleObject& application,
                                 const WindowFacts& window) {
   const auto family = bus.children({application});
@@ -93,7 +92,7 @@ std::optional<HeaderBars::Buttons> HeaderBars::buttons(const WindowFacts& window
   std::unique_lock lock(mutex_);
   std::erase_if(readings_, [&](const Reading& reading) { return reading.expiry <= now; });
   const auto known = std::ranges::find_if(readings_, isThis);
-  // An application that has told nothing would not have told more about another size.
+  // An application that has told nothing would tell no more about another size.
   if (known != readings_.end() && (!known->buttons || known->size == size)) {
     told = known->buttons;
   } else {

@@ -22,7 +22,7 @@ class HeaderBars {
 
   // Of a window whose state and frame are known. Nothing when no accessibility bus runs, or the
   // application is not on it or has told nothing after half of the time until the deadline.
-  // Remembers every answer for some seconds, also that there was none.
+  // Remembers every answer for some seconds, even that there was none.
   std::optional<Buttons> buttons(const WindowFacts& window, Deadline deadline);
 
  private:

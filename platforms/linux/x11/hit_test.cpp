@@ -46,7 +46,7 @@ Windows childrenOfAll(X11Connection& connection, const Windows& parents, Deadlin
   return children;
 }
 
-// The client that a frame is around: a child of it, or of a window in between.
+// The client in a frame: its child, or that of a window in between.
 std::optional<xcb_window_t> clientIn(X11Server& server, xcb_window_t frame, const Clients& clients,
                                      Deadline deadline) {
   constexpr int deepest = 3;
@@ -83,7 +83,7 @@ std::expected<std::optional<Hit>, AXError> hitTest(X11Server& server, TitleBars&
   const ProcessID pid = owningProcesses(server, {*client}, deadline).front();
   if (found.empty() || pid == 0) return std::nullopt;
   Hit hit{.window = std::move(found.front()), .pid = pid};
-  // What a frame is around has no title bar inside.
+  // A window with a frame has no title bar inside.
   const bool hasFrame = hit.window.outerCorner != hit.window.content.origin();
   if (isInside && hasFrame) return hit;
   const auto button = titleBars.minimizeButton(*client, deadline);

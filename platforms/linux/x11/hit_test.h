@@ -14,8 +14,8 @@ struct Hit {
   bool isMinimizeButton = false;  // of the window
 };
 
-// Nothing where no window manager's client and no frame around one is met: on the bare desktop, on
-// menus and tooltips. Windows that take no input are not met.
+// Nothing where there is neither a window manager's client nor a frame: on the bare desktop, on
+// menus and tooltips. Windows that take no input do not count.
 std::expected<std::optional<Hit>, AXError> hitTest(X11Server& server, TitleBars& titleBars,
                                                    PixelPoint point, Deadline deadline);
 

@@ -57,7 +57,7 @@ bool InstanceLock::awaitEndOf(xcb_window_t owner, Deadline deadline) {
   const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
   xcb_change_window_attributes(connection_.raw(), owner, XCB_CW_EVENT_MASK, &mask);
   while (const auto event = connection_.waitForEvent(deadline)) {
-    // One that had gone before answers with an error.
+    // One that is already gone answers with an error.
     const auto type = event->response_type & 0x7f;
     if (type == 0) return true;
     if (type == XCB_DESTROY_NOTIFY &&

@@ -11,8 +11,8 @@ class InstanceLock {
   // `connection` must live as long as the claim.
   explicit InstanceLock(X11Connection& connection);
 
-  // Claims it where nobody has it. The error says that another program has it, or that the server
-  // did not answer: then nobody knows, and nothing is claimed.
+  // Claims it if it is free. The error says that another program has it, or that the server did not
+  // answer; then nothing is claimed.
   std::expected<void, SystemError> claim();
   // The same, but blocks until the other program has gone, `timeout` at most.
   std::expected<void, SystemError> wait(Seconds timeout);

@@ -19,7 +19,7 @@ void ParkingGuard::handle(const xcb_generic_event_t& event) {
   if ((event.response_type & 0x7f) != XCB_CONFIGURE_NOTIFY) return;
   const auto& configure = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
   moved_.insert(configure.window);
-  // What a window manager sends says where on the screen a window stands: mostly where it was put.
+  // A window manager's own events say where on the screen a window is: mostly where it was put.
   const bool isOfWindowManager = event.response_type & 0x80;
   const PixelRect place{configure.x, configure.y, configure.width, configure.height};
   if (!isOfWindowManager || server_.layout().showsMostOf(place))

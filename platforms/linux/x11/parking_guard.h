@@ -6,17 +6,17 @@
 
 namespace pellow {
 
-// Puts windows that are parked beyond the monitors back there when they are dragged into sight by a
-// window manager that takes over, that arranges the windows on other monitors than before, or that
-// does only now what it was asked before they were parked without it. One that is brought back at
-// any other time is left alone: that is the will of the user. Main thread.
+// Puts windows parked beyond the monitors back there when a window manager drags them into sight:
+// one that takes over, that arranges them on changed monitors, or that only now does what it was
+// asked before they were parked without it. A window that comes back at any other time is left
+// alone: the user wants it. Main thread.
 class ParkingGuard {
  public:
   ParkingGuard(X11Server& server, WindowManager& windowManager)
       : server_(server), windowManager_(windowManager) {}
 
-  // The window manager may arrange all windows for a moment: it is a new one and has adopted them,
-  // or the monitors have changed.
+  // For a moment the window manager may rearrange all windows: a new one has adopted them, or the
+  // monitors have changed.
   void arrangementBegins();
 
   // Notes an event of a window; the next `dispatch` acts on it.

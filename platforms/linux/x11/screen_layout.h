@@ -9,8 +9,7 @@
 namespace pellow {
 
 // The monitors on the X screen, and the way between its pixels and the program's points. The
-// primary monitor, which may stand anywhere on the X screen, is the origin of both spaces of
-// points.
+// primary monitor, which may be anywhere on the X screen, is the origin of both point spaces.
 //
 //     X screen (pixels)              Quartz space (points)
 //     (0,0)┌───────┐                 (-960,0)┌───────┐

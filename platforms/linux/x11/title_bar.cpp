@@ -199,7 +199,7 @@ ButtonLayout gtkLayout(X11Server& server, Deadline deadline) {
   if (!text)
     text = fileSetting(configurationFolder() / "gtk-3.0" / "settings.ini", "Settings", name, '=');
   auto layout = ButtonLayout::fromNames(text.value_or("menu:minimize,maximize,close"));
-  // Its menu is that of an application, which next to none has.
+  // Its menu button is for the application's menu, which hardly any application has.
   std::erase(layout.left, TitleButton::menu);
   std::erase(layout.right, TitleButton::menu);
   return layout;
@@ -213,7 +213,7 @@ ButtonLayout usualLayout(X11Server&, Deadline) {
 
 // What is known of a window manager.
 struct TitleBarStyle {
-  std::string_view windowManager;  // how the name begins that it gives itself
+  std::string_view windowManager;  // the start of its name for itself
   ButtonLayout (*readLayout)(X11Server&, Deadline);
   // The window of the frame that is the button; null where buttons are painted.
   std::optional<Piece> (*buttonWindow)(const Bar&, const ButtonLayout&);
@@ -228,7 +228,7 @@ constexpr TitleBarStyle headerBar{"", gtkLayout, nullptr, 0.87};
 constexpr int headerBarHeight = 46;  // points
 constexpr int headerBarEdge = 4;     // points, where it is drawn without a shadow
 
-// The last one stands for all that are not known.
+// The last one is for unknown window managers.
 constexpr std::array styles{
     TitleBarStyle{"Openbox", noLayout, openboxButton},
     TitleBarStyle{"Xfwm4", noLayout, xfwmButton},
@@ -273,8 +273,8 @@ PixelRect headerBarArea(const WindowFacts& window, bool hasShadow, double scale)
           static_cast<int>(std::lround(headerBarHeight * scale))};
 }
 
-// An application may leave out buttons of the layout, and its own may stand in their place: then
-// one cannot tell which is which.
+// An application may leave out buttons of the layout and put its own in their place: then nobody
+// can tell which is which.
 std::optional<PixelRect> toldAt(const HeaderBars::Buttons& told, const Bar& bar,
                                 const ButtonLayout& layout, const ButtonPlace& place) {
   const auto& buttons = place.isLeft ? told.left : told.right;

@@ -25,7 +25,7 @@ struct TitleBarStyle;
 //   GTK header bars           where the application says its buttons are, told apart by the layout;
 //                             painted ones with the height of the usual theme where it says nothing
 //
-// Any thread. Reads settings anew after some seconds; never waits beyond the deadline.
+// Any thread. Rereads settings after some seconds; never waits past the deadline.
 class TitleBars {
  public:
   explicit TitleBars(X11Server& server) : server_(server), headerBars_(server) {}

@@ -13,8 +13,8 @@ void WindowEvents::select(xcb_window_t window) {
   const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
   const auto cookie =
       xcb_change_window_attributes_checked(events_.raw(), window, XCB_CW_EVENT_MASK, &mask);
-  // Waits, for a look at the window over another connection must not overtake the selection. The
-  // window may be gone; that is for the look to find.
+  // Waits, so that no look at the window over another connection overtakes the selection. The
+  // window may be gone; the look finds out.
   (void)events_.check(cookie, deadlineIn(serverPatience));
 }
 
@@ -23,7 +23,7 @@ void WindowEvents::handle(const xcb_generic_event_t& event) {
     case XCB_DESTROY_NOTIFY: {
       const auto window = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
       changed_.insert(window);
-      selected_.erase(window);  // another may come under its number
+      selected_.erase(window);  // another window may get its number
       break;
     }
     case XCB_UNMAP_NOTIFY:
@@ -53,7 +53,7 @@ void WindowEvents::dispatch() {
   for (const auto window : std::exchange(changed_, {})) {
     const auto found = observers_.find(window);
     if (found == observers_.end()) continue;
-    // A copy shares the handlers, and stays when they make the map change.
+    // A copy shares the handlers: they may change the map.
     const auto observers = found->second;
     observers.notify();
   }

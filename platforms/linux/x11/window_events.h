@@ -10,15 +10,15 @@
 
 namespace pellow {
 
-// Hears of what becomes of single windows: mapped, unmapped, iconified, destroyed, or with another
+// Hears of what becomes of single windows: mapped, unmapped, iconified, destroyed, or given another
 // share of the screen. Main thread.
 class WindowEvents {
  public:
   // `events` is the connection whose events the desktop hands on.
   WindowEvents(X11Server& server, X11Connection& events) : server_(server), events_(events) {}
 
-  // Calls `changed` after every such change, from this call on. What has changed is for a look at
-  // the window to tell.
+  // Calls `changed` after every such change from now on. A look at the window tells what has
+  // changed.
   Subscription observe(xcb_window_t window, std::function<void()> changed);
 
   // Notes an event; the observers hear of it with the next `dispatch`.

@@ -9,8 +9,8 @@
 namespace pellow {
 
 // What _PELLOW_STATE holds: which states the window has left, whether it was put away and whether
-// it has arrived there, and, once it is known, where the frame of the window stood without these
-// states, and where it was put.
+// it has arrived there, and, once known, where the window's frame stood without these states and
+// where it was put.
 struct WindowManager::LeftState {
   static constexpr std::uint32_t horizontal = 1;
   static constexpr std::uint32_t vertical = 2;
@@ -75,8 +75,8 @@ constexpr Facet placeFacets = Facet::state | Facet::frame;
 
 }  // namespace
 
-// Something that the window manager answers in turn, after all that it was asked before. Both are
-// about a window that is never shown.
+// A question that the window manager answers after everything it was asked before. Both are about a
+// window that is never shown.
 class WindowManager::Question {
  public:
   // How large its frame would be. That costs the window manager a good deal of work, and not all
@@ -87,8 +87,8 @@ class WindowManager::Question {
                                             server.atoms().netRequestFrameExtents, {});
     return question;
   }
-  // That it may grow. The server redirects that to the window manager, which has to grant it to
-  // windows that it does not manage (ICCCM); so everybody answers.
+  // Whether it may grow. The server redirects that to the window manager, which must grant it to
+  // windows it does not manage (ICCCM); so all answer.
   static std::unique_ptr<Question> aboutSize(X11Server& server) {
     std::unique_ptr<Question> question(new Question(server.connection()));
     const std::uint32_t width = 2;
@@ -126,8 +126,8 @@ class WindowManager::Question {
   xcb_window_t window_;
 };
 
-// Hears of everything that happens to a window, for as long as somebody waits for it: a connection
-// that listened all the time would have to be read all the time.
+// Hears of everything that happens to a window, but only while somebody waits for it: a connection
+// that always listened would always have to be read.
 class WindowManager::Watch {
  public:
   Watch(X11Server& server, xcb_window_t window)
@@ -173,7 +173,7 @@ class WindowManager::Watch {
     if (question_ && question_->isAnsweredBy(event)) return isAnswered_ = true;
     // The window is gone, or something of it has changed.
     if (type == 0 || type == XCB_PROPERTY_NOTIFY) return true;
-    // The events of structure all begin in the same way.
+    // All structure events begin alike.
     const auto& structure = reinterpret_cast<const xcb_unmap_notify_event_t&>(event);
     return structure.window == window_ || structure.window == frame_;
   }
@@ -188,8 +188,8 @@ class WindowManager::Watch {
 std::expected<WindowFacts, AXError> WindowManager::waitUntil(const WindowKey& window, Facet facets,
                                                              Seconds patience, Deadline deadline,
                                                              const Condition& condition) {
-  // The requests that a caller made before are on their way; the selection of events follows them,
-  // and the first look comes after it, so that nothing is missed.
+  // The caller's requests are on their way; selecting events follows them, and the first look
+  // follows that, so nothing is missed.
   Watch watch(server_, window.window);
   std::optional<Deadline> end;
   for (;;) {
@@ -200,7 +200,7 @@ std::expected<WindowFacts, AXError> WindowManager::waitUntil(const WindowKey& wi
   }
 }
 
-// While it moves nobody puts the window back to where it was parked.
+// While the window moves, nobody puts it back where it was parked.
 std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, QuartzPoint origin,
                                                       Deadline deadline) {
   const auto before = exchangeParked(window, std::nullopt);
@@ -208,7 +208,7 @@ std::expected<void, AXError> WindowManager::moveFrame(const WindowKey& window, Q
   server_.connection().flush();
   exchangeParked(window, parked ? *parked : before);
   if (!parked) return std::unexpected(parked.error());
-  // It may have acted just before anybody minded.
+  // The window manager may have acted just before the window counted as parked.
   if (*parked && !hasPassed((*parked)->lateUntil)) noteParkedMoved(window, deadline);
   return {};
 }
@@ -253,7 +253,7 @@ std::expected<std::optional<WindowManager::Parked>, AXError> WindowManager::chan
   return std::nullopt;
 }
 
-// What the dead one has asked for happens before anybody looks, and before windows of this process
+// What the dead Pellow asked for happens before anybody looks, and before windows of this process
 // may get the numbers of its windows.
 void WindowManager::catchUp() {
   auto& connection = server_.connection();
@@ -274,9 +274,9 @@ void WindowManager::finishInterruptedMoves() {
     const bool isPutAway = left.states & LeftState::putAway;
     const bool isOnItsWay = left.states & LeftState::onItsWay;
     if (layout.showsMostOf(window.frame)) {
-      // It has left its states to go, and has not gone; or it has come back without them.
+      // It left its states to move and has not moved; or it came back without them.
       const bool isInterrupted = !isPutAway || isOnItsWay || left.origin == window.frame.origin();
-      // The window manager has allowed a part of the way, and that in sight.
+      // The window manager allowed part of the way, still in sight.
       if (isOnItsWay && left.origin) askForMove(window, *left.origin);
       if ((left.states & ~LeftState::onItsWay) == LeftState::putAway) remember(window, {});
       if (!left.isFixed() || LeftState::of(window.state).isFixed() || !isInterrupted) continue;
@@ -284,7 +284,7 @@ void WindowManager::finishInterruptedMoves() {
       remember(window, {});
     } else if (isPutAway && left.parkedPlace && *left.parkedPlace != window.frame.origin() &&
                !layout.showsMostOf(window.frame.at(*left.parkedPlace))) {
-      // The window manager has allowed a part of the way, and the rest was not made.
+      // The window manager allowed part of the way, and the rest was never made.
       (void)pushFrame(window, *left.parkedPlace, deadline);
     }
   }
@@ -311,7 +311,7 @@ std::optional<WindowManager::Parked> WindowManager::exchangeParked(const WindowK
 }
 
 void WindowManager::parkAgain(const WindowKey& window, Deadline deadline) {
-  // Kept until the end, so that a move back on another thread comes after this one.
+  // Held to the end, so that a move back on another thread comes after this one.
   const std::lock_guard lock(parkedMutex_);
   const auto parked = parked_.find(window.window);
   if (parked == parked_.end() || parked->second.id != window.id) return;
@@ -349,8 +349,8 @@ void WindowManager::noteParkedMoved(const WindowKey& window, Deadline deadline) 
   server_.connection().flush();
 }
 
-// The place of the outer corner: window managers agree on this gravity best. The size is there
-// because fluxbox makes a window of which it is not told grow by its title bar.
+// The place of the outer corner: window managers agree best on this gravity. The size is there
+// because without it fluxbox makes a window grow by its title bar.
 void WindowManager::askForMove(const WindowFacts& window, PixelPoint target) {
   constexpr std::uint32_t gravity = XCB_GRAVITY_NORTH_WEST;
   constexpr std::uint32_t hasPlaceAndSize = 0xfu << 8;
@@ -397,7 +397,7 @@ std::expected<WindowManager::Moved, AXError> WindowManager::lookAfterMove(const 
   while (watch.wait(prompt)) {
     auto facts = look(server_, window.key(), placeFacets, deadline);
     if (!facts) return std::unexpected(facts.error());
-    // Wherever it has gone, it is as far as the window manager lets it.
+    // Wherever it went, that is as far as the window manager lets it.
     if (hasMoved(*facts)) return Moved{std::move(*facts)};
   }
   auto facts = lookAfterItActed(watch, window.key(), deadline, [&](const WindowFacts& now) {
@@ -414,7 +414,7 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(Watch& watch
                                                                     const Condition& isDone) {
   if (server_.windowManagerSupports(server_.atoms().netRequestFrameExtents))
     watch.ask(Question::aboutFrame(server_));
-  // Its time begins when it has been handed the request: the server may keep all waiting.
+  // Its time starts when it has the request: the server may keep everybody waiting.
   std::optional<Deadline> end;
   for (;;) {
     const bool isAnswered = watch.isAnswered();
@@ -425,11 +425,10 @@ std::expected<WindowFacts, AXError> WindowManager::lookAfterItActed(Watch& watch
   }
 }
 
-// Window managers keep a part of a window on the screen, some of them a large one. So the window
-// that frames the client, or the client itself where it has no frame, is moved past them: the
-// server redirects to the window manager only what is done to windows without this flag. The window
-// manager believes the window to be at the place that it has allowed, and brings it back from there
-// like any other.
+// Window managers keep part of a window on the screen, some of them a large one. So the frame, or
+// the client itself where it has none, is moved past them: the server redirects to the window
+// manager only what is done to windows without this flag. The window manager believes the window to
+// be where it allowed it, and brings it back from there like any other.
 std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window, PixelPoint target,
                                                       Deadline deadline) {
   const bool isFramed = window.parent != server_.connection().root();
@@ -437,8 +436,8 @@ std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window,
       isFramed ? outermostWindow(server_, window.parent, deadline) : window.window;
   if (!frameWindow) return std::unexpected(frameWindow.error());
   auto& connection = server_.connection();
-  // The window manager may be late and move the window just now; nothing may happen between the
-  // look and the move.
+  // A late window manager may move the window right now; nothing may come between the look and the
+  // move.
   xcb_grab_server(connection.raw());
   const Subscription release([&] {
     xcb_ungrab_server(connection.raw());
@@ -448,8 +447,8 @@ std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window,
       xcb_get_geometry(connection.raw(), *frameWindow));
   const auto now = WindowLook(server_, connection, window.window, Facet::frame).collect(deadline);
   if (!now) return std::unexpected(now.error());
-  // Another window manager has framed it meanwhile, or none does any more: what was its outermost
-  // window may now be one inside of a frame.
+  // Another window manager has framed it meanwhile, or none does any more: its former outermost
+  // window may now be inside a frame.
   if (now->parent != window.parent) return pushFrame(*now, target, deadline);
   const auto geometry = pending.collect(deadline);
   if (!geometry) return std::unexpected(geometry.error());
@@ -467,7 +466,7 @@ std::expected<void, AXError> WindowManager::pushFrame(const WindowFacts& window,
   return {};
 }
 
-// To leave, full screen goes first; to take up, it comes last: what it covers is kept below it.
+// Full screen is left first and taken up last: the states it covers are kept below it.
 void WindowManager::changeStates(const WindowFacts& window, const LeftState& states, bool add) {
   const auto& atoms = server_.atoms();
   const auto change = [&](xcb_atom_t first, xcb_atom_t second) {
@@ -494,7 +493,7 @@ std::expected<WindowFacts, AXError> WindowManager::leaveStates(const WindowFacts
   // A window that was maximized before it became full screen may be so again after it.
   for (int step = 0; step < 2 && LeftState::of(now.state).isFixed(); ++step) {
     left.states |= LeftState::of(now.state).states;
-    // First the memory, then the deed: a crash in between leaves nothing to repair.
+    // Remembered first: a crash in between leaves nothing to repair.
     remember(window, left);
     changeStates(now, LeftState::of(now.state), false);
     auto facts = lookAfterStateChange(now, deadline);
@@ -502,7 +501,7 @@ std::expected<WindowFacts, AXError> WindowManager::leaveStates(const WindowFacts
     now = std::move(*facts);
   }
   if (LeftState::of(now.state).isFixed()) {
-    // It may do the one later, and then it does the other.
+    // If it still does the one, it then does the other too.
     changeStates(window, left, true);
     remember(window, {});
     return std::unexpected(AXError::cannotComplete);
@@ -569,7 +568,7 @@ bool WindowManager::waitForIconified(const WindowKey& window, bool iconified, Se
   return facts ? isDone(*facts) : facts.error() == AXError::invalidUIElement;
 }
 
-// Some window managers do not iconify a shaded window, others forget then that it was shaded.
+// Some window managers do not iconify a shaded window, others then forget that it was shaded.
 void WindowManager::unshade(const WindowKey& window, Deadline deadline) {
   const auto facts = look(server_, window, placeFacets, deadline);
   if (!facts) return;
@@ -622,7 +621,7 @@ std::expected<void, AXError> WindowManager::minimize(const WindowKey& window, De
   if (!facts) return std::unexpected(facts.error());
   if (isMinimized(server_, facts->state, deadline)) return {};
   if (iconify({window}, deadline)) return {};
-  // What has happened by now is undone. What happens later, the observers of the window hear of.
+  // Undoes what has happened by now; the window's observers hear of what happens later.
   xcb_map_window(server_.connection().raw(), window.window);
   server_.connection().flush();
   return std::unexpected(AXError::cannotComplete);

@@ -12,9 +12,9 @@
 
 namespace pellow {
 
-// Asks the window manager to do things with windows, and answers once it has done them. Whatever it
-// does is bounded by the deadline and by a moderate time of its own, for a window manager may
-// refuse without a word. Any thread.
+// Asks the window manager to do things with windows, and answers once it has. Every call is bounded
+// by the deadline and by a moderate time of its own, for a window manager may refuse without a
+// word. Any thread.
 class WindowManager {
  public:
   explicit WindowManager(X11Server& server) : server_(server), titleBars_(server) {}
@@ -29,22 +29,22 @@ class WindowManager {
   std::expected<void, AXError> moveFrame(const WindowKey& window, QuartzPoint origin,
                                          Deadline deadline);
 
-  // A Pellow that was killed in the middle of a move leaves the window half-way, or without the
-  // states that it was to take up again: makes it arrive, beyond the monitors or on them. To be
-  // called while no other Pellow runs, before anybody looks where windows are. Waits for a window
-  // manager that is busy, a few seconds at most.
+  // A Pellow killed in the middle of a move leaves the window half-way, or without the states it
+  // was to take up again. This finishes the move, beyond the monitors or on them. Call it while no
+  // other Pellow runs, before anybody looks where windows are. Waits for a busy window manager, a
+  // few seconds at most.
   void finishInterruptedMoves();
 
   struct ParkedWindow {
     WindowKey key;
-    // The window manager had not moved it when its time was over, or still arranges it after a
-    // change of its state: it may move it yet.
+    // The window manager did not move it in time, or still arranges it after a change of state: it
+    // may move it yet.
     bool isManagerLate = false;
   };
-  // Those that a move has put beyond the monitors and none has brought back. Another window manager
-  // that takes over may show a part of them; `parkAgain` puts such a window back to its place
-  // there, without waiting for the window manager. One that somebody else brings back is parked no
-  // longer; `noteParkedMoved` finds out, and puts back what a late window manager has moved.
+  // Those that a move has put beyond the monitors and none has brought back. A window manager that
+  // takes over may show part of them; `parkAgain` puts such a window back in its place there,
+  // without waiting for the window manager. One that somebody else brings back is no longer parked;
+  // `noteParkedMoved` finds out, and puts back what a late window manager has moved.
   std::vector<ParkedWindow> parkedWindows() const;
   void parkAgain(const WindowKey& window, Deadline deadline);
   void noteParkedMoved(const WindowKey& window, Deadline deadline);
@@ -55,8 +55,8 @@ class WindowManager {
   // Brings the window to the current desktop, too.
   std::expected<void, AXError> unminimize(const WindowKey& window, Deadline deadline);
 
-  // The same for many at once and with no regard to whom they are hidden for; false when one of
-  // them does not follow. Windows that are gone do not count.
+  // The same for many at once, whoever they are hidden for; false when one of them does not follow.
+  // Windows that are gone do not count.
   bool iconify(const std::vector<WindowKey>& windows, Deadline deadline);
   bool deiconify(const std::vector<WindowKey>& windows, Deadline deadline);
 

@@ -18,8 +18,8 @@ namespace {
 
 using std::chrono::steady_clock;
 
-// An application that is told to draw a window does so in several steps, and nothing tells which is
-// the last one: it is taken to be over when it has drawn nothing for a moment.
+// An application draws a window in several steps, and nothing tells which is the last: it counts as
+// done when it has drawn nothing for a moment.
 constexpr Seconds leastRepaintTime = 0.06;
 constexpr Seconds quietTime = 0.03;
 constexpr Seconds repaintPatience = 0.6;

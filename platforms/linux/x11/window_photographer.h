@@ -11,10 +11,10 @@ namespace pellow {
 
 // Takes pictures of single windows: of the frame as a user sees it, without client-side shadows,
 // without what covers it and without the pointer, transparent where the window is. (Where KWin
-// composes the screen, its decoration is nowhere but there, and its place in the picture is empty.)
-// Where no compositing manager runs and part of the window cannot be seen, the window is made to
-// draw itself off the screen for a moment; one whose application does not draw in time cannot be
-// photographed. For one thread, which it may block for about a second.
+// composes the screen, its decoration is only there, and its place in the picture is empty.)
+// Without a compositing manager, a window that cannot be seen in full is made to draw itself off
+// the screen for a moment; one whose application does not draw in time cannot be photographed. For
+// one thread, which it may block for about a second.
 class WindowPhotographer {
  public:
   // Uses the calling thread's connection, on which it reads all events.

@@ -94,7 +94,7 @@ void X11Connection::keep(xcb_generic_event_t* event) {
 }
 
 std::expected<void, AXError> X11Connection::check(xcb_void_cookie_t cookie, Deadline deadline) {
-  // The reply of a request sent after it tells that the checked one has been handled.
+  // A reply to a later request tells that the checked one has been handled.
   auto fence = pending<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_));
   const auto handled = fence.collect(deadline);
   if (!handled) return std::unexpected(handled.error());

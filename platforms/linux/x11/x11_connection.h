@@ -32,13 +32,13 @@ using XEvent = XReply<xcb_generic_event_t>;
 using Deadline = std::chrono::steady_clock::time_point;
 Deadline deadlineIn(Seconds seconds);
 
-// How long the server is waited for, and how long where a wrong answer would be worse than a long
-// wait: somebody may have the server for himself.
+// How long to wait for the server, and how long where a wrong answer would be worse than a long
+// wait: another client may have grabbed the server.
 inline constexpr Seconds serverPatience = 2;
 inline constexpr Seconds longServerPatience = 30;
 
-// Whether it is over. Until it is, no request that waited for it has gone without an answer: what
-// many of them found together is whole.
+// Whether it is over. Until then, every request that waited for it was answered: what many of them
+// found together is whole.
 bool hasPassed(Deadline deadline);
 
 // What a property holds; empty when the window does not have it.
@@ -53,8 +53,8 @@ struct XProperty {
   bool contains(std::uint32_t word) const;
 };
 
-// How much is read of a property, in bytes: a client may make its own as large as it likes. What is
-// beyond is as if it were not there; a character may be cut in two.
+// How much of a property is read, in bytes: a client may make its own as large as it likes. The
+// rest is ignored; a character may be cut in two.
 enum class PropertySize : std::uint32_t {
   usual = 16 << 10,
   windows = 1 << 20,  // a list of them
@@ -135,7 +135,7 @@ class X11Connection {
                            const std::array<std::uint32_t, 5>& data);
 
   // Counts up this eventfd when events arrive while a reply is waited for or requests are sent:
-  // they have left the socket, and a main loop that waits for it would not hear of them.
+  // they have left the socket, and a main loop that waits for it would miss them.
   void setEventSignal(int eventDescriptor) { eventSignal_ = eventDescriptor; }
 
   // The next event, in order of arrival; nothing when none comes before the deadline.

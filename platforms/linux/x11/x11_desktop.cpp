@@ -99,7 +99,7 @@ struct X11Desktop::Parts {
   X11Workspace workspace;
   X11EventMonitors eventMonitors;
 
-  // What the events of one round have touched; many events make one reaction.
+  // What one round of events has touched; many events make one reaction.
   bool windowsChanged = false;
   bool activeWindowChanged = false;
   bool screensChanged = false;

@@ -25,11 +25,12 @@ namespace pellow {
 // otherwise; ends after every thread that uses its ports.
 class X11Desktop {
  public:
-  // What the desktop cannot know without the program's own windows and the icon theme.
+  // What the desktop cannot know without the program's own windows and the icon theme. Called on
+  // the main thread.
   struct Hooks {
-    // The picture of a theme icon ("firefox") or an icon file ("/opt/x/x.png"). Main thread.
+    // The picture of a theme icon ("firefox") or an icon file ("/opt/x/x.png").
     std::function<std::optional<Image>(const std::string& iconName)> loadIcon;
-    // Whether a window of this process has the keyboard. Main thread.
+    // Whether a window of this process has the keyboard.
     std::function<bool()> ownWindowHasKeyboard;
   };
 
@@ -67,9 +68,9 @@ class X11Desktop {
   // Claims like `claimInstance`, but blocks until the other Pellow has gone, `timeout` at most.
   std::expected<void, SystemError> waitForInstance(Seconds timeout);
 
-  // A key press that the X server sent to a window of this process, with the key code and the state
-  // of the event: hands it to the local monitors. False when one of them swallowed it, and then no
-  // window may see it. (Presses for other applications reach the global monitors by themselves.)
+  // Hands a key press for a window of this process, with the key code and the state of the event,
+  // to the local monitors. False when one of them swallowed it: then no window may see it. (Presses
+  // for other applications reach the global monitors by themselves.)
   bool deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state);
 
   // Where an AppKit rectangle lies on the X screen, and back.

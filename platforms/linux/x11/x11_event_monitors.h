@@ -13,9 +13,9 @@ namespace pellow {
 
 // Key presses for other applications come from raw events of XInput 2, which every client may hear
 // and none can swallow; those for windows of this process come from whoever receives the events of
-// these windows. A key that is held down is one press. Movements of the pointer are raw events,
-// too, gathered for a moment and told apart by whose window is below the pointer then. Nothing is
-// listened to while nobody monitors.
+// these windows. A key that is held down is one press. Pointer movements are raw events too,
+// gathered for a moment and told apart by whose window is below the pointer then. Listens to
+// nothing while nobody monitors.
 class X11EventMonitors : public EventMonitors {
  public:
   // `events` is the connection whose events the desktop hands on; `pollSet` an epoll descriptor
@@ -56,7 +56,7 @@ class X11EventMonitors : public EventMonitors {
   std::function<bool()> ownWindowHasKeyboard_;
   std::optional<std::uint8_t> inputOpcode_;  // of XInput 2.1 or later
   std::optional<std::uint8_t> xkbEvent_;
-  // As it was read last, and whether that is to be done again.
+  // As last read, and whether to read it again.
   std::shared_ptr<const KeyboardMap> map_ = std::make_shared<KeyboardMap>();
   bool isMapOutdated_ = true;
   unsigned modifiers_ = 0;  // X modifier bits held now

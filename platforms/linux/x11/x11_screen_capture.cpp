@@ -15,8 +15,8 @@ constexpr int largestSide = 1 << 14;  // pixels
 
 }  // namespace
 
-// A question on its way to the queue and back. Belongs to the main thread, but for the answer,
-// which is the work's until the work is over.
+// A question on its way to the queue and back. Main thread, but for the answer, which is the work's
+// until the work is over.
 struct X11ScreenCapture::Request {
   std::atomic<bool> isWanted = true;
 

@@ -13,9 +13,9 @@
 namespace pellow {
 
 // Pictures of windows through the Composite extension, taken one at a time on a queue of its own.
-// X11 asks nobody: whoever is on the display may take them. The windows are those that the window
-// manager has on the current desktop, the front one first; their frames are what Accessibility
-// says. A window larger than the part that is asked for in points is averaged down.
+// X11 asks for no permission: whoever is on the display may take them. The windows are those that
+// the window manager has on the current desktop, the front one first; their frames are what
+// Accessibility says. A window larger than the part that is asked for in points is averaged down.
 class X11ScreenCapture final : public ScreenCapture {
  public:
   X11ScreenCapture(X11Server& server, Queues& queues);

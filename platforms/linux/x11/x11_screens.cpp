@@ -21,7 +21,7 @@ DisplayID displayID(std::string_view name) {
   return hash;
 }
 
-// Space along the sides of the X screen that a dock keeps for itself.
+// Space that a dock reserves along the sides of the X screen.
 //
 //     ┌──────────────┐
 //     │left          │  `left` is measured from the left side of the X screen and holds
@@ -126,7 +126,7 @@ ScreenLayout X11Screens::read() {
   const Deadline deadline = deadlineIn(serverPatience);
   ScreenLayout layout{.monitors = readMonitors(deadline), .scale = scale_};
   const auto docks = cutStruts(layout.monitors, deadline);
-  // The one work area of the X screen says little of several monitors.
+  // The one work area of the X screen says little about several monitors.
   if (layout.monitors.size() == 1) cutWorkArea(layout.monitors.front(), deadline);
   isOutdated_ = hasPassed(deadline);
   if (isOutdated_) {

@@ -11,7 +11,7 @@ namespace pellow {
 
 // The monitors of RandR, or the whole X screen where RandR is missing. Their numbers come from
 // their names, so that a monitor keeps its own when it is unplugged and comes back. While the
-// server does not say, they are those of before.
+// server does not answer, the last known ones stand.
 class X11Screens : public Screens {
  public:
   // `events` is the connection whose events the desktop hands on.
@@ -21,8 +21,8 @@ class X11Screens : public Screens {
   std::optional<Screen> main() const override;
   Subscription onDidChangeParameters(std::function<void()> observer) override;
 
-  // Something that the layout depends on may have changed: reads it anew and tells the observers
-  // if it has. Whether a monitor has come, gone or moved.
+  // Rereads what the layout depends on, and tells the observers if it has changed. Answers whether
+  // a monitor has come, gone or moved.
   bool refresh();
   // Whether the server did not answer in time, and is to be asked again with the next event: it
   // sends something as soon as it answers again.
@@ -32,7 +32,7 @@ class X11Screens : public Screens {
   ScreenLayout read();
   std::vector<ScreenLayout::Monitor> readMonitors(Deadline deadline) const;
   ScreenLayout::Monitor wholeScreen(Deadline deadline) const;
-  // Answers the windows that keep a side of the X screen for themselves.
+  // Answers the windows that reserve a side of the X screen.
   std::vector<xcb_window_t> cutStruts(std::vector<ScreenLayout::Monitor>& monitors,
                                       Deadline deadline) const;
   void watchDocks(const std::vector<xcb_window_t>& docks);

@@ -17,8 +17,8 @@ X11Server::X11Server(std::string displayName, std::unique_ptr<X11Connection> fir
   connections_.emplace(std::this_thread::get_id(), std::move(first));
 }
 
-// A connection is opened without the lock: somebody may have the server for himself, and it may be
-// this process, on another thread.
+// A connection is opened without the lock: another client may have grabbed the server, even this
+// process, on another thread.
 X11Connection& X11Server::connection() {
   const auto thread = std::this_thread::get_id();
   {
@@ -61,7 +61,7 @@ bool X11Server::readWindowManager() {
   const auto manager = check ? check->firstWord() : std::nullopt;
   if (!manager || !supported) return false;
 
-  // A window manager that was killed leaves the property on the root, but not its own window.
+  // A killed window manager leaves the property on the root, but not its own window.
   auto pendingName = own.property(*manager, atoms_.netWMName);
   const auto proof = own.property(*manager, atoms_.netSupportingWMCheck).collect(deadline);
   const auto name = pendingName.collect(deadline);

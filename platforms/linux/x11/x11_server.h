@@ -42,20 +42,20 @@ class X11Server {
   bool windowManagerSupports(xcb_atom_t hint) const;
   // What it calls itself, for example "Openbox"; empty when it has no name.
   std::string windowManagerName() const;
-  // Reads anew what the window manager says of itself: false when none that follows EWMH runs.
+  // Rereads what the window manager says of itself: false when none that follows EWMH runs.
   bool readWindowManager();
 
-  // Whether the window manager that runs has adopted the windows of the one before. Until then
-  // windows that nobody has are not gone: some window managers let go of all of them when another
-  // takes over.
+  // Whether the window manager that runs has adopted the windows of the one before. Until then,
+  // unmanaged windows are not gone: some window managers let go of all windows when another takes
+  // over.
   bool isWindowManagerSettled(Deadline deadline);
   // A window manager has announced itself.
   void unsettleWindowManager();
   // The list of clients has changed: true when a new window manager has settled by that.
   bool settleWindowManager(Deadline deadline);
 
-  // The processes that own the windows in the list of clients, since the main thread has found out
-  // and until that list changes: asking the server costs it a look at every client.
+  // The processes that own the windows in the list of clients, known once the main thread has found
+  // out and until that list changes: asking the server costs it a look at every client.
   void setOwners(std::map<xcb_window_t, ProcessID> owners);
   std::optional<ProcessID> knownOwner(xcb_window_t window) const;
 

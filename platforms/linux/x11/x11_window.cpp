@@ -188,7 +188,7 @@ namespace {
 enum class FrameMotion {
   none,
   happened,  // since the window was looked at
-  goesOn,    // told by its width, which is not that of what it is around
+  goesOn,    // told by its width, which is not its content's
   rolledUp,  // no higher than its title bar: on its way, or shaded
 };
 

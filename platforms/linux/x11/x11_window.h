@@ -112,8 +112,7 @@ class WindowLook {
 std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& window, Facet facets,
                                          Deadline deadline);
 
-// Looks at many windows; those that are gone are left out, and those that the server does not tell
-// of before the deadline.
+// Looks at many windows; leaves out those that are gone or not answered for by the deadline.
 std::vector<WindowFacts> lookAtAll(X11Server& server, const std::vector<xcb_window_t>& windows,
                                    Facet facets, Deadline deadline);
 
@@ -130,7 +129,7 @@ bool isMinimized(X11Server& server, const WindowFacts::State& state, Deadline de
 std::expected<xcb_window_t, AXError> outermostWindow(X11Server& server, xcb_window_t window,
                                                      Deadline deadline);
 
-// A question where a window without a frame stands on the X screen, under way.
+// A question under way: where a window without a frame is on the X screen.
 class PlaceLook {
  public:
   PlaceLook(X11Connection& connection, xcb_window_t window);

@@ -66,13 +66,13 @@ X11Workspace::X11Workspace(X11Server& server, WindowManager& windowManager,
         activationObservers_.notify(change.pid);
       })) {
   windowsChanged();
-  // Applications that a Pellow that crashed has hidden.
+  // Applications that a crashed Pellow had hidden.
   const Deadline deadline = deadlineIn(serverPatience);
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
   for (const auto& window : lookAtAll(server_, windows, Facet::state, deadline))
     if (window.state.belongsToHiddenApplication) watchHidden(window.window);
-  // Somebody may have shown them since. That is looked at with the first events, and not before
-  // this process is the one Pellow: the windows may just be going for another one.
+  // Somebody may have shown them since. That is checked with the first events, not before this
+  // process is the one Pellow: another one may be hiding the windows right now.
   windowEvents_.noteAll();
 }
 
@@ -128,8 +128,8 @@ RunningApplication X11Workspace::thisProcess() const {
 }
 
 RunningApplication X11Workspace::describe(ProcessID pid, const Windows& own) {
-  // Whoever has been told of an application hears of its end, even if the event of its first window
-  // and that of its last one are handled together.
+  // Whoever has been told of an application hears of its end, even if the events of its first and
+  // last window are handled together.
   withWindows_.insert(pid);
   const auto ordinary =
       std::ranges::find_if(own, [](const WindowFacts& window) { return isInTaskbar(window); });
@@ -225,8 +225,8 @@ bool X11Workspace::hide(ProcessID pid) {
   return isHidden;
 }
 
-// A window manager that is late may still do what it was asked to. Windows that have not followed
-// keep their marks, and are shown again if they do; those that it refuses to iconify never do.
+// A late window manager may still do what it was asked. Windows that have not followed keep their
+// marks, and are shown again if they do; those it refuses to iconify never do.
 void X11Workspace::takeBack(const std::vector<WindowKey>& windows) {
   std::vector<WindowKey> followed;
   const Deadline deadline = deadlineIn(serverPatience);
@@ -244,7 +244,7 @@ void X11Workspace::takeBack(const std::vector<WindowKey>& windows) {
 
 void X11Workspace::showAgain(const std::vector<WindowKey>& windows) {
   windowManager_.deiconify(windows, deadlineIn(hidePatience));
-  // The marks go last, for the same reason for which they came first.
+  // The marks go last, for the reason they came first.
   for (const auto& window : windows) markHidden(window.window, false);
   server_.connection().flush();
 }
@@ -323,8 +323,8 @@ void X11Workspace::windowsChanged() {
   notice(owners);
 }
 
-// Only its windows tell whether such a client goes on, and a window manager that takes over from
-// another one may have none of them in its list for a moment.
+// Only its windows tell whether such a client lives on, and a window manager that takes over may
+// list none of them for a moment.
 void X11Workspace::keepClientsWithoutProcess(Owners& now) const {
   const Deadline deadline = deadlineIn(serverPatience);
   for (const auto& [window, pid] : owners_) {

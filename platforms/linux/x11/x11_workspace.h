@@ -16,7 +16,7 @@
 namespace pellow {
 
 // Applications are the processes that own windows in the window manager's list. One that has closed
-// its last window is no application any more, but it has ended only when its process has. It counts
+// its last window is no longer an application, but has ended only when its process has. It counts
 // as launched with its first window for the taskbar, so that a splash screen tells nobody a wrong
 // policy.
 class X11Workspace : public Workspace {

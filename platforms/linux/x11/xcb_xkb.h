@@ -1,7 +1,7 @@
 #pragma once
 
 // <xcb/xkb.h> is C and has members named `explicit`. What it includes comes first, so that the name
-// means something else to nobody but it.
+// changes its meaning for nothing else.
 #include <xcb/xcb.h>
 
 #pragma clang diagnostic push

@@ -1,4 +1,4 @@
-// An application for the tests: plain windows that do as the lines on standard input say.
+// An application for the tests: plain windows that obey the lines on standard input.
 //
 //   new X Y WIDTH HEIGHT TITLE            answers "window ID"
 //   bare X Y WIDTH HEIGHT TITLE           the same without any decoration
@@ -155,7 +155,7 @@ class Client {
     }
     setTitle(window, title);
     setValues(window, "_NET_WM_ICON", XCB_ATOM_CARDINAL, icon());
-    // The user chose position and size; the window manager shall keep them.
+    // As if the user had chosen position and size, so that the window manager keeps them.
     std::vector<std::uint32_t> hints(18);
     hints[0] = 1 | 2;
     setValues(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, hints);
@@ -183,7 +183,7 @@ class Client {
     return window;
   }
 
-  // All from the side of the screen to the far side of the dock, as far as the dock goes.
+  // Everything from the side of the screen to the far side of the dock, along the dock's length.
   void keepPlace(xcb_window_t window, const std::string& side, const Place& place) {
     const auto x = static_cast<unsigned>(place.x);
     const auto y = static_cast<unsigned>(place.y);
