@@ -157,6 +157,7 @@ TEST_F(PictureStory, ThePictureFliesToTheTabAndBack) {
   desktop.run(0.2);
   const auto& out = desktop.panels().panel("pellow-flight");
   EXPECT_TRUE(out.ignoresMouseEvents());
+  EXPECT_EQ(out.shadow(), WindowShadow::no);
   EXPECT_LT(out.opacityNow(), 1);
   EXPECT_EQ(out.frame().midX(), program->tab("Shopping").x);
   desktop.runUntilQuiet();

@@ -175,7 +175,7 @@ TEST_F(SimulatedEventsTest, AHitTestFindsWhatLiesOnTop) {
   EXPECT_EQ(button.copyAttribute("AXRole", patience).error(), AXError::invalidUIElement);
 
   // The program's own panel covers what is below it, at its level.
-  const auto panel = desktop.panels().makePanel("pellow-strip");
+  const auto panel = desktop.panels().makePanel("pellow-strip", WindowShadow::yes);
   panel->setFrame({580, 680, 40, 40});
   panel->orderFront();
   const auto found =
