@@ -9,12 +9,15 @@
 namespace pellow::simulated {
 
 Subscription Alerts::show(Alert alert, std::function<void(std::size_t)> onChosen) {
+  if (!system_.portCall("shows the alert \"{}\"", alert.messageText)) return {};
+  if (system_.state.frontmost != system_.ownPid()) former_ = system_.state.frontmost;
+  system_.change([this](DesktopState& desktop) { desktop.activate(system_.ownPid()); });
   const auto shown = std::make_shared<Shown>(std::move(alert), std::move(onChosen));
   shown_.push_back(shown);
   ++system_.alerts;
   return Subscription([this, shown] {
     shown->onChosen = nullptr;
-    takeAway(shown);
+    if (takeAway(shown)) giveBack();
   });
 }
 
@@ -35,17 +38,26 @@ void Alerts::choose(std::string_view button) {
         fmt::format("no button \"{}\" in the alert \"{}\"", button, shown->alert.messageText));
   const auto index = static_cast<std::size_t>(chosen - buttons.begin());
   takeAway(shown);
-  system_.mainLoop.post([shown, index] {
-    // The callback may drop the alert's subscription.
+  system_.mainLoop.post([this, shown, index] {
+    // The callback may drop the alert's subscription, and show the next one.
     if (const auto onChosen = shown->onChosen) onChosen(index);
+    giveBack();
   });
 }
 
-// The program gives way to others with its last alert.
-void Alerts::takeAway(const std::shared_ptr<Shown>& shown) {
-  if (std::erase(shown_, shown) == 0) return;
+bool Alerts::takeAway(const std::shared_ptr<Shown>& shown) {
+  if (std::erase(shown_, shown) == 0) return false;
   --system_.alerts;
-  system_.giveWay();
+  return true;
+}
+
+void Alerts::giveBack() {
+  if (system_.alerts > 0) return;
+  const auto former = std::exchange(former_, std::nullopt);
+  if (system_.state.frontmost != system_.ownPid()) return;
+  const auto* const next = former ? system_.state.application(*former) : nullptr;
+  if (!next || next->hidden) return system_.giveWay();
+  system_.change([&former](DesktopState& desktop) { desktop.activate(*former); });
 }
 
 }  // namespace pellow::simulated

@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 #include "platform/alerts.h"
+#include "platform/ax_element.h"
 
 namespace pellow::simulated {
 
@@ -29,10 +31,12 @@ class Alerts final : public pellow::Alerts {
     std::function<void(std::size_t)> onChosen;  // empty once nobody wants the answer
   };
 
-  void takeAway(const std::shared_ptr<Shown>& shown);
+  bool takeAway(const std::shared_ptr<Shown>& shown);
+  void giveBack();
 
   System& system_;
   std::vector<std::shared_ptr<Shown>> shown_;  // the oldest first
+  std::optional<ProcessID> former_;            // was in front before them
 };
 
 }  // namespace pellow::simulated

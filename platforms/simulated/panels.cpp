@@ -86,8 +86,8 @@ double eased(double progress, AnimationTiming timing) {
 
 // The panel
 
-Panel::Panel(Panels& panels, PanelID id, std::string name)
-    : panels_(panels), id_(id), name_(std::move(name)) {
+Panel::Panel(Panels& panels, PanelID id, std::string name, WindowShadow shadow)
+    : panels_(panels), id_(id), name_(std::move(name)), shadow_(shadow) {
   panels_.toFront(*this);
 }
 
@@ -191,8 +191,8 @@ AppKitPoint Panel::centre(std::string_view path) const {
 
 // All panels
 
-std::unique_ptr<pellow::Panel> Panels::makePanel(std::string name) {
-  return std::make_unique<Panel>(*this, ++lastID_, std::move(name));
+std::unique_ptr<pellow::Panel> Panels::makePanel(std::string name, WindowShadow shadow) {
+  return std::make_unique<Panel>(*this, ++lastID_, std::move(name), shadow);
 }
 
 std::vector<const Panel*> Panels::visible(std::string_view name) const {

@@ -19,7 +19,7 @@ using PanelID = int;
 // A panel as data.
 class Panel final : public pellow::Panel {
  public:
-  Panel(Panels& panels, PanelID id, std::string name);
+  Panel(Panels& panels, PanelID id, std::string name, WindowShadow shadow);
   ~Panel() override;
 
   void setContent(View root) override;
@@ -35,6 +35,7 @@ class Panel final : public pellow::Panel {
 
   PanelID id() const { return id_; }
   const std::string& name() const { return name_; }
+  WindowShadow shadow() const { return shadow_; }
   PanelLevel level() const { return level_; }
   bool ignoresMouseEvents() const { return ignoresMouseEvents_; }
   const View& content() const { return content_; }
@@ -68,6 +69,7 @@ class Panel final : public pellow::Panel {
   Panels& panels_;
   PanelID id_;
   std::string name_;
+  WindowShadow shadow_;
   View content_;
   AppKitRect frame_;
   double opacity_ = 1;
@@ -84,7 +86,7 @@ class Panels final : public pellow::Panels {
  public:
   explicit Panels(System& system) : system_(system) {}
 
-  std::unique_ptr<pellow::Panel> makePanel(std::string name) override;
+  std::unique_ptr<pellow::Panel> makePanel(std::string name, WindowShadow shadow) override;
 
   // The visible ones of this name, front to back; none once the process has ended.
   std::vector<const Panel*> visible(std::string_view name) const;

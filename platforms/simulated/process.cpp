@@ -13,11 +13,6 @@ void Process::becomeAccessory() {
     self->identity.activationPolicy = ActivationPolicy::accessory;
 }
 
-void Process::activate() {
-  if (!system_.portCall("activates itself")) return;
-  system_.change([this](DesktopState& desktop) { desktop.activate(pid()); });
-}
-
 Subscription Process::onSignal(TerminationSignal signal, std::function<void()> handler) {
   return handlers_[signal].add(std::move(handler));
 }

@@ -1,6 +1,6 @@
 #include "platforms/simulated/screen_capture.h"
 
-#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -10,27 +10,11 @@
 namespace pellow::simulated {
 namespace {
 
-// Numbers that cannot be taken for those of elements.
-constexpr std::uint32_t firstDesktopNumber = 10;
-constexpr std::uint32_t firstWindowNumber = 5000;
-
 const SystemError noPermission{"The user declined the capture of windows."};
 const SystemError noSuchWindow{"The window is not on the screen."};
 const SystemError noSize{"A picture needs at least one pixel."};
 
-ShareableWindow asShared(const WindowState& window) {
-  return {.windowID = firstWindowNumber + static_cast<std::uint32_t>(window.id),
-          .owner = window.pid,
-          .title = window.title,
-          .frame = window.frame};
-}
-
-std::optional<WindowID> windowNumbered(std::uint32_t number) {
-  if (number < firstWindowNumber) return std::nullopt;
-  return static_cast<WindowID>(number - firstWindowNumber);
-}
-
-// Takes the result when its time has come and hands it over on the main queue.
+// Takes what is wanted when its time has come and hands it over on the main queue.
 template <class Result>
 Subscription answerLater(System& system, CaptureCall call,
                          std::function<std::expected<Result, SystemError>()> take,
@@ -56,6 +40,15 @@ Subscription answerLater(System& system, CaptureCall call,
 
 }  // namespace
 
+// A window of an application, or without one the desktop on a display.
+struct ScreenCapture::Subject final : ShareableWindow::Object {
+  explicit Subject(WindowID id) : window(id) {}
+  explicit Subject(std::size_t index) : display(index) {}
+
+  std::optional<WindowID> window;
+  std::size_t display = 0;
+};
+
 void ScreenCapture::requestAccess() {
   if (system_.portCall("asks for the permission to capture")) ++system_.state.captureRequests;
 }
@@ -68,11 +61,13 @@ Subscription ScreenCapture::shareableWindows(OnWindows onWindows) {
 
 Subscription ScreenCapture::captureImage(const ShareableWindow& window, int pixelWidth,
                                          int pixelHeight, OnImage onImage) {
-  if (!system_.portCall("captures window {}", window.windowID)) return {};
+  if (!system_.portCall("captures the window \"{}\"", window.title.value_or(""))) return {};
+  auto object = std::dynamic_pointer_cast<const Subject>(window.object);
+  if (!object) throw std::invalid_argument("a window of no list");
   return answerLater<Image>(
       system_, CaptureCall::image,
-      [this, number = window.windowID, pixelWidth, pixelHeight] {
-        return imageNow(number, pixelWidth, pixelHeight);
+      [this, subject = std::move(object), pixelWidth, pixelHeight] {
+        return imageNow(*subject, pixelWidth, pixelHeight);
       },
       std::move(onImage));
 }
@@ -85,24 +80,38 @@ std::expected<std::vector<ShareableWindow>, SystemError> ScreenCapture::windowsN
   const auto& desktop = system_.state;
   std::vector<ShareableWindow> windows;
   for (const auto& each : desktop.windows)
-    if (desktop.isOnScreen(each)) windows.push_back(asShared(each));
-  auto number = firstDesktopNumber;
-  for (const auto& screen : desktop.screens)
-    windows.push_back({.windowID = number++, .frame = desktop.flip().toQuartz(screen.frame)});
+    if (desktop.isOnScreen(each))
+      windows.push_back({.object = std::make_shared<Subject>(each.id),
+                         .owner = each.pid,
+                         .title = each.title,
+                         .frame = each.frame});
+  for (std::size_t display = 0; display < desktop.screens.size(); ++display)
+    windows.push_back({.object = std::make_shared<Subject>(display),
+                       .frame = desktop.flip().toQuartz(desktop.screens[display].frame)});
   return windows;
 }
 
-std::expected<Image, SystemError> ScreenCapture::imageNow(std::uint32_t windowID, int pixelWidth,
+// None when it is not on the screen.
+std::optional<QuartzRect> ScreenCapture::frameNow(const Subject& subject) const {
+  const auto& desktop = system_.state;
+  if (!subject.window) {
+    if (subject.display >= desktop.screens.size()) return std::nullopt;
+    return desktop.flip().toQuartz(desktop.screens[subject.display].frame);
+  }
+  const auto* const window = desktop.window(*subject.window);
+  if (!window || !desktop.isOnScreen(*window)) return std::nullopt;
+  return window->frame;
+}
+
+std::expected<Image, SystemError> ScreenCapture::imageNow(const Subject& subject, int pixelWidth,
                                                           int pixelHeight) const {
   if (pixelWidth < 1 || pixelHeight < 1) return std::unexpected(noSize);
-  const auto windows = *windowsNow();
-  const auto found = std::ranges::find(windows, windowID, &ShareableWindow::windowID);
-  if (found == windows.end()) return std::unexpected(noSuchWindow);
-  const auto window = windowNumbered(windowID);
+  const auto frame = frameNow(subject);
+  if (!frame) return std::unexpected(noSuchWindow);
   return Image(std::make_shared<NamedImage>(
-      WindowPicture{.window = window,
-                    .title = window ? system_.state.window(*window)->title : "",
-                    .frame = found->frame,
+      WindowPicture{.window = subject.window,
+                    .title = subject.window ? system_.state.window(*subject.window)->title : "",
+                    .frame = *frame,
                     .pixelWidth = pixelWidth,
                     .pixelHeight = pixelHeight,
                     .takenAt = system_.scheduler.now()}));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 
 #include "platform/screen_capture.h"
@@ -35,7 +34,9 @@ class ScreenCapture final : public pellow::ScreenCapture {
 
  private:
   std::expected<std::vector<ShareableWindow>, SystemError> windowsNow() const;
-  std::expected<Image, SystemError> imageNow(std::uint32_t windowID, int pixelWidth,
+  struct Subject;
+  std::optional<QuartzRect> frameNow(const Subject& subject) const;
+  std::expected<Image, SystemError> imageNow(const Subject& subject, int pixelWidth,
                                              int pixelHeight) const;
 
   System& system_;

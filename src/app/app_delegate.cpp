@@ -47,7 +47,7 @@ AppDelegate::AppDelegate(Platform& platform)
       shortcuts_(platform.userDefaults(), notifications_),
       tabs_(notifications_, platform.workspace()),
       displays_(platform.screens()),
-      alerts_(platform.alerts(), platform.process()),
+      alerts_(platform.alerts()),
       animator_(platform.panels(), preferences_, platform.queues().main()),
       strips_({.tabs = tabs_,
                .zones = zones_,

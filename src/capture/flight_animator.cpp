@@ -79,7 +79,8 @@ void FlightAnimator::begin(Flight flight) {
   const auto& [image, from, to, fadeFrom, fadeTo, completion] = flight;
   // Scaled down from the larger of its sizes, it stays sharp all the way.
   const auto& largest = from.area() > to.area() ? from : to;
-  const auto place = flying_.insert(flying_.end(), panels_.makePanel("pellow-flight"));
+  const auto place =
+      flying_.insert(flying_.end(), panels_.makePanel("pellow-flight", WindowShadow::no));
   auto& panel = **place;
   panel.setIgnoresMouseEvents(true);
   panel.setLevel(PanelLevel::statusWindow);

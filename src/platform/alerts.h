@@ -24,8 +24,10 @@ class Alerts {
  public:
   virtual ~Alerts() = default;
 
-  // Shows an alert in front and calls `onChosen` once, later, with the index of the button. Closing
-  // the alert counts as its last button; dropping the subscription takes it away.
+  // Activates this process, shows an alert in front and calls `onChosen` with the index of the
+  // button, later and once; a closed window counts as the last button. Dropping the subscription
+  // takes the alert away. With the last alert this process hands its activation, if it still has
+  // it, back to the application that was in front before, unless that has ended or is hidden.
   virtual Subscription show(Alert alert, std::function<void(std::size_t button)> onChosen) = 0;
 };
 

@@ -16,6 +16,10 @@ enum class PanelLevel {
   desktopIcons,  // one above the desktop icons: below the windows of applications
 };
 
+// Whether the panel's shape throws a shadow on what lies below; a view's own shadow ends at the
+// panel's edge. Where a compositor decides that for all windows alike, this is only a wish.
+enum class WindowShadow { no, yes };
+
 enum class AnimationTiming { linear, easeOut, easeInOut };
 
 // A borderless window that never takes the focus, stands on every desktop and beside full-screen
@@ -54,7 +58,7 @@ class Panels {
   virtual ~Panels() = default;
 
   // A hidden panel. `name` tells other programs what it is, for example "pellow-strip".
-  virtual std::unique_ptr<Panel> makePanel(std::string name) = 0;
+  virtual std::unique_ptr<Panel> makePanel(std::string name, WindowShadow shadow) = 0;
 };
 
 }  // namespace pellow

@@ -26,9 +26,6 @@ class Process {
   // An agent: no Dock icon, no main menu.
   virtual void becomeAccessory() = 0;
 
-  // Brings this process to the front, whatever is in front now.
-  virtual void activate() = 0;
-
   // Calls the handler on the main queue for every such signal instead of letting it end the
   // process. Dropping the subscription leaves the signal ignored.
   virtual Subscription onSignal(TerminationSignal signal, std::function<void()> handler) = 0;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
 #include <expected>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,7 +17,13 @@ namespace pellow {
 
 // A window as the capture interface knows it, which shares no identifier with Accessibility.
 struct ShareableWindow {
-  std::uint32_t windowID = 0;  // the platform's own number
+  // What a platform derives its own windows from: what it needs to take their pictures.
+  class Object {
+   public:
+    virtual ~Object() = default;
+  };
+
+  std::shared_ptr<const Object> object;  // never empty in a list of the platform's
   std::optional<ProcessID> owner;
   std::optional<std::string> title;
   QuartzRect frame;
@@ -44,9 +50,9 @@ class ScreenCapture {
   // once, on the main queue, unless the subscription ends first.
   virtual Subscription shareableWindows(OnWindows onWindows) = 0;
 
-  // A picture of one window alone, without what covers it and without the pointer, of this size in
-  // pixels; the image's own size is the window's, in points. Calls `onImage` once, on the main
-  // queue, unless the subscription ends first.
+  // A picture of one window of such a list, alone, without what covers it and without the pointer,
+  // so many pixels wide and high; the image measures the window's size in points. Calls `onImage`
+  // once, on the main queue, unless the subscription ends before.
   virtual Subscription captureImage(const ShareableWindow& window, int pixelWidth, int pixelHeight,
                                     OnImage onImage) = 0;
 };

@@ -23,7 +23,7 @@ View background(std::string key, Size size, ViewContent content) {
 }  // namespace
 
 TabStripPanel::TabStripPanel(Panels& panels, const Preferences& preferences)
-    : preferences_(preferences), panel_(panels.makePanel("pellow-strip")) {}
+    : preferences_(preferences), panel_(panels.makePanel("pellow-strip", WindowShadow::yes)) {}
 
 bool TabStripPanel::Shown::operator==(const Shown& other) const {
   const auto rest = [](const Shown& shown) {

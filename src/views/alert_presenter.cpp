@@ -33,7 +33,6 @@ Task<std::size_t> AlertPresenter::present(Alert alert) {
 void AlertPresenter::showNext() {
   if (waiting_.empty()) return;
   auto& request = *waiting_.front();
-  process_.activate();
   shown_ = alerts_.show(request.alert, [this, &request](std::size_t button) {
     request.chosen = button;
     const auto waiter = request.waiter;

@@ -21,7 +21,7 @@ class QtPanelsTest : public QtDesktopTest {
   void SetUp() override { startQt(1); }
 
   std::unique_ptr<Panel> show(const std::string& name, const View& root, AppKitRect frame) {
-    auto panel = panels->makePanel(name);
+    auto panel = panels->makePanel(name, WindowShadow::yes);
     panel->setContent(root);
     panel->setFrame(frame);
     panel->orderFront();
@@ -184,7 +184,7 @@ TEST_F(QtPanelsTest, ThePointerGoesThroughAPanelThatIgnoresIt) {
     return panel;
   };
   const auto below = show("pellow-strip", root("below", 10), place);
-  const auto above = panels->makePanel("pellow-flight");
+  const auto above = panels->makePanel("pellow-flight", WindowShadow::no);
   above->setFrame(place);
   above->setIgnoresMouseEvents(true);
   // Another shape and another showing change nothing about it.

@@ -2,6 +2,7 @@
 #include <xcb/composite.h>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 
@@ -9,6 +10,7 @@
 #include "platforms/linux/system/thread_serial_queue.h"
 #include "platforms/linux/x11/pixel_image.h"
 #include "platforms/linux/x11/pixels.h"
+#include "platforms/linux/x11/x11_screen_capture.h"
 #include "tests/linux/painted_window.h"
 #include "tests/linux/x11_desktop_test.h"
 
@@ -60,11 +62,18 @@ class ScreenCaptureTest : public X11DesktopTest {
     return found.value_or(Windows{});
   }
 
+  static ShareableWindow shareable(WindowID window) {
+    return {.object = std::make_shared<X11ShareableWindow>(window)};
+  }
+  static WindowID idOf(const ShareableWindow& window) {
+    return dynamic_cast<const X11ShareableWindow&>(*window.object).window;
+  }
+
   Answer picture(WindowID window) { return picture(window, desktop.frame(window)); }
   Answer picture(WindowID window, PixelRect size) {
     std::optional<Answer> answer;
     const auto request =
-        capture->captureImage({.windowID = window}, size.width, size.height,
+        capture->captureImage(shareable(window), size.width, size.height,
                               [&](Answer image) { answer.emplace(std::move(image)); });
     EXPECT_TRUE(untilAnswered([&] { return answer.has_value(); }));
     return *answer;
@@ -98,7 +107,7 @@ TEST_F(ScreenCaptureTest, TellsOfTheWindowsOnTheScreen) {
 
   const auto windows = list();
   const auto find = [&](WindowID id) {
-    return std::ranges::find(windows, id, &ShareableWindow::windowID);
+    return std::ranges::find(windows, id, &ScreenCaptureTest::idOf);
   };
   ASSERT_EQ(windows.size(), 4u);
   EXPECT_EQ(find(back)->frame.origin, read<QuartzPoint>(frame, "AXPosition"));
@@ -223,19 +232,18 @@ TEST_F(ScreenCaptureTest, AnswersManyInOrderAndDropsWhatNobodyWants) {
   std::vector<std::uint32_t> seen;
   std::vector<Subscription> requests;
   for (const auto& window : windows)
-    requests.push_back(
-        capture->captureImage({.windowID = window->id()}, 200, 100, [&](Answer image) {
-          seen.push_back(pixel(image, 10, 10));
-          requests[3].cancel();
-          if (seen.size() == 1) requests[0].cancel();  // which is what runs
-        }));
+    requests.push_back(capture->captureImage(shareable(window->id()), 200, 100, [&](Answer image) {
+      seen.push_back(pixel(image, 10, 10));
+      requests[3].cancel();
+      if (seen.size() == 1) requests[0].cancel();  // which is what runs
+    }));
   requests[1].cancel();
   EXPECT_TRUE(untilAnswered([&] { return seen.size() == 4; }));
   EXPECT_EQ(seen, (std::vector{opaque | red, opaque | (red + 2), opaque | (red + 4),
                                opaque | (red + 5)}));
   // It ends in the middle of one, with others before it.
   for (const auto& window : windows)
-    requests.push_back(capture->captureImage({.windowID = window->id()}, 200, 100,
+    requests.push_back(capture->captureImage(shareable(window->id()), 200, 100,
                                              [](const Answer&) { ADD_FAILURE(); }));
   capture.reset();
   queues.main().runPending();

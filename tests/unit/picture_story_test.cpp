@@ -157,6 +157,7 @@ TEST_F(PictureStory, ThePictureFliesToTheTabAndBack) {
   desktop.run(0.2);
   const auto& out = desktop.panels().panel("pellow-flight");
   EXPECT_TRUE(out.ignoresMouseEvents());
+  EXPECT_EQ(out.shadow(), WindowShadow::no);
   EXPECT_LT(out.opacityNow(), 1);
   EXPECT_EQ(out.frame().midX(), program->tab("Shopping").x);
   desktop.runUntilQuiet();
@@ -194,7 +195,8 @@ TEST_F(PictureStory, ThePictureFliesToTheTabAndBack) {
 
 TEST(WindowCaptureTest, FindsTheWindowByTitleAndFrame) {
   const auto window = [](const char* title, QuartzRect frame) {
-    return ShareableWindow{.windowID = 1, .title = title, .frame = frame};
+    return ShareableWindow{
+        .object = std::make_shared<ShareableWindow::Object>(), .title = title, .frame = frame};
   };
   EXPECT_EQ(WindowCapture::score(window("Shopping", home), "Shopping", home), 9);
   EXPECT_EQ(WindowCapture::score(window("Shopping", {102, 118, 802, 598}), "Shopping", home), 9);
@@ -204,9 +206,8 @@ TEST(WindowCaptureTest, FindsTheWindowByTitleAndFrame) {
 
   const std::vector windows{window("Shopping", {0, 0, 10, 10}), window("x", {0, 0, 800, 600})};
   EXPECT_EQ(WindowCapture::bestMatch(windows, "Shopping", home), std::nullopt);
-  std::vector siblings{window("Shopping", {500, 120, 800, 600}), window("Shopping", home),
-                       window("Shopping", home)};
-  siblings[2].windowID = 2;
+  const std::vector siblings{window("Shopping", {500, 120, 800, 600}), window("Shopping", home),
+                             window("Shopping", home)};
   EXPECT_EQ(WindowCapture::bestMatch(siblings, "Shopping", home), siblings[1]);
 }
 

@@ -47,6 +47,7 @@ TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
   const auto& strip = desktop.panels().panel("pellow-strip");
   EXPECT_EQ(strip.frame().maxX(), 1440 - 6);
   EXPECT_EQ(strip.level(), PanelLevel::statusWindow);
+  EXPECT_EQ(strip.shadow(), WindowShadow::yes);
 
   desktop.launch("Mail", "com.example.mail").openWindow("Inbox", {0, 30, 500, 500});
   program->clickTab("Shopping");

@@ -204,7 +204,7 @@ TEST_F(SimulatedDesktopTest, NothingOfAnEndedProcessRuns) {
     done.push_back("after exit");
     EXPECT_FALSE(desktop.workspace().hide(list.pid()));
   });
-  const auto panel = desktop.panels().makePanel("pellow-strip");
+  const auto panel = desktop.panels().makePanel("pellow-strip", WindowShadow::yes);
   panel->orderFront();
   desktop.after(0.5, [&] { desktop.process().receive(TerminationSignal::terminate); });
   desktop.runUntilQuiet();

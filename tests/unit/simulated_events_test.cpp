@@ -103,6 +103,7 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
     Lines told;
   };
   auto& workspace = desktop.workspace();
+  Subscription alert;
   for (const auto& [act, told] : std::vector<Act>{
            // A background agent takes the focus from nobody.
            {[&] { desktop.launch("agent", {}, ActivationPolicy::prohibited); }, {}},
@@ -127,8 +128,11 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
            {[&] { workspace.hide(notes.pid()); }, {"activate Mail"}},
            {[&] { notes.unhide(); }, {}},
            {[&] { workspace.activate(notes.pid()); }, {"activate Notes"}},
+           // An alert gives back what it took, to an application without windows as well.
+           {[&] { alert = desktop.alerts().show({.buttons = {"OK"}}, {}); }, {"activate Pellow"}},
+           {[&] { alert.cancel(); }, {"activate Notes"}},
            {[&] { list.unminimize(); }, {"Focus Shopping"}},
-           {[&] { desktop.process().activate(); }, {"activate Pellow"}},
+           {[&] { alert = desktop.alerts().show({.buttons = {"OK"}}, {}); }, {"activate Pellow"}},
            // Killed: no window says that it goes.
            {[&] { mail.kill(); }, {"terminate ?"}},
            {[&] { letter.close(); }, {"gone ?"}},
@@ -175,7 +179,7 @@ TEST_F(SimulatedEventsTest, AHitTestFindsWhatLiesOnTop) {
   EXPECT_EQ(button.copyAttribute("AXRole", patience).error(), AXError::invalidUIElement);
 
   // The program's own panel covers what is below it, at its level.
-  const auto panel = desktop.panels().makePanel("pellow-strip");
+  const auto panel = desktop.panels().makePanel("pellow-strip", WindowShadow::yes);
   panel->setFrame({580, 680, 40, 40});
   panel->orderFront();
   const auto found =

@@ -56,7 +56,8 @@ class SimulatedPointerTest : public testing::Test {
   }
 
   simulated::Desktop desktop;
-  std::unique_ptr<pellow::Panel> panel = desktop.panels().makePanel("pellow-strip");
+  std::unique_ptr<pellow::Panel> panel =
+      desktop.panels().makePanel("pellow-strip", WindowShadow::yes);
   Lines done;
   std::function<void()> onDragged;
 };

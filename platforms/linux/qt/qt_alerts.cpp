@@ -104,10 +104,11 @@ Subscription QtAlerts::show(Alert alert, std::function<void(std::size_t)> onChos
     still->answer = queue_.async([onChosen, button] { onChosen(button); });
   };
   QObject::connect(dialog, &QDialog::finished, dialog, finish);
-  hints_.setName(static_cast<xcb_window_t>(dialog->winId()), "pellow-alert");
+  const auto window = static_cast<xcb_window_t>(dialog->winId());
+  hints_.setName(window, "pellow-alert");
   dialog->show();
   dialog->raise();
-  dialog->activateWindow();
+  hints_.activate(window);
   return Subscription([held = showing]() mutable { held.reset(); });
 }
 

@@ -6,7 +6,8 @@
 
 namespace pellow {
 
-// Alerts as windows of their own that block nothing else.
+// Alerts as windows of their own, which stop nothing else. Window managers give the keyboard back
+// by themselves to the window that had it before.
 class QtAlerts final : public Alerts {
  public:
   explicit QtAlerts(MainQueue& queue) : queue_(queue) {}

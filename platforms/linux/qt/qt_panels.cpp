@@ -162,7 +162,7 @@ void QtPanels::raise(PanelCanvas& canvas) {
   if (!hints_.isInFront(static_cast<xcb_window_t>(canvas.winId()), own)) canvas.raise();
 }
 
-std::unique_ptr<Panel> QtPanels::makePanel(std::string name) {
+std::unique_ptr<Panel> QtPanels::makePanel(std::string name, WindowShadow) {
   return std::make_unique<QtPanel>(*this, std::move(name));
 }
 

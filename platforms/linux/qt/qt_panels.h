@@ -13,7 +13,8 @@
 
 namespace pellow {
 
-// Panels as dock windows, which window managers neither place nor focus. Outlives its panels.
+// Panels as windows of docks, which window managers neither place nor focus. Compositors give docks
+// shadows, or none, by their own settings. Outlives its panels.
 class QtPanels final : public Panels {
  public:
   using ToPixels = std::function<PixelRect(const AppKitRect&)>;
@@ -22,7 +23,7 @@ class QtPanels final : public Panels {
   QtPanels(MainQueue& queue, ToPixels toPixels);
   ~QtPanels() override;
 
-  std::unique_ptr<Panel> makePanel(std::string name) override;
+  std::unique_ptr<Panel> makePanel(std::string name, WindowShadow shadow) override;
 
  private:
   class QtPanel;

@@ -2,8 +2,7 @@
 
 #include <unistd.h>
 
-#include <QApplication>
-#include <QWidget>
+#include <QCoreApplication>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -20,14 +19,6 @@ ProcessID QtProcess::pid() const { return getpid(); }
 
 // Without an ordinary window an application is in no dock and no taskbar anyway.
 void QtProcess::becomeAccessory() {}
-
-void QtProcess::activate() {
-  for (auto* const window : QApplication::topLevelWidgets()) {
-    if (!window->isVisible() || window->windowFlags() & Qt::WindowDoesNotAcceptFocus) continue;
-    window->raise();
-    window->activateWindow();
-  }
-}
 
 Subscription QtProcess::onSignal(TerminationSignal signal, std::function<void()> handler) {
   return signals_.on(signal, std::move(handler));

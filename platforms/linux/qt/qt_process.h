@@ -22,7 +22,6 @@ class QtProcess final : public Process {
   ProcessID pid() const override;
   std::span<const std::string> arguments() const override { return arguments_; }
   void becomeAccessory() override;
-  void activate() override;
   Subscription onSignal(TerminationSignal signal, std::function<void()> handler) override;
   void exit(int status) override;
   void terminate() override;

@@ -80,7 +80,10 @@ Subscription X11ScreenCapture::captureImage(const ShareableWindow& window, int p
   const PixelSize size{std::clamp(pixelWidth, 1, largestSide),
                        std::clamp(pixelHeight, 1, largestSide)};
   return ask<std::expected<Image, SystemError>>(
-      [this, window, size] { return takePicture(window, size); }, std::move(onImage));
+      [this, id = dynamic_cast<const X11ShareableWindow&>(*window.object).window, size] {
+        return takePicture(id, size);
+      },
+      std::move(onImage));
 }
 
 std::expected<std::vector<ShareableWindow>, SystemError> X11ScreenCapture::listWindows() {
@@ -103,17 +106,17 @@ std::expected<std::vector<ShareableWindow>, SystemError> X11ScreenCapture::listW
   std::vector<ShareableWindow> windows;
   for (std::size_t i = 0; i < facts.size(); ++i)
     windows.push_back(
-        {.windowID = facts[i].window,
+        {.object = std::make_shared<X11ShareableWindow>(facts[i].window),
          .owner = owners[i] == 0 ? std::nullopt : std::optional(owners[i]),
          .title = facts[i].title.empty() ? std::nullopt : std::optional(facts[i].title),
          .frame = layout.toQuartz(facts[i].frame)});
   return windows;
 }
 
-std::expected<Image, SystemError> X11ScreenCapture::takePicture(const ShareableWindow& window,
+std::expected<Image, SystemError> X11ScreenCapture::takePicture(xcb_window_t window,
                                                                 PixelSize size) {
   if (!photographer_) photographer_.emplace(server_);
-  const auto picture = photographer_->photograph(window.windowID);
+  const auto picture = photographer_->photograph(window);
   if (!picture) return std::unexpected(picture.error());
   const auto scale = server_.layout().scale;
   return Image(std::make_shared<PixelImage>(

@@ -12,6 +12,12 @@
 
 namespace pellow {
 
+struct X11ShareableWindow final : ShareableWindow::Object {
+  explicit X11ShareableWindow(xcb_window_t id) : window(id) {}
+
+  const xcb_window_t window;
+};
+
 // Pictures of windows through the Composite extension, taken one at a time on a queue of its own.
 // X11 asks for no permission: whoever is on the display may take them. The windows are those that
 // the window manager has on the current desktop, the front one first; their frames are what
@@ -38,7 +44,7 @@ class X11ScreenCapture final : public ScreenCapture {
   Subscription ask(std::function<Answer()> question, std::function<void(Answer)> onAnswer);
   // What is asked on the queue.
   std::expected<std::vector<ShareableWindow>, SystemError> listWindows();
-  std::expected<Image, SystemError> takePicture(const ShareableWindow& window, PixelSize size);
+  std::expected<Image, SystemError> takePicture(xcb_window_t window, PixelSize size);
 
   X11Server& server_;
   Queues& queues_;
