@@ -29,7 +29,7 @@ class Application {
   // A new window in front; it has the focus. The application becomes active if it is regular. With
   // an empty subrole the application tells none.
   Window openWindow(std::string title, QuartzRect frame,
-                             std::string subrole = std::string(AX::subrole::standardWindow)) const;
+                    std::string subrole = std::string(AX::subrole::standardWindow)) const;
   // Has a place in the Dock from now on, or no longer.
   void becomes(ActivationPolicy policy) const;
   void activate() const;
