@@ -23,7 +23,7 @@ void TabStripController::start() {
   observe(TabStore::didChange, &TabStripController::tabsDidChange);
   observe(ZoneStore::didChange, &TabStripController::rebuildAndRefresh);
   observe(Preferences::didChange, &TabStripController::rebuildAndRefresh);
-  subscriptions_.push_back(around_.screens.onDidChangeParameters([this] { rebuildAndRefresh(); }));
+  subscriptions_.push_back(around_.screens.onDidChangeParameters([this] { screensDidChange(); }));
   rebuildAndRefresh();
 }
 
@@ -32,6 +32,13 @@ void TabStripController::tabsDidChange() {
   const auto wait = nextFrame_ - around_.clock.now();
   if (wait <= 0) return refresh();
   refreshSoon_ = around_.mainQueue.after(wait, [this] { refresh(); });
+}
+
+// The same frame may stand elsewhere on the glass: the primary display is at the origin wherever it
+// is.
+void TabStripController::screensDidChange() {
+  for (const auto& [key, panel] : panels_) panel->renderAnew();
+  rebuildAndRefresh();
 }
 
 void TabStripController::rebuildAndRefresh() {

@@ -81,6 +81,7 @@ class TabStripController {
 
   void tabsDidChange();
   void rebuildPanels();
+  void screensDidChange();
   void rebuildAndRefresh();
   std::unique_ptr<TabStripPanel> makePanel();
   std::vector<Screen> screensWithPanel(const TabZone& zone) const;

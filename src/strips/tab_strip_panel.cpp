@@ -36,7 +36,7 @@ void TabStripPanel::render(const SharedEntries& entries, const Screen& screen,
                            const TabZone& zone) {
   Shown next{entries, screen, zone, preferences_.pictureTabs(),
              preferences_.value(preference::floatAboveWindows)};
-  if (shown_ == next) return;
+  if (!std::exchange(isStale_, false) && shown_ == next) return;
   shown_ = std::move(next);
 
   const auto run = StripRun::make(zone.snap, screen.visibleFrame, shown_->pictureTabs);

@@ -26,6 +26,8 @@ class TabStripPanel {
   // Shows these entries of the zone at the zone's place on the display; does nothing if they are
   // shown already.
   void render(const SharedEntries& entries, const Screen& screen, const TabZone& zone);
+  // The next call of `render` does something in any case.
+  void renderAnew() { isStale_ = true; }
 
  private:
   // All that the look of the panel depends on.
@@ -46,6 +48,7 @@ class TabStripPanel {
   const Preferences& preferences_;
   std::unique_ptr<Panel> panel_;
   std::optional<Shown> shown_;
+  bool isStale_ = false;
 };
 
 }  // namespace pellow
