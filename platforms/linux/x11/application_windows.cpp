@@ -14,6 +14,13 @@ bool isOut(X11Server& server, const WindowFacts& window, Deadline deadline) {
          !isIconified(server, window.state, deadline);
 }
 
+// One that has the keys already is left alone: a second request could take them from the window
+// that the user has gone to since.
+void giveKeys(X11Server& server, WindowManager& windowManager, xcb_window_t window,
+              Deadline deadline) {
+  if (activeWindow(server, deadline) != window) windowManager.activate(window);
+}
+
 }  // namespace
 
 std::vector<xcb_window_t> windowsOf(X11Server& server, ProcessID pid, Deadline deadline) {
@@ -31,7 +38,7 @@ bool activateApplication(X11Server& server, WindowManager& windowManager, Proces
   if (const auto front = server.frontWindow(pid)) {
     const auto facts = look(server, *front, facets, deadline);
     if (facts && isOut(server, *facts, deadline)) {
-      windowManager.activate(front->window);
+      giveKeys(server, windowManager, front->window, deadline);
       return true;
     }
   }
@@ -49,7 +56,7 @@ bool activateApplication(X11Server& server, WindowManager& windowManager, Proces
     if (out.contains(window) &&
         (!top || out[window]->state.isOn(desktop) || !out[*top]->state.isOn(desktop)))
       top = window;
-  if (top) windowManager.activate(*top);
+  if (top) giveKeys(server, windowManager, *top, deadline);
   return true;
 }
 
