@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "platforms/simulated/simulated_image.h"
-#include "platforms/simulated/simulated_platform.h"
+#include "platforms/simulated/desktop.h"
+#include "platforms/simulated/named_image.h"
 #include "strips/tab_strip_controller.h"
 
 // What one change of one tab costs while there are many: to decide what the strips show, and to
@@ -28,7 +28,7 @@ class Bench {
   explicit Bench(int count) {
     for (int index = 0; index < count; ++index) {
       const auto application = fmt::format("org.example.application{}", index % 40);
-      TabItem tab{.id = platform_.uuidSource().next(),
+      TabItem tab{.id = desktop_.uuidSource().next(),
                   .window = {window_.element(), window_.pid()},
                   .appName = "Application",
                   .bundleID = application,
@@ -58,23 +58,21 @@ class Bench {
 
   // Whether what is drawn follows the last change.
   bool isShown() {
-    const auto* const tab =
-        platform_.desktop().panel("pellow-strip").view("tabs/" + changed_.text());
+    const auto* const tab = desktop_.panels().panel("pellow-strip").view("tabs/" + changed_.text());
     return tab && tab->children.size() == (tabs_.tab(changed_)->showsTitle == true ? 2 : 1);
   }
 
  private:
-  simulated::SimulatedPlatform platform_;
-  simulated::SimulatedWindow window_ = platform_.desktop()
-                                           .launch("Application", "org.example.application")
-                                           .openWindow("Document", {0, 0, 300, 200});
-  Image icon_{std::make_shared<simulated::SimulatedImage>("icon", Size{32, 32})};
+  simulated::Desktop desktop_;
+  simulated::Window window_ = desktop_.launch("Application", "org.example.application")
+                                  .openWindow("Document", {0, 0, 300, 200});
+  Image icon_{std::make_shared<simulated::NamedImage>("icon", Size{32, 32})};
   NotificationCenter notifications_;
-  Preferences preferences_{platform_.userDefaults(), notifications_};
-  ZoneStore zones_{platform_.userDefaults(), preferences_, notifications_, platform_.uuidSource()};
-  TabStore tabs_{notifications_, platform_.workspace()};
-  TabStripController strips_{{tabs_, zones_, preferences_, platform_.clock(),
-                              platform_.queues().main(), platform_.screens(), platform_.panels(),
+  Preferences preferences_{desktop_.userDefaults(), notifications_};
+  ZoneStore zones_{desktop_.userDefaults(), preferences_, notifications_, desktop_.uuidSource()};
+  TabStore tabs_{notifications_, desktop_.workspace()};
+  TabStripController strips_{{tabs_, zones_, preferences_, desktop_.clock(),
+                              desktop_.queues().main(), desktop_.screens(), desktop_.panels(),
                               notifications_}};
   UUID changed_;
 };

@@ -130,15 +130,16 @@ TEST_F(BulkStory, PinnedApplicationsGoToTheirZones) {
       "showsName":false,"snap":"left"}])"});
   desk.userDefaults().put(
       "pinnedApps", DefaultsData{R"({"com.example.notes":"B0000000-0000-0000-0000-000000000000",
+      "com.example.web":"C0000000-0000-0000-0000-000000000000",
       "com.example.absent":"A0000000-0000-0000-0000-000000000000"})"});
+  // Pinned to a zone that is gone.
+  desk.launch("Web", "com.example.web").openWindow("Page", {50, 60, 700, 500});
   Program pinned(desk);
   pinned.pressPinned();
   const auto& tabs = pinned.controller().store().tabs();
-  ASSERT_EQ(tabs.size(), 2);
-  for (const auto& tab : tabs) {
-    EXPECT_EQ(tab.appName, "Notes");
-    EXPECT_EQ(tab.zoneID->text(), "B0000000-0000-0000-0000-000000000000");
-  }
+  ASSERT_EQ(tabs.size(), 3);
+  for (const auto& tab : tabs)
+    EXPECT_EQ(tab.zoneID->text().front(), tab.appName == "Notes" ? 'B' : 'A') << tab.title;
   EXPECT_EQ(desk.counterpart(list).frame().minX(), 1 - 800);
   EXPECT_EQ(desk.counterpart(inbox).frame(), inbox.frame());
 }
@@ -159,6 +160,20 @@ TEST_F(BulkStory, FocusModeLeavesExactlyTheFocusedWindow) {
     expectAllHome();
   }
 
+  // The one that has the focus at the press stays, also when another command is under way.
+  desktop.userDefaults().put("mechanism", "minimize");
+  inbox.answersAfter(1);
+  notes.activate();
+  letter.raise();
+  desktop.keyboard().press(14, Program::modifiers);
+  desktop.keyboard().press(14, Program::modifiers);
+  desktop.run(0.5);
+  mail.activate();
+  desktop.runUntilQuiet();
+  EXPECT_TRUE(letter.isVisible());
+  inbox.behaves();
+  program->pressRestoreAll();
+
   for (const auto& window : {list, letter, sheet, inbox, clock}) window.close();
   program->pressFocusMode();
   EXPECT_EQ(program->answerAlert(), std::string(failed) + "No focused window to pellow.");
@@ -177,6 +192,10 @@ TEST_F(BulkStory, FailuresAreToldTogetherAtTheEnd) {
             std::string(failed) +
                 "Could not minimize the window (the app did not respond in time).\n\nAnd 2 more.");
   EXPECT_TRUE(program->controller().isIdle());
+  EXPECT_EQ(std::ranges::count_if(
+                desktop.logged(),
+                [](const auto& line) { return line.message.starts_with("Could not minimize"); }),
+            3);
 }
 
 TEST_F(BulkStory, WindowsThatWillNotSlideMayBeMinimizedInstead) {

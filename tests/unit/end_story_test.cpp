@@ -268,5 +268,56 @@ TEST(EndStory, AWindowThatWillNotMoveDoesNotStopTheLaunch) {
   EXPECT_EQ(next.counterpart(windows.list).frame().minX(), 100);
 }
 
+// One silence costs one timeout, and everybody else is back before it.
+TEST(EndStory, ASilentApplicationHoldsUpTheEndOnce) {
+  simulated::Desktop desktop;
+  const auto stuck = desktop.launch("Stuck", "com.example.stuck");
+  for (int index = 0; index < 5; ++index) stuck.openWindow("Report", {100, 120, 800, 600});
+  const auto list = desktop.launch("Notes").openWindow("Shopping", {300, 200, 400, 300});
+  Program program(desktop);
+  program.pressEverything();
+  stuck.hangs();
+  // A read of the silent one is on its way, and one more call waits behind it.
+  desktop.run(3);
+  list.unminimize();
+  const auto start = desktop.now();
+  desktop.after(0.5, [&] { EXPECT_EQ(list.frame(), QuartzRect(300, 200, 400, 300)); });
+  program.quit();
+  desktop.runUntilQuiet();
+  EXPECT_LE(desktop.now() - start, 5.5);
+  EXPECT_EQ(list.frame(), QuartzRect(300, 200, 400, 300));
+  EXPECT_EQ(program.journalAfterCrash().size(), 5);
+}
+
+// A launch waits a quarter of a second for it, and brings its windows back when it wakes.
+TEST(EndStory, ASilentApplicationHoldsUpNoLaunch) {
+  simulated::Desktop desktop;
+  const Windows windows(desktop);
+  const auto more = windows.notes.openWindow("Letter", {500, 60, 400, 300});
+  Program program(desktop);
+  program.pressEverything();
+  ASSERT_EQ(program.journalAfterCrash().size(), 4);
+
+  simulated::Desktop next(desktop.snapshot());
+  next.application("Notes").hangs();
+  const auto start = next.now();
+  Seconds began = 0;
+  next.onPortCall([&](std::uint64_t) {
+    if (began == 0 && next.hasLogged("Recovered 1 window(s) stranded by a previous run"))
+      began = next.now();
+  });
+  Program relaunched(next);
+  next.onPortCall(nullptr);
+  EXPECT_LE(began - start, 0.3);
+  EXPECT_EQ(next.counterpart(windows.inbox).frame(), QuartzRect(0, 30, 500, 500));
+  EXPECT_EQ(relaunched.journalAfterCrash().size(), 3);
+  next.application("Notes").wakes();
+  next.run(6);
+  next.runUntilQuiet();
+  windows.expectHome(next, "once it answers");
+  EXPECT_EQ(next.counterpart(more).frame(), QuartzRect(500, 60, 400, 300));
+  EXPECT_TRUE(relaunched.journalAfterCrash().empty());
+}
+
 }  // namespace
 }  // namespace pellow

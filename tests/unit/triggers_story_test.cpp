@@ -296,5 +296,24 @@ TEST_F(TriggersStory, NothingComesBackWhileEverythingGoes) {
   }
 }
 
+TEST_F(TriggersStory, AnAlertDoesNotKeepTabsFromComingBack) {
+  launch();
+  pellow(list);
+  mail.activate();
+  desktop.run(settled);
+  inbox.refusesToMove();
+  program->pressPellow();
+  ASSERT_EQ(desktop.alerts().showing().size(), 1);
+  later([&] { notes.activate(); });
+  EXPECT_TRUE(program->tabs().empty()) << "while the alert shows";
+  EXPECT_EQ(list.frame(), home);
+
+  // What was in front before comes back when the alert goes; nobody has chosen that.
+  pellow(list);
+  desktop.run(settled);
+  EXPECT_NE(program->answerAlert(), "");
+  EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
+}
+
 }  // namespace
 }  // namespace pellow
