@@ -85,6 +85,8 @@ class System {
   // application (`window` is 0).
   Subscription observeElement(ProcessID pid, WindowID window, std::string_view notification,
                               std::function<void(const AXElement&)> handler);
+  // Also what no change of the desktop has brought about.
+  void announce(const Announcement& news);
 
  private:
   using ElementObservers = HandlerList<void(const AXElement&)>;
@@ -99,7 +101,6 @@ class System {
   bool beginPortCall(std::string what);
   void endProcess();
   void scheduleLateWrite(const LateWrite& late);
-  void announce(const Announcement& news);
   void announceOf(const HandlerList<void(ProcessID)>& observers, ProcessID pid);
   void announceElement(const ElementNotification& notification, WindowID window);
   // Takes as long as the seed says, and arrives after all that its sender sent before.

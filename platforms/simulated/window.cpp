@@ -50,6 +50,9 @@ void Window::unminimize() const { does(&DesktopState::unminimize); }
 void Window::raise() const { does(&DesktopState::raise); }
 void Window::chooseFromWindowMenu() const { does(&DesktopState::choose); }
 void Window::close() const { does(&DesktopState::close); }
+void Window::orderOut() const {
+  system_->announce({.kind = Announcement::Kind::elementDestroyed, .pid = pid(), .window = id_});
+}
 
 Window Window::answersAfter(Seconds delay) const {
   state().manners.answersAfter = delay;

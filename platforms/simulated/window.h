@@ -48,6 +48,8 @@ class Window {
   // application becomes active.
   void chooseFromWindowMenu() const;
   void close() const;
+  // Its application says that it is destroyed, though it lives on.
+  void orderOut() const;
 
   // Manners. Each returns the window, for chaining.
 

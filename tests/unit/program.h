@@ -23,6 +23,8 @@ class Program {
 
   PellowController& controller() { return delegate_.controller(); }
   void quit() { desktop_.process().terminate(); }
+  // As a menu asks for it.
+  void perform(ShortcutAction action) { delegate_.perform(action); }
 
   static constexpr auto modifiers = modifier::control | modifier::option | modifier::command;
 

@@ -304,6 +304,18 @@ TEST_F(RoadStory, AWindowWhoseFateIsUnknownKeepsATab) {
   EXPECT_TRUE(program->journalAfterCrash().empty());
 }
 
+TEST_F(RoadStory, AWindowThatSaysItIsGoneIsAskedFirst) {
+  const auto list = openNotes();
+  launch();
+  program->pressPellow();
+  list.orderOut();
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program->tabs(), std::vector<std::string>{"Shopping"});
+  EXPECT_EQ(program->journalAfterCrash().size(), 1);
+  program->clickTab("Shopping");
+  EXPECT_EQ(list.frame(), home);
+}
+
 TEST_F(RoadStory, AClosedWindowLeavesNoTabAndNoRecord) {
   const auto list = openNotes();
   const auto letter = openNotes("Letter", {300, 200, 400, 300});
@@ -435,9 +447,26 @@ TEST_F(RoadStory, ThePermissionCountsWhileItsAlertStillShows) {
   // Who leaves now keeps the journal of the run before.
   simulated::Desktop second(desktop.snapshot());
   Program unstarted(second);
+  unstarted.perform(ShortcutAction::pellowAll);
+  unstarted.perform(ShortcutAction::restoreAll);
+  second.runUntilQuiet();
+  second.alerts().choose("Later");
+  second.runUntilQuiet();
+  EXPECT_EQ(unstarted.answerAlert(),
+            std::string(failed) + "Pellow needs Accessibility permission to control windows.");
+  EXPECT_EQ(second.counterpart(lost).frame().minX(), 1439);
   unstarted.quit();
   second.runUntilQuiet();
   EXPECT_EQ(unstarted.journalAfterCrash().size(), 1);
+
+  // A menu is quicker than the look whether it has been given.
+  simulated::Desktop third(desktop.snapshot());
+  Program quick(third);
+  third.accessibility().setTrusted(true);
+  quick.perform(ShortcutAction::pellowAll);
+  third.run(0.5);
+  EXPECT_EQ(quick.tabs().size(), 1);
+  EXPECT_EQ(quick.journalAfterCrash().at(0).originalOrigin, home.origin);
 
   desktop.accessibility().setTrusted(true);
   desktop.run(1.1);
