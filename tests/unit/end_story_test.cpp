@@ -182,6 +182,27 @@ TEST(EndStory, RecoveryPairsRecordsAndWindows) {
   EXPECT_TRUE(program.journalAfterCrash().empty());
 }
 
+// It was put nowhere, for want of a display; whatever stands there now is not it.
+TEST(EndStory, ARecordThatWasParkedNowhereTakesNoWindow) {
+  simulated::Desktop desktop;
+  const auto other = desktop.launch("Notes", "n").openWindow("Other", {12, 52, 300, 200});
+  desktop.userDefaults().put(
+      "parkedWindows", DefaultsData{R"([{"bundleID":"n","title":"Lost","originalOrigin":[10,50],)"
+                                    R"("parkedOrigin":[10,50]}])"});
+  const Program program(desktop);
+  EXPECT_EQ(other.frame().origin, (QuartzPoint{12, 52}));
+}
+
+// Sixty percent of a window on the displays are enough for it to come back there.
+TEST(EndStory, AWindowComesBackWhereEnoughOfItCanBeSeen) {
+  simulated::Desktop desktop;
+  Displays displays(desktop.screens());
+  displays.recordMainHeight();
+  const ParkingPlaces places(displays);
+  EXPECT_EQ(places.restoreOrigin({1440 - 600, 100, 1000, 300}), (QuartzPoint{1440 - 600, 100}));
+  EXPECT_EQ(places.restoreOrigin({1440 - 599, 100, 1000, 300}), (QuartzPoint{1440 - 1000, 100}));
+}
+
 TEST(EndStory, AnEmptyJournalAsksNobody) {
   for (const auto& stored : {"", "[]", "{}", "[1,2]", "no json"}) {
     simulated::Desktop desktop;
