@@ -7,10 +7,13 @@
 namespace pellow::desktop {
 namespace {
 
+// At the lowest priority: three that copy could fill the processors of a small machine, and what is
+// asked is what the disk does to others.
 constexpr int writers = 3;
 constexpr auto script =
     "file=$(mktemp \"$0/busy-XXXXXX\") && exec 3<>\"$file\" && rm \"$file\" || exit\n"
-    "while dd if=/dev/zero of=/proc/self/fd/3 bs=1M count=256 conv=fsync status=none; do :; done";
+    "while nice -n 19 dd if=/dev/zero of=/proc/self/fd/3 bs=1M count=256 conv=fsync status=none; "
+    "do :; done";
 
 }  // namespace
 

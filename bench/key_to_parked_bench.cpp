@@ -47,6 +47,7 @@ void measure(const Options& options) {
   std::vector<double> minimized;
   for (int round = 0; round < rounds; ++round) {
     await("the window is active", [&] { return desktop.activate(window); });
+    await("nothing flies", [&] { return desktop.shownWindows("pellow", "pellow-flight").empty(); });
     const auto pressed = Clock::now();
     desktop.type({key::control, key::alt, key::super, 't'});
     parked.push_back(timeUntil("the window is parked", pressed, [&] {

@@ -53,7 +53,7 @@ class Launches {
     const auto program = desktop_.start({PELLOW_EMPTY_QT_PROGRAM},
                                         {{"QT_XCB_GL_INTEGRATION", "none"}});  // as Pellow has it
     return timeUntil("the empty window shows", start, [&] {
-      return !desktop_.shownWindows("Empty_qt_program", "empty_qt_program").empty();
+      return !desktop_.shownWindows("empty_qt_program", "empty_qt_program").empty();
     });
   }
 

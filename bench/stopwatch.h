@@ -7,19 +7,23 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace pellow::desktop {
 
 using Clock = std::chrono::steady_clock;
 
-// Milliseconds from the start until the condition holds; asks without a pause.
+// Milliseconds from the start until the condition holds. It rests as long as each look took: two
+// that only look would take both processors from those whom they watch.
 inline double timeUntil(const char* what, Clock::time_point start,
                         const std::function<bool()>& condition) {
   constexpr auto tooLong = std::chrono::seconds(60);
-  while (!condition())
-    if (Clock::now() - start > tooLong)
+  for (auto asked = Clock::now(); !condition(); asked = Clock::now()) {
+    if (asked - start > tooLong)
       throw std::runtime_error(fmt::format("waited in vain until {}", what));
+    std::this_thread::sleep_for(Clock::now() - asked);
+  }
   return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 

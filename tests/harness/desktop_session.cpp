@@ -27,6 +27,32 @@ std::unique_ptr<Reply, decltype(&std::free)> ask(
   return {reply, std::free};
 }
 
+// Asks the same about many windows, in one trip to the server.
+template <typename Request, typename Reply, typename Cookie>
+auto askAll(xcb_connection_t* connection, const std::vector<WindowID>& windows, Request request,
+            Reply* (*takeReply)(xcb_connection_t*, Cookie, xcb_generic_error_t**)) {
+  std::vector<Cookie> cookies;
+  for (const auto window : windows) cookies.push_back(request(window));
+  std::vector<std::unique_ptr<Reply, decltype(&std::free)>> replies;
+  for (const auto cookie : cookies) {
+    xcb_generic_error_t* error = nullptr;
+    replies.emplace_back(takeReply(connection, cookie, &error), std::free);
+    std::free(error);
+  }
+  return replies;
+}
+
+bool isShown(const xcb_get_window_attributes_reply_t* attributes) {
+  return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
+         attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
+}
+
+std::string_view text(const xcb_get_property_reply_t* property) {
+  if (!property) return {};
+  return {static_cast<const char*>(xcb_get_property_value(property)),
+          static_cast<std::size_t>(xcb_get_property_value_length(property))};
+}
+
 std::filesystem::path makeTemporaryFolder() {
   auto name = (std::filesystem::temp_directory_path() / "pellow-test-XXXXXX").string();
   if (!mkdtemp(name.data())) throw std::runtime_error("cannot make a temporary folder");
@@ -181,28 +207,57 @@ WindowID DesktopSession::activeWindow() const {
   return windows.empty() ? 0 : windows[0];
 }
 
+// Level by level, since a look from outside must not keep the server from those whom it watches.
 std::vector<WindowID> DesktopSession::shownWindows(std::string_view windowClass,
                                                    std::string_view name) const {
+  auto* const server = connection_.get();
   const auto nameAndClass = std::string(name) + '\0' + std::string(windowClass) + '\0';
+  const auto classProperty = atom("WM_CLASS");
+  const auto attributes = [&](WindowID window) {
+    return xcb_get_window_attributes(server, window);
+  };
+  const auto windowClassOf = [&](WindowID window) {
+    return xcb_get_property(server, 0, window, classProperty, XCB_ATOM_ANY, 0, 1 << 20);
+  };
   std::vector<WindowID> found;
-  collectShown(root_, nameAndClass, found);
+  for (std::vector level{root_}; !level.empty();) {
+    const auto inside = childrenOf(level);
+    const auto looks = askAll(server, inside, attributes, xcb_get_window_attributes_reply);
+    const auto classes = askAll(server, inside, windowClassOf, xcb_get_property_reply);
+    level.clear();
+    for (std::size_t index = 0; index < inside.size(); ++index) {
+      if (!pellow::desktop::isShown(looks[index].get())) continue;
+      level.push_back(inside[index]);
+      if (text(classes[index].get()) == nameAndClass) found.push_back(inside[index]);
+    }
+  }
   return found;
 }
 
+std::vector<WindowID> DesktopSession::childrenOf(const std::vector<WindowID>& windows) const {
+  auto* const server = connection_.get();
+  std::vector<WindowID> all;
+  for (const auto& tree : askAll(
+           server, windows, [&](WindowID window) { return xcb_query_tree(server, window); },
+           xcb_query_tree_reply)) {
+    if (!tree) continue;
+    const auto* const children = xcb_query_tree_children(tree.get());
+    all.insert(all.end(), children, children + xcb_query_tree_children_length(tree.get()));
+  }
+  return all;
+}
+
 std::vector<WindowID> DesktopSession::outermostWindows() const {
-  const auto tree = ask(connection_.get(), xcb_query_tree, xcb_query_tree_reply, root_);
-  if (!tree) throw std::runtime_error("the server is gone");
-  const auto* children = xcb_query_tree_children(tree.get());
-  std::vector<WindowID> windows(children, children + xcb_query_tree_children_length(tree.get()));
+  auto windows = childrenOf({root_});
+  if (windows.empty()) throw std::runtime_error("the server is gone");
   std::erase_if(windows, [this](WindowID window) { return !isShown(window); });
   return windows;
 }
 
 bool DesktopSession::isShown(WindowID window) const {
-  const auto attributes =
-      ask(connection_.get(), xcb_get_window_attributes, xcb_get_window_attributes_reply, window);
-  return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
-         attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
+  return pellow::desktop::isShown(
+      ask(connection_.get(), xcb_get_window_attributes, xcb_get_window_attributes_reply, window)
+          .get());
 }
 
 PixelRect DesktopSession::workArea() const {
@@ -251,9 +306,7 @@ std::vector<std::uint32_t> DesktopSession::values(WindowID window,
 std::string DesktopSession::bytes(WindowID window, std::string_view property) const {
   const auto answer = ask(connection_.get(), xcb_get_property, xcb_get_property_reply, 0, window,
                           atom(property), XCB_ATOM_ANY, 0, 1 << 20);
-  if (!answer) return {};
-  return {static_cast<const char*>(xcb_get_property_value(answer.get())),
-          static_cast<std::size_t>(xcb_get_property_value_length(answer.get()))};
+  return std::string(text(answer.get()));
 }
 
 bool DesktopSession::hasState(WindowID window, std::string_view state) const {
@@ -349,19 +402,6 @@ xcb_atom_t DesktopSession::atom(std::string_view name) const {
                           static_cast<std::uint16_t>(name.size()), name.data());
   if (!answer) throw std::runtime_error("the server is gone");
   return answer->atom;
-}
-
-void DesktopSession::collectShown(WindowID parent, const std::string& nameAndClass,
-                                  std::vector<WindowID>& found) const {
-  const auto tree = ask(connection_.get(), xcb_query_tree, xcb_query_tree_reply, parent);
-  if (!tree) return;
-  const auto* children = xcb_query_tree_children(tree.get());
-  for (int index = 0; index < xcb_query_tree_children_length(tree.get()); ++index) {
-    const auto window = children[index];
-    if (!isShown(window)) continue;
-    if (bytes(window, "WM_CLASS") == nameAndClass) found.push_back(window);
-    collectShown(window, nameAndClass, found);
-  }
 }
 
 void DesktopSession::sendMessage(WindowID destination, std::uint32_t mask, WindowID window,

@@ -172,8 +172,7 @@ class DesktopSession {
   xcb_atom_t atom(std::string_view name) const;
   void askWindowManager(WindowID window, std::string_view type,
                         std::initializer_list<std::uint32_t> data) const;
-  void collectShown(WindowID parent, const std::string& nameAndClass,
-                    std::vector<WindowID>& found) const;
+  std::vector<WindowID> childrenOf(const std::vector<WindowID>& windows) const;
   void sendMessage(WindowID destination, std::uint32_t mask, WindowID window, std::string_view type,
                    std::initializer_list<std::uint32_t> data) const;
   void fakeInput(std::uint8_t type, std::uint8_t detail, int x = 0, int y = 0) const;
