@@ -53,9 +53,7 @@ void FlightAnimator::flyBack(const Image& image, Subject subject, const AppKitRe
 
 void FlightAnimator::fly(const Image& image, const AppKitRect& from, const AppKitRect& to,
                          double fadeFrom, double fadeTo, std::function<void()> completion) {
-  const bool tooMany = flying_.size() + waiting_.size() >= atATime;
-  if (!waiting_.empty()) beginNextSoon();
-  if (!canBeSeen(from) || !canBeSeen(to) || tooMany) {
+  if (!makeWay() || !canBeSeen(from) || !canBeSeen(to)) {
     if (completion) completion();
     return;
   }
@@ -63,6 +61,11 @@ void FlightAnimator::fly(const Image& image, const AppKitRect& from, const AppKi
   if (flying_.empty() && waiting_.empty()) return begin(std::move(flight));
   waiting_.push_back(std::move(flight));
   beginNextSoon();
+}
+
+bool FlightAnimator::makeWay() {
+  if (!waiting_.empty()) beginNextSoon();
+  return flying_.size() + waiting_.size() < atATime;
 }
 
 // A frame after the latest call.

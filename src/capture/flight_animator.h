@@ -38,6 +38,10 @@ class FlightAnimator {
   void flyBack(const Image& image, Subject subject, const AppKitRect& tabFrame,
                const AppKitRect& windowFrame);
 
+  // Another window is about to go: those that wait to fly wait until it has gone. False when there
+  // are too many already for one more to fly.
+  bool makeWay();
+
   void fly(const Image& image, const AppKitRect& from, const AppKitRect& to, double fadeFrom,
            double fadeTo, std::function<void()> completion = nullptr);
 

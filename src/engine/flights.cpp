@@ -17,22 +17,23 @@ std::optional<Traveller> traveller(const TabItem& tab) {
   return std::nullopt;
 }
 
+bool canFly(const TabItem& tab) {
+  return tab.mechanism != Mechanism::minimize && tab.originalFrame.has_value();
+}
+
 }  // namespace
 
-std::optional<AppKitRect> Flights::projectedTabFrame(const TabItem& tab) const {
-  if (!shouldAnimate(tab) || !tab.zoneID) return std::nullopt;
+std::optional<AppKitRect> Flights::projectedTabFrame(const TabItem& tab) {
+  if (!isWanted() || !canFly(tab) || !tab.zoneID || !around_.animator.makeWay())
+    return std::nullopt;
   return around_.strips.projectedTabFrame(*tab.zoneID);
 }
 
 std::map<UUID, AppKitRect> Flights::tabFrames(const std::vector<UUID>& ids) const {
-  if (!around_.preferences.value(preference::animateFlight)) return {};
-  return around_.strips.frames(ids);
+  return isWanted() ? around_.strips.frames(ids) : std::map<UUID, AppKitRect>();
 }
 
-bool Flights::shouldAnimate(const TabItem& tab) const {
-  return tab.mechanism != Mechanism::minimize && tab.originalFrame &&
-         around_.preferences.value(preference::animateFlight);
-}
+bool Flights::isWanted() const { return around_.preferences.value(preference::animateFlight); }
 
 void Flights::flyOut(const TabItem& tab, const AppKitRect& tabFrame) {
   if (const auto what = traveller(tab))
@@ -42,7 +43,7 @@ void Flights::flyOut(const TabItem& tab, const AppKitRect& tabFrame) {
 
 void Flights::flyBack(const TabItem& tab, const AppKitRect& tabFrame) {
   const auto what = traveller(tab);
-  if (!what || !shouldAnimate(tab)) return;
+  if (!what || !canFly(tab)) return;
   auto home = *tab.originalFrame;
   if (tab.mechanism == Mechanism::offscreen) home.origin = around_.places.restoreOrigin(home);
   around_.animator.flyBack(what->image, what->subject, tabFrame,

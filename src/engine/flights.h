@@ -30,8 +30,8 @@ class Flights {
 
   explicit Flights(const Surroundings& surroundings) : around_(surroundings) {}
 
-  // Where a tab about to come will stand; nothing when nothing should fly there.
-  std::optional<AppKitRect> projectedTabFrame(const TabItem& tab) const;
+  // Where a tab about to come will stand; nothing when nothing will fly there.
+  std::optional<AppKitRect> projectedTabFrame(const TabItem& tab);
   // Where these tabs stand; empty when the user wants no flights.
   std::map<UUID, AppKitRect> tabFrames(const std::vector<UUID>& ids) const;
 
@@ -39,7 +39,7 @@ class Flights {
   void flyBack(const TabItem& tab, const AppKitRect& tabFrame);
 
  private:
-  bool shouldAnimate(const TabItem& tab) const;
+  bool isWanted() const;
 
   Surroundings around_;
 };
