@@ -14,11 +14,12 @@ bool isOut(X11Server& server, const WindowFacts& window, Deadline deadline) {
          !isIconified(server, window.state, deadline);
 }
 
-// One that has the keys already is left alone: a second request could take them from the window
-// that the user has gone to since.
+// One that has the keys already, or will have, is left alone: a second request could take them from
+// the window that the user has gone to since.
 void giveKeys(X11Server& server, WindowManager& windowManager, xcb_window_t window,
               Deadline deadline) {
-  if (activeWindow(server, deadline) != window) windowManager.activate(window);
+  if (activeWindow(server, deadline) != window && server.claimKeys(window))
+    windowManager.activate(window);
 }
 
 }  // namespace

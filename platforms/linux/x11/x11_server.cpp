@@ -137,6 +137,7 @@ xcb_window_t X11Server::lastParent(xcb_window_t window) const {
 void X11Server::setFrontWindow(ProcessID pid, WindowKey window) {
   const std::lock_guard lock(mutex_);
   frontWindows_[pid] = window;
+  keysClaimedFor_ = XCB_WINDOW_NONE;
 }
 
 std::optional<WindowKey> X11Server::frontWindow(ProcessID pid) const {
@@ -144,6 +145,15 @@ std::optional<WindowKey> X11Server::frontWindow(ProcessID pid) const {
   const auto found = frontWindows_.find(pid);
   if (found == frontWindows_.end()) return std::nullopt;
   return found->second;
+}
+
+bool X11Server::claimKeys(xcb_window_t window) {
+  constexpr Seconds moment = 0.5;
+  const std::lock_guard lock(mutex_);
+  if (keysClaimedFor_ == window && !hasPassed(claimStandsUntil_)) return false;
+  keysClaimedFor_ = window;
+  claimStandsUntil_ = deadlineIn(moment);
+  return true;
 }
 
 void X11Server::setHidden(ProcessID pid, bool isHidden) {

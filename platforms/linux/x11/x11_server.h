@@ -66,6 +66,8 @@ class X11Server {
   // The window of an application that was raised last.
   void setFrontWindow(ProcessID pid, WindowKey window);
   std::optional<WindowKey> frontWindow(ProcessID pid) const;
+  // False when the keys were claimed for this window a moment ago, and no window raised since.
+  bool claimKeys(xcb_window_t window);
 
   // Whether the application was hidden and has not been shown again since; its windows may be
   // minimized, or on another desktop, and tell nothing of that.
@@ -101,6 +103,8 @@ class X11Server {
   std::map<xcb_window_t, ProcessID> owners_;
   std::map<xcb_window_t, xcb_window_t> parents_;
   std::map<ProcessID, WindowKey> frontWindows_;
+  xcb_window_t keysClaimedFor_ = XCB_WINDOW_NONE;
+  Deadline claimStandsUntil_;
   std::set<ProcessID> hidden_;
 };
 
