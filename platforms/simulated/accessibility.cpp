@@ -339,7 +339,8 @@ class ApplicationElement final : public Element {
     if (attribute == AX::attribute::windows) {
       std::vector<AXElement> elements;
       for (const auto id : desktop().windowsOf(pid_))
-        elements.push_back(windowElement(system(), id));
+        if (!desktop().isOnOtherSpace(*desktop().window(id)))
+          elements.push_back(windowElement(system(), id));
       return elements;
     }
     if (attribute == AX::attribute::focusedWindow) {

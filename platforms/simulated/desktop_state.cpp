@@ -45,8 +45,13 @@ std::vector<WindowID> DesktopState::windowsOf(ProcessID pid) const {
   return ids;
 }
 
+// The Dock is on all of them.
+bool DesktopState::isOnOtherSpace(const WindowState& window) const {
+  return !window.minimized && window.space != shownSpace;
+}
+
 bool DesktopState::isVisible(const WindowState& window) const {
-  return !window.minimized && !application(window.pid)->hidden;
+  return !window.minimized && !isOnOtherSpace(window) && !application(window.pid)->hidden;
 }
 
 bool DesktopState::isOnScreen(const WindowState& window) const {
@@ -131,6 +136,7 @@ std::optional<SystemError> DesktopState::takeCaptureFault(CaptureCall call) {
 
 WindowID DesktopState::open(WindowState window) {
   window.id = ++lastWindow;
+  window.space = shownSpace;
   const auto pid = window.pid;
   windows.insert(windows.begin(), std::move(window));
   auto& owner = *application(pid);
@@ -156,6 +162,7 @@ void DesktopState::unminimize(WindowID id) {
   if (!window(id)->minimized) return;
   window(id)->minimized = false;
   window(id)->minimizedBy = std::nullopt;
+  window(id)->space = shownSpace;
   raise(id);
 }
 

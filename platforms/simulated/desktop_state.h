@@ -74,6 +74,7 @@ struct WindowState {
   bool hasMinimizeButton = true;
   bool minimized = false;
   std::optional<Actor> minimizedBy = std::nullopt;  // while it is minimized
+  int space = 1;                                    // the one it was opened on or came back to
   int lateChanges = 0;  // how often it acted after it had answered too late
   WindowManners manners;
 };
@@ -128,6 +129,7 @@ struct DesktopState {
   std::vector<ApplicationState> applications;  // in the order of their launch
   std::vector<WindowState> windows;            // front to back, over all applications
   std::optional<ProcessID> frontmost;
+  int shownSpace = 1;
   AppKitPoint pointer;
   StoredDefaults defaults;
   std::vector<LogLine> log;
@@ -162,6 +164,7 @@ struct DesktopState {
 
   // Front to back, minimized ones last.
   std::vector<WindowID> windowsOf(ProcessID pid) const;
+  bool isOnOtherSpace(const WindowState& window) const;
   bool isVisible(const WindowState& window) const;
   // Whether it is visible and some of it lies on a display.
   bool isOnScreen(const WindowState& window) const;

@@ -138,6 +138,11 @@ Subscription System::observeElement(ProcessID pid, WindowID window, std::string_
   return elementObservers_[{pid, window, std::string(notification)}].add(std::move(handler));
 }
 
+void System::showSpace(int space) {
+  state.shownSpace = space;
+  mainLoop.post([this] { activeSpaceChanged.notify(); });
+}
+
 void System::changeScreens(const std::function<void(DesktopState&)>& act) {
   act(state);
   mainLoop.post([this] { screensChanged.notify(); });

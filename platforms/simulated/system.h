@@ -39,6 +39,7 @@ class System {
   HandlerList<void(ProcessID)> applicationTerminated;
   HandlerList<void(WindowID)> windowGone;
   HandlerList<void()> screensChanged;
+  HandlerList<void()> activeSpaceChanged;
 
   // Counts the call and lets others run. False once the process has ended: then the call must
   // change nothing.
@@ -79,6 +80,7 @@ class System {
   // A window or an alert of this process has gone: after the last one it gives way to others.
   void giveWay();
   int alerts = 0;  // of this process, that show
+  void showSpace(int space);
   void changeScreens(const std::function<void(DesktopState&)>& act);
 
   // The handler hears the element that posts the notification: of a window, or of any window of an

@@ -1,5 +1,6 @@
 #include "platforms/simulated/workspace.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace pellow::simulated {
@@ -56,6 +57,13 @@ bool Workspace::activate(ProcessID pid) {
   return true;
 }
 
+bool Workspace::hasWindowsOnOtherSpaces(ProcessID pid) {
+  if (!system_.portCall("asks for windows of {} on other Spaces", pid)) return false;
+  return std::ranges::any_of(system_.state.windows, [&](const WindowState& each) {
+    return each.pid == pid && system_.state.isOnOtherSpace(each);
+  });
+}
+
 bool Workspace::open(std::string_view url) {
   if (!system_.portCall("opens {}", url) || system_.state.refusesURLs) return false;
   system_.state.openedURLs.emplace_back(url);
@@ -72,6 +80,10 @@ Subscription Workspace::onDidBecomeRegular(std::function<void(ProcessID)> observ
 
 Subscription Workspace::onDidTerminateApplication(std::function<void(ProcessID)> observer) {
   return system_.applicationTerminated.add(std::move(observer));
+}
+
+Subscription Workspace::onDidChangeActiveSpace(std::function<void()> observer) {
+  return system_.activeSpaceChanged.add(std::move(observer));
 }
 
 }  // namespace pellow::simulated

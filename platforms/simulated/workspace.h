@@ -15,10 +15,15 @@ class Workspace final : public pellow::Workspace {
   bool hide(ProcessID pid) override;
   bool unhide(ProcessID pid) override;
   bool activate(ProcessID pid) override;
+  bool hasWindowsOnOtherSpaces(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
   Subscription onDidBecomeRegular(std::function<void(ProcessID)> observer) override;
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
+  Subscription onDidChangeActiveSpace(std::function<void()> observer) override;
+
+  // The user turns to another Space; windows open on the one that is shown.
+  void showSpace(int space) { system_.showSpace(space); }
 
   // URLs that the program opened, and whether nothing opens them any more.
   const std::vector<std::string>& openedURLs() const { return system_.state.openedURLs; }

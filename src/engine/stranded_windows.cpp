@@ -87,11 +87,12 @@ int StrandedWindows::recoverStrandedWindows() {
   int recovered = 0;
   std::vector<ParkingRecord> unmatched;
   for (const auto& [bundleID, records] : byApplication) {
-    auto [found, silent] =
-        gather(around_.accessibility, processes(bundleID), AX::timeout::application);
+    const auto pids = processes(bundleID);
+    auto [found, silent] = gather(around_.accessibility, pids, AX::timeout::application);
     const auto pairing = pair(std::move(found), records);
+    const bool mayBeFound = !silent.empty() || haveWindowsOnOtherSpaces(pids);
     for (const auto& record : pairing.unmatched)
-      silent.empty() ? unmatched.push_back(record) : around_.journal.keep(record);
+      mayBeFound ? around_.journal.keep(record) : unmatched.push_back(record);
     for (const auto& match : pairing.matches) {
       const auto pid = match.candidate.window.pid;
       const auto outcome = silent.contains(pid) ? Outcome::unanswered : recover(match);
@@ -161,6 +162,7 @@ void StrandedWindows::start() {
   subscriptions_.push_back(
       around_.workspace.onDidTerminateApplication([lookAtAll](ProcessID) { lookAtAll(); }));
   subscriptions_.push_back(around_.screens.onDidChangeParameters(lookAtAll));
+  subscriptions_.push_back(around_.workspace.onDidChangeActiveSpace(lookAtAll));
   poll_ = around_.mainQueue.every(pollInterval, lookAtAll);
   lookAgain(AX::timeout::windowChange);
 }
@@ -209,8 +211,13 @@ Task<> StrandedWindows::recoverLate(Seconds timeout, std::string bundleID,
     const auto done = outcome(match, std::move(moved));
     if (done == Outcome::back || done == Outcome::gone) around_.journal.release(match.record);
   }
-  if (!silent.empty()) co_return;
+  if (!silent.empty() || haveWindowsOnOtherSpaces(pids)) co_return;
   for (const auto& record : pairing.unmatched) around_.journal.release(record);
+}
+
+bool StrandedWindows::haveWindowsOnOtherSpaces(const std::vector<ProcessID>& pids) const {
+  return std::ranges::any_of(
+      pids, [this](ProcessID pid) { return around_.workspace.hasWindowsOnOtherSpaces(pid); });
 }
 
 int StrandedWindows::rescueHiddenWindows(bool clearJournal) {

@@ -52,12 +52,13 @@ class StrandedWindows {
   // record has no window, sweeps for hidden windows too. Returns how many windows came back.
   //
   // Calls applications directly, waiting 0.25 s at most for one that does not answer; its records
-  // stay, as do those of windows that would not move.
+  // stay, as do those of windows that would not move, and of an application with windows on other
+  // Spaces.
   int recoverStrandedWindows();
 
   // Looks again for the windows of records that stayed: at once and whenever their application
-  // becomes active, waiting for slow ones; at every change of the displays; and every 5 s while
-  // some do not answer. Once.
+  // becomes active, waiting for slow ones; at every change of the displays or the Space; and every
+  // 5 s while some do not answer. Once.
   void start();
 
   // Moves every window of every ordinary application that cannot be seen and is not minimized onto
@@ -93,6 +94,7 @@ class StrandedWindows {
   static Pairing pair(std::vector<Candidate> windows, std::vector<ParkingRecord> records);
 
   std::vector<ProcessID> processes(const std::string& bundleID) const;
+  bool haveWindowsOnOtherSpaces(const std::vector<ProcessID>& pids) const;
   QuartzPoint home(const Match& match) const;
   Moved move(const TargetWindow& window, QuartzPoint origin, Seconds timeout) const;
   Moved inSight(Moved moved, Size size) const;

@@ -51,6 +51,10 @@ class Workspace {
   // The system may take this as a mere wish; writing `frontmost` of its element is stronger.
   virtual bool activate(ProcessID pid) = 0;
 
+  // Whether the application may have windows on Spaces that are not shown: its `windows` attribute
+  // leaves those out.
+  virtual bool hasWindowsOnOtherSpaces(ProcessID pid) = 0;
+
   // Opens a URL in the user's application for it; false when there is none.
   virtual bool open(std::string_view url) = 0;
 
@@ -63,6 +67,9 @@ class Workspace {
 
   // Called after an application has ended and its windows are gone.
   virtual Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) = 0;
+
+  // Called after another Space has come into view.
+  virtual Subscription onDidChangeActiveSpace(std::function<void()> observer) = 0;
 };
 
 }  // namespace pellow

@@ -35,6 +35,24 @@ TEST_F(X11DesktopTest, ApplicationThatOnlyClosesItsWindowsHasNotEnded) {
   EXPECT_TRUE(until([&] { return ended == std::vector{pid}; }));
 }
 
+TEST_F(X11DesktopTest, TellsOfOtherDesktopsAndWhatIsOnThem) {
+  const auto window = client.open("Document", {100, 50, 300, 200});
+  auto& workspace = x11->workspace();
+  int changes = 0;
+  const auto observer = workspace.onDidChangeActiveSpace([&] { ++changes; });
+  ASSERT_TRUE(x11->processEvents());
+  EXPECT_FALSE(workspace.hasWindowsOnOtherSpaces(pid));
+  ASSERT_TRUE(desktop.switchTo(1));
+  EXPECT_TRUE(until([&] { return changes == 1; }));
+  EXPECT_TRUE(workspace.hasWindowsOnOtherSpaces(pid));
+  EXPECT_FALSE(workspace.hasWindowsOnOtherSpaces(1));
+
+  constexpr std::uint32_t allDesktops = 0xffffffff;
+  desktop.sendToDesktop(window, allDesktops);
+  EXPECT_TRUE(until([&] { return !workspace.hasWindowsOnOtherSpaces(pid); }));
+  EXPECT_EQ(changes, 1);
+}
+
 class X11RemoteApplications : public X11Applications {
  protected:
   // The server knows of no process, as if its clients ran on other machines.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 
 #include "platforms/linux/x11/pixel_image.h"
 #include "tests/linux/x11_desktop_test.h"
@@ -52,6 +53,32 @@ TEST_F(X11DesktopTest, TellsApplicationsAndTheirWindows) {
   ASSERT_TRUE(eventually([&] { return desktop.activeWindow() == first; }));
   EXPECT_EQ(x11->workspace().frontmostApplication(), pid);
   EXPECT_EQ(read<AXElement>(x11->accessibility().application(pid), "AXFocusedWindow"), own[0]);
+}
+
+// Two ask for the keys of one window that comes back; the user may turn to another in between.
+TEST_F(X11DesktopTest, WhoAsksTwiceTakesTheKeysOnce) {
+  const auto window = client.open("First", {100, 50, 400, 300});
+  TestClient other(desktop, "Otherclient");
+  const auto otherWindow = other.open("Other", {500, 400, 300, 200});
+  const auto element = windowNamed(*x11, pid, "First");
+  const auto application = x11->accessibility().application(pid);
+  // The second counts as the first said again for half a second; a slow machine takes longer.
+  std::chrono::steady_clock::time_point asked;
+  do {
+    ASSERT_TRUE(element.performAction("AXRaise", patience));
+    ASSERT_TRUE(x11->workspace().activate(pid));
+    asked = std::chrono::steady_clock::now();
+    ASSERT_TRUE(eventually([&] { return desktop.activeWindow() == window; }));
+    ASSERT_TRUE(desktop.activate(otherWindow));
+    ASSERT_TRUE(application.setAttribute("AXFrontmost", true, patience));
+  } while (std::chrono::steady_clock::now() - asked > std::chrono::milliseconds(500));
+  // Answered when the window manager has done everything before.
+  ASSERT_TRUE(element.setAttribute("AXPosition", QuartzPoint{150, 90}, patience));
+  EXPECT_EQ(desktop.activeWindow(), otherWindow);
+
+  ASSERT_TRUE(element.performAction("AXRaise", patience));
+  ASSERT_TRUE(application.setAttribute("AXFrontmost", true, patience));
+  EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == window; }));
 }
 
 TEST_F(X11DesktopTest, HidesAnApplicationWithoutItsMinimizedWindows) {

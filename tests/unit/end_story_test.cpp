@@ -340,5 +340,30 @@ TEST(EndStory, ASilentApplicationHoldsUpNoLaunch) {
   EXPECT_TRUE(relaunched.journalAfterCrash().empty());
 }
 
+// Applications show the windows of one Space: the others may hold what a record tells of.
+TEST(EndStory, WindowsOnOtherSpacesComeBackWhenTheirSpaceIsShown) {
+  simulated::Desktop desktop;
+  const Windows windows(desktop);
+  Program program(desktop);
+  windows.pellowAll(program);
+  windows.inbox.close();
+
+  simulated::Desktop next(desktop.snapshot());
+  next.workspace().showSpace(2);
+  next.application("Notes").openWindow("Elsewhere", {20, 40, 300, 200});
+  Program relaunched(next);
+  EXPECT_EQ(next.counterpart(windows.list).frame().minX(), 1439);
+  EXPECT_EQ(relaunched.journalAfterCrash().size(), 2) << "nobody can find the closed one";
+  next.workspace().showSpace(3);
+  next.runUntilQuiet();
+  EXPECT_EQ(relaunched.journalAfterCrash().size(), 2);
+
+  next.workspace().showSpace(1);
+  next.runUntilQuiet();
+  EXPECT_EQ(next.counterpart(windows.list).frame(), QuartzRect(100, 120, 800, 600));
+  EXPECT_EQ(next.counterpart(windows.letter).frame(), QuartzRect(300, 200, 400, 300));
+  EXPECT_TRUE(relaunched.journalAfterCrash().empty());
+}
+
 }  // namespace
 }  // namespace pellow

@@ -102,6 +102,7 @@ struct X11Desktop::Parts {
   // What one round of events has touched; many events make one reaction.
   bool windowsChanged = false;
   bool activeWindowChanged = false;
+  bool currentDesktopChanged = false;
   bool screensChanged = false;
   bool windowManagerChanged = false;
 };
@@ -177,6 +178,7 @@ void X11Desktop::Parts::handleRootProperty(xcb_atom_t property) {
     server->setOwners({});
   }
   if (property == atoms.netWorkarea || property == atoms.netCurrentDesktop) screensChanged = true;
+  if (property == atoms.netCurrentDesktop) currentDesktopChanged = true;
   if (property == atoms.netActiveWindow) activeWindowChanged = true;
   if (property == atoms.netSupported || property == atoms.netSupportingWMCheck)
     windowManagerChanged = true;
@@ -193,6 +195,7 @@ void X11Desktop::Parts::actOnChanges() {
   }
   screensChanged |= screens.isOutdated();
   if (std::exchange(screensChanged, false) && screens.refresh()) parkingGuard.arrangementBegins();
+  if (std::exchange(currentDesktopChanged, false)) workspace.currentDesktopChanged();
   windowEvents.dispatch();
   parkingGuard.dispatch();
   if (std::exchange(windowsChanged, false)) {

@@ -178,6 +178,14 @@ bool X11Workspace::activate(ProcessID pid) {
   return activateApplication(server_, windowManager_, pid, deadlineIn(serverPatience));
 }
 
+bool X11Workspace::hasWindowsOnOtherSpaces(ProcessID pid) {
+  const auto shown = currentDesktop(server_, deadlineIn(serverPatience));
+  return std::ranges::any_of(
+      windowsOf(pid, Facet::state | Facet::kind), [shown](const WindowFacts& window) {
+        return window.kind != WindowKind::furniture && !window.state.isOn(shown);
+      });
+}
+
 bool X11Workspace::open(std::string_view url) { return openURL(url); }
 
 void X11Workspace::markHidden(xcb_window_t window, bool isHidden) {
@@ -298,6 +306,10 @@ Subscription X11Workspace::onDidBecomeRegular(std::function<void(ProcessID)> obs
 
 Subscription X11Workspace::onDidTerminateApplication(std::function<void(ProcessID)> observer) {
   return terminationObservers_.add(std::move(observer));
+}
+
+Subscription X11Workspace::onDidChangeActiveSpace(std::function<void()> observer) {
+  return spaceObservers_.add(std::move(observer));
 }
 
 X11Workspace::Owners X11Workspace::ownersOf(const std::vector<xcb_window_t>& windows) const {

@@ -34,11 +34,15 @@ class X11Workspace : public Workspace {
   bool hide(ProcessID pid) override;
   bool unhide(ProcessID pid) override;
   bool activate(ProcessID pid) override;
+  bool hasWindowsOnOtherSpaces(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
   Subscription onDidBecomeRegular(std::function<void(ProcessID)> observer) override;
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
+  Subscription onDidChangeActiveSpace(std::function<void()> observer) override;
 
+  // Another desktop is shown.
+  void currentDesktopChanged() { spaceObservers_.notify(); }
   // The list of clients has changed.
   void windowsChanged();
   // A descriptor in the poll set is ready.
@@ -91,6 +95,7 @@ class X11Workspace : public Workspace {
   HandlerList<void(ProcessID)> activationObservers_;
   HandlerList<void(ProcessID)> regularObservers_;
   HandlerList<void(ProcessID)> terminationObservers_;
+  HandlerList<void()> spaceObservers_;
 };
 
 }  // namespace pellow
