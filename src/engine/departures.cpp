@@ -31,14 +31,24 @@ Task<> Departures::pellowFocused(std::optional<ProcessID> frontmostApplication) 
   const auto window = co_await around_.axQueue.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, frontmostApplication); });
   if (!window || window->pid == around_.ownProcess) throw PellowError::noFocusedWindow();
-  if (around_.ledger.contains(*window, Ledger::Way::back))
+  if (isOnTheWayBack(*window, around_.preferences.mechanism()))
     waitForReturn_.push_back(*window);
   else
     co_await pellowByPreference(*window);
 }
 
-void Departures::windowIsBack(const TargetWindow& window) {
-  if (std::erase(waitForReturn_, window) > 0) around_.tasks.start(pellowByPreference(window));
+void Departures::aWindowIsBack() {
+  for (const auto& window : std::exchange(waitForReturn_, {}))
+    if (isOnTheWayBack(window, around_.preferences.mechanism()))
+      waitForReturn_.push_back(window);
+    else
+      around_.tasks.start(pellowByPreference(window));
+}
+
+// A window of an application that comes to the front would show all of it again.
+bool Departures::isOnTheWayBack(const TargetWindow& window, Mechanism mechanism) const {
+  return mechanism == Mechanism::hideApp ? around_.ledger.isComingBack(window.pid)
+                                         : around_.ledger.contains(window, Ledger::Way::back);
 }
 
 Task<> Departures::pellowByPreference(TargetWindow window) {
@@ -50,11 +60,11 @@ Task<> Departures::pellowByPreference(TargetWindow window) {
 
 Task<> Departures::pellow(TargetWindow window, std::optional<UUID> zoneID,
                           std::optional<Mechanism> mechanism) {
-  if (isTaken(window)) co_return;
+  const auto chosen = mechanism.value_or(around_.preferences.mechanism());
+  if (isTaken(window) || isOnTheWayBack(window, chosen)) co_return;
   const auto application = around_.workspace.application(window.pid);
   if (!application) co_return around_.failures.report(PellowError::windowGone());
-  co_await depart({{*application, window, mechanism.value_or(around_.preferences.mechanism()),
-                    chooseZone(*application, zoneID)}});
+  co_await depart({{*application, window, chosen, chooseZone(*application, zoneID)}});
 }
 
 Task<> Departures::pellowApp(TargetWindow of, std::optional<UUID> zoneID,
@@ -85,6 +95,7 @@ std::vector<Departures::Chosen> Departures::choose(const AppWindows& from,
     const bool someStay =
         std::ranges::find(excluding, application.pid, &TargetWindow::pid) != excluding.end();
     if (!someStay) {
+      if (around_.ledger.isComingBack(application.pid)) return {};
       // One window stands for all.
       const auto first =
           std::ranges::find_if_not(windows, [this](const auto& each) { return isTaken(each); });

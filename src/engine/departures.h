@@ -86,7 +86,7 @@ class Departures {
   void keepInDock(TabItem tab);
 
   // A window has come back, or its return has failed.
-  void windowIsBack(const TargetWindow& window);
+  void aWindowIsBack();
 
  private:
   // A window that is to become a tab of this zone.
@@ -110,6 +110,7 @@ class Departures {
   void setTab(Departure& departure, const Chosen& chosen, const WindowState& state);
   void publish(TabItem tab);
   bool isTaken(const TargetWindow& window) const;
+  bool isOnTheWayBack(const TargetWindow& window, Mechanism mechanism) const;
   bool hasTabForApp(ProcessID pid) const;
   TabZone chooseZone(const RunningApplication& application, std::optional<UUID> zoneID) const;
 

@@ -30,4 +30,10 @@ bool Ledger::contains(const TargetWindow& window, Way way) const {
       entries_, [&](const Entry& entry) { return entry.way == way && entry.window == window; });
 }
 
+bool Ledger::isComingBack(ProcessID pid) const {
+  return std::ranges::any_of(entries_, [pid](const Entry& entry) {
+    return entry.way == Way::back && entry.window.pid == pid;
+  });
+}
+
 }  // namespace pellow

@@ -56,6 +56,8 @@ class Ledger {
 
   bool contains(const TargetWindow& window) const;
   bool contains(const TargetWindow& window, Way way) const;
+  // Whether some window of the application is about to come back.
+  bool isComingBack(ProcessID pid) const;
 
   // In the order claimed.
   const std::list<Entry>& entries() const { return entries_; }

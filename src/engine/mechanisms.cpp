@@ -111,13 +111,12 @@ Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(Departure& departure) {
 // Whether the window is certainly no longer hidden.
 Task<bool> Mechanisms::slideBack(const TabItem& tab) {
   const auto& frame = *tab.originalFrame;
-  const bool isDisplayGone = around_.displays.isHidden(frame);
-  const auto origin =
-      isDisplayGone ? around_.places.restoreOrigin(frame, around_.log) : frame.origin;
+  const auto place = [&] {
+    const bool isDisplayGone = around_.displays.isHidden(frame);
+    return isDisplayGone ? around_.places.restoreOrigin(frame, around_.log) : frame.origin;
+  };
   try {
-    const auto taken = co_await around_.axQueue.ax(
-        [&] { return tab.window.move(origin, Verify::yes, around_.clock); });
-    if (around_.displays.isHidden({taken, frame.size})) co_return false;
+    if (co_await moveIntoSight(tab, place) != Arrival::inSight) co_return false;
   } catch (const PellowError& error) {
     around_.log.error("{}", error.errorDescription());
     if (!error.isWindowGone()) co_return false;
@@ -147,21 +146,26 @@ Task<> Mechanisms::reveal(const TabItem& tab) {
   co_await bringToFront(tab.window);
 }
 
-// To where the window belongs now. If the displays change while the move waits for its turn, the
-// window is moved again. Throws when the window is still out of sight though it could be seen.
+// To where the window belongs now. Throws when it is still out of sight though it could be seen.
 Task<> Mechanisms::moveHome(const TabItem& tab) {
-  const auto& frame = *tab.originalFrame;
-  auto origin = around_.places.restoreOrigin(frame, around_.log);
+  const auto home = [&] { return around_.places.restoreOrigin(*tab.originalFrame, around_.log); };
+  if (co_await moveIntoSight(tab, home) == Arrival::outOfSight)
+    throw PellowError::moveFailed(AXError::failure);
+}
+
+// If the displays change while the move waits for its turn, the window is moved again.
+Task<Mechanisms::Arrival> Mechanisms::moveIntoSight(const TabItem& tab, Place place) {
+  auto origin = place();
   for (int attempt = 0; attempt < movesAtMost; ++attempt) {
     const auto taken = co_await around_.axQueue.ax(
         [&] { return tab.window.move(origin, Verify::yes, around_.clock); });
-    if (!around_.displays.isHidden({taken, frame.size})) co_return;
-    const auto asked = std::exchange(origin, around_.places.restoreOrigin(frame, around_.log));
+    if (!around_.displays.isHidden({taken, tab.originalFrame->size})) co_return Arrival::inSight;
+    const auto asked = std::exchange(origin, place());
     if (origin != asked) continue;
-    if (taken == asked) co_return;  // there is no display
+    if (taken == asked) co_return Arrival::withoutDisplay;
     break;
   }
-  throw PellowError::moveFailed(AXError::failure);
+  co_return Arrival::outOfSight;
 }
 
 Task<> Mechanisms::unminimize(const TargetWindow& window) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <expected>
+#include <functional>
 #include <list>
 #include <optional>
 
@@ -65,6 +66,10 @@ class Mechanisms {
   Task<Hiding> hideApplication(ProcessID pid);
   Task<std::optional<bool>> isHidden(ProcessID pid, bool expected);
   Task<bool> slideBack(const TabItem& tab);
+  // How a window arrived that was to be seen again.
+  enum class Arrival { inSight, outOfSight, withoutDisplay };
+  using Place = std::function<QuartzPoint()>;
+  Task<Arrival> moveIntoSight(const TabItem& tab, Place place);
   Task<> moveHome(const TabItem& tab);
   Task<> unminimize(const TargetWindow& window);
   Task<> unminimizeIfNeeded(const TargetWindow& window);

@@ -121,7 +121,7 @@ void PellowController::setCallbacks() {
   snapshots_.onScreenRecordingDenied = [this] {
     failures_.report(PellowError::screenRecordingDenied());
   };
-  returns_.onArrived = [this](const TargetWindow& window) { departures_.windowIsBack(window); };
+  returns_.onArrived = [this] { departures_.aWindowIsBack(); };
   // When an alert closes, the application behind it becomes active: not the user's choice.
   around_.alerts.onClosed = [this] { echoes_.suppressActivationAtLeast(EchoGuard::ownEcho); };
 }

@@ -43,9 +43,8 @@ Task<> Returns::restoreBatch(std::list<Return> returns) {
     } catch (const PellowError& error) {
       failures.push_back(error);
     }
-    const auto window = returns.front().claim.tab().window;
     returns.pop_front();
-    if (onArrived) onArrived(window);
+    if (onArrived) onArrived();
   }
   around_.echoes.suppressActivation(EchoGuard::ownEcho);
   around_.failures.report(failures);
@@ -105,12 +104,13 @@ std::vector<TabItem> Returns::everythingAway() const {
   return away;
 }
 
-// Returns the tabs whose applications did not answer.
+// Returns the tabs whose applications did not answer. Who only asks the system waits for nobody.
 std::vector<TabItem> Returns::putBack(const std::vector<TabItem>& tabs, Seconds timeout) {
   std::vector<TabItem> unanswered;
   std::set<ProcessID> silent;
   for (const auto& tab : tabs) {
-    const bool isSilent = silent.contains(tab.window.pid);
+    const bool isSilent =
+        tab.mechanism != Mechanism::hideApp && silent.contains(tab.window.pid);
     if (!isSilent &&
         around_.mechanisms.revealBlocking(tab, timeout) != std::unexpected(AXError::cannotComplete))
       continue;

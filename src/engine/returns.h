@@ -51,7 +51,7 @@ class Returns {
   explicit Returns(const Surroundings& surroundings) : around_(surroundings) {}
 
   // Called for each window that was to come back, whether or not it did.
-  std::function<void(const TargetWindow&)> onArrived;
+  std::function<void()> onArrived;
 
   // Brings back the windows of these tabs, in the order of the store, one by one. The tabs are gone
   // when this returns.

@@ -198,12 +198,12 @@ Task<> StrandedWindows::recoverLate(Seconds timeout, std::string bundleID,
   auto& [found, silent] = candidates;
   if (silent.empty()) silent_.erase(bundleID);
   std::erase_if(found, [&](const Candidate& candidate) {
-    const auto& window = candidate.window;
-    return silent.contains(window.pid) || around_.tabs.contains(window) ||
-           around_.ledger.contains(window);
+    return silent.contains(candidate.window.pid) || isTaken(candidate.window);
   });
   const auto pairing = pair(std::move(found), std::move(records));
   for (const auto& match : pairing.matches) {
+    // While others came back, somebody may have turned to this one.
+    if (isTaken(match.candidate.window)) continue;
     const auto claim = around_.ledger.claim(match.candidate.window);
     const auto origin = home(match);
     auto moved = co_await around_.axQueue.ax(
@@ -218,6 +218,10 @@ Task<> StrandedWindows::recoverLate(Seconds timeout, std::string bundleID,
 bool StrandedWindows::haveWindowsOnOtherSpaces(const std::vector<ProcessID>& pids) const {
   return std::ranges::any_of(
       pids, [this](ProcessID pid) { return around_.workspace.hasWindowsOnOtherSpaces(pid); });
+}
+
+bool StrandedWindows::isTaken(const TargetWindow& window) const {
+  return around_.tabs.contains(window) || around_.ledger.contains(window);
 }
 
 int StrandedWindows::rescueHiddenWindows(bool clearJournal) {

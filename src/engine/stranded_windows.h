@@ -94,6 +94,7 @@ class StrandedWindows {
   static Pairing pair(std::vector<Candidate> windows, std::vector<ParkingRecord> records);
 
   std::vector<ProcessID> processes(const std::string& bundleID) const;
+  bool isTaken(const TargetWindow& window) const;
   bool haveWindowsOnOtherSpaces(const std::vector<ProcessID>& pids) const;
   QuartzPoint home(const Match& match) const;
   Moved move(const TargetWindow& window, QuartzPoint origin, Seconds timeout) const;

@@ -91,7 +91,8 @@ bool mayStay(const Promises::Scene& scene, const ParkingRecord& record) {
   return state.screens.empty() ||
          std::ranges::any_of(state.applications, [&](const ApplicationState& application) {
            return application.identity.bundleID == record.bundleID &&
-                  hasTroubled(scene.sightings, application.identity.pid, &Sighting::wasTroubled);
+                  (application.hangs || hasTroubled(scene.sightings, application.identity.pid,
+                                                    &Sighting::wasTroubled));
          });
 }
 
