@@ -157,9 +157,14 @@ Task<> Mechanisms::moveHome(const TabItem& tab) {
 Task<Mechanisms::Arrival> Mechanisms::moveIntoSight(const TabItem& tab, Place place) {
   auto origin = place();
   for (int attempt = 0; attempt < movesAtMost; ++attempt) {
-    const auto taken = co_await around_.axQueue.ax(
-        [&] { return tab.window.move(origin, Verify::yes, around_.clock); });
-    if (!around_.displays.isHidden({taken, tab.originalFrame->size})) co_return Arrival::inSight;
+    auto size = tab.originalFrame->size;
+    const auto taken = co_await around_.axQueue.ax([&] {
+      const auto there = tab.window.move(origin, Verify::yes, around_.clock);
+      // It may have been resized on its way.
+      if (const auto frame = tab.window.state().frame) size = frame->size;
+      return there;
+    });
+    if (!around_.displays.isHidden({taken, size})) co_return Arrival::inSight;
     const auto asked = std::exchange(origin, place());
     if (origin != asked) continue;
     if (taken == asked) co_return Arrival::withoutDisplay;

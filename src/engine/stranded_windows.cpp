@@ -13,6 +13,7 @@ namespace {
 
 constexpr double matchDistance = 4;
 constexpr Seconds pollInterval = 5;
+constexpr Seconds busyInterval = 1;
 
 // A window parked without a display did not move, and any other may be there now.
 bool isParkedAt(const QuartzRect& frame, const ParkingRecord& record) {
@@ -158,14 +159,15 @@ void StrandedWindows::start() {
     if (application && application->bundleID)
       lookAgain(AX::timeout::windowChange, application->bundleID);
   }));
-  const auto lookAtAll = [this] { lookAgain(AX::timeout::application); };
+  const auto lookAtAll = [this] { lookAtAllAgain(); };
   subscriptions_.push_back(
       around_.workspace.onDidTerminateApplication([lookAtAll](ProcessID) { lookAtAll(); }));
   subscriptions_.push_back(around_.screens.onDidChangeParameters(lookAtAll));
   subscriptions_.push_back(around_.workspace.onDidChangeActiveSpace(lookAtAll));
-  poll_ = around_.mainQueue.every(pollInterval, lookAtAll);
   lookAgain(AX::timeout::windowChange);
 }
+
+void StrandedWindows::lookAtAllAgain() { lookAgain(AX::timeout::application); }
 
 void StrandedWindows::lookAgain(Seconds timeout, std::optional<std::string> onlyBundleID) {
   if (around_.journal.kept().empty()) return;
@@ -187,7 +189,10 @@ Task<> StrandedWindows::recoverLate(Seconds timeout, std::optional<std::string> 
     timeout = AX::timeout::application;
     onlyBundleID.reset();
   } while (std::exchange(looksOnceMore_, false));
-  if (silent_.empty()) poll_.cancel();
+  if (silent_.empty())
+    poll_.cancel();
+  else if (!poll_)
+    poll_ = around_.mainQueue.every(pollInterval, [this] { lookAtAllAgain(); });
 }
 
 Task<> StrandedWindows::recoverLate(Seconds timeout, std::string bundleID,
@@ -196,32 +201,41 @@ Task<> StrandedWindows::recoverLate(Seconds timeout, std::string bundleID,
   auto candidates =
       co_await around_.axQueue.ax([&] { return gather(around_.accessibility, pids, timeout); });
   auto& [found, silent] = candidates;
-  if (silent.empty()) silent_.erase(bundleID);
+  bool isBusy = false;  // what becomes of a window that is under way is not certain yet
   std::erase_if(found, [&](const Candidate& candidate) {
-    return silent.contains(candidate.window.pid) || isTaken(candidate.window);
+    const auto& window = candidate.window;
+    isBusy |= around_.ledger.contains(window);
+    return silent.contains(window.pid) || around_.ledger.contains(window) ||
+           around_.tabs.contains(window);
   });
   const auto pairing = pair(std::move(found), std::move(records));
   for (const auto& match : pairing.matches) {
+    const auto& window = match.candidate.window;
     // While others came back, somebody may have turned to this one.
-    if (isTaken(match.candidate.window)) continue;
-    const auto claim = around_.ledger.claim(match.candidate.window);
+    if (around_.ledger.contains(window) || around_.tabs.contains(window)) {
+      isBusy = true;
+      continue;
+    }
+    const auto claim = around_.ledger.claim(window);
     const auto origin = home(match);
     auto moved = co_await around_.axQueue.ax(
-        [&] { return move(match.candidate.window, origin, AX::timeout::windowChange); });
+        [&] { return move(window, origin, AX::timeout::windowChange); });
     const auto done = outcome(match, std::move(moved));
+    if (done == Outcome::unanswered) silent.insert(window.pid);
     if (done == Outcome::back || done == Outcome::gone) around_.journal.release(match.record);
   }
-  if (!silent.empty() || haveWindowsOnOtherSpaces(pids)) co_return;
+  if (silent.empty())
+    silent_.erase(bundleID);
+  else
+    silent_.insert(bundleID);
+  if (isBusy) soon_ = around_.mainQueue.after(busyInterval, [this] { lookAtAllAgain(); });
+  if (isBusy || !silent.empty() || haveWindowsOnOtherSpaces(pids)) co_return;
   for (const auto& record : pairing.unmatched) around_.journal.release(record);
 }
 
 bool StrandedWindows::haveWindowsOnOtherSpaces(const std::vector<ProcessID>& pids) const {
   return std::ranges::any_of(
       pids, [this](ProcessID pid) { return around_.workspace.hasWindowsOnOtherSpaces(pid); });
-}
-
-bool StrandedWindows::isTaken(const TargetWindow& window) const {
-  return around_.tabs.contains(window) || around_.ledger.contains(window);
 }
 
 int StrandedWindows::rescueHiddenWindows(bool clearJournal) {

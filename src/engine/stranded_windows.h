@@ -94,7 +94,6 @@ class StrandedWindows {
   static Pairing pair(std::vector<Candidate> windows, std::vector<ParkingRecord> records);
 
   std::vector<ProcessID> processes(const std::string& bundleID) const;
-  bool isTaken(const TargetWindow& window) const;
   bool haveWindowsOnOtherSpaces(const std::vector<ProcessID>& pids) const;
   QuartzPoint home(const Match& match) const;
   Moved move(const TargetWindow& window, QuartzPoint origin, Seconds timeout) const;
@@ -103,6 +102,7 @@ class StrandedWindows {
   Outcome outcome(const Match& match, Moved moved) const;
   int rescueHiddenWindows(const RunningApplication& application);
 
+  void lookAtAllAgain();
   void lookAgain(Seconds timeout, std::optional<std::string> onlyBundleID = std::nullopt);
   Task<> recoverLate(Seconds timeout, std::optional<std::string> onlyBundleID);
   Task<> recoverLate(Seconds timeout, std::string bundleID, std::vector<ParkingRecord> records);
@@ -112,7 +112,8 @@ class StrandedWindows {
   bool isLooking_ = false;
   bool looksOnceMore_ = false;  // something has happened meanwhile
   std::vector<Subscription> subscriptions_;
-  Subscription poll_;
+  Subscription poll_;  // while some are silent
+  Subscription soon_;
 };
 
 }  // namespace pellow

@@ -90,9 +90,7 @@ bool mayStay(const Promises::Scene& scene, const ParkingRecord& record) {
   const auto& state = scene.desktop.state();
   return state.screens.empty() ||
          std::ranges::any_of(state.applications, [&](const ApplicationState& application) {
-           return application.identity.bundleID == record.bundleID &&
-                  (application.hangs || hasTroubled(scene.sightings, application.identity.pid,
-                                                    &Sighting::wasTroubled));
+           return application.identity.bundleID == record.bundleID;
          });
 }
 

@@ -90,8 +90,21 @@ void Sightings::lookAtApplications(const DesktopState& desktop, Seconds now, Doe
   }
 }
 
+// Whoever waits for one that closed without an answer waits as long for its application.
+void Sightings::forgetClosed(const DesktopState& desktop) {
+  std::set<ProcessID> troubled;
+  std::erase_if(windows_, [&](const auto& entry) {
+    const auto& [id, seen] = entry;
+    const bool isClosed = !desktop.window(id);
+    if (isClosed && seen.wasTroubledAtTheEnd) troubled.insert(seen.pid);
+    return isClosed;
+  });
+  for (auto& window : windows_ | std::views::values)
+    if (troubled.contains(window.pid)) window.wasTroubled = window.wasTroubledAtTheEnd = true;
+}
+
 void Sightings::look(const DesktopState& desktop, Seconds now, Doer doer, const IsAway& isAway) {
-  std::erase_if(windows_, [&](const auto& entry) { return !desktop.window(entry.first); });
+  forgetClosed(desktop);
   lookAtApplications(desktop, now, doer);
   if (desktop.frontmost) wereFrontmost_.insert(*desktop.frontmost);
 
@@ -223,7 +236,7 @@ void Sightings::settled(const DesktopState& desktop, const IsAway& isAway) {
   for (auto& [id, seen] : windows_) {
     const auto* window = desktop.window(id);
     if (!window || isAway(id)) continue;
-    seen.wasInHand = desktop.focusedWindow() == id;
+    seen.wasInHand = desktop.focusedWindow() == id || (seen.wasInHand && seen.isOffscreen);
     if (seen.isStranded && seen.isHiddenByProgram()) {
       seen.waitsForNextLaunch = true;
       continue;

@@ -94,6 +94,7 @@ class Sightings {
 
  private:
   void forgive();
+  void forgetClosed(const simulated::DesktopState& desktop);
   void lookAtWindow(const simulated::DesktopState& desktop, const simulated::WindowState& window,
                     Doer doer, bool isAway);
   void judge(const simulated::DesktopState& desktop, const simulated::WindowState& window,
