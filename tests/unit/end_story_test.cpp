@@ -310,6 +310,24 @@ TEST(EndStory, ASilentApplicationHoldsUpTheEndOnce) {
   EXPECT_EQ(program.journalAfterCrash().size(), 5);
 }
 
+// Showing an application again asks the system, not the application.
+TEST(EndStory, ASilentApplicationIsShownAgain) {
+  simulated::Desktop desktop;
+  const auto stuck = desktop.launch("Stuck", "com.example.stuck");
+  stuck.openWindow("Report", {100, 120, 800, 600});
+  stuck.openWindow("Log", {300, 200, 400, 300});
+  desktop.userDefaults().put("mechanism", "minimize");
+  Program program(desktop);
+  program.pressPellow();
+  desktop.userDefaults().put("mechanism", "hideApp");
+  program.pressPellow();
+  ASSERT_TRUE(stuck.isHidden());
+  stuck.hangs();
+  program.quit();
+  desktop.runUntilQuiet();
+  EXPECT_FALSE(stuck.isHidden());
+}
+
 // A launch waits a quarter of a second for it, and brings its windows back when it wakes.
 TEST(EndStory, ASilentApplicationHoldsUpNoLaunch) {
   simulated::Desktop desktop;

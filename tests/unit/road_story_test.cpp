@@ -260,6 +260,24 @@ TEST_F(RoadStory, AnApplicationIsHiddenWhenItSaysSo) {
   }
 }
 
+// A window that comes back shows its whole application: who hides that waits for it.
+TEST_F(RoadStory, AnApplicationIsHiddenWhenItsWindowsAreBack) {
+  const auto list = openNotes();
+  const auto notes = desktop.application("Notes");
+  const auto letter = notes.openWindow("Letter", {300, 200, 400, 300});
+  launch();
+  program->pressPellow();
+  ASSERT_EQ(program->tabs(), std::vector<std::string>{"Letter"});
+  desktop.userDefaults().put("mechanism", "hideApp");
+  desktop.pointer().click(program->tab("Letter"));
+  list.raise();
+  desktop.keyboard().press(17, Program::modifiers);
+  desktop.runUntilQuiet();
+  EXPECT_EQ(letter.frame(), QuartzRect(300, 200, 400, 300));
+  EXPECT_TRUE(notes.isHidden());
+  EXPECT_EQ(program->tabs().size(), 1);
+}
+
 TEST_F(RoadStory, AWindowComesToTheFrontWhereActivationsAreWishes) {
   const auto list = openNotes();
   launch();
