@@ -53,6 +53,7 @@ bool isWithinLimit() {
     client.open("Window " + std::to_string(index), {40 + 30 * index, 40 + 20 * index, 500, 300});
   const auto empty = desktop.start({PELLOW_EMPTY_QT_PROGRAM},
                                    {{"QT_XCB_GL_INTEGRATION", "none"}});  // as Pellow has it
+  await("there are the windows", [&] { return desktop.clients().size() == windows + 1; });
   PellowProgram pellow(desktop, session.environment());
   if (!pellow.isReady()) throw std::runtime_error("Pellow does not start");
 
