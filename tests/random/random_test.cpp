@@ -19,6 +19,32 @@ TEST(RandomHistories, BreakNoPromise) {
   }
 }
 
+// Histories that once broke a promise, as short as they could be made.
+TEST(RandomHistories, StayMended) {
+  for (const auto* mended : {
+           "seed 27344; launch; open; prefer 0 2; start; open @1; press; settle; tab; press; "
+           "settle",
+           "seed 40208; launch; open; open; prefer 0 2; start; press; run 17; choose; tab; press;"
+           "quiet",
+           "seed 712; launch; open; open; prefer 0 2; start; press 2; run; press; run; hang; quit;"
+           "run",
+           "seed 15137; launch; open; open; start; press 1; run; crash; delays 276; start; press 1;"
+           "settle",
+           "seed 22422; plug 1; launch; open 0 0 520; manners 0 1; start; press; run 50; resize;"
+           "unplug; quiet",
+           "seed 44312; launch; open; open; start; press 1; run; manners 0 1 201; crash; start;"
+           "press 1; quiet",
+           "seed 6956; launch; open; open; prefer 0 2; start; run; minimize; settle; press 3; "
+           "press 1;"
+           "quiet",
+       }) {
+    const auto history = parse(mended);
+    ASSERT_TRUE(history) << mended;
+    const auto outcome = playApart(*history);
+    EXPECT_FALSE(outcome.promise) << tell(*history, outcome);
+  }
+}
+
 TEST(RandomHistories, AreTheSameEveryTime) {
   for (std::uint64_t seed = 101; seed <= 110; ++seed) {
     const auto history = generate(seed);

@@ -6,7 +6,7 @@
 
 #include "tests/unit/program.h"
 
-// How the program ends, in good order or not, and what the next launch finds.
+// How the program ends, cleanly or not, and what the next launch finds.
 
 namespace pellow {
 namespace {
@@ -76,8 +76,8 @@ TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
   }
 }
 
-// A copy of the desktop is taken at every single call of the road away and back, and a new program
-// launched on it.
+// Copies the desktop at every call on the way out and back, and launches a new program on each
+// copy.
 TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {
   std::vector<DesktopState> crashes;
   simulated::Desktop desktop;
@@ -111,7 +111,7 @@ TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
   program.pressPellow();
   ASSERT_EQ(program.journalAfterCrash().size(), 2);
 
-  // The tab of the second is the first on the strip.
+  // The second window's tab comes first on the strip.
   program.clickTab("~");
   EXPECT_EQ(second.frame(), QuartzRect(700, 300, 600, 400));
   ASSERT_EQ(program.journalAfterCrash().size(), 1);
@@ -123,7 +123,7 @@ TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
   EXPECT_EQ(next.counterpart(second).frame(), QuartzRect(700, 300, 600, 400));
 }
 
-// Of two processes, and one of them has changed its title.
+// Even after a window of one of them has been renamed.
 TEST(EndStory, ProcessesOfOneApplicationAreToldApart) {
   simulated::Desktop desktop;
   const auto one = desktop.launch("One", "com.example.shell");
@@ -151,7 +151,7 @@ TEST(EndStory, RecoveryPairsRecordsAndWindows) {
   };
   simulated::Desktop desktop;
   const auto shell = desktop.launch("Shell", "com.example.shell");
-  // Parked at one place, as every window of one size is; the first changed its title meanwhile.
+  // Parked at the same place, as windows of one size are; the first has been renamed since.
   const auto renamed = shell.openWindow("vi", {1439, 872, 600, 400});
   const auto titled = shell.openWindow("logs", {1439 + 3, 872 - 3, 600, 400});
   const auto tooFar = shell.openWindow("mail", {1439 + 5, 872, 600, 400});
@@ -169,7 +169,7 @@ TEST(EndStory, RecoveryPairsRecordsAndWindows) {
   Program program(desktop);
   EXPECT_EQ(titled.frame().origin, (QuartzPoint{20, 60}));
   EXPECT_EQ(renamed.frame().origin, (QuartzPoint{10, 50}));
-  // The record without a window made the sweep run, for every window that cannot be seen.
+  // The unmatched record triggers the sweep, which covers every window that cannot be seen.
   EXPECT_TRUE(
       desktop.hasLogged("1 parked window(s) could not be matched; sweeping for hidden windows"));
   EXPECT_EQ(tooFar.frame().origin, (QuartzPoint{1440 - 600, 900 - 70 - 400}));
@@ -182,7 +182,7 @@ TEST(EndStory, RecoveryPairsRecordsAndWindows) {
   EXPECT_TRUE(program.journalAfterCrash().empty());
 }
 
-// It was put nowhere, for want of a display; whatever stands there now is not it.
+// Without a display it was never moved; whatever is there now is another window.
 TEST(EndStory, ARecordThatWasParkedNowhereTakesNoWindow) {
   simulated::Desktop desktop;
   const auto other = desktop.launch("Notes", "n").openWindow("Other", {12, 52, 300, 200});
@@ -193,7 +193,7 @@ TEST(EndStory, ARecordThatWasParkedNowhereTakesNoWindow) {
   EXPECT_EQ(other.frame().origin, (QuartzPoint{12, 52}));
 }
 
-// Sixty percent of a window on the displays are enough for it to come back there.
+// Sixty percent of the window is enough.
 TEST(EndStory, AWindowComesBackWhereEnoughOfItCanBeSeen) {
   simulated::Desktop desktop;
   Displays displays(desktop.screens());
@@ -216,8 +216,8 @@ TEST(EndStory, AnEmptyJournalAsksNobody) {
   }
 }
 
-// A dialog that was parked comes back; what an application that hangs has parked is left to the
-// launch after this one; and no window leaves its record behind.
+// A parked dialog comes back; a hung application's windows are left to the following launch; and no
+// window leaves its record behind.
 TEST(EndStory, NoRecordIsLostAndNoneStays) {
   simulated::Desktop desktop;
   const auto notes = desktop.launch("Notes", "com.example.notes");
@@ -247,7 +247,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   EXPECT_EQ(third.counterpart(report).frame(), QuartzRect(100, 120, 800, 600));
   EXPECT_TRUE(afterEnd.journalAfterCrash().empty());
 
-  // Two of one title and place, brought back by two clicks at once.
+  // Two windows with the same title and place, restored by two quick clicks.
   const auto twin = notes.openWindow("Twin", {50, 60, 300, 300});
   notes.openWindow("Twin", {50, 60, 300, 300});
   program.pressRestoreAll();
@@ -260,7 +260,7 @@ TEST(EndStory, NoRecordIsLostAndNoneStays) {
   desktop.runUntilQuiet();
   for (const auto& record : program.journalAfterCrash()) EXPECT_NE(record.title, "Twin");
 
-  // An application that hangs at the end.
+  // An application that hangs as the program ends.
   program.pressRestoreAll();
   stuck.activate();
   program.pressPellow();
@@ -289,7 +289,7 @@ TEST(EndStory, AWindowThatWillNotMoveDoesNotStopTheLaunch) {
   EXPECT_EQ(next.counterpart(windows.list).frame().minX(), 100);
 }
 
-// One silence costs one timeout, and everybody else is back before it.
+// All its windows together cost one timeout, and everyone else is back before that.
 TEST(EndStory, ASilentApplicationHoldsUpTheEndOnce) {
   simulated::Desktop desktop;
   const auto stuck = desktop.launch("Stuck", "com.example.stuck");
@@ -350,7 +350,13 @@ TEST(EndStory, ASilentApplicationHoldsUpNoLaunch) {
   EXPECT_LE(began - start, 0.3);
   EXPECT_EQ(next.counterpart(windows.inbox).frame(), QuartzRect(0, 30, 500, 500));
   EXPECT_EQ(relaunched.journalAfterCrash().size(), 3);
+  // One is slow again in the middle, and gets another chance.
+  next.counterpart(windows.list)
+      .failsNext("AXPosition", AXError::cannotComplete, simulated::AXCall::write);
   next.application("Notes").wakes();
+  next.run(6);
+  EXPECT_EQ(next.counterpart(windows.list).frame().minX(), 1439);
+  EXPECT_EQ(next.counterpart(windows.letter).frame(), QuartzRect(300, 200, 400, 300));
   next.run(6);
   next.runUntilQuiet();
   windows.expectHome(next, "once it answers");
@@ -358,7 +364,7 @@ TEST(EndStory, ASilentApplicationHoldsUpNoLaunch) {
   EXPECT_TRUE(relaunched.journalAfterCrash().empty());
 }
 
-// Applications show the windows of one Space: the others may hold what a record tells of.
+// Applications list the windows of one Space only: a record's window may be on another.
 TEST(EndStory, WindowsOnOtherSpacesComeBackWhenTheirSpaceIsShown) {
   simulated::Desktop desktop;
   const Windows windows(desktop);

@@ -29,7 +29,7 @@ TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
   launch();
   EXPECT_TRUE(program->tabs().empty());
 
-  // Nobody may see the window away from home without a record that a crash would leave.
+  // The window must never be away from home without a record that survives a crash.
   bool movedUnrecorded = false;
   desktop.onPortCall([&](std::uint64_t) {
     if (list.frame() == home) return;
@@ -81,7 +81,7 @@ TEST_F(RoadStory, EveryMechanismTakesTheSameRoad) {
   EXPECT_FALSE(notes->isHidden());
   EXPECT_TRUE(notes->isFrontmost());
 
-  // The last tab of each mechanism comes back by one key.
+  // One key brings back the tabs of every mechanism.
   program->pressPellow();
   desktop.userDefaults().put("mechanism", "minimize");
   const auto inbox = desktop.launch("Mail").openWindow("Inbox", {0, 30, 500, 500});
@@ -111,7 +111,7 @@ TEST_F(RoadStory, AWindowIsPutAwayOnce) {
   program->pressPellow();
   EXPECT_EQ(program->tabs().size(), 1);
   EXPECT_EQ(program->journalAfterCrash().size(), 1);
-  // On its way back it goes away again once it has arrived.
+  // A press while it comes back puts it away again once it has arrived.
   desktop.keyboard().press(15, Program::modifiers);
   desktop.run(0.5);
   desktop.keyboard().press(17, Program::modifiers);
@@ -170,7 +170,7 @@ TEST_F(RoadStory, AWindowThatStaysInSightGoesBackAndHasNoTab) {
   EXPECT_EQ(program->answerAlert(), refusal);
   EXPECT_TRUE(desktop.alerts().showing().empty());
 
-  // Six percent of its width stay on the display, then five.
+  // First six percent of its width stays on the display, then five.
   const auto stopsAt = [](double x) {
     return [x](QuartzPoint asked) { return QuartzPoint{std::min(asked.x, x), asked.y}; };
   };
@@ -210,7 +210,7 @@ TEST_F(RoadStory, FailuresAreToldAndLoseNothing) {
       program->answerAlert(),
       std::string(failed) + "Could not minimize the window (the app did not respond in time).");
 
-  // Two of two fail to come back: both keep their tabs, and one alert tells of both.
+  // Neither window comes back: both keep their tabs, and one alert reports both.
   program->pressPellow();
   list.raise();
   program->pressPellow();
@@ -249,7 +249,7 @@ TEST_F(RoadStory, AnApplicationIsHiddenWhenItSaysSo) {
   program->clickTab("Shopping");
   EXPECT_TRUE(list.hasFocus());
 
-  // One that says yes and stays is not hidden later, either, when nobody would bring it back.
+  // One that says yes but stays must not hide later either, with no tab to bring it back.
   for (const auto delay : {simulated::never, Seconds{1}}) {
     notes->hidesAfter(delay);
     program->pressPellow();
@@ -260,7 +260,7 @@ TEST_F(RoadStory, AnApplicationIsHiddenWhenItSaysSo) {
   }
 }
 
-// A window that comes back shows its whole application: who hides that waits for it.
+// Restoring a window shows its whole application, so hiding the application waits for that.
 TEST_F(RoadStory, AnApplicationIsHiddenWhenItsWindowsAreBack) {
   const auto list = openNotes();
   const auto notes = desktop.application("Notes");
@@ -302,7 +302,7 @@ TEST_F(RoadStory, AWindowComesToTheFrontWhereActivationsAreWishes) {
 TEST_F(RoadStory, AWindowWhoseFateIsUnknownKeepsATab) {
   const auto list = openNotes();
   launch();
-  // From the record on, its application takes 8 s for everything, and then does it all the same.
+  // Once the record is written, the application takes 8 s for everything, but still does it.
   desktop.onPortCall([&](std::uint64_t) {
     if (desktop.userDefaults().afterCrash("parkedWindows")) list.answersAfter(8).actsLate();
   });
@@ -354,9 +354,9 @@ TEST_F(RoadStory, AClosedWindowLeavesNoTabAndNoRecord) {
   EXPECT_TRUE(desktop.alerts().showing().empty());
 }
 
-// The window is closed during its nth call, for every n of the road away and back.
+// Closes the window during its nth call, for every n on the way out and back.
 TEST(RoadStories, AWindowMayCloseAtAnyMoment) {
-  // Until it is asked nothing any more.
+  // Until n is beyond the last call.
   int call = 0;
   for (bool wasClosed = true; wasClosed;) {
     simulated::Desktop desktop;
@@ -404,6 +404,20 @@ TEST_F(RoadStory, AWindowComesBackOntoADisplay) {
   program->pressPellow();
   program->clickTab("Far");
   EXPECT_EQ(far.frame().minX(), 0);
+}
+
+TEST_F(RoadStory, AWindowOnItsWayFollowsTheDisplays) {
+  desktop.screens().plug(2, {-1920, 0, 1920, 1080});
+  const auto list = openNotes("Shopping", {-1800, 100, 800, 600}).answersAfter(0.2);
+  launch();
+  program->pressPellow();
+  ASSERT_EQ(program->tabs().size(), 1);
+  desktop.pointer().click(program->tab("Shopping"));
+  // The move home is on its way.
+  desktop.run(0.3);
+  desktop.screens().unplug(2);
+  desktop.runUntilQuiet();
+  EXPECT_EQ(list.shareOnDisplays(), 1);
 }
 
 TEST_F(RoadStory, ShortcutsFireWhateverElseIsHeld) {
@@ -462,7 +476,7 @@ TEST_F(RoadStory, ThePermissionCountsWhileItsAlertStillShows) {
   launch();
   EXPECT_EQ(desktop.alerts().showing().size(), 1);
 
-  // Who leaves now keeps the journal of the run before.
+  // Quitting now keeps the previous run's journal.
   simulated::Desktop second(desktop.snapshot());
   Program unstarted(second);
   unstarted.perform(ShortcutAction::pellowAll);
@@ -477,7 +491,7 @@ TEST_F(RoadStory, ThePermissionCountsWhileItsAlertStillShows) {
   second.runUntilQuiet();
   EXPECT_EQ(unstarted.journalAfterCrash().size(), 1);
 
-  // A menu is quicker than the look whether it has been given.
+  // A menu command may come before the next check for the permission.
   simulated::Desktop third(desktop.snapshot());
   Program quick(third);
   third.accessibility().setTrusted(true);
