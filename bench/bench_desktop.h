@@ -27,7 +27,7 @@ inline Options readOptions(int argc, char** argv, const Options& known) {
   return options;
 }
 
-// A folder of the session in memory, where desktops have theirs.
+// A session folder in memory, as desktops have.
 class SessionInMemory {
  public:
   SessionInMemory() {

@@ -27,8 +27,8 @@
 // wmctrl asks for the move and goes on; Pellow writes each window's journal record, moves
 // it, and looks where it stands. openbox leaves a tenth of what wmctrl moves on the screen.
 //
-// Beside them stands what no program can go below: the server's time to move the same frames to
-// where Pellow puts them, once each, asked for in one breath and without a window manager.
+// Beside them stands the floor for any program: the server's time to move the same frames to where
+// Pellow puts them, once each, requested in one batch and without a window manager.
 
 namespace {
 

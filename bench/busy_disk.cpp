@@ -7,8 +7,8 @@
 namespace pellow::desktop {
 namespace {
 
-// At the lowest priority: three that copy could fill the processors of a small machine, and what is
-// asked is what the disk does to others.
+// At the lowest priority: three writers could fill the processors of a small machine, but only the
+// disk is to be busy.
 constexpr int writers = 3;
 constexpr auto script =
     "file=$(mktemp \"$0/busy-XXXXXX\") && exec 3<>\"$file\" && rm \"$file\" || exit\n"

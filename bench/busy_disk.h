@@ -8,8 +8,8 @@
 
 namespace pellow::desktop {
 
-// Keeps the disk of a folder busy until this ends: large files are written there and waited for,
-// again and again. They have no names, so that nothing is left of them whatever happens.
+// Keeps the disk of a folder busy for its lifetime by writing and syncing large files there. They
+// have no names, so nothing is left of them whatever happens.
 class BusyDisk {
  public:
   explicit BusyDisk(const std::filesystem::path& folder);

@@ -14,8 +14,8 @@ namespace pellow::desktop {
 
 using Clock = std::chrono::steady_clock;
 
-// Milliseconds from the start until the condition holds. It rests as long as each look took: two
-// that only look would take both processors from those whom they watch.
+// Milliseconds from the start until the condition holds. Rests as long as each look took, so as not
+// to take the processors from the programs it watches.
 inline double timeUntil(const char* what, Clock::time_point start,
                         const std::function<bool()>& condition) {
   constexpr auto tooLong = std::chrono::seconds(60);

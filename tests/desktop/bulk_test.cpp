@@ -1,13 +1,13 @@
 #include "tests/harness/everyday.h"
 
-// Many windows at once, and the conversation about those that will not go.
+// Many windows at once, and the alert about those that will not go.
 
 namespace pellow::desktop {
 namespace {
 
 class Bulk : public Everyday {
  protected:
-  // A window so small that the sliver that stays on the screen is more than a twentieth of it.
+  // A window so small that the sliver left on the screen is more than a twentieth of it.
   Guest openTiny(TestClient& client, int index) {
     return guestOf(
         client.openUndecorated("Tiny " + std::to_string(index), {200 + 40 * index, 600, 12, 30}));

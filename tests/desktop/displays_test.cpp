@@ -15,7 +15,7 @@ PixelRect intersection(const PixelRect& a, const PixelRect& b) {
 
 class Displays : public Everyday {
  protected:
-  // The window manager starts anew, and knows them.
+  // Restarts the window manager, so that it knows them.
   void plugAll(const std::map<std::string, PixelRect>& all, const std::string& primaryName) {
     for (const auto& [name, place] : all) plug(name, place, name == primaryName);
     desktop.restartWindowManager();
@@ -31,7 +31,7 @@ class Displays : public Everyday {
     monitors.unplug(name);
   }
 
-  // By the key, to this place. No monitor shows more of it than a sliver.
+  // By the key, to this place, where no monitor may show more of it than a sliver.
   void putAway(const Guest& guest, int x, int y) {
     const PixelRect parked{x, y, guest.home.width, guest.home.height};
     ASSERT_TRUE(desktop.activate(guest.window));
@@ -153,7 +153,7 @@ TEST_F(Displays, OfMonitorsAboveEachOtherTheOutermostOneCounts) {
         if (edge == "right") ASSERT_NO_FATAL_FAILURE(putAway(guest, 1279, rightY));
         if (edge == "left") ASSERT_NO_FATAL_FAILURE(putAway(guest, 1 - guest.home.width, leftY));
       }
-      // The strip stays where it came, below, whatever monitor the slivers are on.
+      // The strip stays on the lower monitor, whichever one the slivers are on.
       const int x = edge == "right" ? bottom.x + bottom.width - 50 : bottom.x + 6;
       expectStrips({{x, 600 - 60, 44, 120}});
       pellow->clickTab(1);

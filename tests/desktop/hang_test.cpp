@@ -51,8 +51,8 @@ TEST_F(Hang, AnApplicationThatHangsHoldsNobodyUp) {
   expectAllIsOver();
 }
 
-// Windows can be moved past a window manager that hangs, but nobody shows their tabs: the strip is
-// a window like others. What was asked of it meanwhile is done when it wakes.
+// Windows can be moved past a window manager that hangs, but their tabs do not show: the strip is a
+// window, too. When it wakes, it does what it was asked meanwhile.
 TEST_F(Hang, AWindowManagerThatHangsDelaysAndLosesNothing) {
   const auto letter = open(sleeper, "Letter", {100, 120, 400, 300});
   const auto note = open(client, "Note", {600, 300, 400, 300});
@@ -79,7 +79,7 @@ TEST_F(Hang, AWindowManagerThatHangsDelaysAndLosesNothing) {
   expectHome({letter, note});
 }
 
-// Of a Pellow that is killed before the window has gone.
+// Pellow is killed before the window has gone.
 TEST_F(Hang, WhatADeadOneAskedForHappensBeforeTheNextOneLooks) {
   const auto letter = open(client, "Letter", {100, 120, 400, 300});
   ASSERT_NO_FATAL_FAILURE(launch());
@@ -89,7 +89,7 @@ TEST_F(Hang, WhatADeadOneAskedForHappensBeforeTheNextOneLooks) {
   ASSERT_TRUE(eventually([&] { return pellow->journal().size() == 1; }));
   pellow->process().kill();
   pellow = std::make_unique<PellowProgram>(desktop);
-  // Time enough to look too early.
+  // Gives the new one time to look too early.
   (void)eventually([&] { return pellow->journal().empty(); }, std::chrono::seconds(1));
   desktop.windowManager().send(SIGCONT);
   ASSERT_TRUE(pellow->isReady()) << story(letter);
@@ -97,7 +97,7 @@ TEST_F(Hang, WhatADeadOneAskedForHappensBeforeTheNextOneLooks) {
   expectAllIsOver();
 }
 
-// It is asked to leave that state, and when it does so at last, nobody waits for it any more.
+// It leaves that state as asked, but only after Pellow has stopped waiting.
 TEST_F(Hang, AMaximizedWindowThatCannotGoStaysAsItIs) {
   const auto window = client.open("Large", {200, 200, 400, 250});
   client.maximize(window);

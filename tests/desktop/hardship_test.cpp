@@ -24,13 +24,13 @@ TEST_F(Hardship, WindowsThatComeAndGoDoNotDisturbTheOthers) {
   }
   first.awaitCalm();
   second.awaitCalm();
-  // Keys may have met no window at all, and be told so one after another.
+  // Some presses may have met no window, each with an alert still to come.
   end();
   expectHome({guest});
   EXPECT_TRUE(pellow->journal().empty());
 
   ASSERT_NO_FATAL_FAILURE(launch());
-  // Somebody takes the server for himself in the middle of the way out and back.
+  // Another client grabs the server on the way out and on the way back.
   ASSERT_TRUE(desktop.activate(guest.window));
   press('t');
   ASSERT_TRUE(eventually([&] { return pellow->journal().size() == 1; }));
@@ -61,7 +61,7 @@ TEST_F(Hardship, TheJournalIsWholeAndAheadOfTheWindows) {
   std::jthread reader([&, file = PellowProgram::journalFile(desktop)](std::stop_token stop) {
     while (!stop.stop_requested()) {
       std::ifstream stream(file);
-      if (!stream) continue;  // it comes with the first window that goes
+      if (!stream) continue;  // written when the first window goes
       const std::string text(std::istreambuf_iterator<char>(stream), {});
       if (!nlohmann::json::parse(text, nullptr, false).is_object()) ++halfWritten;
     }
@@ -69,7 +69,7 @@ TEST_F(Hardship, TheJournalIsWholeAndAheadOfTheWindows) {
   for (int round = 0; round < 20; ++round) {
     ASSERT_TRUE(desktop.activate(guest.window));
     press('t');
-    // Without a pause: a record that was written after the move would not be there yet.
+    // Without a pause: a record written after the move would not be there yet.
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (desktop.frame(guest.window) == guest.home)
       ASSERT_LT(std::chrono::steady_clock::now(), end) << story(guest);

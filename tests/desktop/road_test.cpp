@@ -97,7 +97,7 @@ TEST_F(Road, AWindowMayBeDestroyedAtAnyMoment) {
       ASSERT_TRUE(eventually(
           [&] { return pellow->timesLogged("info Shortcut fired: pellowFrontmost") > keys; }));
       expectAllIsOver();
-      // It may have an alert to show; the next round begins without.
+      // An alert may be showing; the next round starts without one.
       end();
       EXPECT_TRUE(pellow->journal().empty());
       ASSERT_NO_FATAL_FAILURE(launch());
@@ -105,8 +105,8 @@ TEST_F(Road, AWindowMayBeDestroyedAtAnyMoment) {
   }
 }
 
-// An alert of the program itself has the keyboard until it is closed, and a little longer in the
-// program's own view of things: a key pressed right after is not lost.
+// The program's own alert has the keyboard until it is closed, and in the program's view a little
+// longer; a key pressed right after must not be lost.
 TEST_F(Road, WhatCannotBeDoneIsToldInAnAlertEachTime) {
   ASSERT_NO_FATAL_FAILURE(launch());
   for (int round = 1; round <= 10; ++round) {
@@ -121,7 +121,7 @@ TEST_F(Road, WhatCannotBeDoneIsToldInAnAlertEachTime) {
   }
 }
 
-// Ends at once, with this status and one sentence that holds the word.
+// It ends at once, with this status and one sentence that contains the word.
 void expectRefusal(ChildProcess& process, int status, std::string_view word) {
   EXPECT_EQ(process.exitStatus(), status);
   const auto said = process.standardError();
@@ -149,7 +149,7 @@ TEST_F(Road, OnePellowServesADisplayUntilItsSuccessorTakesOver) {
   const auto note = open(client, "Note", {300, 150, 500, 400});
   ASSERT_NO_FATAL_FAILURE(putOffScreen(note));
 
-  // As the old one starts it; it waits, and changes nothing.
+  // Started as the old one would start it, it waits and changes nothing.
   auto next = std::make_unique<PellowProgram>(desktop, Environment{{"PELLOW_RELAUNCHED", "1"}});
   PellowProgram stranger(desktop);
   expectRefusal(stranger.process(), 1, "already");
@@ -167,7 +167,7 @@ TEST_F(Road, OnePellowServesADisplayUntilItsSuccessorTakesOver) {
   expectHome({note});
 }
 
-// One user, two displays: what one Pellow cleans up after a crash is none of the other's.
+// One user, two displays: what one Pellow cleans up after a crash is not the other's.
 TEST_F(Road, TheCrashOfAPellowOnAnotherDisplayLeavesThisOneItsJournal) {
   DesktopSession other;
   TestClient otherClient(other);

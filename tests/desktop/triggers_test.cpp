@@ -14,7 +14,7 @@ class Triggers : public Everyday {
     desktop.click(guest.home.x + guest.home.width - 42, guest.home.y + 10);
   }
 
-  // Events of an application that was put away count for nothing for two seconds.
+  // For two seconds, events of an application that was put away are ignored.
   static void awaitEndOfEcho() { std::this_thread::sleep_for(std::chrono::milliseconds(2200)); }
 };
 
@@ -54,7 +54,7 @@ TEST_F(Triggers, AnApplicationWithNothingToShowGetsItsLatestWindow) {
   ASSERT_TRUE(desktop.activate(picture.window));
   awaitEndOfEcho();
 
-  // Any of its windows stands for the application; the one that went last comes.
+  // Activating any of its windows brings back the one that went last.
   ASSERT_TRUE(desktop.activate(letter.window));
   expectHome({list});
   EXPECT_TRUE(becomesActive(list));

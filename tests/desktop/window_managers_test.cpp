@@ -121,7 +121,7 @@ TEST_F(WindowManagers, Strip) {
   ASSERT_NO_FATAL_FAILURE(launch());
   PixelRect expected;
   const auto standsInItsPlace = [&] {
-    // The window manager's own bar may take its part of the screen a moment after it has started.
+    // The window manager's own bar may claim its part of the screen a moment after the start.
     const auto now = desktop.workArea();
     expected = {now.x + now.width - 50, now.y + now.height / 2 - 30, 44, 60};
     return desktop.content(pellow->strip()) == expected;
@@ -194,7 +194,7 @@ struct Application {
 
 void PrintTo(const Application& application, std::ostream* out) { *out << application.name; }
 
-// Real ones, those of them that are installed.
+// Real applications, as far as they are installed.
 std::vector<Application> installedApplications() {
   std::vector<Application> applications{
       {"xterm", "XTerm", {"/usr/bin/xterm", "-fa", "DejaVu Sans Mono"}},
@@ -256,7 +256,7 @@ TEST_P(RealApplications, AwayAndBack) {
       expectAllIsOver();
     }
     end();
-    // The animation of a window manager may still be going on.
+    // The window manager may still be animating.
     expectHome({guest});
   }
 }

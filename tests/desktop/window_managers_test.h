@@ -20,8 +20,8 @@ class WindowManagers : public Everyday {
     }
   }
 
-  // The last step of a restore gives the window the keys. A window off the screen may have kept
-  // them, so another one takes them first; what comes next would overtake that step otherwise.
+  // A restore ends by giving the window the keys. A window off the screen may have kept them, so
+  // another one takes them first: otherwise the next step could come too early.
   void bringBack(const Guest& guest, bool byClick) {
     const auto bystander = client.open("Bystander", {700, 500, 200, 100});
     ASSERT_TRUE(desktop.activate(bystander));
@@ -31,7 +31,7 @@ class WindowManagers : public Everyday {
     client.destroy(bystander);
   }
 
-  // A window in a state in which it does not move: it leaves the state, and takes it up again.
+  // A window that cannot move in these states leaves them, and takes them up again.
   void expectRoundTrip(WindowID window, const std::vector<std::string>& states) {
     const auto hasAll = [&](bool has) {
       return std::ranges::all_of(

@@ -27,7 +27,7 @@ class WindowStates : public WindowManagers {
     const auto window = client.open("Guest " + std::to_string(guests.size()),
                                     {100 + offset, 90 + offset, 420, 260});
     const Guest wanted{{}, states};
-    // Both at once, as everybody asks for it: some window managers mix up two wishes in a row.
+    // Both at once, as applications do: some window managers mix up two requests in a row.
     const bool isMaximized = wanted.has(horizontal) && wanted.has(vertical);
     if (isMaximized) client.maximize(window);
     for (const auto& state : states) {
@@ -96,7 +96,7 @@ TEST_F(WindowStates, AreKeptByEveryWayAwayAndBack) {
     }
   }
   const auto& covering = guests.back();
-  // What was below the full screen is there still.
+  // The state beneath full screen is still there.
   desktop.changeState(covering.window, fullScreen, false);
   EXPECT_TRUE(
       eventually([&] { return statesOf(covering.window) == States{horizontal, vertical}; }));
@@ -116,7 +116,7 @@ TEST_F(WindowStates, WindowsOfOtherDesktopsAreLeftAlone) {
   ASSERT_NO_FATAL_FAILURE(putAway(minimized));
   EXPECT_TRUE(isMinimized(minimized));
 
-  // Tabs survive a switch, and what they stand for comes to the desktop that the user is on.
+  // Tabs survive a switch, and their windows come back to the current desktop.
   ASSERT_TRUE(desktop.switchTo(1));
   EXPECT_EQ(pellow->tabCount(), 1);
   ASSERT_NO_FATAL_FAILURE(putAway(there));
@@ -144,7 +144,7 @@ TEST_F(WindowStates, WindowsOfOtherDesktopsAreLeftAlone) {
   expectAllIsOver();
   end();
 
-  // After a crash, they are found on whatever desktop they are.
+  // After a crash, windows are found on any desktop.
   ASSERT_NO_FATAL_FAILURE(launch());
   ASSERT_NO_FATAL_FAILURE(putAway(here));
   pellow->process().kill();

@@ -161,7 +161,7 @@ void DesktopSession::restartWindowManager() {
 
 void DesktopSession::killServer() { server_->kill(); }
 
-// The window of the window manager that proves that it runs; 0 when none does.
+// The window that proves that a window manager runs; 0 when none does.
 WindowID DesktopSession::windowManagerCheck() const {
   const auto check = values(root_, "_NET_SUPPORTING_WM_CHECK");
   const bool proves = !check.empty() && values(check[0], "_NET_SUPPORTING_WM_CHECK") == check;
@@ -207,7 +207,7 @@ WindowID DesktopSession::activeWindow() const {
   return windows.empty() ? 0 : windows[0];
 }
 
-// Level by level, since a look from outside must not keep the server from those whom it watches.
+// Level by level: watching must not keep the server from the programs being watched.
 std::vector<WindowID> DesktopSession::shownWindows(std::string_view windowClass,
                                                    std::string_view name) const {
   auto* const server = connection_.get();

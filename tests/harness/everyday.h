@@ -31,7 +31,7 @@ class Everyday : public testing::Test {
     PellowProgram::writeDefaults(desktop, defaults);
     start(changes);
   }
-  // By the signal, in good order.
+  // By the signal; it must end cleanly.
   void end(int signal = SIGTERM) {
     pellow->process().send(signal);
     EXPECT_EQ(pellow->process().exitStatus(), 0) << pellow->process().standardError();

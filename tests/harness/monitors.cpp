@@ -52,7 +52,7 @@ void Monitors::plug(const std::string& name, PixelRect place, bool isPrimary) {
   // The library needs room for two parts of its own.
   std::array<iovec, 3> parts{{{}, {}, {&plugged, sizeof plugged}}};
   const xcb_protocol_request_t protocol{1, &xcb_randr_id, XCB_RANDR_SET_MONITOR, 1};
-  // A known monitor must go first, and nobody needs to see it gone.
+  // A known monitor must be removed first; the grab keeps others from seeing it gone.
   xcb_grab_server(connection_.get());
   unplug(name);
   xcb_send_request(connection_.get(), 0, &parts[2], &protocol);

@@ -29,7 +29,7 @@ class PellowProgram {
   // Clicks the middle of a tab of a strip at the right or left edge, counted from the top.
   void clickTab(int index) const;
 
-  // What the user sees of a tab's picture: the strip on the screen.
+  // The strip as the user sees it.
   Picture picture() const { return desktop_.picture(desktop_.content(strip())); }
 
   // Puts these settings, and no others, where the next launch reads them.
@@ -39,7 +39,7 @@ class PellowProgram {
   static std::filesystem::path journalFile(const DesktopSession& desktop);
   nlohmann::json journal() const;
 
-  // How many lines of its log, level and message, read like this.
+  // How many lines of its log are this one, with level and message.
   int timesLogged(std::string_view line) const;
   bool hasLogged(std::string_view line) const { return timesLogged(line) > 0; }
 

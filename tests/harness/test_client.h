@@ -19,7 +19,7 @@ class TestClient {
 
   explicit TestClient(DesktopSession& desktop, std::string windowClass = "Testclient");
 
-  // Opens a window with this place of its frame and size of its content, and makes it active.
+  // Opens a window with its frame at this place and content of this size, and makes it active.
   WindowID open(std::string_view title, PixelRect place) {
     return shown(openManaged("new", title, place));
   }
@@ -99,7 +99,7 @@ class TestClient {
     ((line << ' ' << words), ...);
     process_->writeLine(line.str());
   }
-  // Waits for the line that begins like this and answers what follows.
+  // Waits for the line that begins like this and returns what follows.
   std::string awaitAnswer(std::string_view beginning);
 
   DesktopSession& desktop_;

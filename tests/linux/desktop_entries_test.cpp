@@ -39,7 +39,7 @@ TEST(DesktopEntriesTest, FindTheApplicationOfAWindowClass) {
   EXPECT_EQ(find("", "vendor-tool"), "vendor-tool/Tool");
   EXPECT_EQ(find("", ""), "none");
 
-  // An application that is installed meanwhile.
+  // An application installed later.
   write("own/late.desktop", "Name=Late");
   fs::last_write_time(folder / "own", fs::file_time_type::clock::now() + std::chrono::hours(1));
   EXPECT_EQ(find("late", "Late"), "late/Late");

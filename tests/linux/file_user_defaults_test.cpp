@@ -63,7 +63,7 @@ class FileUserDefaultsTest : public testing::Test {
     defaults_.reset();
     return defaults_.emplace(FileUserDefaults::Files{settings_, session_}, log_);
   }
-  // What stands in the files as soon as the disk has everything.
+  // The settings file once everything is on disk.
   nlohmann::json written() {
     defaults_->finish();
     return parsed(settings_);
@@ -165,7 +165,7 @@ TEST_F(FileUserDefaultsTest, WhatItDoesNotKnowIsNoValueAndStaysAsItIs) {
   EXPECT_EQ(written(), after);
   const auto text = contentsOf(settings_);
   EXPECT_TRUE(text.contains("9007199254740993"));
-  EXPECT_LT(text.find("\"z\""), text.find("\"a\""));  // in its order
+  EXPECT_LT(text.find("\"z\""), text.find("\"a\""));  // the order is kept
 }
 
 TEST_F(FileUserDefaultsTest, WhatIsKeptAtOnceIsThereAtOnceTheSettingsSoonAndAtTheEnd) {
@@ -188,7 +188,7 @@ TEST_F(FileUserDefaultsTest, WhatIsKeptAtOnceIsThereAtOnceTheSettingsSoonAndAtTh
     EXPECT_EQ(std::distance(fs::directory_iterator(file.parent_path()), {}), 1);
 }
 
-// Whoever holds the lock of the file that grows is, to all others, a disk that takes its time.
+// Holding the lock on the new file looks like a slow disk to everyone else.
 TEST_F(FileUserDefaultsTest, ASlowDiskDelaysNothingButTheEndAndThatNotForLong) {
   put(settings_, R"({"size": 1})");
   const FileDescriptor disk(::open((settings_.native() + ".new").c_str(), O_CREAT | O_RDWR, 0600));
@@ -223,7 +223,7 @@ TEST_F(FileUserDefaultsTest, ReadersNeverSeeHalfAFileAndLinksStayLinks) {
   EXPECT_EQ(written()["size"], 1);
   EXPECT_TRUE(fs::is_symlink(settings_));
   EXPECT_EQ(parsed(target)["size"], 1);
-  // Replaced, not overwritten: who had it open still reads the old contents.
+  // Replaced, not overwritten: whoever had it open still reads the old contents.
   EXPECT_EQ(std::string(std::istreambuf_iterator(settings), {}), "{}");
   EXPECT_EQ(std::string(std::istreambuf_iterator(session), {}), "{ }");
 }
@@ -268,12 +268,12 @@ TEST_F(FileUserDefaultsTest, AWriteThatFailsSaysSoAndTheNextOneTakesItsValueAlon
   for (const auto& folder : inTheWay) fs::create_directories(folder);
   auto& defaults = open();
   EXPECT_FALSE(defaults.set("journal", 1.0, Kept::atOnce));
-  EXPECT_TRUE(warnings().empty());  // the caller says it
+  EXPECT_TRUE(warnings().empty());  // the caller reports it
   for (const double size : {2.0, 3.0}) {
     EXPECT_TRUE(defaults.set("size", size, Kept::eventually));
     defaults.finish();
   }
-  EXPECT_EQ(warnings().size(), 1u);  // not every quarter of a second
+  EXPECT_EQ(warnings().size(), 1u);  // not one every quarter of a second
   EXPECT_FALSE(fs::exists(settings_));
 
   for (const auto& folder : inTheWay) fs::remove(folder);
@@ -282,7 +282,7 @@ TEST_F(FileUserDefaultsTest, AWriteThatFailsSaysSoAndTheNextOneTakesItsValueAlon
   EXPECT_EQ(written(), (nlohmann::json{{"size", 3}}));
 }
 
-// As two Pellows of one user on two displays are.
+// Like two Pellows of one user on two displays.
 TEST_F(FileUserDefaultsTest, TwoProgramsShareTheirSettingsAndNothingElse) {
   put(settings_, R"({"size": 1, "theirs": null})");
   auto& first = open();
@@ -296,7 +296,7 @@ TEST_F(FileUserDefaultsTest, TwoProgramsShareTheirSettingsAndNothingElse) {
   ASSERT_TRUE(first.set("name", "first", Kept::eventually));
   EXPECT_EQ(written(), nlohmann::json::parse(R"({"size": 3, "theirs": null, "name": "first"})"));
   EXPECT_EQ(first.value("size"), DefaultsValue(1.0)) << "it goes by what it has read";
-  // Of a file that is gone there is nothing to keep but what this program knows.
+  // Of a deleted file only what this program knows can be kept.
   fs::remove(settings_);
   ASSERT_TRUE(second.set("name", "second", Kept::eventually));
   second.finish();

@@ -13,16 +13,16 @@
 
 namespace pellow::desktop {
 
-// A window of the test's own that draws itself whenever the X server asks it to, on a connection
-// and a thread of its own: its left half in one colour, its right half in another. It has no
-// background that the server could paint in its place.
+// A window that draws itself, on its own connection and thread, whenever the X server asks it to:
+// its left half in one colour, its right half in another. It has no background that the server
+// could paint instead.
 class PaintedWindow {
  public:
   struct Looks {
-    std::uint32_t left = 0;   // as a pixel of the window: with alpha, when it has it
+    std::uint32_t left = 0;   // as a pixel value, with alpha if `hasAlpha`
     std::uint32_t right = 0;  // the same
     bool hasAlpha = false;
-    bool isManaged = true;  // else it lies above all others, without a frame
+    bool isManaged = true;  // otherwise above all others, without a frame
   };
 
   // Returns when it has drawn itself.
@@ -32,7 +32,7 @@ class PaintedWindow {
   PaintedWindow& operator=(const PaintedWindow&) = delete;
 
   WindowID id() const { return window_; }
-  // Leaves of it only this part.
+  // Clips the window to this part.
   void shape(PixelRect part);
   // Calls this instead of drawing, on a thread of the window's own.
   void insteadOfDrawing(std::function<void()> act);

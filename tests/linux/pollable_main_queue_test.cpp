@@ -23,7 +23,7 @@ class PollableMainQueueTest : public testing::Test {
     pollfd descriptor{queue_.fileDescriptor(), POLLIN, 0};
     return poll(&descriptor, 1, milliseconds) == 1;
   }
-  // What the loop of the program does, until the story is told.
+  // Does what the program's loop does until the story has this many entries.
   void runUntil(std::size_t entries) {
     while (story_.size() < entries) {
       ASSERT_TRUE(isReadable(30'000)) << "nothing comes any more";

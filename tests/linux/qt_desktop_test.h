@@ -63,7 +63,7 @@ class QtDesktopTest : public testing::Test {
     return windows.empty() ? 0 : windows[0];
   }
 
-  // Whether the window of this name has the keyboard, and Qt knows that and where it stands.
+  // Whether the window of this name has the keyboard and Qt knows both that and its place.
   bool isInFront(std::string_view name) const {
     const auto window = shown(name);
     const auto* const known = QApplication::activeWindow();
@@ -88,7 +88,7 @@ class QtDesktopTest : public testing::Test {
     return [this, what] { heard.push_back(what); };
   }
 
-  // Whether these, and nothing else, are heard by and by; then forgets them.
+  // Whether exactly these are heard in time; forgets them afterwards.
   testing::AssertionResult hears(const std::vector<std::string>& expected) {
     const bool came = until([&] { return heard.size() >= expected.size(); });
     const auto all = std::exchange(heard, {});

@@ -35,13 +35,13 @@ class QtFormWindowsTest : public QtDesktopTest {
 
   bool hasKeyboard() { return isInFront("pellow-settings"); }
 
-  // Window managers may hold a click back that gives a window the keyboard.
+  // Window managers may hold back a click that gives a window the keyboard.
   void clickInto(QLineEdit* field) {
     click(middleOf(*field));
     ASSERT_TRUE(until([&] { return field->hasFocus(); }));
   }
 
-  // The one that is seen first, from top to bottom.
+  // The first visible one, from top to bottom.
   template <class Widget>
   Widget* find(const char* text = nullptr) {
     for (auto* const top : QApplication::topLevelWidgets())
@@ -51,8 +51,7 @@ class QtFormWindowsTest : public QtDesktopTest {
           return widget;
     return nullptr;
   }
-  // Two clicks within a millisecond are too fast for openbox, which looks at each: the second one
-  // is lost.
+  // openbox inspects every click and loses the second of two within a millisecond.
   void clickButton(const char* text) {
     struct Releases : QObject {
       int seen = 0;
@@ -106,7 +105,7 @@ TEST_F(QtFormWindowsTest, ATextFieldTellsOnceWhatWasTypedAndShowsTheFormAgain) {
   EXPECT_EQ(field->text(), "Main") << "the form has not taken it";
   EXPECT_TRUE(field->hasFocus());
 
-  // A form that comes meanwhile leaves what is being typed alone.
+  // A new form does not disturb what is being typed.
   enter("keep");
   show(form());
   EXPECT_EQ(field->text(), "keep");
@@ -142,7 +141,7 @@ TEST_F(QtFormWindowsTest, ADragOnASliderGoesOnWhileTheFormChangesAroundIt) {
     std::vector<FormElement> elements{
         {"row", FormRow{{text("title", "Size"), slider}}},
         text("note", fmt::format("{:.0f} pt", value), FormTextStyle::secondary)};
-    // What stands before it comes and goes.
+    // The element before it comes and goes.
     if (values.size() % 2 == 1) elements.insert(elements.begin(), text("odd", "Odd"));
     return elements;
   };
@@ -204,7 +203,7 @@ TEST_F(QtFormWindowsTest, ControlsTellWhatTheUserDoesAndShowWhatTheFormSays) {
 
   click(middleOf(*popUp));
   ASSERT_TRUE(until([&] { return QApplication::activePopupWidget() != nullptr; }));
-  show(form());  // the one that is open stays so
+  show(form());  // the open one stays open
   ASSERT_TRUE(QApplication::activePopupWidget());
   type("r");
   desktop.type({key::returnKey});
@@ -242,7 +241,7 @@ TEST_F(QtFormWindowsTest, WhatAControlDoesMayTakeItAwayAndTheWindowToo) {
   show(form(true));
   work();
 
-  // A field whose text is thrown away with it tells nothing.
+  // A field removed together with its text reports nothing.
   clickInto(find<QLineEdit>());
   type("b");
   ASSERT_TRUE(until([&] { return find<QLineEdit>()->text() == "b"; }));

@@ -106,7 +106,7 @@ TEST_F(QtPanelsTest, HoverSurvivesAnotherContent) {
 
 TEST_F(QtPanelsTest, AContextMenuIsChosenFromByKeyboardAndByPointer) {
   std::unique_ptr<Panel> panel;
-  // Making the menu replaces the view that it is asked of.
+  // Making the menu replaces the very view that it is for.
   const std::function<View()> content = [&] {
     const auto menu = [&, capture = std::make_shared<int>()] {
       heard.push_back("asked");
@@ -187,7 +187,7 @@ TEST_F(QtPanelsTest, ThePointerGoesThroughAPanelThatIgnoresIt) {
   const auto above = panels->makePanel("pellow-flight", WindowShadow::no);
   above->setFrame(place);
   above->setIgnoresMouseEvents(true);
-  // Another shape and another showing change nothing about it.
+  // Neither a new shape nor showing it again changes that.
   for (const double cornerRadius : {10, 40}) {
     above->setContent(root("above", cornerRadius));
     above->orderFront();

@@ -31,7 +31,7 @@ class Tray {
     connection_->flush();
   }
 
-  // Takes in whoever asks.
+  // Docks whatever icon asks.
   void work() {
     while (auto* const event = xcb_poll_for_event(raw())) {
       const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> owner(event, std::free);
@@ -79,7 +79,7 @@ class QtStatusBarTest : public QtDesktopTest {
     });
   }
 
-  // How much lighter or darker than the bar the brightest or darkest dot of a part of the icon is.
+  // The part's largest difference in brightness from the bar; negative if darker.
   int contrast(PixelRect part) {
     const auto picture = desktop.picture(part);
     const int ground = static_cast<int>(desktop.picture({0, 780, 1, 1}).at(0, 0) & 0xff);
@@ -111,7 +111,7 @@ TEST_F(QtStatusBarTest, TheItemAppearsInATrayThatComesLaterAndSuitsItsColour) {
   ASSERT_TRUE(untilTray([&] { return tray->docked() != 0; }));
   EXPECT_TRUE(untilTray([&] { return contrast(whole) < -150; })) << contrast(whole);
 
-  // The dot: 0.4 of the side, at the right edge. What is left of it at the top is nothing.
+  // The dot is 0.4 of the side, at the right edge; to its left there is nothing at the top.
   const PixelRect dot{whole.x + 17, whole.y + 2, 5, 5};
   const auto filled = [&] {
     int count = 0;

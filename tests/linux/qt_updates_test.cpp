@@ -61,14 +61,14 @@ TEST(Appcast, TellsTheNewestVersionForThisProgram) {
                    item("3", R"(<enclosure url="https://x.org/3.zip" sparkle:os="macos"/>)") +
                    item("4", "<sparkle:channel>beta</sparkle:channel>")),
             (AppcastItem{"1.10", "1.10 (Ä & Ö)", "https://x.org/get"}));
-  // As older feeds say it; and a page of the channel goes before a file.
+  // In the form of older feeds; the channel's page takes precedence over a file.
   const std::string old =
       R"(<item><sparkle:deltas><enclosure url="https://x.org/d" sparkle:version="9"/>)"
       R"(</sparkle:deltas><enclosure url="http://x.org/2.zip" sparkle:version="200" )"
       R"(sparkle:shortVersionString="2.0" sparkle:os="linux"/></item>)";
   EXPECT_EQ(newest(old), (AppcastItem{"200", "2.0", "http://x.org/2.zip"}));
   EXPECT_EQ(newest(old + "<link>https://x.org/</link>")->page, "https://x.org/");
-  // Nothing but a page is ever opened.
+  // Only web pages are ever opened.
   EXPECT_EQ(newest("<link>file:///etc</link>" +
                    item("2", "<link>x-other:evil</link><enclosure url='/bin/sh'/>"))
                 ->page,
@@ -81,7 +81,7 @@ TEST(Appcast, TellsTheNewestVersionForThisProgram) {
   EXPECT_EQ(problem("<html><body>Not found</body></html>"), "The update feed is no RSS feed.");
 }
 
-// Answers each request for a path with what was said for it, and others never.
+// Answers requests for the paths in `answers`, and never any others.
 class FeedServer {
  public:
   FeedServer() {
@@ -130,7 +130,7 @@ class HeldQueue final : public MainQueue {
     for (const auto& [number, held] : waiting_) all.push_back(held.first);
     return all;
   }
-  // Runs what is to be run after this time.
+  // Runs the work that waits for this delay.
   void run(Seconds delay) {
     const auto found = std::ranges::find_if(
         waiting_, [&](const auto& entry) { return entry.second.first == delay; });
@@ -221,7 +221,7 @@ TEST_F(FeedUpdatesTest, AreLookedForOnceADayWithoutAWord) {
   EXPECT_EQ(told(), "");
   EXPECT_TRUE(server.requests.at(0).contains("User-Agent: Pellow/1.9\r\n")) << server.requests[0];
 
-  // The next launch goes on where this one was; so does one after a long pause.
+  // The next launch continues the schedule, even after a long pause.
   now += 3600;
   launchWith(ok(feed(item("1.9"))));
   EXPECT_EQ(updates->sinceLastCheck(), 3600);
@@ -262,7 +262,7 @@ TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
   EXPECT_EQ(told(), "No program to open web pages with was found. https://x.org/get");
   choose("OK");
 
-  // Whoever asks while the schedule looks hears of what that finds.
+  // A user who asks during a scheduled check gets its result.
   story.clear();
   launchWith(ok(feed(item("1.9"))));
   updates->setAutomaticallyChecks(true);

@@ -151,7 +151,7 @@ TEST_F(ScreenCaptureTest, ShowsAWindowWholeWhateverCoversIt) {
     move(element, beyond.x, beyond.y);
     EXPECT_TRUE(areSame(picture(window.id()), inSight));
   }
-  // Nothing has stayed as it was for the picture: the screen shows the window again.
+  // Nothing set up for the picture remains: the screen shows the window again.
   move(element, frame.x, frame.y);
   EXPECT_TRUE(eventually([&] { return desktop.picture(frame).pixels == screen.pixels; }));
 }
@@ -211,7 +211,7 @@ TEST_F(ScreenCaptureTest, TakesWhatACompositingManagerHasAtOnce) {
 
   PaintedWindow frozen(desktop, {200, 150, 300, 200}, framed);
   auto inSight = picture(frozen.id());
-  // The window manager paints its frame once more when it gives it the keys.
+  // The window manager repaints the frame when it gives the window the keyboard.
   ASSERT_TRUE(eventually([&] {
     const bool isActive = desktop.activeWindow() == frozen.id();
     const auto before = std::exchange(inSight, picture(frozen.id()));
@@ -235,13 +235,13 @@ TEST_F(ScreenCaptureTest, AnswersManyInOrderAndDropsWhatNobodyWants) {
     requests.push_back(capture->captureImage(shareable(window->id()), 200, 100, [&](Answer image) {
       seen.push_back(pixel(image, 10, 10));
       requests[3].cancel();
-      if (seen.size() == 1) requests[0].cancel();  // which is what runs
+      if (seen.size() == 1) requests[0].cancel();  // the one under way
     }));
   requests[1].cancel();
   EXPECT_TRUE(untilAnswered([&] { return seen.size() == 4; }));
   EXPECT_EQ(seen, (std::vector{opaque | red, opaque | (red + 2), opaque | (red + 4),
                                opaque | (red + 5)}));
-  // It ends in the middle of one, with others before it.
+  // It is destroyed in the middle of one, with others waiting.
   for (const auto& window : windows)
     requests.push_back(capture->captureImage(shareable(window->id()), 200, 100,
                                              [](const Answer&) { ADD_FAILURE(); }));

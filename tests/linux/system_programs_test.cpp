@@ -37,7 +37,7 @@ class ProgramsTest : public testing::Test {
     fs::remove_all(folder);
   }
 
-  // A shell script, and what it writes, as a whole, to the file `result`.
+  // A shell script whose output appears, all at once, in the file `result`.
   fs::path install(const std::string& name, const std::string& script) const {
     const auto program = folder / name;
     std::ofstream(program) << "#!/bin/sh\n{ " << script << "\n} >" << result.native()
@@ -148,7 +148,7 @@ Exec="/a \\"b\\" \\`c\\` \\$d 100%% \\\\e"
   ASSERT_TRUE(entry.setEnabled(false));
   EXPECT_FALSE(fs::exists(file));
 
-  // One of the whole machine holds until the user says otherwise.
+  // A system-wide entry holds until the user says otherwise.
   fs::create_directories(shared.parent_path());
   std::ofstream(shared) << "[Desktop Entry]\nType=Application\nExec=pellow\n";
   EXPECT_TRUE(entry.isEnabled());

@@ -58,7 +58,7 @@ TEST(LogSink, WritesOneLineAMessageAndTellsTheJournalToo) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "default without a journal\n");
 }
 
-// How the program ends by each of them is told by the tests from outside.
+// How each of them ends the program is left to the desktop tests.
 TEST(TerminationSignalsDeathTest, EndTheProcessWhenNobodyHasEverAsked) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto receive = [] {

@@ -30,7 +30,7 @@ struct BusyQueue {
   }
 };
 
-// Runs everything that was put in before.
+// Waits for everything put in before.
 void waitFor(SerialQueue& queue) {
   std::promise<void> done;
   const auto last = queue.async([&] { done.set_value(); });
@@ -88,8 +88,8 @@ TEST(ThreadSerialQueue, EndsAfterTheRunningWorkWithoutTheRest) {
   Subscription running;
   {
     BusyQueue busy;
-    // The work that runs ends once the waiting one has been dropped, so only a queue that drops
-    // first and waits then comes to its end.
+    // The running work ends only once the waiting work is dropped, so a queue that does not drop
+    // first waits forever.
     std::shared_ptr<std::latch> whenDropped(&busy.mayEnd,
                                             [](std::latch* latch) { latch->count_down(); });
     waiting = busy.queue.async([held = std::move(whenDropped)] { ADD_FAILURE(); });

@@ -107,11 +107,11 @@ TEST_F(X11Applications, ShowingOneWindowOfAHiddenApplicationShowsItWhateverHappe
   x11 = open(desktop.display()).value();
   expectShown();
 
-  // What was told to have failed does not happen later either.
+  // What was reported as failed does not happen later either.
   successor->send(SIGSTOP);
   EXPECT_FALSE(hide());
   successor->send(SIGCONT);
-  client.open("Third", {300, 300, 300, 200});  // after all that it was asked before
+  client.open("Third", {300, 300, 300, 200});  // by then all earlier requests are done
   expectShown();
   ASSERT_TRUE(hide());
   EXPECT_TRUE(areHidden(true));
@@ -150,7 +150,7 @@ TEST_F(X11DesktopTest, TellsOfWindowsMinimizedByAnybodyAndOfNothingElse) {
   expectHeard({"Second"});
   ASSERT_TRUE(element.setAttribute("AXMinimized", true, patience));
   expectHeard({"Second", "First"});
-  // Minimized on a desktop that is left, and seen again from another one.
+  // Minimized on one desktop, and seen again from another.
   ASSERT_TRUE(desktop.switchTo(1));
   EXPECT_EQ(windows(*x11, pid).size(), 3u);  // with the dialog, which went with its window
   ASSERT_TRUE(element.setAttribute("AXMinimized", false, patience));
@@ -206,7 +206,7 @@ TEST_F(X11DesktopTest, TellsWhoIsStartedAndWhoHasTheKeys) {
   ASSERT_TRUE(x11->processEvents());
   ASSERT_TRUE(desktop.activate(first));
   expectHeard({"own active", "First"});
-  // The last window goes and comes back: its application is chosen anew.
+  // When the last window goes and comes back, its application becomes active again.
   other.process().kill();
   const auto second = windowNamed(*x11, pid, "Second");
   ASSERT_TRUE(second.setAttribute("AXMinimized", true, patience));

@@ -8,7 +8,7 @@
 namespace pellow::desktop {
 namespace {
 
-// How the program ends then, and why it may not start at all, is told by the tests from outside.
+// How the program then ends, and why it may not start at all, is left to the desktop tests.
 TEST_F(X11DesktopTest, NothingWaitsForAServerThatIsGone) {
   client.open("Lost", {100, 50, 300, 200});
   const auto application = x11->accessibility().application(pid);

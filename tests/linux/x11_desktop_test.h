@@ -12,11 +12,11 @@
 #include "tests/harness/eventually.h"
 #include "tests/harness/test_client.h"
 
-// The ports of the X11 adapter against real window managers' doings, looked at from outside.
+// The X11 adapter's ports with a real window manager, checked from outside.
 
 namespace pellow::desktop {
 
-// Longer than any answer takes that comes at all.
+// Longer than any answer takes, if it comes at all.
 inline constexpr Seconds patience = 6;
 
 template <class Value>
@@ -59,7 +59,7 @@ class X11DesktopTest : public testing::Test {
     return found.value_or(std::vector<AXElement>{});
   }
 
-  // Waits for a window manager that has not noted it in its list yet.
+  // Waits until the window manager has listed it.
   static AXElement windowNamed(X11Desktop& of, ProcessID process, std::string_view title) {
     std::optional<AXElement> found;
     const auto isListed = [&] {

@@ -64,7 +64,7 @@ TEST_F(X11DesktopTest, PointerMovementsGoToOneChainOnly) {
 
   global->cancel();
   local->cancel();
-  desktop.movePointer(20, 20);  // the last one, upon which nothing is listened to any more
+  desktop.movePointer(20, 20);  // after this one nothing is listened to any more
   ASSERT_TRUE(x11->processEvents());
   heard.clear();
   desktop.movePointer(30, 20);

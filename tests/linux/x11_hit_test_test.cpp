@@ -7,7 +7,7 @@
 #include "tests/harness/window_manager_choice.h"
 #include "tests/linux/x11_desktop_test.h"
 
-// What the pointer meets, on the window manager that PELLOW_WINDOW_MANAGER names; the minimize
+// What is under the pointer, with the window manager that PELLOW_WINDOW_MANAGER names; the minimize
 // button is a column of the table of scripts/window-managers.
 
 namespace pellow::desktop {
@@ -66,8 +66,8 @@ std::vector<Arrangement> arrangementsOf(const std::string& manager) {
   return chosen;
 }
 
-// The window manager's own command, after its settings are written: its home folder comes into
-// being with the desktop.
+// Writes the settings just before the window manager starts: its home folder is only created with
+// the desktop.
 Command withSettings(const Command& command, const Arrangement& arrangement) {
   Command result{"env", "GSETTINGS_BACKEND=keyfile"};
   if (!arrangement.file.empty())
@@ -117,9 +117,9 @@ class X11HitTest : public testing::Test {
     return found && read<std::string>(*found, "AXSubrole") == "AXMinimizeButton";
   }
 
-  // The one button among all points of a title bar; it has its place where it is met.
+  // The only button on a title bar; it must report the place where it is hit.
   std::optional<AXElement> onlyButton(PixelRect bar) {
-    constexpr int rows = 5;  // of pixels, from one that is tried to the next
+    constexpr int rows = 5;  // one row in five is tried
     std::optional<AXElement> button;
     std::set<int> xs;
     std::set<int> ys;
@@ -157,7 +157,7 @@ class X11HitTest : public testing::Test {
       const int x = int(origin.x + size.width * part);
       const int y = int(origin.y + size.height / 2);
       ASSERT_TRUE(isButton(at(x, y)));
-      // Some window managers and toolkits know a button only once the pointer has come to it.
+      // Some window managers and toolkits notice a button only once the pointer moves onto it.
       desktop->movePointer(x - 1, y);
       desktop->click(x, y);
       ASSERT_TRUE(eventually([&] { return read<bool>(parent, "AXMinimized") == true; }))
@@ -196,7 +196,7 @@ TEST_F(X11HitTest, MinimizeButton) {
   }
 }
 
-// Settings that take longer to tell than somebody waits for them are not taken for the usual ones.
+// Settings that take longer to read than the caller waits are not taken for the defaults.
 TEST_F(X11HitTest, SlowSettingsAreReadAnotherTime) {
   if (chosenManager().command.front() != "openbox")
     GTEST_SKIP() << "it is openbox that takes another name";
@@ -209,7 +209,7 @@ TEST_F(X11HitTest, SlowSettingsAreReadAnotherTime) {
   setenv("PATH", (folder.string() + ":" + path).c_str(), 1);
   TestClient client(*desktop);
   const auto frame = desktop->frame(client.open("Guest", {200, 150, 400, 300}));
-  // Any window manager may call itself after one whose settings take a program to read.
+  // Any window manager may take the name of one whose settings only a program can read.
   const auto check = desktop->values(desktop->root(), "_NET_SUPPORTING_WM_CHECK").at(0);
   client.setTitle(check, "Metacity");
   ASSERT_TRUE(eventually([&] { return desktop->bytes(check, "_NET_WM_NAME") == "Metacity"; }));
@@ -237,7 +237,7 @@ class X11HeaderBarTest : public X11HitTest {
     bar.height = 75;
   }
 
-  // An application that comes to it starts the accessibility bus.
+  // The first application on it starts the accessibility bus.
   std::unique_ptr<ChildProcess> startSessionBus() {
     auto bus =
         desktop->start({"dbus-daemon", "--session", "--nofork", "--print-address",
@@ -246,7 +246,7 @@ class X11HeaderBarTest : public X11HitTest {
     return bus;
   }
 
-  // Puts the buttons of GTK where nobody would look for them.
+  // Puts GTK's buttons where nobody would look for them.
   void arrange(const std::string& layout) {
     const auto folder = desktop->configHome() / "gtk-3.0";
     std::filesystem::create_directory(folder);
@@ -331,7 +331,7 @@ TEST_F(X11HitTest, FindsWindowsAndNothingElse) {
   for (int x = 600; x < 800; x += 5) EXPECT_FALSE(isButton(at(x, 110))) << bare;
   const auto above = client.open("Above", {frame.x, frame.y, 300, 200});
   EXPECT_TRUE(eventually([&] { return isAt(200, 200, "AXTitle", "Above"); }));
-  // A dock of another program is no window of anybody's.
+  // Another program's dock does not count as a window.
   client.openDock({0, 0, 1280, 24});
   EXPECT_TRUE(eventually([&] { return isAt(640, 10, "AXRole", "AXApplication"); }));
 

@@ -72,7 +72,7 @@ TEST_F(X11Rows, AnXIDOfItsOwnProcessAnewIsAnotherWindow) {
   const auto oldDestroyed =
       x11->accessibility().observe(old, "AXUIElementDestroyed", note("old destroyed"), patience);
   client.reconnect();
-  // Nothing of what happened has been looked at when the window is there again.
+  // The adapter has seen no event of this when the window is there again.
   ASSERT_EQ(client.open("New", {100, 100, 300, 200}), window);
   const auto fresh = windowNamed(*x11, pid, "New");
   EXPECT_FALSE(fresh == old);

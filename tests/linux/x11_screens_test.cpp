@@ -8,7 +8,7 @@
 namespace pellow::desktop {
 namespace {
 
-// How windows go away and come back between them is told by the tests from outside.
+// How windows go away and come back between them is left to the desktop tests.
 TEST_F(X11DesktopTest, MonitorsComeAndGoAndKeepTheirNumbers) {
   const auto expectFrames = [&](const std::vector<AppKitRect>& expected) {
     EXPECT_TRUE(until([&] {
@@ -38,7 +38,7 @@ TEST_F(X11DesktopTest, MonitorsComeAndGoAndKeepTheirNumbers) {
   // A server that does not say in time where they are is asked again.
   const auto told = x11->screens().onDidChangeParameters(
       [&] { EXPECT_EQ(x11->screens().all().back().displayID, leftID); });
-  desktop.windowManager().send(SIGSTOP);  // nobody shall wake it but the server
+  desktop.windowManager().send(SIGSTOP);  // only the server may wake it
   monitors.plug("left", {960, 0, 300, 800});
   client.grabServer(2500);
   pollfd poller{x11->fileDescriptor(), POLLIN, 0};

@@ -39,7 +39,7 @@ TEST_F(X11DesktopTest, TellsApplicationsAndTheirWindows) {
             (QuartzPoint{double(frame.x), double(frame.y)}));
   EXPECT_EQ(read<Size>(own[0], "AXSize"), (Size{double(frame.width), double(frame.height)}));
 
-  // A title may be as long as its application likes; what is cut in two is no character any more.
+  // A title may be of any length; a character cut in two is replaced.
   std::string longTitle = "x";
   for (int i = 0; i < 15'000; ++i) longTitle += "ж";
   client.setTitle(first, longTitle);
@@ -55,14 +55,14 @@ TEST_F(X11DesktopTest, TellsApplicationsAndTheirWindows) {
   EXPECT_EQ(read<AXElement>(x11->accessibility().application(pid), "AXFocusedWindow"), own[0]);
 }
 
-// Two ask for the keys of one window that comes back; the user may turn to another in between.
+// A restored window is given the keys twice; the user may turn to another in between.
 TEST_F(X11DesktopTest, WhoAsksTwiceTakesTheKeysOnce) {
   const auto window = client.open("First", {100, 50, 400, 300});
   TestClient other(desktop, "Otherclient");
   const auto otherWindow = other.open("Other", {500, 400, 300, 200});
   const auto element = windowNamed(*x11, pid, "First");
   const auto application = x11->accessibility().application(pid);
-  // The second counts as the first said again for half a second; a slow machine takes longer.
+  // For half a second the second request counts as a repeat; a slow machine takes longer.
   std::chrono::steady_clock::time_point asked;
   do {
     ASSERT_TRUE(element.performAction("AXRaise", patience));
@@ -72,7 +72,7 @@ TEST_F(X11DesktopTest, WhoAsksTwiceTakesTheKeysOnce) {
     ASSERT_TRUE(desktop.activate(otherWindow));
     ASSERT_TRUE(application.setAttribute("AXFrontmost", true, patience));
   } while (std::chrono::steady_clock::now() - asked > std::chrono::milliseconds(500));
-  // Answered when the window manager has done everything before.
+  // Answered once the window manager has done everything before it.
   ASSERT_TRUE(element.setAttribute("AXPosition", QuartzPoint{150, 90}, patience));
   EXPECT_EQ(desktop.activeWindow(), otherWindow);
 
@@ -146,7 +146,7 @@ TEST_F(X11DesktopTest, NoAnswerInTimeIsNotAnEmptyOne) {
   EXPECT_FALSE(x11->deliverLocalKeyDown(escape, 0));
 }
 
-// openbox shows for a moment how the frame grows from the taskbar to its place.
+// openbox animates the frame from the taskbar to its place.
 TEST_F(X11DesktopTest, AWindowThatComesBackIsAtHomeAtOnce) {
   const auto window = client.open("Guest", {150, 80, 500, 350});
   const auto home = desktop.frame(window);

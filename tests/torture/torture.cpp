@@ -151,7 +151,7 @@ bool Torture::isHome(const Guest& guest) const {
   });
 }
 
-// A minimized window counts by the place in which it would come back.
+// A minimized window is judged by the place to which it would come back.
 bool Torture::isLost(const Guest& guest) const {
   const auto frame = desktop_.frame(guest.window);
   const auto screen = desktop_.screen();
@@ -169,12 +169,12 @@ int Torture::countAway() const {
 }
 
 void Torture::look(const Scene& scene, const std::string& scars) {
-  // Once the window manager has followed this, nothing is left of what the dead have asked for.
+  // Once the window manager has done this, no request of the killed program is pending.
   desktop_.activate(guests_.front().window);
   desktop_.activate(guests_.back().window);
   for (std::size_t index = 0; index < guests_.size(); ++index) {
     const auto& guest = guests_[index];
-    // Its frame may still be on its way to the taskbar, whence openbox puts it back at the end.
+    // openbox may still be animating its frame to the taskbar, and puts it back at the end.
     if (index == minimized) (void)eventually([&] { return isHome(guest); });
     const bool lost = isLost(guest);
     if (!lost && isHome(guest)) continue;

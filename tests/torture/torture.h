@@ -16,8 +16,8 @@ namespace pellow::desktop {
 // Kills the program again and again in the middle of putting windows away and bringing them back,
 // starts it anew, and looks from outside whether every window can be seen.
 //
-// Windows go off the screen (the mechanism `offscreen`), as these alone stand in the journal: what
-// is minimized or hidden can be reached by the desktop's own means whoever has died.
+// Windows go off the screen (the mechanism `offscreen`), since only these are in the journal: what
+// is minimized or hidden stays within reach of the desktop's own means.
 class Torture {
  public:
   struct Tally {
@@ -28,8 +28,8 @@ class Torture {
     int misplaced = 0;  // windows that could be seen, but neither in their place nor a twin's
   };
 
-  // Starts the desktop, the applications and the program. Same seed, same sequence of actions. What
-  // there is to say of losses goes to `report`.
+  // Starts the desktop, the applications and the program. Same seed, same sequence of actions.
+  // Describes losses in `report`.
   Torture(unsigned seed, std::ostream& report);
 
   // One kill, the launch after it, and a look at the windows. Throws std::runtime_error when the
@@ -49,7 +49,7 @@ class Torture {
     WindowID window = 0;
     PixelRect home;
   };
-  // What is going on when the program is killed, and how long after its beginning at most.
+  // What is going on at the kill, which comes at most `milliseconds` after it began.
   struct Scene {
     const char* name;
     int milliseconds;

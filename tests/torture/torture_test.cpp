@@ -14,7 +14,7 @@ int numberIn(const char* variable, int otherwise) {
   return text ? std::stoi(text) : otherwise;
 }
 
-// A taste of it, or as much of it as PELLOW_KILLS says.
+// A short run, or as many kills as PELLOW_KILLS says.
 TEST(Torture, NoKillLosesAWindow) {
   Torture torture(static_cast<unsigned>(numberIn("PELLOW_SEED", 1)), std::cerr);
   const auto& tally = torture.tally();

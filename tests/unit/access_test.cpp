@@ -107,7 +107,7 @@ class TargetWindowMove : public testing::Test {
     took = clock.now() - before;
     return reached;
   }
-  // The positions that the window reports, one a read; the last stays.
+  // One position per read; the last one repeats.
   void reports(std::vector<QuartzPoint> positions) {
     window->attributes["AXPosition"] = [this, positions]() -> ScriptedElement::Answer {
       return positions[std::min<std::size_t>(reads++, positions.size() - 1)];
@@ -192,7 +192,7 @@ class AXQueueTest : public testing::Test {
     co_await queue.ax([] { throw PellowError::windowGone(); });
     story.push_back("not reached");
   }
-  // Runs for so long and ends all tasks then.
+  // Cancels all tasks after `delay`.
   void cancelAfter(Seconds delay) {
     cancelled = desktop.queues().main().after(delay, [this] {
       tasks.cancel();
@@ -229,7 +229,7 @@ TEST_F(AXQueueTest, ADestroyedCoroutineWaitsForItsRunningWorkAndDropsTheRest) {
 }
 
 TEST_F(AXQueueTest, ADestroyedCoroutineIsNotResumedWhenItsWorkIsDone) {
-  // The main thread is busy while the work ends, so the way back stands in line behind the cancel.
+  // The main thread is busy when the work ends, so the way back queues behind the cancel.
   tasks.start(tell("one", 0.1));
   const auto busy = desktop.queues().main().after(0.05, [this] {
     desktop.clock().sleep(0.2);

@@ -5,7 +5,7 @@
 
 #include "tests/unit/program.h"
 
-// Many windows at once, and how their failures are told.
+// Many windows at once, and how their failures are reported.
 
 namespace pellow {
 namespace {
@@ -34,7 +34,7 @@ class BulkStory : public Story {
     return tabs;
   }
 
-  // Opens windows that stay on the screen whatever they are asked.
+  // Opens windows that refuse to leave the screen.
   std::vector<simulated::Window> openStubborn(int count) {
     const auto stone = desktop.launch("Stone", "com.example.stone");
     std::vector<simulated::Window> windows;
@@ -79,7 +79,7 @@ TEST_F(BulkStory, EverythingIsEveryStandardWindowOfOrdinaryApplications) {
   expectAllHome();
   EXPECT_TRUE(desktop.alerts().showing().empty());
 
-  // One tab stands for an application that is hidden whole, also when somebody else showed it.
+  // A hidden application has one tab, even if something else has shown it in between.
   desktop.userDefaults().put("mechanism", "hideApp");
   program->pressEverything();
   EXPECT_EQ(program->tabs().size(), 2);
@@ -160,7 +160,7 @@ TEST_F(BulkStory, FocusModeLeavesExactlyTheFocusedWindow) {
     expectAllHome();
   }
 
-  // The one that has the focus at the press stays, also when another command is under way.
+  // The window focused at the key press stays, even if another command is under way.
   desktop.userDefaults().put("mechanism", "minimize");
   inbox.answersAfter(1);
   notes.activate();
@@ -213,7 +213,7 @@ TEST_F(BulkStory, WindowsThatWillNotSlideMayBeMinimizedInstead) {
   EXPECT_EQ(program->tabs().size(), 3);
   for (const auto& rock : rocks) EXPECT_EQ(rock.frame(), QuartzRect(100, 100, 300, 200));
 
-  // Other failures stand in the same list; a window that got its tab meanwhile is left alone.
+  // Other failures join the same list; a window that got its tab meanwhile is left alone.
   for (int number = 1; number < 6; ++number) rocks[number].close();
   program->pressRestoreAll();
   inbox.failsNext("AXPosition", AXError::failure, AXCall::write);
@@ -228,7 +228,7 @@ TEST_F(BulkStory, WindowsThatWillNotSlideMayBeMinimizedInstead) {
   EXPECT_TRUE(rocks[0].isMinimized());
   EXPECT_EQ(sortedTabs(), (Tabs{"Letter", "Rock 1", "Shopping"}));
 
-  // Alone and not in bulk it is an ordinary failure.
+  // Outside a bulk action it is an ordinary failure.
   program->pressRestoreAll();
   rocks[0].raise();
   desktop.application("Stone").activate();
@@ -249,7 +249,7 @@ TEST_F(BulkStory, OneBulkActionAtATime) {
   desktop.keyboard().press(0, Program::modifiers);
   desktop.keyboard().press(17, Program::modifiers);
   desktop.runUntilQuiet();
-  // Each tells its own failures: the first of its refusals, then the second.
+  // Each action reports its own refusals, one alert after the other.
   EXPECT_EQ(desktop.alerts().showing().size(), 1);
   EXPECT_NE(program->answerAlert("Leave Them"), "");
   EXPECT_NE(program->answerAlert("Leave Them"), "");

@@ -26,7 +26,7 @@ TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
   desktop.run(3);
   stuck.hangs();
 
-  // The click takes its tab away in the next frame, whatever the window does.
+  // The tab is gone in the next frame, whatever its window does.
   const auto clickTab = [&](const std::string& title) {
     desktop.pointer().click(program.tab(title));
     desktop.run(0.02);
@@ -34,7 +34,7 @@ TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
   };
   clickTab("Report");
   clickTab("Shopping");
-  // Switching applications, a secondary click, a key: all in no time.
+  // Switching applications and pressing a key take no time.
   notes.activate();
   desktop.keyboard().press(3, Program::modifiers);
   desktop.run(0.001);
@@ -61,7 +61,7 @@ TEST(HangStory, TheInterfaceStaysLiveAndTheOrderIsKept) {
   EXPECT_TRUE(desktop.alerts().showing().empty());
 }
 
-// However many windows it has put away, that looking for dead ones must ask it about.
+// The search for dead windows must ask it about every one of its tabs.
 TEST(HangStory, ManyTabsOfItCostNoMoreThanOne) {
   simulated::Desktop desktop;
   const auto stuck = desktop.launch("Stuck", "com.example.stuck");
@@ -95,8 +95,8 @@ TEST(HangStory, WhatHangsInTheMiddleFinishesWhenItWakes) {
     desktop.after(4, [&] { stuck.wakes(); });
     program.pressPellow();
     desktop.onPortCall(nullptr);
-    // In time, except where it was found hanging by a read that has a quarter of a second: that is
-    // told, and leaves the window where it was.
+    // It finishes, unless a read with a quarter-second timeout found the application hanging: then
+    // an alert says so, and the window stays where it was.
     if (program.answerAlert().empty()) {
       EXPECT_EQ(program.tabs(), Tabs{"Report"});
       EXPECT_LE(report.shareOnDisplays(), 0.05);

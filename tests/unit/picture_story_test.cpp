@@ -115,7 +115,7 @@ TEST_F(PictureStory, AMinimizedWindowHasThePictureTakenAhead) {
   EXPECT_LT(taken, 1);
   program->pressRestoreAll();
 
-  // At most one in 4 s; none is used that is 30 s old.
+  // At most one every 4 s, and none older than 30 s is used.
   mail.activate();
   desktop.run(2);
   const auto activated = desktop.now();
@@ -183,7 +183,7 @@ TEST_F(PictureStory, ThePictureFliesToTheTabAndBack) {
   desktop.userDefaults().put("mechanism", "minimize");
   expectNoFlight();
 
-  // The end of the program waits for no flight.
+  // Quitting does not wait for a flight.
   desktop.userDefaults().put("mechanism", "offscreen");
   desktop.keyboard().press(17, Program::modifiers);
   desktop.run(0.1);
@@ -236,8 +236,8 @@ TEST(FlightAnimatorTest, LandsInTheMiddleWithItsProportions) {
   EXPECT_EQ(startsAt({0, 0, 300, 200}, {0, 0, 34, 34}), AppKitRect(90, 40, 120, 120));
   EXPECT_EQ(startsAt({0, 0, 300, 200}, {0, 0, 0, 0}), std::nullopt);
 
-  // Of many the first flies at once, a few more when nothing comes any more, each in a frame of its
-  // own, and all of them land.
+  // Of many flights the first starts at once and a few more once no new ones come, each in its own
+  // frame; all of them land.
   const auto flying = [&] { return desktop.panels().visible("pellow-flight").size(); };
   int landed = 0;
   for (int count = 0; count < 50; ++count) {

@@ -23,12 +23,12 @@ class Program {
 
   PellowController& controller() { return delegate_.controller(); }
   void quit() { desktop_.process().terminate(); }
-  // As a menu asks for it.
+  // As a menu item would.
   void perform(ShortcutAction action) { delegate_.perform(action); }
 
   static constexpr auto modifiers = modifier::control | modifier::option | modifier::command;
 
-  // Control-Option-Command and the key of a letter.
+  // Control-Option-Command and a letter key.
   void pressPellow() { press(17); }
   void pressRestoreAll() { press(15); }
   void pressPinned() { press(35); }
@@ -58,7 +58,7 @@ class Program {
     desktop_.runUntilQuiet();
   }
 
-  // The text of the only alert, which is then answered; empty without one.
+  // Answers the alert that shows and returns its text; empty without one.
   std::string answerAlert(const std::string& button = "OK") {
     const auto showing = desktop_.alerts().showing();
     if (showing.empty()) return "";

@@ -11,7 +11,7 @@
 
 namespace pellow {
 
-// An Accessibility element that answers to the letter what a test tells it, be it nonsense.
+// An Accessibility element that answers exactly what a test tells it to, even nonsense.
 class ScriptedElement final : public AXElement::Object {
  public:
   using Answer = std::expected<AXValue, AXError>;
@@ -59,7 +59,7 @@ inline std::shared_ptr<ScriptedElement> scriptedElement(int thing) {
   return element;
 }
 
-// One application, whatever process is asked for.
+// The same application for every process.
 class ScriptedAccessibility final : public Accessibility {
  public:
   std::shared_ptr<ScriptedElement> system = scriptedElement(-1);

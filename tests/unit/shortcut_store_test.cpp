@@ -42,7 +42,7 @@ TEST_F(ShortcutStoreTest, EveryActionHasItsDefault) {
   EXPECT_EQ(displays, "⌃⌥⌘T ⌃⌥⌘F ⌃⌥⌘P ⌃⌥⌘A ⌃⌥⌘E ⌃⌥⌘R ");
   EXPECT_EQ(keyCodes, (std::vector{17, 3, 35, 0, 14, 15}));
 
-  // Modifiers are shown in the order of the field.
+  // Modifiers appear in the usual order of macOS.
   EXPECT_EQ((Shortcut{7, "x", 0x1E0000}).display(), "⌃⌥⇧⌘X");
   EXPECT_EQ((Shortcut{27, "ß", 0x100000}).display(), "⌘SS");
 }

@@ -27,7 +27,8 @@ class SimulatedDesktopTest : public testing::Test {
   Seconds patience = 6;
 };
 
-// That one seed is one history, random histories tell call by call.
+// That a seed always gives the same history is left to the random histories, which compare every
+// call.
 TEST(SimulatedScheduler, TheSeedDecidesWhoIsFirst) {
   std::set<std::string> firsts;
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {

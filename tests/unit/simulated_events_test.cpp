@@ -105,7 +105,7 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
   auto& workspace = desktop.workspace();
   Subscription alert;
   for (const auto& [act, told] : std::vector<Act>{
-           // A background agent takes the focus from nobody.
+           // A background agent does not take the focus.
            {[&] { desktop.launch("agent", {}, ActivationPolicy::prohibited); }, {}},
            {[&] { desktop.application("agent").becomes(ActivationPolicy::regular); },
             {"regular agent"}},
@@ -124,16 +124,16 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
             {"Windo Shopping"}},
            {[&] { letter.minimize(); }, {"Windo Letter"}},
            {[&] { letter.minimize(); }, {}},
-           // Who takes the place of the frontmost application had its focus all the time.
+           // The next frontmost application already had its focused window.
            {[&] { workspace.hide(notes.pid()); }, {"activate Mail"}},
            {[&] { notes.unhide(); }, {}},
            {[&] { workspace.activate(notes.pid()); }, {"activate Notes"}},
-           // An alert gives back what it took, to an application without windows as well.
+           // A closed alert gives the focus back, even to an application without windows.
            {[&] { alert = desktop.alerts().show({.buttons = {"OK"}}, {}); }, {"activate Pellow"}},
            {[&] { alert.cancel(); }, {"activate Notes"}},
            {[&] { list.unminimize(); }, {"Focus Shopping"}},
            {[&] { alert = desktop.alerts().show({.buttons = {"OK"}}, {}); }, {"activate Pellow"}},
-           // Killed: no window says that it goes.
+           // A killed application's windows do not announce their end.
            {[&] { mail.kill(); }, {"terminate ?"}},
            {[&] { letter.close(); }, {"gone ?"}},
            {[&] { desktop.launch("Web"); }, {"regular Web", "activate Web"}},
@@ -145,8 +145,8 @@ TEST_F(SimulatedEventsTest, EveryActIsToldInItsOrder) {
 TEST_F(SimulatedEventsTest, WithoutThePermissionNothingIsHeard) {
   const auto notes = desktop.launch("Notes");
   const auto list = notes.openWindow("Shopping", home);
-  // Nothing is heard while the permission is withdrawn, nor by one who has left; the rest is late
-  // and in order.
+  // Nothing is heard without the permission, nor by a cancelled observer; the rest comes late but
+  // in order.
   listenTo(notes);
   desktop.accessibility().setTrusted(false);
   EXPECT_TRUE(heardAfter([&] { list.minimize(); }).empty());
@@ -188,7 +188,7 @@ TEST_F(SimulatedEventsTest, AHitTestFindsWhatLiesOnTop) {
   panel->setLevel(PanelLevel::desktopIcons);
   EXPECT_EQ(at({600, 200}), "AXGroup - in Inbox");
 
-  // A slow application answers by what is there then, if the one who asks waits for it.
+  // A slow application answers with what is there by then, if the caller waits that long.
   patience = 0.1;
   inbox.answersAfter(1);
   EXPECT_EQ(at({600, 200}), "an error");
@@ -205,7 +205,7 @@ TEST_F(SimulatedEventsTest, ApplicationsHangWakeAndDie) {
   const auto start = desktop.now();
   EXPECT_EQ(element.setAttribute("AXMinimized", true, patience).error(), AXError::cannotComplete);
   EXPECT_DOUBLE_EQ(desktop.now(), start + 2);
-  // Who waits long enough is answered when it wakes; late work is done then.
+  // A patient caller is answered when it wakes, and late work is done then.
   desktop.after(1, [&] { notes.wakes(); });
   EXPECT_TRUE(std::get<bool>(element.copyAttribute("AXMinimized", patience).value()));
   EXPECT_DOUBLE_EQ(desktop.now(), start + 3);

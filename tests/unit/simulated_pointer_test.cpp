@@ -78,14 +78,14 @@ TEST_F(SimulatedPointerTest, AClickIsNoDragAndADragNoClick) {
   EXPECT_EQ(doneAfter([&] { desktop.pointer().click(tab); }),
             (Lines{"enter tab-1", "click tab-1"}));
 
-  // Windows cover panels of the desktop's level.
+  // Windows cover panels at desktop level.
   panel->setLevel(PanelLevel::desktopIcons);
   const auto cover = desktop.launch("Notes").openWindow("Cover", {0, 0, 1440, 900});
   EXPECT_EQ(doneAfter([&] { desktop.pointer().click(tab); }), Lines{"leave tab-1"});
   cover.minimize();
   EXPECT_EQ(doneAfter([&] { desktop.pointer().click(tab); }).back(), "click tab-1");
 
-  // Between press and release the tab is drawn anew, or goes.
+  // Between press and release the tab is redrawn or removed.
   desktop.pointer().press(tab);
   desktop.runUntilQuiet();
   panel->setContent(strip(" anew"));
@@ -123,13 +123,13 @@ TEST_F(SimulatedPointerTest, PanelsFlyInVirtualTime) {
   desktop.run(0.5);
   EXPECT_EQ(shown.frameNow(), AppKitRect(400, 300, 80, 50));
   EXPECT_DOUBLE_EQ(shown.opacityNow(), 0.6);
-  // The pointer meets it where it is.
+  // The pointer hits it in mid-flight.
   desktop.pointer().click({430, 340});
   desktop.run(0);
   EXPECT_EQ(done, (Lines{"enter tab-1", "click tab-1"}));
   EXPECT_EQ(doneAfter([] {}), (Lines{"there", "leave tab-1"})) << "it has flown from below it";
 
-  // A newer one cuts a flight short, and so does a frame.
+  // A newer flight cuts one short, and so does setting a frame.
   panel->animate({0, 0, 100, 100}, 1, 1, AnimationTiming::easeOut, arrived("never"));
   panel->animate({175, 0, 100, 100}, 1, 1, AnimationTiming::easeInOut, arrived("newer"));
   EXPECT_EQ(doneAfter([] {}), Lines{"newer"});

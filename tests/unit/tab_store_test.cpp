@@ -12,7 +12,7 @@ namespace {
 
 class TabStoreTest : public testing::Test {
  protected:
-  // A tab whose title tells the number of its window.
+  // A tab whose title is the number of its window.
   TabItem tab(int thing, ProcessID pid = 1) {
     return {.id = desktop.uuidSource().next(),
             .window = {AXElement(scriptedElement(thing)), pid},

@@ -32,7 +32,7 @@ class TriggersStory : public Story {
     ASSERT_TRUE(program->controller().store().contains({window.element(), window.pid()}));
   }
 
-  // What happens elsewhere, long after the program's own doings.
+  // Makes it happen long enough after the program's own actions not to count as their echo.
   void later(const std::function<void()>& happens) {
     desktop.run(settled);
     happens();
@@ -54,7 +54,7 @@ TEST_F(TriggersStory, AMinimizedWindowBecomesATab) {
     EXPECT_TRUE(list.hasFocus());
   }
 
-  // Neither its own minimizing nor what has a tab already makes another one.
+  // Neither its own minimizing nor a window that already has a tab makes another one.
   desktop.userDefaults().put("mechanism", "minimize");
   pellow(list);
   later([&] { list.unminimize(); });
@@ -74,7 +74,7 @@ TEST_F(TriggersStory, AnEchoIsKnownForTwoSeconds) {
   mail.activate();
   inbox.answersAfter(1);
   desktop.keyboard().press(17, Program::modifiers);
-  // Reading takes a second; the write of "AXMinimized" is on its way for the next.
+  // Reading takes one second; the write of "AXMinimized" is under way during the next.
   desktop.run(1.5);
   list.minimize();
   desktop.run(2);
@@ -95,7 +95,7 @@ TEST_F(TriggersStory, ApplicationsAreFollowedAsTheyComeAndGo) {
   later([&] { secret.minimize(); });
   EXPECT_TRUE(program->tabs().empty());
 
-  // It was not ready yet, and the other one was no ordinary application yet.
+  // The first was not ready yet, and the other was not yet an ordinary application.
   deaf.refusesObservers(false);
   notes.activate();
   later([&] { unheard.chooseFromWindowMenu(); });
@@ -123,7 +123,7 @@ TEST_F(TriggersStory, AnApplicationWithNothingToShowGetsItsLatestWindow) {
   pellow(letter);
   mail.activate();
 
-  // Within 2 s after a pellow its application does what it likes.
+  // For 2 s after a pellow, activating its application restores nothing.
   desktop.run(1);
   notes.activate();
   desktop.runUntilQuiet();
@@ -136,7 +136,7 @@ TEST_F(TriggersStory, AnApplicationWithNothingToShowGetsItsLatestWindow) {
   EXPECT_TRUE(
       desktop.hasLogged("Activated app has nothing visible; restoring its most recent tab"));
 
-  // Now it has something to show: until that is minimized (and stays so), or off all displays.
+  // Now it has something to show, until that is minimized.
   mail.activate();
   later([&] { notes.activate(); });
   EXPECT_EQ(program->tabs(), Tabs{"Shopping"});
@@ -164,7 +164,7 @@ TEST_F(TriggersStory, AWindowChosenFromItsApplicationComesBack) {
   EXPECT_EQ(list.frame(), home);
   EXPECT_TRUE(desktop.hasLogged("Pellowed window was chosen from its app; restoring it"));
 
-  // Alone, it is left to the rule for activations.
+  // With nothing else to see, the rule for activations decides.
   letter.close();
   pellow(list);
   const auto scrap = notes.openWindow("Scrap", {9000, 9000, 300, 300});
@@ -176,8 +176,8 @@ TEST_F(TriggersStory, AWindowChosenFromItsApplicationComesBack) {
   EXPECT_TRUE(program->tabs().empty());
 }
 
-// While windows come back, and half a second more, activations bring back nothing else: for at most
-// 1.5 s and the clamped duration of a flight for each.
+// Activations restore nothing else while windows come back and half a second longer, but for at
+// most 1.5 s plus a clamped flight duration per window.
 TEST_F(TriggersStory, ABatchIsNotDisturbedByItsOwnActivations) {
   struct Case {
     double animationDuration;
@@ -233,7 +233,7 @@ TEST_F(TriggersStory, HalfASecondAfterABatchActivationsCountAgain) {
   }
 }
 
-// The application does what it was asked when nobody waits for it any more.
+// The application obeys only after the program has stopped waiting.
 TEST_F(TriggersStory, AWindowMinimizedTooLateGetsItsTabAllTheSame) {
   desktop.userDefaults().put("mechanism", "minimize");
   desktop.userDefaults().put("pellowOnMinimize", false);
@@ -257,7 +257,7 @@ TEST_F(TriggersStory, AWindowMinimizedTooLateGetsItsTabAllTheSame) {
   program->clickTab("Inbox");
   EXPECT_FALSE(inbox.isMinimized());
 
-  // One that never did it is not waited for once it has been put away in another way.
+  // A window that never minimized is no longer awaited once it has been put away another way.
   inbox.failsNext("AXMinimized", AXError::cannotComplete, AXCall::write);
   mail.activate();
   program->pressPellow();
@@ -307,7 +307,7 @@ TEST_F(TriggersStory, AnAlertDoesNotKeepTabsFromComingBack) {
   EXPECT_TRUE(program->tabs().empty()) << "while the alert shows";
   EXPECT_EQ(list.frame(), home);
 
-  // What was in front before comes back when the alert goes; nobody has chosen that.
+  // Closing the alert reactivates the previous application, which nobody has chosen.
   pellow(list);
   desktop.run(settled);
   EXPECT_NE(program->answerAlert(), "");
