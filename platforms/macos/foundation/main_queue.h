@@ -1,0 +1,15 @@
+#pragma once
+
+#include "base/function.h"
+
+namespace pellow {
+
+// Runs `work` on the main queue, later, in an autorelease pool of its own; drops it there, too. Any
+// thread.
+void hopToMain(Function<void()> work);
+
+// For whatever the system calls: runs work in an autorelease pool of its own. An exception ends the
+// process here, where the stack still tells whose it is; dispatch and AppKit let none pass.
+void runInPool(Function<void()> work) noexcept;
+
+}  // namespace pellow
