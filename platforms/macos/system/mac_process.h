@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/process.h"
+
+namespace pellow {
+
+// This process as an application of the system. Made when there is an NSApplication.
+class MacProcess final : public Process {
+ public:
+  // In the environment of the process that this one starts to take its place: the process number of
+  // this one.
+  static constexpr const char* predecessorVariable = "PELLOW_PREDECESSOR";
+
+  explicit MacProcess(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {}
+
+  ProcessID pid() const override;
+  std::span<const std::string> arguments() const override { return arguments_; }
+  void becomeAccessory() override;
+  Subscription onSignal(TerminationSignal signal, std::function<void()> handler) override;
+  void exit(int status) override;
+  void terminate() override;
+  void launchNewInstance(std::function<void(std::expected<void, SystemError>)> onLaunched) override;
+
+ private:
+  std::vector<std::string> arguments_;
+};
+
+}  // namespace pellow

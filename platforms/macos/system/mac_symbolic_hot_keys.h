@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/symbolic_hot_keys.h"
+
+namespace pellow {
+
+// The preferences of the system's keyboard shortcuts. A shortcut that nobody ever changed may be
+// absent there.
+class MacSymbolicHotKeys final : public SymbolicHotKeys {
+ public:
+  std::vector<SymbolicHotKey> all() const override;
+};
+
+}  // namespace pellow
