@@ -1,0 +1,63 @@
+#include "platforms/macos/windows/mac_alerts.h"
+
+#include <utility>
+
+#include "platforms/macos/foundation/main_queue.h"
+#include "platforms/macos/windows/alert_window.h"
+#include "platforms/macos/windows/foreground.h"
+
+namespace pellow {
+
+// What all alerts share. Work on the main queue may come after the alerts have gone.
+struct MacAlerts::Stage {
+  Foreground foreground;
+  int onScreen = 0;
+
+  void giveBack() {
+    if (onScreen == 0) foreground.giveBack();
+  }
+};
+
+// Lives until the alert is answered and its owner told, or taken away.
+struct MacAlerts::Showing {
+  std::shared_ptr<Stage> stage;
+  PellowAlertWindow* window;
+  std::function<void(std::size_t)> onChosen;
+  bool isOnScreen = true;
+
+  ~Showing() {
+    if (!isOnScreen) return;
+    leave();
+    hopToMain([shared = stage] { shared->giveBack(); });
+  }
+
+  void leave() {
+    isOnScreen = false;
+    --stage->onScreen;
+    window->onAnswer = nullptr;
+    [window orderOut:nil];
+    keepUntilIdle(window);
+  }
+};
+
+MacAlerts::MacAlerts() : stage_(std::make_shared<Stage>()) {}
+
+Subscription MacAlerts::show(Alert alert, std::function<void(std::size_t)> onChosen) {
+  auto* const window = [[PellowAlertWindow alloc] initWithAlert:alert];
+  const auto showing = std::make_shared<Showing>(stage_, window, std::move(onChosen));
+  ++stage_->onScreen;
+  window->onAnswer = [weak = std::weak_ptr(showing)](std::size_t button) {
+    const auto answered = weak.lock();
+    if (!answered) return;
+    answered->leave();
+    hopToMain([weak, shared = answered->stage, button] {
+      // The owner drops its subscription, and may show the next alert.
+      if (const auto still = weak.lock()) std::exchange(still->onChosen, nullptr)(button);
+      shared->giveBack();
+    });
+  };
+  stage_->foreground.take(window);
+  return Subscription([held = showing]() mutable { held.reset(); });
+}
+
+}  // namespace pellow
