@@ -1,0 +1,44 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/platform.h"
+
+namespace pellow {
+
+// The program's operating system: macOS. Main thread, while there is an NSApplication.
+class MacPlatform final : public Platform {
+ public:
+  // `arguments` is the command line without the program's name; the log outlives the platform.
+  MacPlatform(std::vector<std::string> arguments, const Log& log);
+  ~MacPlatform() override;
+
+  Accessibility& accessibility() override;
+  Alerts& alerts() override;
+  Clock& clock() override;
+  ColourPanel& colourPanel() override;
+  EventMonitors& eventMonitors() override;
+  FormWindows& formWindows() override;
+  const Log& log() override;
+  LoginItem& loginItem() override;
+  Panels& panels() override;
+  Process& process() override;
+  Queues& queues() override;
+  ScreenCapture& screenCapture() override;
+  Screens& screens() override;
+  StatusBar& statusBar() override;
+  SymbolicHotKeys& symbolicHotKeys() override;
+  UpdateFramework& updateFramework() override;
+  UserDefaults& userDefaults() override;
+  UUIDSource& uuidSource() override;
+  Workspace& workspace() override;
+
+ private:
+  struct Parts;
+
+  const std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace pellow

@@ -1,0 +1,84 @@
+#import <AppKit/AppKit.h>
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "base/log.h"
+#include "platforms/macos/application_delegate.h"
+#include "platforms/macos/command_line.h"
+#include "platforms/macos/foundation/text.h"
+#include "platforms/macos/system/log_sink.h"
+#include "platforms/macos/system/mac_process.h"
+
+namespace {
+
+using pellow::ProcessID;
+
+int print(const pellow::PrintAndExit& what) {
+  std::fputs(what.text.c_str(), what.isError ? stderr : stdout);
+  return what.isError ? 2 : EXIT_SUCCESS;
+}
+
+std::string version() {
+  return pellow::toText(
+      [NSBundle.mainBundle objectForInfoDictionaryKey:@"CFBundleShortVersionString"]);
+}
+
+// Set only for the process that the program starts to replace itself.
+std::optional<ProcessID> readPredecessor() {
+  const char* const value = std::getenv(pellow::MacProcess::predecessorVariable);
+  const int pid = value ? std::atoi(value) : 0;
+  unsetenv(pellow::MacProcess::predecessorVariable);
+  if (pid <= 0) return std::nullopt;
+  return pid;
+}
+
+// Two would put each other's windows back. The system prevents that when people open the program,
+// but not for `open -n` and the command line.
+bool isAnotherRunning(std::optional<ProcessID> predecessor) {
+  NSString* const identifier = NSBundle.mainBundle.bundleIdentifier;
+  if (!identifier) return false;
+  for (NSRunningApplication* each in
+       [NSRunningApplication runningApplicationsWithBundleIdentifier:identifier]) {
+    const auto pid = each.processIdentifier;
+    if (pid > 0 && pid != getpid() && pid != predecessor && kill(pid, 0) == 0) return true;
+  }
+  return false;
+}
+
+int run(pellow::RunProgram program) {
+  const pellow::Log log(pellow::makeLogSink());
+  const auto predecessor = readPredecessor();
+  NSApplication* const application = NSApplication.sharedApplication;
+  [application setActivationPolicy:NSApplicationActivationPolicyAccessory];
+  if (isAnotherRunning(predecessor)) {
+    log.error("Pellow is running already");
+    std::fputs("Pellow is running already.\n", stderr);
+    return EXIT_FAILURE;
+  }
+  NS_VALID_UNTIL_END_OF_SCOPE PellowApplicationDelegate* const delegate =
+      [[PellowApplicationDelegate alloc] initWithArguments:std::move(program.arguments)
+                                               predecessor:predecessor
+                                                       log:&log];
+  application.delegate = delegate;
+  [application run];  // ends the process
+  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  @autoreleasepool {
+    auto commandLine = pellow::parseCommandLine(
+        std::span<const char* const>(argv, static_cast<std::size_t>(argc)).subspan(1), version());
+    if (const auto* what = std::get_if<pellow::PrintAndExit>(&commandLine)) return print(*what);
+    return run(std::move(std::get<pellow::RunProgram>(commandLine)));
+  }
+}
