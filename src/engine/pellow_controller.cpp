@@ -60,6 +60,7 @@ PellowController::PellowController(const Surroundings& surroundings)
                    .zones = around_.zones,
                    .ownProcess = around_.ownProcess}),
       returns_({.axQueue = axQueue_,
+                .clock = around_.clock,
                 .displays = around_.displays,
                 .echoes = echoes_,
                 .failures = failures_,

@@ -76,18 +76,22 @@ Task<> Returns::restore(const Return& each) {
 }
 
 void Returns::restoreAllBlocking() {
-  const auto away = everythingAway();
-  around_.axQueue.dropCallsAnd([this] { around_.tasks.cancel(); });
-
-  // No change of the displays is announced while this blocks, and windows may answer slowly.
+  const auto start = around_.clock.now();
+  const auto screens = around_.screens.all();
+  auto rest = underWay();
   std::vector<TabItem> slow;
-  for (int attempt = 0; attempt < putBacksAtMost; ++attempt) {
-    const auto screens = around_.screens.all();
-    around_.displays.recordMainHeight();
-    slow = putBack(away, AX::timeout::application);
-    if (around_.screens.all() == screens) break;
+  around_.axQueue.dropCallsAnd([&] {
+    slow = putBackAll(around_.tabs.tabs());
+    around_.tasks.cancel();
+  });
+  if (around_.screens.all() != screens) {
+    slow.clear();
+    rest.insert(rest.end(), around_.tabs.tabs().begin(), around_.tabs.tabs().end());
   }
-  for (const auto& tab : putBack(slow, AX::timeout::windowChange))
+  const auto more = putBackAll(rest);
+  slow.insert(slow.end(), more.begin(), more.end());
+  const auto left = AX::timeout::windowChange - (around_.clock.now() - start);
+  for (const auto& tab : putBack(slow, std::max(left, AX::timeout::application)))
     around_.parkedWindows.keepForNextLaunch(tab);
 
   std::vector<UUID> ids;
@@ -96,12 +100,23 @@ void Returns::restoreAllBlocking() {
   around_.journal.write({});
 }
 
-std::vector<TabItem> Returns::everythingAway() const {
-  auto away = around_.lateMinimizes.tabs();
+std::vector<TabItem> Returns::underWay() const {
+  auto tabs = around_.lateMinimizes.tabs();
   for (const auto& entry : around_.ledger.entries())
-    if (entry.isTouched) away.push_back(*entry.tab);
-  away.insert(away.end(), around_.tabs.tabs().begin(), around_.tabs.tabs().end());
-  return away;
+    if (entry.isTouched) tabs.push_back(*entry.tab);
+  return tabs;
+}
+
+// No change of the displays is announced while this blocks, and windows may answer slowly.
+std::vector<TabItem> Returns::putBackAll(const std::vector<TabItem>& tabs) {
+  std::vector<TabItem> slow;
+  for (int attempt = 0; attempt < putBacksAtMost; ++attempt) {
+    const auto screens = around_.screens.all();
+    around_.displays.recordMainHeight();
+    slow = putBack(tabs, AX::timeout::application);
+    if (around_.screens.all() == screens) break;
+  }
+  return slow;
 }
 
 // Returns the tabs whose applications did not answer. Who only asks the system waits for nobody.
@@ -109,8 +124,7 @@ std::vector<TabItem> Returns::putBack(const std::vector<TabItem>& tabs, Seconds 
   std::vector<TabItem> unanswered;
   std::set<ProcessID> silent;
   for (const auto& tab : tabs) {
-    const bool isSilent =
-        tab.mechanism != Mechanism::hideApp && silent.contains(tab.window.pid);
+    const bool isSilent = tab.mechanism != Mechanism::hideApp && silent.contains(tab.window.pid);
     if (!isSilent &&
         around_.mechanisms.revealBlocking(tab, timeout) != std::unexpected(AXError::cannotComplete))
       continue;

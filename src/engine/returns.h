@@ -22,6 +22,7 @@
 #include "engine/tab_upkeep.h"
 #include "model/preferences.h"
 #include "model/tab_store.h"
+#include "platform/clock.h"
 #include "platform/screens.h"
 
 namespace pellow {
@@ -31,6 +32,7 @@ class Returns {
  public:
   struct Surroundings {
     AXQueue& axQueue;
+    Clock& clock;
     Displays& displays;
     EchoGuard& echoes;
     FailureReports& failures;
@@ -58,9 +60,9 @@ class Returns {
   void restore(const std::vector<UUID>& ids);
 
   // Ends every action, puts back every window that has a tab or may be hidden, without raising it,
-  // and empties store and journal. Windows whose application does not answer at once come last; one
-  // silence stands for all windows of an application, so that each such application costs 5 s at
-  // most.
+  // and empties store and journal. What is not under way comes first, then what is, when the call
+  // that runs has ended; windows whose application does not answer at once come last. One silence
+  // stands for all windows of an application, so that one such application costs 5 s in all.
   void restoreAllBlocking();
 
  private:
@@ -72,7 +74,8 @@ class Returns {
 
   Task<> restoreBatch(std::list<Return> returns);
   Task<> restore(const Return& each);
-  std::vector<TabItem> everythingAway() const;
+  std::vector<TabItem> underWay() const;
+  std::vector<TabItem> putBackAll(const std::vector<TabItem>& tabs);
   std::vector<TabItem> putBack(const std::vector<TabItem>& tabs, Seconds timeout);
 
   Surroundings around_;

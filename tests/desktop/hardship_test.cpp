@@ -57,6 +57,7 @@ TEST_F(Hardship, ALostServerEndsTheProgramWithASentence) {
 TEST_F(Hardship, TheJournalIsWholeAndAheadOfTheWindows) {
   const auto guest = open(client, "Guest", {150, 120, 500, 300});
   ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", "offscreen"}}));
+  std::atomic<int> read = 0;
   std::atomic<int> halfWritten = 0;
   std::jthread reader([&, file = PellowProgram::journalFile(desktop)](std::stop_token stop) {
     while (!stop.stop_requested()) {
@@ -64,6 +65,7 @@ TEST_F(Hardship, TheJournalIsWholeAndAheadOfTheWindows) {
       if (!stream) continue;  // written when the first window goes
       const std::string text(std::istreambuf_iterator<char>(stream), {});
       if (!nlohmann::json::parse(text, nullptr, false).is_object()) ++halfWritten;
+      ++read;
     }
   });
   for (int round = 0; round < 20; ++round) {
@@ -82,6 +84,7 @@ TEST_F(Hardship, TheJournalIsWholeAndAheadOfTheWindows) {
   reader.request_stop();
   reader.join();
   EXPECT_EQ(halfWritten, 0);
+  EXPECT_GT(read, 20);
 }
 
 }  // namespace

@@ -49,6 +49,8 @@ TEST_F(X11Rows, ShadedWindowsAreNotMinimizedAndComeBackShaded) {
 
   ASSERT_TRUE(element.setAttribute("AXMinimized", true, patience));
   EXPECT_EQ(read<bool>(element, "AXMinimized"), true);
+  ASSERT_TRUE(until([&] { return !heard.empty(); }));
+  EXPECT_EQ(heard.size(), 1u) << "told of before";
   ASSERT_TRUE(element.setAttribute("AXMinimized", false, patience));
   EXPECT_TRUE(eventually([&] { return isShaded(window); }));
 
