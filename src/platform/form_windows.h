@@ -8,7 +8,8 @@
 
 namespace pellow {
 
-// An ordinary window with a tab for every pane of a form. Closing it only hides it.
+// An ordinary window with a tab for every pane of a form. Closing it only hides it, and gives the
+// keyboard back as the last alert does.
 class FormWindow {
  public:
   virtual ~FormWindow() = default;

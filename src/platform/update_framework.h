@@ -15,6 +15,7 @@ struct UpdateDelegate {
   std::function<void(bool shownByFramework, const std::string& displayVersion)> willShowUpdate;
   // The user has seen the update that was found.
   std::function<void()> didReceiveUserAttention;
+  // The framework is about to ask the user something; it has brought this process to the front.
   std::function<void()> willShowModalAlert;
   // The program is about to be replaced; it ends after this returns.
   std::function<void()> willRelaunchApplication;
