@@ -138,6 +138,7 @@ TEST_F(WindowStates, WindowsOfOtherDesktopsAreLeftAlone) {
   expectGuestBack(here);
   EXPECT_TRUE(eventually([&] { return desktopOf(here) == 1; }));
   EXPECT_TRUE(becomesActive(here));
+  ASSERT_TRUE(hasTabs(1));
   pellow->clickTab(0);
   expectGuestBack(sticky);
   EXPECT_EQ(desktopOf(sticky), DesktopSession::allDesktops);
