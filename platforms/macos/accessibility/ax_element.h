@@ -26,7 +26,7 @@ class MacElement final : public AXElement::Object {
   AXUIElementRef ref() const { return ref_.get(); }
 
   // Makes a call with this timeout. An element whose process has ended answers `invalidUIElement`,
-  // where the system only says that it cannot complete the call.
+  // whatever the system makes of it.
   AXError ask(Seconds timeout, const std::function<::AXError(AXUIElementRef)>& call) const;
 
   bool equals(const AXElement::Object& other) const override;

@@ -52,7 +52,7 @@ AXError MacElement::ask(Seconds timeout,
   const auto left = timeout - Wait(steady_clock::now() - asked).count();
   AXUIElementSetMessagingTimeout(ref(), static_cast<float>(std::max(left, shortestTimeout)));
   const auto error = AXError{call(ref())};
-  if (error != AXError::cannotComplete) return error;
+  if (error == AXError::success) return error;
   const auto owner = pid();
   return owner && hasEnded(*owner) ? AXError::invalidUIElement : error;
 }

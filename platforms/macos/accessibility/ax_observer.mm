@@ -79,16 +79,15 @@ AXError Observation::begin(std::string_view notification, Seconds timeout) {
   enter();
   const auto pid = element_.pid();
   if (!pid) return pid.error();
-  AXObserverRef observer = nullptr;
-  const auto made = AXError{AXObserverCreate(*pid, notified, &observer)};
-  observer_ = CFOwner<AXObserverRef>::adopt(observer);
-  if (made != AXError::success) return made;
-
   const auto name = toCFString(notification);
+  AXObserverRef observer = nullptr;
   const auto added = MacElement::of(element_).ask(timeout, [&](AXUIElementRef element) {
+    const auto made = AXObserverCreate(*pid, notified, &observer);
+    if (made != kAXErrorSuccess) return made;
     return AXObserverAddNotification(observer, element, name.get(),
                                      reinterpret_cast<void*>(number_));
   });
+  observer_ = CFOwner<AXObserverRef>::adopt(observer);
   if (added != AXError::success) return added;
   CFRunLoopAddSource(CFRunLoopGetMain(), AXObserverGetRunLoopSource(observer),
                      kCFRunLoopDefaultMode);

@@ -38,6 +38,8 @@ struct Showing {
   panel.color = pellow::toNSColor(colour);
   panel.continuous = YES;
   panel.hidesOnDeactivate = NO;
+  panel.collectionBehavior =
+      NSWindowCollectionBehaviorMoveToActiveSpace | NSWindowCollectionBehaviorFullScreenAuxiliary;
   _current = showing;
   [panel setTarget:self];
   [panel setAction:@selector(colourChanged:)];

@@ -9,6 +9,7 @@
 #include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/symbol.h"
 #include "platforms/macos/foundation/text.h"
+#include "platforms/macos/windows/foreground.h"
 
 // Fills the menu of a status item each time it opens.
 @interface PellowMenuFiller : NSObject <NSMenuDelegate>
@@ -84,10 +85,12 @@ class MacStatusBar::MacStatusItem final : public StatusItem {
     item_.menu = menu_;
   }
 
+  // One of its own items may be what ends it.
   ~MacStatusItem() override {
     [filler_ setProvider:nullptr];
     [menu_ cancelTracking];
     [NSStatusBar.systemStatusBar removeStatusItem:item_];
+    keepUntilIdle(menu_);
   }
 
   void setImage(const StatusImage& image) override { item_.button.image = templateImage(image); }

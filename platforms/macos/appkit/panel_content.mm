@@ -153,6 +153,7 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
 }
 
 - (void)mouseDown:(NSEvent*)event {
+  [self endDrag];  // its end may have been lost
   if (event.modifierFlags & NSEventModifierFlagControl) return [self showContextMenu:event];
   const auto nodes = [self nodesAtEvent:event];
   [self pressNode:innermost(nodes, [](const auto& each) { return bool(each.actions.onClick); })];
@@ -238,6 +239,7 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
   Menu menu;
   [self callBack:[&menu, contextMenu = node->actions.contextMenu] { menu = contextMenu(); }];
   if (_givenUp || menu.items.empty()) return;
+  [self pressNode:nullptr];  // the menu gets the release
   __weak PellowPanelContent* const weakSelf = self;
   NSMenu* const shown =
       pellow::makeMenu(menu, [weakSelf](const auto& chosen) { [weakSelf callBack:chosen]; });

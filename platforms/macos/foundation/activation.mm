@@ -1,14 +1,14 @@
 #include "platforms/macos/foundation/activation.h"
 
 #import <AppKit/AppKit.h>
-
-#include "platforms/macos/foundation/main_queue.h"
+#import <CoreFoundation/CoreFoundation.h>
 
 namespace pellow {
 
+// Not by the main queue: Sparkle runs its alerts in a nested loop, perhaps in that queue's work.
 void activateThisProcess() {
   [NSApp activate];
-  hopToMain([] {
+  CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
     if (!NSApp.active) [NSApp activateIgnoringOtherApps:YES];
   });
 }

@@ -7,6 +7,7 @@ namespace pellow {
 
 Foreground::Foreground() {
   NSWorkspace* const workspace = NSWorkspace.sharedWorkspace;
+  note(workspace.menuBarOwningApplication);  // this process may be in front already, as it starts
   note(workspace.frontmostApplication);
   activations_ = observeNotification(
       workspace.notificationCenter, NSWorkspaceDidActivateApplicationNotification,
@@ -17,9 +18,10 @@ void Foreground::note(NSRunningApplication* front) {
   if (front && ![front isEqual:NSRunningApplication.currentApplication]) former_ = front;
 }
 
+// The window goes first: activation leads to a Space where the process has one.
 void Foreground::take(NSWindow* window) {
-  activateThisProcess();
   [window orderFrontRegardless];
+  activateThisProcess();
   [window makeKeyWindow];
 }
 

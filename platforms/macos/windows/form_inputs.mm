@@ -4,6 +4,7 @@
 
 #include "platforms/macos/foundation/text.h"
 #include "platforms/macos/windows/control_target.h"
+#include "platforms/macos/windows/foreground.h"
 #include "platforms/macos/windows/form_slider.h"
 
 namespace pellow {
@@ -30,7 +31,11 @@ InputControl::InputControl(NSView* view, NSControl* control)
   control_.action = @selector(act:);
 }
 
-InputControl::~InputControl() { target_->onAction = nullptr; }
+// AppKit may be in the middle of the action.
+InputControl::~InputControl() {
+  target_->onAction = nullptr;
+  keepUntilIdle(target_);
+}
 
 void InputControl::setName(NSString* name) { control_.accessibilityLabel = name; }
 

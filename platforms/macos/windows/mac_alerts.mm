@@ -1,5 +1,6 @@
 #include "platforms/macos/windows/mac_alerts.h"
 
+#include <optional>
 #include <utility>
 
 #include "platforms/macos/foundation/main_queue.h"
@@ -12,9 +13,20 @@ namespace pellow {
 struct MacAlerts::Stage {
   Foreground foreground;
   int onScreen = 0;
+  // Whether the keyboard was in a window of ours before the first of the alerts that are under way.
+  std::optional<bool> wasOurs;
+
+  void present(NSWindow* window) {
+    ++onScreen;
+    if (!wasOurs) wasOurs = NSApp.keyWindow != nil;
+    foreground.take(window);
+  }
 
   void giveBack() {
-    if (onScreen == 0) foreground.giveBack();
+    if (onScreen > 0 || !wasOurs) return;
+    const bool staysOurs = *wasOurs && NSApp.keyWindow;
+    wasOurs.reset();
+    if (!staysOurs) foreground.giveBack();
   }
 };
 
@@ -45,7 +57,6 @@ MacAlerts::MacAlerts() : stage_(std::make_shared<Stage>()) {}
 Subscription MacAlerts::show(Alert alert, std::function<void(std::size_t)> onChosen) {
   auto* const window = [[PellowAlertWindow alloc] initWithAlert:alert];
   const auto showing = std::make_shared<Showing>(stage_, window, std::move(onChosen));
-  ++stage_->onScreen;
   window->onAnswer = [weak = std::weak_ptr(showing)](std::size_t button) {
     const auto answered = weak.lock();
     if (!answered) return;
@@ -56,7 +67,7 @@ Subscription MacAlerts::show(Alert alert, std::function<void(std::size_t)> onCho
       shared->giveBack();
     });
   };
-  stage_->foreground.take(window);
+  stage_->present(window);
   return Subscription([held = showing]() mutable { held.reset(); });
 }
 

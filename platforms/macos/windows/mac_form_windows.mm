@@ -25,6 +25,7 @@ void endEditing(NSWindow* window) {
 @interface PellowFormWindowDelegate : NSObject <NSWindowDelegate, NSTabViewDelegate> {
  @public
   std::function<void()> onClosed;
+  std::function<void()> onMiniaturized;
 }
 @end
 
@@ -38,6 +39,10 @@ void endEditing(NSWindow* window) {
     if (const auto told = onClosed) told();
   });
   return NO;
+}
+
+- (void)windowDidMiniaturize:(NSNotification*)notification {
+  if (onMiniaturized) onMiniaturized();
 }
 
 - (void)tabView:(NSTabView*)tabView willSelectTabViewItem:(NSTabViewItem*)item {
@@ -106,12 +111,14 @@ MacFormWindow::MacFormWindow(std::shared_ptr<Foreground> foreground, NSString* n
       window_(makeNSWindow(name, title, tabs_)),
       delegate_([[PellowFormWindowDelegate alloc] init]) {
   delegate_->onClosed = [this] { closed(); };
+  delegate_->onMiniaturized = [this] { giveBack(); };
   window_.delegate = delegate_;
   tabs_.delegate = delegate_;
 }
 
 MacFormWindow::~MacFormWindow() {
   delegate_->onClosed = nullptr;
+  delegate_->onMiniaturized = nullptr;
   if (isVisible()) giveBack();
   [window_ orderOut:nil];
   keepUntilIdle(window_);
