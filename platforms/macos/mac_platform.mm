@@ -1,5 +1,6 @@
 #include "platforms/macos/mac_platform.h"
 
+#include <memory>
 #include <utility>
 
 #include "platforms/macos/accessibility/mac_accessibility.h"
@@ -8,6 +9,7 @@
 #include "platforms/macos/appkit/mac_panels.h"
 #include "platforms/macos/appkit/mac_status_bar.h"
 #include "platforms/macos/capture/mac_screen_capture.h"
+#include "platforms/macos/foundation/foreground.h"
 #include "platforms/macos/system/mac_clock.h"
 #include "platforms/macos/system/mac_login_item.h"
 #include "platforms/macos/system/mac_process.h"
@@ -25,8 +27,9 @@ namespace pellow {
 
 struct MacPlatform::Parts {
   const Log& log;
+  const std::shared_ptr<Foreground> foreground = std::make_shared<Foreground>();
   MacProcess process;
-  MacUpdateFramework updates{log};
+  MacUpdateFramework updates{log, foreground};
   MacAccessibility accessibility;
   MacClock clock;
   MacUUIDSource uuidSource;
@@ -36,13 +39,13 @@ struct MacPlatform::Parts {
   MacQueues queues;
   MacScreenCapture screenCapture;
   MacScreens screens;
-  MacWorkspace workspace;
+  MacWorkspace workspace{foreground};
   MacEventMonitors eventMonitors;
   MacPanels panels{queues.main(), [this] { eventMonitors.pointerMovedOverPanel(); }};
   MacStatusBar statusBar;
-  MacColourPanel colourPanel;
-  MacAlerts alerts;
-  MacFormWindows formWindows;
+  MacColourPanel colourPanel{foreground};
+  MacAlerts alerts{foreground};
+  MacFormWindows formWindows{foreground};
 
   Parts(std::vector<std::string> arguments, const Log& systemLog)
       : log(systemLog), process(std::move(arguments)) {}

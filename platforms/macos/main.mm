@@ -40,15 +40,27 @@ std::optional<ProcessID> readPredecessor() {
   return pid;
 }
 
+// By the date of the launch, else by number. Not every process has a date: rather none stays than
+// two.
+bool isEarlier(NSRunningApplication* one, NSRunningApplication* other) {
+  NSDate* const date = one.launchDate;
+  NSDate* const otherDate = other.launchDate;
+  if (!date || !otherDate) return true;
+  const auto order = [date compare:otherDate];
+  if (order != NSOrderedSame) return order == NSOrderedAscending;
+  return one.processIdentifier < other.processIdentifier;
+}
+
 // Two would put each other's windows back. The system prevents that when people open the program,
-// but not for `open -n` and the command line.
+// but not for `open -n` and the command line. Of two that start together, the earlier stays.
 bool isAnotherRunning(std::optional<ProcessID> predecessor) {
   NSString* const identifier = NSBundle.mainBundle.bundleIdentifier;
   if (!identifier) return false;
   for (NSRunningApplication* each in
        [NSRunningApplication runningApplicationsWithBundleIdentifier:identifier]) {
     const auto pid = each.processIdentifier;
-    if (pid > 0 && pid != getpid() && pid != predecessor && kill(pid, 0) == 0) return true;
+    if (pid <= 0 || pid == getpid() || pid == predecessor || kill(pid, 0) != 0) continue;
+    if (isEarlier(each, NSRunningApplication.currentApplication)) return true;
   }
   return false;
 }

@@ -102,7 +102,9 @@ void Observation::watchEndOf(ProcessID pid) {
   if (!processEnd_) return;
   const std::weak_ptr weak = weak_from_this();
   dispatch_source_set_event_handler(processEnd_, ^{
-    if (const auto self = weak.lock()) self->post(self->element_);
+    runInPool([&] {
+      if (const auto self = weak.lock()) self->post(self->element_);
+    });
   });
   dispatch_activate(processEnd_);
 }

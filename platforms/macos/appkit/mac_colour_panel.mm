@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "platforms/macos/foundation/colour.h"
+#include "platforms/macos/foundation/foreground.h"
 #include "platforms/macos/foundation/main_queue.h"
-#include "platforms/macos/windows/foreground.h"
 
 namespace {
 
@@ -20,6 +20,7 @@ struct Showing {
 
 // Shows the colour panel and hears from it; the panel does not keep its target.
 @interface PellowColourListener : NSObject
+- (instancetype)initWithForeground:(std::shared_ptr<pellow::Foreground>)foreground;
 - (void)show:(pellow::Colour)colour for:(const std::shared_ptr<Showing>&)showing;
 // Hides the panel if this is what it still shows.
 - (void)end:(const std::shared_ptr<Showing>&)showing;
@@ -28,7 +29,12 @@ struct Showing {
 
 @implementation PellowColourListener {
   std::weak_ptr<Showing> _current;  // also empty once the user has closed the panel
-  pellow::Foreground _foreground;
+  std::shared_ptr<pellow::Foreground> _foreground;
+}
+
+- (instancetype)initWithForeground:(std::shared_ptr<pellow::Foreground>)foreground {
+  if ((self = [super init])) _foreground = std::move(foreground);
+  return self;
 }
 
 // A panel that has its target would tell it of the first colour, too.
@@ -47,7 +53,7 @@ struct Showing {
                                          selector:@selector(panelWillClose:)
                                              name:NSWindowWillCloseNotification
                                            object:panel];
-  _foreground.take(panel);
+  _foreground->take(panel);
 }
 
 - (void)stop {
@@ -62,17 +68,7 @@ struct Showing {
   if (_current.lock() != showing) return;
   [self stop];
   [NSColorPanel.sharedColorPanel orderOut:nil];
-  [self giveBackSoon];
-}
-
-// By then another window of ours may have the keyboard.
-- (void)giveBackSoon {
-  __weak PellowColourListener* const weakSelf = self;
-  pellow::hopToMain([weakSelf] { [weakSelf giveBack]; });
-}
-
-- (void)giveBack {
-  if (!NSApp.keyWindow) _foreground.giveBack();
+  _foreground->giveBackLater();
 }
 
 - (void)colourChanged:(NSColorPanel*)panel {
@@ -84,14 +80,15 @@ struct Showing {
 
 - (void)panelWillClose:(NSNotification*)__unused notification {
   [self stop];
-  [self giveBackSoon];
+  _foreground->giveBackLater();
 }
 
 @end
 
 namespace pellow {
 
-MacColourPanel::MacColourPanel() : listener_([[PellowColourListener alloc] init]) {}
+MacColourPanel::MacColourPanel(std::shared_ptr<Foreground> foreground)
+    : listener_([[PellowColourListener alloc] initWithForeground:std::move(foreground)]) {}
 
 MacColourPanel::~MacColourPanel() { [listener_ stop]; }
 

@@ -6,8 +6,8 @@
 #include "platforms/macos/appkit/panel_content.h"
 #include "platforms/macos/appkit/panel_window.h"
 #include "platforms/macos/foundation/geometry.h"
+#include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/text.h"
-#include "platforms/macos/windows/foreground.h"
 
 namespace pellow {
 

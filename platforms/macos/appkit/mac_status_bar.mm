@@ -9,7 +9,6 @@
 #include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/symbol.h"
 #include "platforms/macos/foundation/text.h"
-#include "platforms/macos/windows/foreground.h"
 
 // Fills the menu of a status item each time it opens.
 @interface PellowMenuFiller : NSObject <NSMenuDelegate>
@@ -56,13 +55,16 @@ NSImage* badged(NSImage* symbol) {
                    const double gap = gapShare * side;
                    const NSRect badge = NSMakeRect(NSMaxX(area) - diameter, NSMaxY(area) - diameter,
                                                    diameter, diameter);
-                   [symbol drawInRect:area];
                    NSGraphicsContext* const context = NSGraphicsContext.currentContext;
+                   // Clears the symbol only, not what the picture is drawn upon.
+                   CGContextBeginTransparencyLayer(context.CGContext, nullptr);
+                   [symbol drawInRect:area];
                    [NSColor.blackColor setFill];
                    context.compositingOperation = NSCompositingOperationClear;
                    [[NSBezierPath bezierPathWithOvalInRect:NSInsetRect(badge, -gap, -gap)] fill];
                    context.compositingOperation = NSCompositingOperationSourceOver;
                    [[NSBezierPath bezierPathWithOvalInRect:badge] fill];
+                   CGContextEndTransparencyLayer(context.CGContext);
                    return YES;
                  }];
 }

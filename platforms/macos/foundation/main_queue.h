@@ -12,4 +12,9 @@ void hopToMain(Function<void()> work);
 // process here, where the stack still tells whose it is; dispatch and AppKit let none pass.
 void runInPool(Function<void()> work) noexcept;
 
+// Keeps an object that AppKit may still be working with: a control whose action takes it away, a
+// window that ends in one of its own events. Gone once the main run loop is outside of all of them.
+// Main thread.
+void keepUntilIdle(id object);
+
 }  // namespace pellow

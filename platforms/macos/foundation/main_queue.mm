@@ -22,4 +22,13 @@ void runInPool(Function<void()> work) noexcept {
   }
 }
 
+// Events are handled, and their tracking loops run, outside of the default mode.
+void keepUntilIdle(id object) {
+  if (!object) return;
+  [NSRunLoop.mainRunLoop performInModes:@[ NSDefaultRunLoopMode ]
+                                  block:^{
+                                    (void)object;
+                                  }];
+}
+
 }  // namespace pellow

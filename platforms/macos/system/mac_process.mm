@@ -83,13 +83,15 @@ void MacProcess::terminate() {
 
 void MacProcess::launchNewInstance(
     std::function<void(std::expected<void, SystemError>)> onLaunched) {
+  // The block may be dropped on any thread.
+  const auto waiting = std::make_shared<decltype(onLaunched)>(std::move(onLaunched));
   [NSWorkspace.sharedWorkspace
       openApplicationAtURL:NSBundle.mainBundle.bundleURL
              configuration:newInstance()
          completionHandler:^(NSRunningApplication* application, NSError* error) {
            std::expected<void, SystemError> outcome;
            if (!application) outcome = std::unexpected(toSystemError(error));
-           hopToMain([onLaunched, outcome] { onLaunched(outcome); });
+           hopToMain([waiting, outcome] { std::exchange(*waiting, nullptr)(outcome); });
          }];
 }
 

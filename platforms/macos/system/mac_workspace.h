@@ -3,6 +3,7 @@
 #import <AppKit/AppKit.h>
 
 #include <map>
+#include <memory>
 
 #include "base/handler_list.h"
 #include "platform/workspace.h"
@@ -10,11 +11,13 @@
 
 namespace pellow {
 
+class Foreground;
+
 // The applications that NSWorkspace knows. What it tells of them changes only from one turn of the
 // main loop to the next.
 class MacWorkspace final : public Workspace {
  public:
-  MacWorkspace();
+  explicit MacWorkspace(std::shared_ptr<Foreground> foreground);
 
   std::vector<RunningApplication> runningApplications() override;
   std::optional<RunningApplication> application(ProcessID pid) override;
@@ -37,6 +40,8 @@ class MacWorkspace final : public Workspace {
 
   RunningApplication describe(NSRunningApplication* application);
   std::optional<Image> iconOf(NSRunningApplication* application);
+
+  const std::shared_ptr<Foreground> foreground_;
 
   // AppKit makes a new picture each time, and images are equal only if they share it.
   std::map<ProcessID, Icon> icons_;

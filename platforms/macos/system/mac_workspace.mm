@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platforms/macos/foundation/cf.h"
+#include "platforms/macos/foundation/foreground.h"
 #include "platforms/macos/foundation/image.h"
 #include "platforms/macos/foundation/notification.h"
 #include "platforms/macos/foundation/text.h"
@@ -61,8 +62,9 @@ bool isOrdinaryAndElsewhere(NSDictionary* window, ProcessID owner) {
 
 }  // namespace
 
-MacWorkspace::MacWorkspace()
-    : running_({.didBecomeRegular = [this](ProcessID pid) { becameRegular_.notify(pid); },
+MacWorkspace::MacWorkspace(std::shared_ptr<Foreground> foreground)
+    : foreground_(std::move(foreground)),
+      running_({.didBecomeRegular = [this](ProcessID pid) { becameRegular_.notify(pid); },
                 .didTerminate =
                     [this](ProcessID pid) {
                       icons_.erase(pid);
@@ -104,7 +106,9 @@ bool MacWorkspace::hasWindowsOnOtherSpaces(ProcessID pid) {
 
 bool MacWorkspace::open(std::string_view url) {
   NSURL* const parsed = [NSURL URLWithString:toNSString(url)];
-  return parsed && [NSWorkspace.sharedWorkspace openURL:parsed];
+  if (!parsed || ![NSWorkspace.sharedWorkspace openURL:parsed]) return false;
+  foreground_->passOn();
+  return true;
 }
 
 Subscription MacWorkspace::onDidActivateApplication(std::function<void(ProcessID)> observer) {
@@ -138,7 +142,9 @@ RunningApplication MacWorkspace::describe(NSRunningApplication* application) {
           .activationPolicy = policyOf(application)};
 }
 
+// Nobody sees those of background processes, and there are many.
 std::optional<Image> MacWorkspace::iconOf(NSRunningApplication* application) {
+  if (policyOf(application) == ActivationPolicy::prohibited) return std::nullopt;
   const auto pid = application.processIdentifier;
   const auto known = icons_.find(pid);
   if (known != icons_.end() && [known->second.owner isEqual:application])

@@ -2,6 +2,8 @@
 
 #import <Foundation/Foundation.h>
 
+#include <memory>
+
 #include "base/log.h"
 #include "platform/update_framework.h"
 
@@ -10,11 +12,13 @@
 
 namespace pellow {
 
+class Foreground;
+
 // Sparkle, if its framework is in the bundle and the bundle names a feed; else there are no
 // updates, and the log says why. The log outlives this.
 class MacUpdateFramework final : public UpdateFramework {
  public:
-  explicit MacUpdateFramework(const Log& log) : log_(log) {}
+  MacUpdateFramework(const Log& log, std::shared_ptr<Foreground> foreground);
   ~MacUpdateFramework() override;
   MacUpdateFramework(const MacUpdateFramework&) = delete;
   MacUpdateFramework& operator=(const MacUpdateFramework&) = delete;
@@ -28,6 +32,7 @@ class MacUpdateFramework final : public UpdateFramework {
 
  private:
   const Log& log_;
+  const std::shared_ptr<Foreground> foreground_;
   PellowSparkleDelegate* delegate_ = nil;  // Sparkle keeps it only weakly
   id<PellowSparkleController> controller_ = nil;
 };

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platforms/macos/foundation/activation.h"
+#include "platforms/macos/foundation/foreground.h"
 #include "platforms/macos/foundation/text.h"
 #include "platforms/macos/updates/sparkle.h"
 
@@ -11,6 +11,7 @@
 @interface PellowSparkleDelegate : NSObject <PellowSparkleDelegate> {
  @public
   pellow::UpdateDelegate handlers;
+  std::shared_ptr<pellow::Foreground> foreground;
 }
 @end
 
@@ -37,8 +38,13 @@
 }
 
 - (void)standardUserDriverWillShowModalAlert {
-  pellow::activateThisProcess();
+  foreground->take();
   if (const auto call = handlers.willShowModalAlert) call();
+}
+
+// What it shows may still be there.
+- (void)standardUserDriverWillFinishUpdateSession {
+  foreground->giveBackLater();
 }
 
 - (void)updaterWillRelaunchApplication:(id<PellowSparkleUpdater>)updater {
@@ -64,6 +70,9 @@ Class loadControllerClass() {
 
 }  // namespace
 
+MacUpdateFramework::MacUpdateFramework(const Log& log, std::shared_ptr<Foreground> foreground)
+    : log_(log), foreground_(std::move(foreground)) {}
+
 MacUpdateFramework::~MacUpdateFramework() {
   if (delegate_) delegate_->handlers = {};
 }
@@ -76,6 +85,7 @@ void MacUpdateFramework::start(UpdateDelegate delegate) {
   if (!controllerClass) return log_.error("Sparkle cannot be loaded; there are no updates");
   delegate_ = [[PellowSparkleDelegate alloc] init];
   delegate_->handlers = std::move(delegate);
+  delegate_->foreground = foreground_;
   controller_ = [static_cast<id<PellowSparkleController>>([controllerClass alloc])
       initWithStartingUpdater:YES
               updaterDelegate:delegate_
@@ -84,7 +94,7 @@ void MacUpdateFramework::start(UpdateDelegate delegate) {
 
 void MacUpdateFramework::checkForUpdates() {
   if (!controller_) return;
-  activateThisProcess();
+  foreground_->take();
   [controller_.updater checkForUpdates];
 }
 

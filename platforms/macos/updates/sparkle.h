@@ -32,5 +32,6 @@
                                             state:(id)state;
 - (void)standardUserDriverDidReceiveUserAttentionForUpdate:(id<PellowSparkleItem>)update;
 - (void)standardUserDriverWillShowModalAlert;
+- (void)standardUserDriverWillFinishUpdateSession;
 - (void)updaterWillRelaunchApplication:(id<PellowSparkleUpdater>)updater;
 @end

@@ -2,8 +2,8 @@
 
 #include <variant>
 
+#include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/text.h"
-#include "platforms/macos/windows/foreground.h"
 #include "platforms/macos/windows/form_inputs.h"
 #include "platforms/macos/windows/form_row.h"
 #include "platforms/macos/windows/form_text_field.h"

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/text.h"
 #include "platforms/macos/windows/control_target.h"
-#include "platforms/macos/windows/foreground.h"
 #include "platforms/macos/windows/form_slider.h"
 
 namespace pellow {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platforms/macos/windows/foreground.h"
+#include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/windows/form_row.h"
 
 // Starts at the top of its scroller.

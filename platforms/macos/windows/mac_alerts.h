@@ -6,11 +6,13 @@
 
 namespace pellow {
 
+class Foreground;
+
 // Alerts as windows of their own. A modal session would be a nested loop: begun in a coroutine on
 // the main queue, it would stop that queue until the answer.
 class MacAlerts final : public Alerts {
  public:
-  MacAlerts();
+  explicit MacAlerts(std::shared_ptr<Foreground> foreground);
 
   Subscription show(Alert alert, std::function<void(std::size_t)> onChosen) override;
 

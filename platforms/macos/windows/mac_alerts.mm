@@ -3,30 +3,32 @@
 #include <optional>
 #include <utility>
 
+#include "platforms/macos/foundation/foreground.h"
 #include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/windows/alert_window.h"
-#include "platforms/macos/windows/foreground.h"
 
 namespace pellow {
 
 // What all alerts share. Work on the main queue may come after the alerts have gone.
 struct MacAlerts::Stage {
-  Foreground foreground;
+  const std::shared_ptr<Foreground> foreground;
   int onScreen = 0;
   // Whether the keyboard was in a window of ours before the first of the alerts that are under way.
   std::optional<bool> wasOurs;
 
+  explicit Stage(std::shared_ptr<Foreground> shared) : foreground(std::move(shared)) {}
+
   void present(NSWindow* window) {
     ++onScreen;
     if (!wasOurs) wasOurs = NSApp.keyWindow != nil;
-    foreground.take(window);
+    foreground->take(window);
   }
 
   void giveBack() {
     if (onScreen > 0 || !wasOurs) return;
     const bool staysOurs = *wasOurs && NSApp.keyWindow;
     wasOurs.reset();
-    if (!staysOurs) foreground.giveBack();
+    if (!staysOurs) foreground->giveBack();
   }
 };
 
@@ -52,7 +54,8 @@ struct MacAlerts::Showing {
   }
 };
 
-MacAlerts::MacAlerts() : stage_(std::make_shared<Stage>()) {}
+MacAlerts::MacAlerts(std::shared_ptr<Foreground> foreground)
+    : stage_(std::make_shared<Stage>(std::move(foreground))) {}
 
 Subscription MacAlerts::show(Alert alert, std::function<void(std::size_t)> onChosen) {
   auto* const window = [[PellowAlertWindow alloc] initWithAlert:alert];

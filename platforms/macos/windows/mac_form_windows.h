@@ -11,7 +11,7 @@ class Foreground;
 // Forms as windows with tabs. Installs the main menu that their keys need.
 class MacFormWindows final : public FormWindows {
  public:
-  MacFormWindows();
+  explicit MacFormWindows(std::shared_ptr<Foreground> foreground);
 
   std::unique_ptr<FormWindow> makeWindow(std::string name, std::string title) override;
 

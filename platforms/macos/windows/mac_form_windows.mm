@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "platforms/macos/foundation/foreground.h"
 #include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/text.h"
-#include "platforms/macos/windows/foreground.h"
 #include "platforms/macos/windows/form_pane.h"
 #include "platforms/macos/windows/main_menu.h"
 
@@ -93,7 +93,6 @@ class MacFormWindow final : public FormWindow {
   NSSize wantedSize() const;
   void chooseSize();
   void fitWidth();
-  void giveBack();
   void closed();
 
   std::shared_ptr<Foreground> foreground_;
@@ -111,7 +110,7 @@ MacFormWindow::MacFormWindow(std::shared_ptr<Foreground> foreground, NSString* n
       window_(makeNSWindow(name, title, tabs_)),
       delegate_([[PellowFormWindowDelegate alloc] init]) {
   delegate_->onClosed = [this] { closed(); };
-  delegate_->onMiniaturized = [this] { giveBack(); };
+  delegate_->onMiniaturized = [this] { foreground_->giveBackLater(); };
   window_.delegate = delegate_;
   tabs_.delegate = delegate_;
 }
@@ -119,7 +118,7 @@ MacFormWindow::MacFormWindow(std::shared_ptr<Foreground> foreground, NSString* n
 MacFormWindow::~MacFormWindow() {
   delegate_->onClosed = nullptr;
   delegate_->onMiniaturized = nullptr;
-  if (isVisible()) giveBack();
+  if (isVisible()) foreground_->giveBackLater();
   [window_ orderOut:nil];
   keepUntilIdle(window_);
   keepUntilIdle(delegate_);
@@ -172,7 +171,8 @@ NSSize MacFormWindow::wantedSize() const {
 void MacFormWindow::chooseSize() {
   const NSSize wanted = wantedSize();
   const CGFloat free = NSScreen.mainScreen.visibleFrame.size.height * screenShare;
-  [window_ setContentSize:NSMakeSize(wanted.width, std::min({wanted.height, tallest, free}))];
+  const CGFloat height = std::max(lowest, std::min({wanted.height, tallest, free}));
+  [window_ setContentSize:NSMakeSize(wanted.width, height)];
   [window_ center];
   fitWidth();
 }
@@ -185,21 +185,15 @@ void MacFormWindow::fitWidth() {
   if (now.width < width) [window_ setContentSize:NSMakeSize(width, now.height)];
 }
 
-// Another window of ours may have taken the keyboard.
-void MacFormWindow::giveBack() {
-  hopToMain([foreground = foreground_] {
-    if (!NSApp.keyWindow) foreground->giveBack();
-  });
-}
-
 void MacFormWindow::closed() {
-  giveBack();
+  foreground_->giveBackLater();
   report(onClosed);
 }
 
 }  // namespace
 
-MacFormWindows::MacFormWindows() : foreground_(std::make_shared<Foreground>()) {
+MacFormWindows::MacFormWindows(std::shared_ptr<Foreground> foreground)
+    : foreground_(std::move(foreground)) {
   installMainMenu();
 }
 
