@@ -12,6 +12,7 @@ namespace {
 
 constexpr Seconds restoreBatchExtra = 1.5;
 constexpr int putBacksAtMost = 3;
+constexpr Seconds slowAtLeast = 1;  // for the others, when one has taken all the time
 
 }  // namespace
 
@@ -91,7 +92,7 @@ void Returns::restoreAllBlocking() {
   const auto more = putBackAll(rest);
   slow.insert(slow.end(), more.begin(), more.end());
   const auto left = AX::timeout::windowChange - (around_.clock.now() - start);
-  for (const auto& tab : putBack(slow, std::max(left, AX::timeout::application)))
+  for (const auto& tab : putBack(slow, std::max(left, slowAtLeast)))
     around_.parkedWindows.keepForNextLaunch(tab);
 
   std::vector<UUID> ids;

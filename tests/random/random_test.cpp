@@ -34,6 +34,11 @@ TEST(RandomHistories, StayMended) {
            "unplug; quiet",
            "seed 44312; launch; open; open; start; press 1; run; manners 0 1 201; crash; start;"
            "press 1; quiet",
+           "seed 10872; launch 1; launch; open; open 1; manners 0 1 201; manners 1 2; start; press "
+           "1;"
+           "run 4245; run 271; press 1; run 313; run 166; run 83; run 219; run 263; run 206; run "
+           "238;"
+           "quit; run",
            "seed 6956; launch; open; open; prefer 0 2; start; run; minimize; settle; press 3; "
            "press 1;"
            "quiet",
