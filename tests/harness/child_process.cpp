@@ -61,6 +61,9 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command,
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(127);
+    sigset_t none;  // the test may have blocked some
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
     dup2(pipe[0], STDIN_FILENO);
     dup2(output_, STDOUT_FILENO);
     dup2(error_, STDERR_FILENO);
