@@ -27,8 +27,10 @@ void showTitle(QAbstractButton& button, const std::string& title) {
 
 PopUpControl::PopUpControl(QWidget& parent) : QComboBox(&parent) {
   setSizeAdjustPolicy(QComboBox::AdjustToContents);
-  connect(this, &QComboBox::activated, this,
-          [this](int index) { call(button_.onChosen, static_cast<std::size_t>(index)); });
+  connect(this, &QComboBox::activated, this, [this](int index) {
+    select();
+    call(button_.onChosen, static_cast<std::size_t>(index));
+  });
 }
 
 void PopUpControl::showContent(const FormContent& content) {
@@ -37,15 +39,22 @@ void PopUpControl::showContent(const FormContent& content) {
     clear();
     for (const auto& title : shown.titles) addItem(QString::fromStdString(title));
   }
-  const int selected = shown.selected ? static_cast<int>(*shown.selected) : -1;
-  if (currentIndex() != selected) setCurrentIndex(selected);
   button_ = shown;
+  select();
+}
+
+void PopUpControl::select() {
+  const int selected = button_.selected ? static_cast<int>(*button_.selected) : -1;
+  if (currentIndex() != selected) setCurrentIndex(selected);
 }
 
 void PopUpControl::wheelEvent(QWheelEvent* event) { event->ignore(); }
 
 CheckBoxControl::CheckBoxControl(QWidget& parent) : QCheckBox(&parent) {
-  connect(this, &QCheckBox::clicked, this, [this](bool isOn) { call(box_.onToggled, isOn); });
+  connect(this, &QCheckBox::clicked, this, [this](bool isOn) {
+    setChecked(box_.isOn);
+    call(box_.onToggled, isOn);
+  });
 }
 
 void CheckBoxControl::showContent(const FormContent& content) {
@@ -57,7 +66,7 @@ void CheckBoxControl::showContent(const FormContent& content) {
 RadioControl::RadioControl(QWidget& parent) : QRadioButton(&parent) {
   setAutoExclusive(false);
   connect(this, &QRadioButton::clicked, this, [this] {
-    setChecked(true);
+    setChecked(button_.isOn);
     call(button_.onChosen);
   });
 }
@@ -72,8 +81,11 @@ SliderControl::SliderControl(QWidget& parent) : QSlider(Qt::Horizontal, &parent)
   setRange(0, sliderSteps);
   setSingleStep(sliderSteps / 100);
   setPageStep(sliderSteps / 10);
-  connect(this, &QSlider::valueChanged, this,
-          [this](int position) { call(slider_.onChanged, valueAt(position)); });
+  connect(this, &QSlider::valueChanged, this, [this](int position) {
+    if (!isSliderDown()) showValue();
+    call(slider_.onChanged, valueAt(position));
+  });
+  connect(this, &QSlider::sliderReleased, this, [this] { showValue(); });
 }
 
 int SliderControl::positionOf(double value) const {
@@ -92,6 +104,10 @@ void SliderControl::showContent(const FormContent& content) {
   slider_ = std::get<Slider>(content);
   setTickPosition(slider_.tickMarks > 1 ? QSlider::TicksBothSides : QSlider::NoTicks);
   setTickInterval(slider_.tickMarks > 1 ? sliderSteps / (slider_.tickMarks - 1) : 0);
+  if (!isSliderDown()) showValue();
+}
+
+void SliderControl::showValue() {
   if (const int position = positionOf(slider_.value); position != value()) {
     const QSignalBlocker silent(this);
     setValue(position);

@@ -25,6 +25,8 @@ class PopUpControl final : public QComboBox, public FormControl {
   void wheelEvent(QWheelEvent* event) override;
 
  private:
+  void select();
+
   PopUpButton button_;
 };
 
@@ -70,6 +72,7 @@ class SliderControl final : public QSlider, public FormControl {
  private:
   int positionOf(double value) const;
   double valueAt(int position) const;
+  void showValue();
 
   Slider slider_;
 };
