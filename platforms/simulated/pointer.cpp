@@ -20,6 +20,10 @@ void Pointer::move(AppKitPoint to) {
 
 void Pointer::press(AppKitPoint at) {
   move(at);
+  pressHere();
+}
+
+void Pointer::pressHere() {
   system_.mainLoop.post([this] { pressed(); });
 }
 

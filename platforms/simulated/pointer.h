@@ -28,6 +28,7 @@ class Pointer {
   // Of the primary button, there. A press brings a window of another application to the front,
   // unless it is on its minimize button, which acts at the release.
   void press(AppKitPoint at);
+  void pressHere();  // where it is by then
   void release();
   void click(AppKitPoint at);
   // Press, `steps` movements in a straight line, release.

@@ -95,6 +95,7 @@ struct DragActions {
 // lacks goes to the view it stands on.
 struct ViewActions {
   std::function<void()> onClick;  // pressed and released inside, without a drag
+  // Views are left from the inside out, then entered from the outside in.
   std::function<void(bool inside)> onHoverChanged;
   DragActions drag;
   std::function<Menu()> contextMenu;  // asked for at every secondary click
