@@ -38,6 +38,7 @@ void Foreground::note(NSRunningApplication* front) {
 // is hidden, none of its windows counts as visible.
 void Foreground::take(NSWindow* window) {
   note(NSWorkspace.sharedWorkspace.frontmostApplication);
+  latest_ = window;
   [NSApp unhideWithoutActivation];
   [window orderFrontRegardless];
   activateFor(window);
