@@ -27,8 +27,8 @@ class Foreground : public std::enable_shared_from_this<Foreground> {
   // The window that came to the front last, if there still is one.
   NSWindow* latest() const { return latest_; }
 
-  // Hands the activation back to the application that was active last, unless that has ended or is
-  // hidden, or this process is not active any more.
+  // Hands the activation back to the application that was active last or, if that has ended, to the
+  // one that has the menu bar; unless it is hidden, or this process is not active any more.
   void giveBack();
 
   // The same later, on the main queue, unless a window of ours has the keyboard by then.
