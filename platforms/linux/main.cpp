@@ -4,8 +4,8 @@
 #include <span>
 
 #include "app/app_delegate.h"
+#include "app/command_line.h"
 #include "base/log.h"
-#include "platforms/linux/command_line.h"
 #include "platforms/linux/linux_platform.h"
 #include "platforms/linux/qt/qt_application.h"
 #include "platforms/linux/qt/qt_process.h"
@@ -57,7 +57,10 @@ int run(const RunProgram& program) {
 
 int main(int argc, char** argv) {
   const auto commandLine = parseCommandLine(
-      std::span<const char* const>(argv, static_cast<std::size_t>(argc)).subspan(1));
+      std::span<const char* const>(argv, static_cast<std::size_t>(argc)).subspan(1),
+      {.version = PELLOW_VERSION,
+       .howItRuns = "Runs in the foreground on the X display that DISPLAY names, until it is told "
+                    "to quit."});
   if (const auto* what = std::get_if<PrintAndExit>(&commandLine)) return print(*what);
   return run(std::get<RunProgram>(commandLine));
 }

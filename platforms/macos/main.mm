@@ -10,9 +10,9 @@
 #include <string>
 #include <utility>
 
+#include "app/command_line.h"
 #include "base/log.h"
 #include "platforms/macos/application_delegate.h"
-#include "platforms/macos/command_line.h"
 #include "platforms/macos/foundation/text.h"
 #include "platforms/macos/system/log_sink.h"
 #include "platforms/macos/system/mac_process.h"
@@ -86,10 +86,15 @@ int run(pellow::RunProgram program) {
 
 }  // namespace
 
+// Arguments of the system are such as "-AppleLanguages (de)".
 int main(int argc, char** argv) {
   @autoreleasepool {
+    const auto programVersion = version();
     auto commandLine = pellow::parseCommandLine(
-        std::span<const char* const>(argv, static_cast<std::size_t>(argc)).subspan(1), version());
+        std::span<const char* const>(argv, static_cast<std::size_t>(argc)).subspan(1),
+        {.version = programVersion,
+         .howItRuns = "Runs until it is told to quit.",
+         .hasSystemArguments = true});
     if (const auto* what = std::get_if<pellow::PrintAndExit>(&commandLine)) return print(*what);
     return run(std::move(std::get<pellow::RunProgram>(commandLine)));
   }

@@ -3,8 +3,10 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "platform/queues.h"
+#include "platforms/threads/serial_work.h"
 
 namespace pellow {
 
@@ -15,12 +17,10 @@ class ThreadSerialQueue final : public SerialQueue {
   explicit ThreadSerialQueue(const std::string& label);
   ~ThreadSerialQueue() override;
 
-  Subscription async(Work work) override;
+  Subscription async(Work work) override { return work_->add(std::move(work)); }
 
  private:
-  struct State;
-
-  std::shared_ptr<State> state_;
+  const std::shared_ptr<SerialWork> work_ = std::make_shared<SerialWork>();
   std::thread thread_;
 };
 

@@ -24,8 +24,11 @@ class Foreground : public std::enable_shared_from_this<Foreground> {
   // The same for windows of this process that others make.
   void take();
 
-  // Hands the activation back to the application that was active last, unless that has ended or is
-  // hidden, or this process is not active any more.
+  // The window that came to the front last, if there still is one.
+  NSWindow* latest() const { return latest_; }
+
+  // Hands the activation back to the application that was active last or, if that has ended, to the
+  // one that has the menu bar; unless it is hidden, or this process is not active any more.
   void giveBack();
 
   // The same later, on the main queue, unless a window of ours has the keyboard by then.
@@ -39,6 +42,7 @@ class Foreground : public std::enable_shared_from_this<Foreground> {
   void note(NSRunningApplication* front);
 
   NSRunningApplication* former_ = nil;
+  __weak NSWindow* latest_ = nil;
   Subscription activations_;
 };
 

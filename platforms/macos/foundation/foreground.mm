@@ -38,6 +38,7 @@ void Foreground::note(NSRunningApplication* front) {
 // is hidden, none of its windows counts as visible.
 void Foreground::take(NSWindow* window) {
   note(NSWorkspace.sharedWorkspace.frontmostApplication);
+  latest_ = window;
   [NSApp unhideWithoutActivation];
   [window orderFrontRegardless];
   activateFor(window);
@@ -49,7 +50,10 @@ void Foreground::take() {
   activateFor(nil);
 }
 
+// An application that has ended may have been a mere question of the system's; the menu bar is
+// still that of the one before.
 void Foreground::giveBack() {
+  if (former_.terminated) note(NSWorkspace.sharedWorkspace.menuBarOwningApplication);
   if (!NSApp.active || !former_ || former_.terminated || former_.hidden) return;
   [NSApp yieldActivationToApplication:former_];
   [former_ activateFromApplication:NSRunningApplication.currentApplication options:0];

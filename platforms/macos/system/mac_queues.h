@@ -1,6 +1,11 @@
 #pragma once
 
+#import <dispatch/dispatch.h>
+
+#include <memory>
+
 #include "platform/queues.h"
+#include "platforms/threads/serial_work.h"
 
 namespace pellow {
 
@@ -23,9 +28,8 @@ class DispatchSerialQueue final : public SerialQueue {
   Subscription async(Work work) override;
 
  private:
-  struct State;
-
-  const std::shared_ptr<State> state_;
+  dispatch_queue_t const queue_;
+  const std::shared_ptr<SerialWork> work_ = std::make_shared<SerialWork>();
 };
 
 class MacQueues final : public Queues {

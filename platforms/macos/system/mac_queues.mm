@@ -1,15 +1,8 @@
 #include "platforms/macos/system/mac_queues.h"
 
-#import <dispatch/dispatch.h>
-
 #include <algorithm>
 #include <cmath>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
-#include <mutex>
-#include <optional>
-#include <thread>
 #include <utility>
 
 #include "platforms/macos/foundation/main_queue.h"
@@ -72,87 +65,22 @@ Subscription DispatchMainQueue::every(Seconds interval, std::function<void()> ti
   });
 }
 
+DispatchSerialQueue::DispatchSerialQueue(const std::string& label)
+    : queue_(dispatch_queue_create(
+          label.c_str(), dispatch_queue_attr_make_with_qos_class(DISPATCH_QUEUE_SERIAL,
+                                                                 QOS_CLASS_USER_INITIATED, 0))) {}
+
+DispatchSerialQueue::~DispatchSerialQueue() { work_->end(); }
+
 // Dispatch holds one block for each work that ever came; each runs the work that waits longest by
 // then, and those of dropped work find none.
-struct DispatchSerialQueue::State {
-  struct Item {
-    std::uint64_t token = 0;
-    Work work;
-  };
-
-  explicit State(const std::string& label)
-      : queue(dispatch_queue_create(
-            label.c_str(), dispatch_queue_attr_make_with_qos_class(DISPATCH_QUEUE_SERIAL,
-                                                                   QOS_CLASS_USER_INITIATED, 0))) {}
-
-  dispatch_queue_t const queue;
-  std::mutex mutex;
-  std::condition_variable hasFinished;
-  std::deque<Item> waiting;
-  std::optional<std::uint64_t> running;
-  std::thread::id thread;  // that of the running work
-  std::uint64_t nextToken = 0;
-
-  std::uint64_t add(Work work);
-  void runNext();
-  void drop(std::uint64_t token);
-  void end();
-};
-
-std::uint64_t DispatchSerialQueue::State::add(Work work) {
-  const std::lock_guard lock(mutex);
-  waiting.push_back({nextToken, std::move(work)});
-  return nextToken++;
-}
-
-void DispatchSerialQueue::State::runNext() {
-  std::unique_lock lock(mutex);
-  if (waiting.empty()) return;
-  auto item = std::move(waiting.front());
-  waiting.pop_front();
-  running = item.token;
-  thread = std::this_thread::get_id();
-  lock.unlock();
-  runInPool(std::move(item.work));  // what it captured has gone, too, when its end is announced
-  lock.lock();
-  running.reset();
-  hasFinished.notify_all();
-}
-
-void DispatchSerialQueue::State::drop(std::uint64_t token) {
-  Work dropped;  // destroyed without the lock, as its captures may use the queue
-  std::unique_lock lock(mutex);
-  const auto found = std::ranges::find(waiting, token, &Item::token);
-  if (found != waiting.end()) {
-    dropped = std::move(found->work);
-    waiting.erase(found);
-    return;
-  }
-  if (running != token || thread == std::this_thread::get_id()) return;
-  hasFinished.wait(lock, [&] { return running != token; });
-}
-
-void DispatchSerialQueue::State::end() {
-  std::deque<Item> dropped;
-  std::unique_lock lock(mutex);
-  dropped.swap(waiting);
-  hasFinished.wait(lock, [&] { return !running; });
-}
-
-DispatchSerialQueue::DispatchSerialQueue(const std::string& label)
-    : state_(std::make_shared<State>(label)) {}
-
-DispatchSerialQueue::~DispatchSerialQueue() { state_->end(); }
-
 Subscription DispatchSerialQueue::async(Work work) {
-  const auto token = state_->add(std::move(work));
-  const auto state = state_;
-  dispatch_async(state->queue, ^{
-    state->runNext();
+  auto subscription = work_->add(std::move(work));
+  const auto works = work_;
+  dispatch_async(queue_, ^{
+    works->runNext(runInPool);
   });
-  return Subscription([weak = std::weak_ptr(state_), token] {
-    if (const auto live = weak.lock()) live->drop(token);
-  });
+  return subscription;
 }
 
 }  // namespace pellow

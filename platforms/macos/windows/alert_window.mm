@@ -117,6 +117,11 @@ NSStackView* makeTexts(const pellow::Alert& alert) {
   [self center];
 }
 
+// It may come above one of Sparkle's alerts, which are modal and would let nobody answer it.
+- (BOOL)worksWhenModal {
+  return YES;
+}
+
 - (void)press:(NSButton*)sender {
   [self answer:static_cast<std::size_t>(sender.tag)];
 }

@@ -24,9 +24,12 @@ struct MacAlerts::Stage {
     foreground->take(window);
   }
 
+  // A window of ours that merely stood behind the alert gets the keyboard from AppKit: that alone
+  // is no reason to stay. One that was asked for since is.
   void giveBack() {
     if (onScreen > 0 || !wasOurs) return;
-    const bool staysOurs = *wasOurs && NSApp.keyWindow;
+    NSWindow* const key = NSApp.keyWindow;
+    const bool staysOurs = key && (*wasOurs || key == foreground->latest());
     wasOurs.reset();
     if (!staysOurs) foreground->giveBack();
   }

@@ -98,6 +98,7 @@ class MacFormWindow final : public FormWindow {
   std::shared_ptr<Foreground> foreground_;
   NSTabView* tabs_;
   NSWindow* window_;
+  NSLayoutConstraint* narrowest_;
   PellowFormWindowDelegate* delegate_;
   std::vector<std::unique_ptr<FormPaneView>> panes_;
   bool hasSize_ = false;
@@ -108,9 +109,13 @@ MacFormWindow::MacFormWindow(std::shared_ptr<Foreground> foreground, NSString* n
     : foreground_(std::move(foreground)),
       tabs_([[NSTabView alloc] initWithFrame:NSZeroRect]),
       window_(makeNSWindow(name, title, tabs_)),
+      narrowest_([window_.contentView.widthAnchor constraintGreaterThanOrEqualToConstant:0]),
       delegate_([[PellowFormWindowDelegate alloc] init]) {
   delegate_->onClosed = [this] { closed(); };
   delegate_->onMiniaturized = [this] { foreground_->giveBackLater(); };
+  // A window with constraints has no minimal size but theirs.
+  narrowest_.active = YES;
+  [window_.contentView.heightAnchor constraintGreaterThanOrEqualToConstant:lowest].active = YES;
   window_.delegate = delegate_;
   tabs_.delegate = delegate_;
 }
@@ -162,10 +167,12 @@ NSSize MacFormWindow::wantedSize() const {
     wanted.width = std::max(wanted.width, size.width);
     wanted.height = std::max(wanted.height, size.height);
   }
-  const NSSize whole = window_.contentView.bounds.size;
+  // Measured at the tabs alone, which need not have followed the window yet.
+  const NSSize whole = tabs_.frame.size;
   const NSSize page = tabs_.contentRect.size;
-  return NSMakeSize(std::max(wanted.width, tabs_.minimumSize.width) + whole.width - page.width,
-                    wanted.height + whole.height - page.height);
+  const CGFloat width = std::max(wanted.width, tabs_.minimumSize.width);
+  return NSMakeSize(width + whole.width - page.width + 2 * margin,
+                    wanted.height + whole.height - page.height + 2 * margin);
 }
 
 void MacFormWindow::chooseSize() {
@@ -180,7 +187,7 @@ void MacFormWindow::chooseSize() {
 void MacFormWindow::fitWidth() {
   if (!hasSize_) return;
   const CGFloat width = wantedSize().width;
-  window_.contentMinSize = NSMakeSize(width, lowest);
+  narrowest_.constant = width;
   const NSSize now = window_.contentView.bounds.size;
   if (now.width < width) [window_ setContentSize:NSMakeSize(width, now.height)];
 }

@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -17,7 +18,14 @@ struct PrintAndExit {
 };
 using CommandLine = std::variant<RunProgram, PrintAndExit>;
 
+// What a platform has of its own there.
+struct CommandLineStyle {
+  std::string_view version;         // the program's, for people
+  std::string_view howItRuns;       // a sentence of the help
+  bool hasSystemArguments = false;  // arguments without "--" are the system's
+};
+
 // `arguments` are those after the program's name.
-CommandLine parseCommandLine(std::span<const char* const> arguments);
+CommandLine parseCommandLine(std::span<const char* const> arguments, const CommandLineStyle& style);
 
 }  // namespace pellow
