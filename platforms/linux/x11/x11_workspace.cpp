@@ -14,6 +14,8 @@
 #include "platforms/linux/x11/client_processes.h"
 #include "platforms/linux/x11/pixel_image.h"
 #include "platforms/linux/x11/text_encoding.h"
+#include "platforms/linux/x11/window_manager_traits.h"
+#include "platforms/linux/x11/windows_on_screen.h"
 
 namespace pellow {
 
@@ -176,6 +178,21 @@ std::optional<ProcessID> X11Workspace::frontmostApplication() {
 
 bool X11Workspace::activate(ProcessID pid) {
   return activateApplication(server_, windowManager_, pid, deadlineIn(serverPatience));
+}
+
+std::vector<WindowOnScreen> X11Workspace::windowsOnScreen() {
+  const auto layout = server_.layout();
+  std::vector<WindowOnScreen> windows;
+  for (const auto& [window, owner] :
+       pellow::windowsOnScreen(server_, Facet::frame | Facet::kind, deadlineIn(serverPatience)))
+    if (owner != 0 && window.kind == WindowKind::standard)
+      windows.push_back({owner, layout.toQuartz(window.frame)});
+  return windows;
+}
+
+bool X11Workspace::keepsWindowsOnDisplays() {
+  const bool composites = server_.windowManagerComposites(deadlineIn(serverPatience));
+  return traitsOf(server_.windowManagerName(), composites).keepsWindowsOnMonitors;
 }
 
 bool X11Workspace::hasWindowsOnOtherSpaces(ProcessID pid) {

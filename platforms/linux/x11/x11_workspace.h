@@ -10,6 +10,7 @@
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/active_window.h"
 #include "platforms/linux/x11/desktop_entries.h"
+#include "platforms/linux/x11/keyboard_rest.h"
 #include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/window_manager.h"
 
@@ -34,6 +35,9 @@ class X11Workspace : public Workspace {
   bool hide(ProcessID pid) override;
   bool unhide(ProcessID pid) override;
   bool activate(ProcessID pid) override;
+  void activateDesktop() override { keyboardRest_.take(); }
+  std::vector<WindowOnScreen> windowsOnScreen() override;
+  bool keepsWindowsOnDisplays() override;
   bool hasWindowsOnOtherSpaces(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
@@ -81,6 +85,7 @@ class X11Workspace : public Workspace {
   WindowEvents& windowEvents_;
   const int pollSet_;
   LoadIcon loadIcon_;
+  KeyboardRest keyboardRest_{server_};
   DesktopEntries entries_ = DesktopEntries::ofEnvironment();
   std::map<std::string, std::optional<Image>> themeIcons_;
   std::map<ProcessID, Image> windowIcons_;  // of applications that the theme does not know
