@@ -8,6 +8,8 @@
 namespace pellow {
 namespace {
 
+constexpr std::size_t manyAreas = 64;
+
 using NodePointer = std::shared_ptr<ViewNode>;
 
 ViewTransform placement(const ViewNode& node) {
@@ -154,7 +156,9 @@ std::vector<ViewRect> ViewTree::update(View root) {
   root.frame.origin = {};  // the panel is as large as the root, wherever the root says it is
   Reconciliation reconciliation;
   root_ = reconciliation.take(root_, std::move(root), {}, false);
-  return std::move(reconciliation).damaged();
+  auto damaged = std::move(reconciliation).damaged();
+  if (damaged.size() > manyAreas) return {root_->extent()};
+  return damaged;
 }
 
 void ViewTree::visit(const Visitor& visitor) const {

@@ -56,7 +56,8 @@ class ViewTree {
   using Visitor =
       std::function<void(const std::shared_ptr<ViewNode>&, const ViewTransform& toContent)>;
 
-  // Shows `root`. Nodes whose keys remain are kept. Answers what must be drawn again.
+  // Shows `root`. Nodes whose keys remain are kept. Answers what must be drawn again: all of it as
+  // one area where there would be too many.
   std::vector<ViewRect> update(View root);
 
   // Parents before their children, later siblings after earlier ones.

@@ -59,6 +59,16 @@ TEST(ViewTree, WhatChangesIsDrawnWhereItWasAndWhereItIs) {
   EXPECT_NEAR(area.maxY(), 50, 1e-9) << "its title runs upwards";
 }
 
+TEST(ViewTree, ManyChangesAreOne) {
+  ViewTree tree;
+  std::vector<View> tabs;
+  for (int index = 0; index < 100; ++index)
+    tabs.push_back(view(std::to_string(index), {1.0 * index, 0, 1, 1}));
+  tree.update(content(tabs));
+  for (auto& tab : tabs) tab.frame.origin.y = 1;
+  EXPECT_EQ(tree.update(content(tabs)), (Areas{{0, 0, 100, 100}}));
+}
+
 struct Drawing final : ViewNode::NativePart {
   bool isFresh = true;
   void lookChanged() override { isFresh = false; }

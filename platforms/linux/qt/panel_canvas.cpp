@@ -62,13 +62,8 @@ PanelCanvas::PanelCanvas(const std::string& name, PictureSource& pictures, const
 }
 
 void PanelCanvas::setContent(View root) {
-  constexpr std::size_t manyParts = 64;
   const auto parts = tree_.update(std::move(root));
-  if (parts.size() > manyParts) {
-    update();
-  } else {
-    for (const auto& part : parts) update(toPanel(part).toAlignedRect().adjusted(-1, -1, 1, 1));
-  }
+  for (const auto& part : parts) update(toPanel(part).toAlignedRect().adjusted(-1, -1, 1, 1));
   if (parts.empty()) return;
   shape();
   if (underMouse()) lookForPointerSoon();

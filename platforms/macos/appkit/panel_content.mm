@@ -23,8 +23,6 @@ using pellow::ViewTree;
 
 namespace {
 
-constexpr std::size_t manyParts = 64;  // so many that all is drawn anew
-
 // What assistive programs have been given for a view.
 struct GivenElement final : ViewNode::NativePart {
   PellowViewElement* element = nil;
@@ -71,11 +69,7 @@ struct GivenElement final : ViewNode::NativePart {
 
 - (void)showViews:(pellow::View)root {
   const auto parts = _tree->update(std::move(root));
-  if (parts.size() > manyParts) {
-    _canvas.needsDisplay = YES;
-  } else {
-    for (const auto& part : parts) [_canvas contentNeedsDisplayIn:part];
-  }
+  for (const auto& part : parts) [_canvas contentNeedsDisplayIn:part];
   if (parts.empty()) return;
   [self arrangeContent];
   NSAccessibilityPostNotification(self, NSAccessibilityLayoutChangedNotification);
