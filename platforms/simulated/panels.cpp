@@ -175,16 +175,20 @@ void Panels::changed() {
 }
 
 Panel* Panels::panelAt(AppKitPoint point) const {
+  const auto& state = system_.state;
+  const auto isOn = [&](const Panel& panel) {  // a hot spot is an upper left corner, as for windows
+    return state.flip().toQuartz(panel.frameNow()).contains(state.toQuartz(point));
+  };
   const auto topmost = [&](PanelLevel level) -> Panel* {
     for (auto* const panel : frontToBack_)
       if (panel->isVisible() && !panel->ignoresMouseEvents() && panel->level() == level &&
-          panel->frameNow().contains(point))
+          isOn(*panel))
         return panel;
     return nullptr;
   };
   if (!system_.processRuns()) return nullptr;
   if (auto* const above = topmost(PanelLevel::statusWindow)) return above;
-  if (system_.state.windowAt(system_.state.toQuartz(point))) return nullptr;
+  if (state.windowAt(state.toQuartz(point))) return nullptr;
   return topmost(PanelLevel::desktopIcons);
 }
 
