@@ -26,7 +26,6 @@ void visitBelow(const NodePointer& node, const ViewTransform& toContent,
 // Whoever still holds one of the nodes calls nothing through it.
 void leaveTree(ViewNode& node) {
   node.actions = {};
-  node.isHovered = false;
   for (const auto& child : node.children) leaveTree(*child);
 }
 

@@ -32,14 +32,21 @@ class PanelPointerTest : public testing::Test {
   static constexpr ViewPoint tab2{90, 40};
   static constexpr ViewPoint handle{5, 5};
 
+  using Life = std::shared_ptr<int>;
+  static Life begin() { return std::make_shared<int>(); }
+
+  void hear(const std::string& what, const std::weak_ptr<int>& callback) {
+    heard.push_back(what);
+    if (onHeard) onHeard();
+    EXPECT_FALSE(callback.expired()) << "a callback lives as long as it runs";
+  }
   std::function<void()> note(const std::string& what) {
-    return [this, what] {
-      heard.push_back(what);
-      if (onHeard) onHeard();
-    };
+    return [this, what, life = begin()] { hear(what, life); };
   }
   std::function<void(bool)> noteHover(const std::string& key) {
-    return [this, key](bool inside) { note((inside ? "into " : "out of ") + key)(); };
+    return [this, key, life = begin()](bool inside) {
+      hear((inside ? "into " : "out of ") + key, life);
+    };
   }
 
   View strip(const std::string& generation = "") {
@@ -47,8 +54,8 @@ class PanelPointerTest : public testing::Test {
     root.actions = {.onHoverChanged = noteHover("strip"),
                     .drag = {.onBegan = note("began" + generation),
                              .onDragged =
-                                 [=, this](AppKitVector by) {
-                                   note(fmt::format("by {} {}{}", by.dx, by.dy, generation))();
+                                 [=, this, life = begin()](AppKitVector by) {
+                                   hear(fmt::format("by {} {}{}", by.dx, by.dy, generation), life);
                                  },
                              .onEnded = note("ended" + generation)}};
     for (const int number : {1, 2}) {
@@ -57,8 +64,8 @@ class PanelPointerTest : public testing::Test {
       tab.look.highlightsOnHover = true;
       tab.actions = {.onClick = note("click " + key + generation),
                      .onHoverChanged = noteHover(key),
-                     .contextMenu = [=, this] {
-                       note("asked")();
+                     .contextMenu = [=, this, life = begin()] {
+                       hear("asked", life);
                        return Menu{{{.title = key}}};
                      }};
       root.children.push_back(tab);
@@ -105,6 +112,9 @@ TEST_F(PanelPointerTest, AClickIsPressedAndReleasedInsideTheSameView) {
   pointer->endPress();
   pointer->released(tab1);
   EXPECT_EQ(told(), Lines{});
+  onHeard = [&] { tree.update(strip()); };
+  click(tab1);
+  EXPECT_EQ(told(), Lines{"click tab-1"});
 
   const auto node = tree.root()->children[0];
   pointer->isAt(tab1);
@@ -124,7 +134,9 @@ TEST_F(PanelPointerTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfIt
   pointer->released(tab1);
   EXPECT_EQ(told(), Lines{"click tab-1"});
   press(tab1);
+  drawn.clear();
   move({32, 43});
+  EXPECT_EQ(drawn, (std::vector<ViewRect>{{10, 20, 40, 40}})) << "no longer pressed";
   tree.update(strip(" anew"));
   move(tab2);
   tree.update(empty());
@@ -151,6 +163,14 @@ TEST_F(PanelPointerTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfIt
   onHeard = [&] { pointer->endPress(); };
   move(tab2);
   EXPECT_EQ(told(), (Lines{"began", "ended"})) << "its beginning hides the panel";
+  press(handle);
+  onHeard = [&] {
+    if (heard.back() == "began") return;
+    tree.update(empty());
+    pointer->endPress();
+  };
+  move(tab2);
+  EXPECT_EQ(told(), (Lines{"began", "by 85 35", "ended"}));
 }
 
 TEST_F(PanelPointerTest, ViewsAreLeftFromTheInsideOutAndThenEntered) {
@@ -200,6 +220,7 @@ TEST_F(PanelPointerTest, NothingIsCalledOnceACallbackHasEndedThePanel) {
       EXPECT_EQ(told(), Lines{only});
       if (pointer) {
         EXPECT_FALSE(pointer->isCallingBack());
+        pointer->onHighlightsBegin = [] { FAIL(); };
         pointer->isAt(tab1);
         press(tab1);
         pointer->endPress();
