@@ -91,6 +91,10 @@ class QtPanels::QtPanel final : public Panel {
 
   xcb_window_t window() const { return static_cast<xcb_window_t>(canvas_->winId()); }
 
+  bool meets(const PanelCanvas& other) const {
+    return canvas_ != &other && canvas_->geometry().intersects(other.geometry());
+  }
+
   void compositorChanged() { canvas_->setTranslucent(panels_.compositor_.isRunning()); }
 
  private:
@@ -125,11 +129,13 @@ QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels)
 
 QtPanels::~QtPanels() = default;
 
-// To raise one window, a window manager reorders all of them, and there may be hundreds.
+// To raise one window, a window manager reorders all of them, and there may be hundreds. Panels that
+// do not meet may stand in any order.
 void QtPanels::raise(PanelCanvas& canvas) {
-  std::set<xcb_window_t> own;
-  for (const auto* const panel : panels_) own.insert(panel->window());
-  if (!hints_.isInFront(static_cast<xcb_window_t>(canvas.winId()), own)) canvas.raise();
+  std::set<xcb_window_t> elsewhere;
+  for (const auto* const panel : panels_)
+    if (!panel->meets(canvas)) elsewhere.insert(panel->window());
+  if (!hints_.isInFront(static_cast<xcb_window_t>(canvas.winId()), elsewhere)) canvas.raise();
 }
 
 std::unique_ptr<Panel> QtPanels::makePanel(std::string name, WindowShadow) {
