@@ -49,7 +49,50 @@ TEST_F(WorkspaceContract, AHiddenApplicationShowsNoWindowUntilItIsShownAgain) {
   EXPECT_TRUE(until([&] { return guest->frame("Document") == frame; }));
 }
 
+TEST_F(WorkspaceContract, WindowsOnTheScreenAreToldFrontToBack) {
+  const auto guest = host->launch("Guest");
+  const auto another = host->launch("Another");
+  const std::vector<std::pair<Guest*, std::string>> opened{
+      {guest.get(), "First"}, {another.get(), "Second"}, {guest.get(), "Third"}};
+  double x = 300;
+  for (const auto& [owner, title] : opened) owner->open(title, {x += 30, 150, 400, 300});
+  const auto told = [&] {
+    auto windows = workspace.windowsOnScreen();
+    std::erase_if(windows, [&](const WindowOnScreen& window) {
+      return window.owner != guest->pid() && window.owner != another->pid();
+    });
+    return windows;
+  };
+  EXPECT_TRUE(until([&] {
+    return told() == std::vector<WindowOnScreen>{{guest->pid(), guest->frame("Third")},
+                                                 {another->pid(), another->frame("Second")},
+                                                 {guest->pid(), guest->frame("First")}};
+  }));
+  guest->minimize("Third");
+  guest->close("First");
+  EXPECT_TRUE(until([&] {
+    return told() == std::vector<WindowOnScreen>{{another->pid(), another->frame("Second")}};
+  }));
+}
+
 class WorkspaceInUse : public DesktopContractTest {};
+
+TEST_F(WorkspaceInUse, TheDesktopTakesTheKeyboardUntilAWindowHasItAgain) {
+  const auto guest = host->launch("Guest");
+  guest->open("Document", {300, 150, 400, 300});
+  ASSERT_TRUE(bringToFront(*guest));
+  const auto hasGuest = [&] { return platform.workspace().frontmostApplication() == guest->pid(); };
+  platform.workspace().activateDesktop();
+  EXPECT_TRUE(until([&] { return !hasGuest(); }));
+  EXPECT_TRUE(guest->isShown("Document"));
+  // Keys are still heard there.
+  const auto keys = platform.eventMonitors().addGlobalKeyDown(
+      [this](const KeyEvent& event) { heard.push_back(std::to_string(event.keyCode)); });
+  ASSERT_TRUE(keys);
+  host->type(key::t);
+  EXPECT_TRUE(hears({"17"}));
+  ASSERT_TRUE(bringToFront(*guest));
+}
 
 TEST_F(WorkspaceInUse, TheFrontmostApplicationIsToldOf) {
   const auto one = host->launch("One");
