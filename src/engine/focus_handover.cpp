@@ -20,13 +20,10 @@ std::vector<TargetWindow> windowsAt(Accessibility& accessibility, const WindowOn
 }  // namespace
 
 Task<> FocusHandover::handOver() {
-  const auto front = around_.workspace.frontmostApplication();
-  const auto focused = co_await around_.axQueue.ax(
-      [&] { return TargetWindow::frontmost(around_.accessibility, front); });
-  if (!focused || !isOffDisplays(*focused)) co_return;
+  if (!co_await isKeyboardOffDisplays()) co_return;
   const auto next = co_await firstInSight();
   // Meanwhile the user may have turned to something else.
-  if (around_.workspace.frontmostApplication() != front || !isOffDisplays(*focused)) co_return;
+  if (!co_await isKeyboardOffDisplays()) co_return;
   around_.echoes.suppressActivationAtLeast(EchoGuard::ownEcho);
   if (next)
     co_await around_.mechanisms.bringToFront(*next);
@@ -34,9 +31,13 @@ Task<> FocusHandover::handOver() {
     around_.workspace.activateDesktop();
 }
 
-bool FocusHandover::isOffDisplays(const TargetWindow& window) const {
-  return std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
-    return tab.mechanism == Mechanism::offscreen && tab.window == window;
+Task<bool> FocusHandover::isKeyboardOffDisplays() {
+  const auto focused = co_await around_.axQueue.ax(
+      [&, front = around_.workspace.frontmostApplication()] {
+        return TargetWindow::frontmost(around_.accessibility, front);
+      });
+  co_return focused && std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
+    return tab.mechanism == Mechanism::offscreen && tab.window == *focused;
   });
 }
 

@@ -36,7 +36,7 @@ class FocusHandover {
   Task<> handOver();
 
  private:
-  bool isOffDisplays(const TargetWindow& window) const;
+  Task<bool> isKeyboardOffDisplays();
   Task<std::optional<TargetWindow>> firstInSight();
 
   Surroundings around_;

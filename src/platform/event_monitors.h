@@ -26,18 +26,19 @@ struct KeyEvent {
 };
 
 // The keyboard and the pointer. An event goes to the local monitors when a window of this process
-// has the keyboard, else to the global ones, never to both. Main thread.
+// has the keyboard, else to the global ones, never to both. A key held down counts once. Main
+// thread.
 class EventMonitors {
  public:
   virtual ~EventMonitors() = default;
 
-  // Key presses meant for other applications, which get them unchanged all the same. A key held
-  // down counts once. Nothing when the system allows no monitor.
+  // Key presses meant for other applications, which get them unchanged all the same. Nothing when
+  // the system allows no monitor.
   virtual std::optional<Subscription> addGlobalKeyDown(
       std::function<void(const KeyEvent&)> handler) = 0;
 
   // Key presses meant for this process, newest monitor first. A handler that answers false swallows
-  // the event: no other monitor and no window gets it.
+  // the event: no other monitor and no window gets it, nor its repeats.
   virtual std::optional<Subscription> addLocalKeyDown(
       std::function<bool(const KeyEvent&)> handler) = 0;
 

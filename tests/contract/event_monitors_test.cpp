@@ -47,14 +47,18 @@ TEST_F(EventMonitorsContract, KeysGoToOneChainOnlyAndTheNewestLocalMonitorIsFirs
   host->type(key::t);
   host->type(key::k);
   EXPECT_TRUE(hears({"newer 17", "newer 40"}));
+  host->hold(key::t);
+  EXPECT_TRUE(hears({"newer 17"})) << "held down it counts once";
   newer->cancel();
+  host->hold(key::t);
   host->type(key::k);
-  EXPECT_TRUE(hears({"older 40"}));
+  EXPECT_TRUE(hears({"older 17", "older 40"}));
 
   host->closeWindow("Contract Settings");
   ASSERT_TRUE(bringToFront(*guest));
-  host->type(key::t);
-  EXPECT_TRUE(hears({"global 17 0 t"}));
+  host->hold(key::t);
+  host->type(key::k);
+  EXPECT_TRUE(hears({"global 17 0 t", "global 40 0 k"}));
 }
 
 TEST_F(EventMonitorsContract, ThePointerIsFollowedOverPanelsAndOverEverythingElse) {

@@ -66,6 +66,7 @@ class Host {
 
   // The user's hands. What they do reaches everybody later.
   virtual void type(std::uint16_t keyCode, std::uint64_t modifierFlags = 0) = 0;
+  virtual void hold(std::uint16_t keyCode) = 0;  // until it has repeated, and release it
   virtual void movePointer(QuartzPoint to) = 0;
   virtual void pressButton() = 0;  // the primary one, where the pointer is
   virtual void releaseButton() = 0;

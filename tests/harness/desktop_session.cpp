@@ -339,6 +339,12 @@ void DesktopSession::type(std::initializer_list<KeySym> chord) {
     fakeInput(XCB_KEY_RELEASE, keycode(*iterator));
 }
 
+void DesktopSession::hold(KeySym keySym) {
+  fakeInput(XCB_KEY_PRESS, keycode(keySym));
+  std::this_thread::sleep_for(std::chrono::seconds(1));
+  fakeInput(XCB_KEY_RELEASE, keycode(keySym));
+}
+
 void DesktopSession::click(int x, int y, std::uint8_t button) {
   movePointer(x, y);
   press(button);

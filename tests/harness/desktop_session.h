@@ -135,6 +135,8 @@ class DesktopSession {
 
   // Presses the keys in this order and releases them in reverse.
   void type(std::initializer_list<KeySym> chord);
+  // Presses the key for a second, in which the server repeats it some ten times.
+  void hold(KeySym keySym);
   void movePointer(int x, int y) { fakeInput(XCB_MOTION_NOTIFY, 0, x, y); }
   // The button goes down or up where the pointer is; 1 is the left one, 3 the right one.
   void press(std::uint8_t button = 1) { fakeInput(XCB_BUTTON_PRESS, button); }

@@ -15,9 +15,26 @@ LocalKeyFilter::~LocalKeyFilter() { qApp->removeNativeEventFilter(this); }
 
 bool LocalKeyFilter::nativeEventFilter(const QByteArray&, void* message, qintptr*) {
   const auto* const event = static_cast<const xcb_generic_event_t*>(message);
-  if ((event->response_type & 0x7F) != XCB_KEY_PRESS) return false;
-  const auto* const press = reinterpret_cast<const xcb_key_press_event_t*>(event);
-  return !deliver_(press->detail, press->state);
+  const auto* const key = reinterpret_cast<const xcb_key_press_event_t*>(event);
+  switch (event->response_type & 0x7F) {
+    case XCB_KEY_PRESS:
+      return !pressed(*key);
+    case XCB_KEY_RELEASE:
+      if (held_ && held_->keycode == key->detail) held_->releasedAt = key->time;
+      return false;
+    case XCB_FOCUS_OUT:  // the release goes elsewhere
+      held_.reset();
+      return false;
+    default:
+      return false;
+  }
+}
+
+bool LocalKeyFilter::pressed(const xcb_key_press_event_t& press) {
+  const bool isRepeat = held_ && held_->keycode == press.detail &&
+                        held_->releasedAt.value_or(press.time) == press.time;
+  if (!isRepeat) held_ = Held{press.detail, !deliver_(press.detail, press.state), std::nullopt};
+  return !held_->isSwallowed;
 }
 
 }  // namespace pellow

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <xcb/xproto.h>
+
 #include <QAbstractNativeEventFilter>
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 namespace pellow {
 
@@ -10,7 +13,8 @@ namespace pellow {
 // is a Qt application.
 class LocalKeyFilter final : public QAbstractNativeEventFilter {
  public:
-  // Gets the key code and the state of the event; false swallows it.
+  // Gets the key code and the state of the event; false swallows it. Repeats of a key that is held
+  // down share the fate of its press.
   using Deliver = std::function<bool(std::uint8_t keycode, std::uint16_t state)>;
 
   explicit LocalKeyFilter(Deliver deliver);
@@ -19,7 +23,16 @@ class LocalKeyFilter final : public QAbstractNativeEventFilter {
   bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
 
  private:
+  struct Held {
+    std::uint8_t keycode = 0;
+    bool isSwallowed = false;
+    std::optional<xcb_timestamp_t> releasedAt;  // a repeat comes at the same moment
+  };
+
+  bool pressed(const xcb_key_press_event_t& press);
+
   Deliver deliver_;
+  std::optional<Held> held_;  // the latest
 };
 
 }  // namespace pellow

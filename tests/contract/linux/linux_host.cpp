@@ -95,6 +95,7 @@ class LinuxHost final : public Host {
     if (modifierFlags == 0) return desktop_.type({letter});
     desktop_.type({desktop::key::control, desktop::key::alt, desktop::key::super, letter});
   }
+  void hold(std::uint16_t keyCode) override { desktop_.hold(keyCode == key::t ? 't' : 'k'); }
   void movePointer(QuartzPoint to) override { desktop_.movePointer(int(to.x), int(to.y)); }
   void pressButton() override { desktop_.press(); }
   void releaseButton() override { desktop_.release(); }

@@ -180,6 +180,14 @@ class MacHost final : public Host {
       post(event);
     }
   }
+  void hold(std::uint16_t keyCode) override {
+    for (const bool isRepeat : {false, true, true}) {
+      CGEventRef const press = CGEventCreateKeyboardEvent(nullptr, keyCode, true);
+      CGEventSetIntegerValueField(press, kCGKeyboardEventAutorepeat, isRepeat);
+      post(press);
+    }
+    post(CGEventCreateKeyboardEvent(nullptr, keyCode, false));
+  }
   void movePointer(QuartzPoint to) override {
     pointer_ = CGPointMake(to.x, to.y);
     mouse(isPressed_ ? kCGEventLeftMouseDragged : kCGEventMouseMoved);

@@ -60,6 +60,7 @@ class SimulatedHost final : public Host {
   void type(std::uint16_t keyCode, std::uint64_t modifierFlags) override {
     desktop_.keyboard().press(keyCode, modifierFlags, keyCode == key::t ? "t" : "k");
   }
+  void hold(std::uint16_t keyCode) override { type(keyCode, 0); }
   void movePointer(QuartzPoint to) override {
     desktop_.pointer().move(desktop_.state().toAppKit(to));
   }
