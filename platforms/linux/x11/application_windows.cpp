@@ -16,10 +16,9 @@ bool isOut(X11Server& server, const WindowFacts& window, Deadline deadline) {
 
 // One that has the keys already, or will have, is left alone: a second request could take them from
 // the window that the user has gone to since.
-void giveKeys(X11Server& server, WindowManager& windowManager, xcb_window_t window,
-              Deadline deadline) {
+void giveKeys(X11Server& server, Foreground& foreground, xcb_window_t window, Deadline deadline) {
   if (activeWindow(server, deadline) != window && server.claimKeys(window))
-    windowManager.activate(window);
+    foreground.activate(window);
 }
 
 }  // namespace
@@ -33,13 +32,13 @@ std::vector<xcb_window_t> windowsOf(X11Server& server, ProcessID pid, Deadline d
   return own;
 }
 
-bool activateApplication(X11Server& server, WindowManager& windowManager, ProcessID pid,
+bool activateApplication(X11Server& server, Foreground& foreground, ProcessID pid,
                          Deadline deadline) {
   constexpr Facet facets = Facet::state | Facet::kind;
   if (const auto front = server.frontWindow(pid)) {
     const auto facts = look(server, *front, facets, deadline);
     if (facts && isOut(server, *facts, deadline)) {
-      giveKeys(server, windowManager, front->window, deadline);
+      giveKeys(server, foreground, front->window, deadline);
       return true;
     }
   }
@@ -57,7 +56,7 @@ bool activateApplication(X11Server& server, WindowManager& windowManager, Proces
     if (out.contains(window) &&
         (!top || out[window]->state.isOn(desktop) || !out[*top]->state.isOn(desktop)))
       top = window;
-  if (top) giveKeys(server, windowManager, *top, deadline);
+  if (top) giveKeys(server, foreground, *top, deadline);
   return true;
 }
 

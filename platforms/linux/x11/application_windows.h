@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platforms/linux/x11/window_manager.h"
+#include "platforms/linux/x11/foreground.h"
 
 namespace pellow {
 
@@ -13,7 +13,7 @@ std::vector<xcb_window_t> windowsOf(X11Server& server, ProcessID pid, Deadline d
 
 // Gives the keys to the window of the application that was raised last, else to its topmost one, on
 // the current desktop if it has one there. False when it has no window at all.
-bool activateApplication(X11Server& server, WindowManager& windowManager, ProcessID pid,
+bool activateApplication(X11Server& server, Foreground& foreground, ProcessID pid,
                          Deadline deadline);
 
 // Whether the application is hidden: some of its windows are iconified for that, or it had none to

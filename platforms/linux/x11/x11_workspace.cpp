@@ -175,7 +175,7 @@ std::optional<ProcessID> X11Workspace::frontmostApplication() {
 }
 
 bool X11Workspace::activate(ProcessID pid) {
-  return activateApplication(server_, windowManager_, pid, deadlineIn(serverPatience));
+  return activateApplication(server_, windowManager_.foreground(), pid, deadlineIn(serverPatience));
 }
 
 bool X11Workspace::hasWindowsOnOtherSpaces(ProcessID pid) {
@@ -227,7 +227,7 @@ bool X11Workspace::hide(ProcessID pid) {
     markHidden(window.window, true);
     watchHidden(window.window);
   }
-  const bool isHidden = windowManager_.iconify(shown, deadline);
+  const bool isHidden = windowManager_.iconifier().iconify(shown, deadline);
   server_.setHidden(pid, isHidden);
   if (!isHidden) takeBack(shown);
   return isHidden;
@@ -251,7 +251,7 @@ void X11Workspace::takeBack(const std::vector<WindowKey>& windows) {
 }
 
 void X11Workspace::showAgain(const std::vector<WindowKey>& windows) {
-  windowManager_.deiconify(windows, deadlineIn(hidePatience));
+  windowManager_.iconifier().deiconify(windows, deadlineIn(hidePatience));
   // The marks go last, for the reason they came first.
   for (const auto& window : windows) markHidden(window.window, false);
   server_.connection().flush();
