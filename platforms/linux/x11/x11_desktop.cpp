@@ -74,8 +74,8 @@ struct X11Desktop::Parts {
         errands(eventSignal.number()),
         accessibility(*server, windowManager, windowEvents, activeWindow, errands),
         screens(*server, *events, windowEvents, scale),
-        workspace(*server, windowManager, windowEvents, activeWindow, pollSet.number(),
-                  std::move(hooks.loadIcon)),
+        workspace(*server, windowManager.foreground(), windowManager.iconifier(), windowEvents,
+                  activeWindow, pollSet.number(), std::move(hooks.loadIcon)),
         eventMonitors(*server, *events, pollSet.number(), std::move(hooks.ownWindowHasKeyboard)) {}
 
   void handle(const xcb_generic_event_t& event);
