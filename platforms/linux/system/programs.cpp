@@ -10,10 +10,11 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <ranges>
 #include <system_error>
 
+#include "platforms/linux/system/environment.h"
 #include "platforms/linux/system/file_descriptor.h"
+#include "platforms/linux/system/user_folders.h"
 
 namespace pellow {
 
@@ -101,11 +102,9 @@ SystemError cannotStart(const std::string& program, int reason) {
 }  // namespace
 
 std::optional<fs::path> findProgram(std::string_view name) {
-  const char* const path = std::getenv("PATH");
-  for (const auto part : std::views::split(std::string_view(path ? path : ""), ':')) {
-    const auto file = fs::path(std::string_view(part)) / name;
-    if (file.is_absolute() && access(file.c_str(), X_OK) == 0 && fs::is_regular_file(file))
-      return file;
+  for (const auto& folder : foldersOfList(environment("PATH"))) {
+    const auto file = folder / name;
+    if (access(file.c_str(), X_OK) == 0 && fs::is_regular_file(file)) return file;
   }
   return std::nullopt;
 }
@@ -130,9 +129,9 @@ std::expected<void, SystemError> startProgram(const std::vector<std::string>& co
       output == ProgramOutput::discarded ? open("/dev/null", O_RDWR | O_CLOEXEC) : -1);
 
   auto arguments = command;
-  auto environment = environmentWith(variables);
+  auto all = environmentWith(variables);
   const int failure = launchThroughProcessInBetween({.command = pointersTo(arguments),
-                                                     .environment = pointersTo(environment),
+                                                     .environment = pointersTo(all),
                                                      .output = nowhere.number(),
                                                      .reports = writer.number()});
   writer = FileDescriptor();
