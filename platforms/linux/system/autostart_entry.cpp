@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool startsProgram(const DesktopFileKeys& keys) {
+bool startsProgram(const IniGroup& keys) {
   return !value(keys, "Exec").empty() && value(keys, "Hidden") != "true" &&
          value(keys, "X-GNOME-Autostart-enabled") != "false" &&
          value(keys, "X-MATE-Autostart-enabled") != "false";

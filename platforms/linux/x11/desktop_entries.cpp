@@ -25,7 +25,7 @@ std::string lowerCase(std::string_view text) {
 }
 
 // "Name[de_DE]", then "Name[de]", then "Name".
-std::string localizedName(const DesktopFileKeys& keys, std::string_view locale) {
+std::string localizedName(const IniGroup& keys, std::string_view locale) {
   const auto country = locale.substr(0, locale.find_first_of(".@"));
   const auto language = country.substr(0, country.find('_'));
   for (const auto tag : {country, language}) {

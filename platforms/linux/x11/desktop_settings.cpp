@@ -9,22 +9,13 @@
 
 #include <array>
 #include <cstring>
-#include <fstream>
 
 #include "platforms/linux/system/file_descriptor.h"
+#include "platforms/linux/system/ini_file.h"
 
 namespace pellow {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view space = " \t\r\n";
-  const auto first = text.find_first_not_of(space);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(space) + 1 - first);
-}
 
 struct Pipe {
   FileDescriptor readEnd;
@@ -136,23 +127,6 @@ class Announcement {
 };
 
 }  // namespace
-
-std::optional<std::string> fileSetting(const fs::path& file, std::string_view group,
-                                       std::string_view key, char separator) {
-  std::ifstream lines(file);
-  bool isInGroup = group.empty();
-  for (std::string line; std::getline(lines, line);) {
-    const auto text = trimmed(line);
-    if (!group.empty() && text.starts_with('[')) {
-      isInGroup = text.size() == group.size() + 2 && text.substr(1, group.size()) == group;
-      continue;
-    }
-    const auto at = text.find(separator);
-    if (isInGroup && at != std::string_view::npos && trimmed(text.substr(0, at)) == key)
-      return std::string(trimmed(text.substr(at + 1)));
-  }
-  return std::nullopt;
-}
 
 std::optional<std::string> gsettingsText(const std::string& schema, const std::string& key,
                                          Deadline deadline) {
