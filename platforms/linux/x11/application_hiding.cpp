@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "platforms/linux/x11/application_windows.h"
 #include "platforms/linux/x11/client_processes.h"
 
@@ -12,6 +14,18 @@ namespace {
 constexpr Seconds hidePatience = 1;
 
 }  // namespace
+
+bool isApplicationHidden(X11Server& server, ProcessID pid, Deadline deadline) {
+  const auto own = lookAtWindowsOf(server, pid, Facet::state | Facet::kind, deadline);
+  const bool isMarked = std::ranges::any_of(own, [&](const WindowFacts& window) {
+    return window.state.belongsToHiddenApplication && isIconified(server, window.state, deadline);
+  });
+  if (isMarked || !server.isHidden(pid)) return isMarked;
+  const auto desktop = currentDesktop(server, deadline);
+  return std::ranges::none_of(own, [&](const WindowFacts& window) {
+    return isOut(server, window, deadline) && window.state.isOn(desktop);
+  });
+}
 
 ApplicationHiding::ApplicationHiding(X11Server& server, Iconifier& iconifier,
                                      WindowEvents& windowEvents)

@@ -9,6 +9,10 @@
 
 namespace pellow {
 
+// Whether the application is hidden: some of its windows are iconified for that, or it had none to
+// iconify and shows none yet. Any thread.
+bool isApplicationHidden(X11Server& server, ProcessID pid, Deadline deadline);
+
 // Hides applications by iconifying their windows, each with a mark, and shows them again. Main
 // thread.
 class ApplicationHiding {

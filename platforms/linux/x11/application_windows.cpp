@@ -1,7 +1,5 @@
 #include "platforms/linux/x11/application_windows.h"
 
-#include <algorithm>
-
 #include "platforms/linux/x11/client_processes.h"
 
 namespace pellow {
@@ -18,18 +16,6 @@ std::vector<xcb_window_t> windowsOf(X11Server& server, ProcessID pid, Deadline d
 std::vector<WindowFacts> lookAtWindowsOf(X11Server& server, ProcessID pid, Facet facets,
                                          Deadline deadline) {
   return lookAtAll(server, windowsOf(server, pid, deadline), facets, deadline);
-}
-
-bool isApplicationHidden(X11Server& server, ProcessID pid, Deadline deadline) {
-  const auto own = lookAtWindowsOf(server, pid, Facet::state | Facet::kind, deadline);
-  const bool isMarked = std::ranges::any_of(own, [&](const WindowFacts& window) {
-    return window.state.belongsToHiddenApplication && isIconified(server, window.state, deadline);
-  });
-  if (isMarked || !server.isHidden(pid)) return isMarked;
-  const auto desktop = currentDesktop(server, deadline);
-  return std::ranges::none_of(own, [&](const WindowFacts& window) {
-    return isOut(server, window, deadline) && window.state.isOn(desktop);
-  });
 }
 
 bool isInTaskbar(const WindowFacts& window) {

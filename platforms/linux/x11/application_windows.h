@@ -13,10 +13,6 @@ std::vector<xcb_window_t> windowsOf(X11Server& server, ProcessID pid, Deadline d
 std::vector<WindowFacts> lookAtWindowsOf(X11Server& server, ProcessID pid, Facet facets,
                                          Deadline deadline);
 
-// Whether the application is hidden: some of its windows are iconified for that, or it had none to
-// iconify and shows none yet.
-bool isApplicationHidden(X11Server& server, ProcessID pid, Deadline deadline);
-
 // Whether a window has its place in a taskbar.
 inline constexpr Facet taskbarFacets = Facet::kind | Facet::state;
 bool isInTaskbar(const WindowFacts& window);

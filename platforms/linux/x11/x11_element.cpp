@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platforms/linux/x11/application_activation.h"
+#include "platforms/linux/x11/application_hiding.h"
 #include "platforms/linux/x11/application_windows.h"
 #include "platforms/linux/x11/client_processes.h"
 #include "platforms/linux/x11/hit_test.h"
