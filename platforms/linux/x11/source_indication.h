@@ -4,7 +4,8 @@
 
 namespace pellow {
 
-// Who wants what the window manager is asked for, as EWMH has it: "the user wants this".
-inline constexpr std::uint32_t sourcePager = 2;
+// Who wants what the window manager is asked for, as EWMH has it.
+inline constexpr std::uint32_t sourceApplication = 1;
+inline constexpr std::uint32_t sourcePager = 2;  // the user, through this program
 
 }  // namespace pellow
