@@ -12,8 +12,8 @@
 #include "strips/tab_strip_controller.h"
 
 // What one change of one tab costs while there are many: to decide what the strips show, and to
-// hand it over to a platform that only keeps it. Processor time, so that other programs do not
-// count.
+// compare it with what they show, by a platform that paints nothing. Processor time, so that other
+// programs do not count.
 
 namespace {
 

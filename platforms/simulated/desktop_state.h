@@ -136,6 +136,7 @@ struct DesktopState {
   std::vector<SymbolicHotKey> symbolicHotKeys;
   bool trustsProcess = true;
   bool ignoresActivations = false;
+  bool keepsWindowsOnDisplays = false;
   bool allowsCapture = true;
   bool allowsMonitors = true;
   int trustPrompts = 0;     // how often the system asked the user for the permission

@@ -1,72 +1,20 @@
 #include "platforms/simulated/panels.h"
 
 #include <algorithm>
-#include <cmath>
-#include <ranges>
 #include <stdexcept>
 #include <utility>
 
 namespace pellow::simulated {
 namespace {
 
-// How far from the press the pointer must go to drag.
-constexpr double dragThreshold = 3;
-
-std::string below(const std::string& path, const std::string& key) {
-  return path.empty() ? key : path + "/" + key;
-}
-
-const View* findView(const View& root, std::string_view path) {
+const ViewNode* findView(const ViewNode& root, std::string_view path) {
   if (path.empty()) return &root;
   const auto slash = path.find('/');
-  const auto found = std::ranges::find(root.children, path.substr(0, slash), &View::key);
-  if (found == root.children.end()) return nullptr;
-  return slash == path.npos ? &*found : findView(*found, path.substr(slash + 1));
-}
-
-const View* findNamed(const View& root, std::string_view accessibleName) {
-  if (root.look.accessibleName == accessibleName) return &root;
+  const auto key = path.substr(0, slash);
   for (const auto& child : root.children)
-    if (const auto* found = findNamed(child, accessibleName)) return found;
+    if (child->key == key)
+      return slash == path.npos ? child.get() : findView(*child, path.substr(slash + 1));
   return nullptr;
-}
-
-ViewPoint inside(const View& child, ViewPoint point) {
-  return {point.x - child.frame.minX(), point.y - child.frame.minY()};
-}
-
-// Paths of all views below `view` that contain the point, which is in the view's own space.
-void collectAt(const View& view, const std::string& path, ViewPoint point,
-               std::vector<std::string>& paths) {
-  for (const auto& child : view.children) {
-    if (!child.frame.contains(point)) continue;
-    const auto childPath = below(path, child.key);
-    paths.push_back(childPath);
-    collectAt(child, childPath, inside(child, point), paths);
-  }
-}
-
-// The path of the topmost view with the action, at a point in the view's own space.
-template <class Action>
-std::optional<std::string> pathAt(const View& view, const std::string& path, ViewPoint point,
-                                  Action ViewActions::* action) {
-  for (const auto& child : std::views::reverse(view.children)) {
-    if (!child.frame.contains(point)) continue;
-    if (auto found = pathAt(child, below(path, child.key), inside(child, point), action))
-      return found;
-  }
-  return view.actions.*action ? std::optional(path) : std::nullopt;
-}
-
-ViewPoint inside(const Panel& panel, AppKitPoint point) {
-  const auto frame = panel.frameNow();
-  return {point.x - frame.minX(), point.y - frame.minY()};
-}
-
-template <class Action>
-std::optional<std::string> pathAt(const Panel& panel, AppKitPoint point,
-                                  Action ViewActions::* action) {
-  return pathAt(panel.content(), "", inside(panel, point), action);
 }
 
 double eased(double progress, AnimationTiming timing) {
@@ -87,42 +35,38 @@ double eased(double progress, AnimationTiming timing) {
 // The panel
 
 Panel::Panel(Panels& panels, PanelID id, std::string name, WindowShadow shadow)
-    : panels_(panels), id_(id), name_(std::move(name)), shadow_(shadow) {
+    : panels_(panels), id_(id), name_(std::move(name)), shadow_(shadow), motion_(panels.queue_) {
   panels_.toFront(*this);
 }
 
 Panel::~Panel() { panels_.remove(*this); }
 
 void Panel::setContent(View root) {
-  content_ = std::move(root);
+  tree_.update(std::move(root));
   panels_.changed();
 }
 
 void Panel::setFrame(const AppKitRect& frame) {
   animation_ = std::nullopt;
-  frame_ = frame;
+  motion_.jump(frame);
   panels_.changed();
 }
 
 void Panel::animate(const AppKitRect& frame, double opacity, Seconds duration,
                     AnimationTiming timing, std::function<void()> onDone) {
-  Animation next{.from = frameNow(),
-                 .fromOpacity = opacityNow(),
-                 .start = panels_.system_.scheduler.now(),
-                 .duration = std::max(duration, 0.0),
-                 .timing = timing,
-                 .onDone = std::move(onDone)};
-  next.end = panels_.system_.mainLoop.after(next.duration, [this] { arrive(); });
-  animation_ = std::move(next);
-  frame_ = frame;
-  opacity_ = opacity;
+  motion_.advance(progress());
+  motion_.start(frame, opacity, std::move(onDone));
+  animation_ = Animation{.start = panels_.system_.scheduler.now(),
+                         .duration = std::max(duration, 0.0),
+                         .timing = timing};
+  animation_->end = panels_.system_.mainLoop.after(animation_->duration, [this] { arrive(); });
   panels_.changed();
 }
 
 void Panel::arrive() {
-  const auto arrived = std::exchange(animation_, std::nullopt);
+  animation_ = std::nullopt;
+  motion_.arrive();
   panels_.changed();
-  if (arrived->onDone) arrived->onDone();
 }
 
 // From 0 to 1, as the timing has it.
@@ -131,21 +75,6 @@ double Panel::progress() const {
   const auto passed = panels_.system_.scheduler.now() - animation_->start;
   if (passed >= animation_->duration) return 1;
   return eased(passed / animation_->duration, animation_->timing);
-}
-
-AppKitRect Panel::frameNow() const {
-  const auto share = progress();
-  if (share == 1) return frame_;
-  const auto& from = animation_->from;
-  return {std::lerp(from.minX(), frame_.minX(), share),
-          std::lerp(from.minY(), frame_.minY(), share),
-          std::lerp(from.width(), frame_.width(), share),
-          std::lerp(from.height(), frame_.height(), share)};
-}
-
-double Panel::opacityNow() const {
-  const auto share = progress();
-  return share == 1 ? opacity_ : std::lerp(animation_->fromOpacity, opacity_, share);
 }
 
 void Panel::setLevel(PanelLevel level) {
@@ -166,27 +95,35 @@ void Panel::orderFront() {
 
 void Panel::orderOut() {
   isVisible_ = false;
+  panels_.forgetPress(*this);
   panels_.changed();
-  panels_.hidden(id_);
+  pointer_.endPress();
 }
 
-const View* Panel::view(std::string_view path) const { return findView(content_, path); }
-const View* Panel::viewNamed(std::string_view accessibleName) const {
-  return findNamed(content_, accessibleName);
+const ViewNode* Panel::view(std::string_view path) const {
+  return tree_.root() ? findView(*tree_.root(), path) : nullptr;
+}
+
+const ViewNode* Panel::viewNamed(std::string_view accessibleName) const {
+  const ViewNode* found = nullptr;
+  tree_.visit([&](const auto& node, const ViewTransform&) {
+    if (!found && node->look.accessibleName == accessibleName) found = node.get();
+  });
+  return found;
 }
 
 AppKitPoint Panel::centre(std::string_view path) const {
-  AppKitPoint origin = frameNow().origin;
-  const auto* view = &content_;
-  for (const auto key : std::views::split(path, '/')) {
-    if (path.empty()) break;
-    const auto found = std::ranges::find(view->children, std::string_view(key), &View::key);
-    if (found == view->children.end())
-      throw std::out_of_range(fmt::format("no view \"{}\" in {}", path, name_));
-    view = &*found;
-    origin = origin + AppKitVector{view->frame.minX(), view->frame.minY()};
-  }
-  return origin + AppKitVector{view->frame.width() / 2, view->frame.height() / 2};
+  const auto* const found = view(path);
+  if (!found) throw std::out_of_range(fmt::format("no view \"{}\" in {}", path, name_));
+  const auto panel = frameNow();
+  const auto area = tree_.stretchTo(panel.size).toPanel(tree_.areaOf(*found).value());
+  return panel.origin + AppKitVector{area.midX(), area.midY()};
+}
+
+ViewPoint Panel::toContent(AppKitPoint onScreen) const {
+  const auto panel = frameNow();
+  const auto inPanel = onScreen - panel.origin;
+  return tree_.stretchTo(panel.size).toContent({inPanel.dx, inPanel.dy});
 }
 
 // All panels
@@ -219,8 +156,13 @@ void Panels::toFront(Panel& panel) {
 
 void Panels::remove(const Panel& panel) {
   std::erase(frontToBack_, &panel);
-  std::erase_if(hovered_, [&](const Hovered& view) { return view.panel == &panel; });
+  forgetPress(panel);
   changed();
+}
+
+// Of a panel that goes or is hidden; the pointer is free again.
+void Panels::forgetPress(const Panel& panel) {
+  if (pressed_ == panel.id()) pressed_ = noPanel;
 }
 
 // A view that comes under the pointer is entered, and one that goes is left.
@@ -232,127 +174,91 @@ void Panels::changed() {
   });
 }
 
-const Panel* Panels::panelAt(AppKitPoint point) const {
-  const auto topmost = [&](PanelLevel level) -> const Panel* {
-    for (const auto* panel : frontToBack_)
+Panel* Panels::panelAt(AppKitPoint point) const {
+  const auto& state = system_.state;
+  const auto isOn = [&](const Panel& panel) {  // a hot spot is an upper left corner, as for windows
+    return state.flip().toQuartz(panel.frameNow()).contains(state.toQuartz(point));
+  };
+  const auto topmost = [&](PanelLevel level) -> Panel* {
+    for (auto* const panel : frontToBack_)
       if (panel->isVisible() && !panel->ignoresMouseEvents() && panel->level() == level &&
-          panel->frameNow().contains(point))
+          isOn(*panel))
         return panel;
     return nullptr;
   };
   if (!system_.processRuns()) return nullptr;
-  if (const auto* above = topmost(PanelLevel::statusWindow)) return above;
-  if (system_.state.windowAt(system_.state.toQuartz(point))) return nullptr;
+  if (auto* const above = topmost(PanelLevel::statusWindow)) return above;
+  if (state.windowAt(state.toQuartz(point))) return nullptr;
   return topmost(PanelLevel::desktopIcons);
 }
 
 const Panel* Panels::withID(PanelID id) const {
-  for (const auto* panel : frontToBack_)
-    if (panel->id() == id && panel->isVisible()) return panel;
-  return nullptr;
+  const auto* const panel = find(id);
+  return panel && panel->isVisible() ? panel : nullptr;
 }
 
-bool Panels::exists(PanelID id) const {
-  return std::ranges::find(frontToBack_, id, &Panel::id) != frontToBack_.end();
+Panel* Panels::find(PanelID id) const {
+  const auto found = std::ranges::find(frontToBack_, id, &Panel::id);
+  return found == frontToBack_.end() ? nullptr : *found;
 }
 
-std::vector<Panels::Hovered> Panels::viewsAt(AppKitPoint point) const {
-  const auto* panel = panelAt(point);
-  if (!panel) return {};
-  std::vector<std::string> paths{""};
-  collectAt(panel->content(), "", inside(*panel, point), paths);
-  std::vector<Hovered> views;
-  for (auto& path : paths) views.push_back({panel, std::move(path)});
-  return views;
-}
+// Every callback of a view may hide or end panels.
 
-void Panels::pointerMoved() { press_ ? drag() : updateHover(); }
+void Panels::pointerMoved() {
+  if (pressed_ == noPanel) return updateHover();
+  goOver(pressed_);
+  const auto point = system_.state.pointer;
+  if (auto* const panel = find(pressed_)) panel->pointer().moved(panel->toContent(point), point);
+}
 
 void Panels::updateHover() {
-  if (press_) return;
-  const auto before = std::exchange(hovered_, viewsAt(system_.state.pointer));
-  const auto after = hovered_;
-  for (const auto& view : before)
-    if (std::ranges::find(after, view) == after.end()) hoverChanged(view, false);
-  for (const auto& view : after)
-    if (std::ranges::find(before, view) == before.end()) hoverChanged(view, true);
+  const auto point = system_.state.pointer;
+  const auto* const there = panelAt(point);
+  const auto now = there ? there->id() : noPanel;
+  auto* const pressed = find(pressed_);
+  if (pressed && pressed->pointer().isDragging()) return;
+  goOver(!pressed || pressed_ == now ? now : noPanel);
+  if (auto* const panel = find(hovered_)) panel->pointer().isAt(panel->toContent(point));
 }
 
-// An earlier callback may have taken the panel or the view away.
-void Panels::hoverChanged(const Hovered& hovered, bool inside) const {
-  if (std::ranges::find(frontToBack_, hovered.panel) == frontToBack_.end()) return;
-  const auto* view = hovered.panel->view(hovered.path);
-  if (!view) return;
-  if (const auto onHoverChanged = view->actions.onHoverChanged) onHoverChanged(inside);
+void Panels::goOver(PanelID panel) {
+  const auto before = std::exchange(hovered_, panel);
+  auto* const left = find(before);
+  if (left && before != panel) left->pointer().isAt(std::nullopt);
 }
 
 bool Panels::press() {
   const auto point = system_.state.pointer;
-  const auto* panel = panelAt(point);
+  auto* const panel = panelAt(point);
   if (!panel) return false;
-  press_ = Press{panel->id(), point, pathAt(*panel, point, &ViewActions::onClick)};
-  if (const auto dragged = pathAt(*panel, point, &ViewActions::drag))
-    press_->drag = panel->view(*dragged)->actions.drag;
+  pressed_ = panel->id();
+  panel->pointer().pressed(panel->toContent(point), point);
   return true;
 }
 
-// Every callback may hide or end the panel.
-void Panels::drag() {
-  const auto actions = press_->drag;
-  const auto movedBy = system_.state.pointer - press_->at;
-  const auto goesOn = [&] { return press_ && exists(press_->panel); };
-  if (!actions || !goesOn()) return;
-  if (!press_->isDragging) {
-    if (std::hypot(movedBy.dx, movedBy.dy) < dragThreshold) return;
-    press_->isDragging = true;
-    if (actions.onBegan) actions.onBegan();
-  }
-  if (goesOn() && actions.onDragged) actions.onDragged(movedBy);
-}
-
 void Panels::release() {
-  const auto press = std::exchange(press_, std::nullopt);
+  auto* const panel = find(std::exchange(pressed_, noPanel));
   changed();
-  if (!press || !exists(press->panel)) return;
-  if (press->isDragging) {
-    if (press->drag.onEnded) press->drag.onEnded();
-    return;
-  }
-  const auto* panel = panelAt(system_.state.pointer);
-  if (!press->clickPath || !panel || panel->id() != press->panel) return;
-  if (pathAt(*panel, system_.state.pointer, &ViewActions::onClick) != press->clickPath) return;
-  const auto onClick = panel->view(*press->clickPath)->actions.onClick;
-  onClick();
+  if (panel) panel->pointer().released(panel->toContent(system_.state.pointer));
 }
 
-// A press on it is over. `onEnded` may end the panel.
-void Panels::hidden(PanelID id) {
-  if (!press_ || press_->panel != id) return;
-  const auto press = std::exchange(press_, std::nullopt);
-  if (press->isDragging && press->drag.onEnded) press->drag.onEnded();
-}
-
-std::optional<Menu> Panels::contextMenuAt(AppKitPoint point) const {
-  const auto* panel = panelAt(point);
-  if (!panel) return std::nullopt;
-  const auto path = pathAt(*panel, point, &ViewActions::contextMenu);
-  if (!path) return std::nullopt;
-  const auto contextMenu = panel->view(*path)->actions.contextMenu;
-  return contextMenu();
+std::optional<Menu> Panels::contextMenuAt(AppKitPoint point) {
+  auto* const panel = panelAt(point);
+  return panel ? panel->pointer().contextMenuAt(panel->toContent(point)) : std::nullopt;
 }
 
 void Panels::clickView(const std::string& panelName, const std::string& path) {
-  if (!clickOf(panelName, path))
+  if (!clickable(panelName, path))
     throw std::out_of_range(fmt::format("nothing to click at \"{}\" in {}", path, panelName));
   system_.mainLoop.post([this, panelName, path] {
-    if (const auto onClick = clickOf(panelName, path)) onClick();
+    if (auto* const panel = clickable(panelName, path)) panel->pointer().click(*panel->view(path));
   });
 }
 
-std::function<void()> Panels::clickOf(const std::string& panelName, const std::string& path) const {
-  for (const auto* panel : visible(panelName))
+Panel* Panels::clickable(const std::string& name, const std::string& path) const {
+  for (const auto* panel : visible(name))
     if (const auto* view = panel->view(path); view && view->actions.onClick)
-      return view->actions.onClick;
+      return find(panel->id());
   return nullptr;
 }
 

@@ -8,13 +8,18 @@
 #include <vector>
 
 #include "platform/panels.h"
+#include "platforms/simulated/queues.h"
 #include "platforms/simulated/system.h"
+#include "views/panel_motion.h"
+#include "views/panel_pointer.h"
+#include "views/view_tree.h"
 
 namespace pellow::simulated {
 
 class Panels;
 
 using PanelID = int;
+constexpr PanelID noPanel = 0;
 
 // A panel as data.
 class Panel final : public pellow::Panel {
@@ -24,7 +29,7 @@ class Panel final : public pellow::Panel {
 
   void setContent(View root) override;
   void setFrame(const AppKitRect& frame) override;
-  AppKitRect frame() const override { return frame_; }
+  AppKitRect frame() const override { return motion_.target().frame; }
   void animate(const AppKitRect& frame, double opacity, Seconds duration, AnimationTiming timing,
                std::function<void()> onDone) override;
   void setLevel(PanelLevel level) override;
@@ -38,28 +43,27 @@ class Panel final : public pellow::Panel {
   WindowShadow shadow() const { return shadow_; }
   PanelLevel level() const { return level_; }
   bool ignoresMouseEvents() const { return ignoresMouseEvents_; }
-  const View& content() const { return content_; }
+  PanelPointer& pointer() { return pointer_; }
 
   // While an animation runs: where the panel is and how opaque at this moment. Otherwise `frame`,
   // and the opacity that the last animation was to end with; a panel begins with 1.
-  AppKitRect frameNow() const;
-  double opacityNow() const;
+  AppKitRect frameNow() const { return motion_.at(progress()).frame; }
+  double opacityNow() const { return motion_.at(progress()).opacity; }
 
   // The view at a path of keys below the root, for example "list/tab-1"; none when there is none.
-  const View* view(std::string_view path) const;
+  const ViewNode* view(std::string_view path) const;
   // The first view, from the back to the front, with this accessible name.
-  const View* viewNamed(std::string_view accessibleName) const;
+  const ViewNode* viewNamed(std::string_view accessibleName) const;
   // Where the middle of the view at a path is on the screen; throws when there is none.
   AppKitPoint centre(std::string_view path) const;
+  // A point of the screen in the panel's content.
+  ViewPoint toContent(AppKitPoint onScreen) const;
 
  private:
   struct Animation {
-    AppKitRect from;
-    double fromOpacity;
     Seconds start;
     Seconds duration;
     AnimationTiming timing;
-    std::function<void()> onDone;
     Subscription end;
   };
 
@@ -70,9 +74,9 @@ class Panel final : public pellow::Panel {
   PanelID id_;
   std::string name_;
   WindowShadow shadow_;
-  View content_;
-  AppKitRect frame_;
-  double opacity_ = 1;
+  ViewTree tree_;
+  PanelPointer pointer_{tree_};
+  PanelMotion motion_;
   std::optional<Animation> animation_;
   PanelLevel level_ = PanelLevel::statusWindow;
   bool isVisible_ = false;
@@ -81,10 +85,10 @@ class Panel final : public pellow::Panel {
 
 // The panels of the program, and the pointer over them. The pointer meets things where they are at
 // the moment, even in the middle of an animation. While a button pressed over a panel is held down,
-// no view is entered or left.
+// the pointer belongs to that panel.
 class Panels final : public pellow::Panels {
  public:
-  explicit Panels(System& system) : system_(system) {}
+  explicit Panels(System& system) : system_(system), queue_(system) {}
 
   std::unique_ptr<pellow::Panel> makePanel(std::string name, WindowShadow shadow) override;
 
@@ -95,7 +99,7 @@ class Panels final : public pellow::Panels {
 
   // The panel that a click there would meet; none if no panel there is in front of every window.
   // Panels that ignore the pointer do not count.
-  const Panel* panelAt(AppKitPoint point) const;
+  Panel* panelAt(AppKitPoint point) const;
   // None once it is gone or hidden.
   const Panel* withID(PanelID id) const;
 
@@ -105,7 +109,7 @@ class Panels final : public pellow::Panels {
   bool press();
   void release();
   // Of the topmost view there that has one.
-  std::optional<Menu> contextMenuAt(AppKitPoint point) const;
+  std::optional<Menu> contextMenuAt(AppKitPoint point);
   // A click on the view at a path of keys, wherever it lies, in the front panel of the name that
   // has one; throws when there is none.
   void clickView(const std::string& panelName, const std::string& path);
@@ -113,35 +117,22 @@ class Panels final : public pellow::Panels {
  private:
   friend class Panel;
 
-  struct Hovered {
-    const Panel* panel;
-    std::string path;
-    bool operator==(const Hovered&) const = default;
-  };
-  struct Press {
-    PanelID panel;
-    AppKitPoint at;
-    std::optional<std::string> clickPath;  // of the view that the click is for
-    DragActions drag;
-    bool isDragging = false;
-  };
-
-  std::function<void()> clickOf(const std::string& panelName, const std::string& path) const;
-  void drag();
-  void hidden(PanelID id);
-  bool exists(PanelID id) const;
+  Panel* find(PanelID id) const;
+  // The front panel of this name with a view there that can be clicked.
+  Panel* clickable(const std::string& name, const std::string& path) const;
   void updateHover();
-  std::vector<Hovered> viewsAt(AppKitPoint point) const;
-  void hoverChanged(const Hovered& view, bool inside) const;
+  void goOver(PanelID panel);
   void changed();
   void toFront(Panel& panel);
+  void forgetPress(const Panel& panel);
   void remove(const Panel& panel);
 
   System& system_;
+  MainQueue queue_;
   std::vector<Panel*> frontToBack_;
-  std::vector<Hovered> hovered_;
-  std::optional<Press> press_;
-  PanelID lastID_ = 0;
+  PanelID hovered_ = noPanel;
+  PanelID pressed_ = noPanel;
+  PanelID lastID_ = noPanel;
   Subscription pendingUpdate_;
 };
 

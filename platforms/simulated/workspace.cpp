@@ -57,6 +57,19 @@ bool Workspace::activate(ProcessID pid) {
   return true;
 }
 
+void Workspace::activateDesktop() {
+  if (!system_.portCall("activates the desktop")) return;
+  system_.change([](DesktopState& desktop) { desktop.frontmost = std::nullopt; });
+}
+
+std::vector<WindowOnScreen> Workspace::windowsOnScreen() {
+  std::vector<WindowOnScreen> windows;
+  if (!system_.portCall("lists the windows on the screen")) return windows;
+  for (const auto& each : system_.state.windows)
+    if (system_.state.isVisible(each)) windows.push_back({each.pid, each.frame});
+  return windows;
+}
+
 bool Workspace::hasWindowsOnOtherSpaces(ProcessID pid) {
   if (!system_.portCall("asks for windows of {} on other Spaces", pid)) return false;
   return std::ranges::any_of(system_.state.windows, [&](const WindowState& each) {

@@ -15,12 +15,18 @@ class Workspace final : public pellow::Workspace {
   bool hide(ProcessID pid) override;
   bool unhide(ProcessID pid) override;
   bool activate(ProcessID pid) override;
+  void activateDesktop() override;
+  std::vector<WindowOnScreen> windowsOnScreen() override;
+  bool keepsWindowsOnDisplays() override { return system_.state.keepsWindowsOnDisplays; }
   bool hasWindowsOnOtherSpaces(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
   Subscription onDidBecomeRegular(std::function<void(ProcessID)> observer) override;
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
   Subscription onDidChangeActiveSpace(std::function<void()> observer) override;
+
+  // From now on, as some window managers do; windows stay where they are.
+  void keepWindowsOnDisplays(bool keeps = true) { system_.state.keepsWindowsOnDisplays = keeps; }
 
   // The user turns to another Space; windows open on the one that is shown.
   void showSpace(int space) { system_.showSpace(space); }

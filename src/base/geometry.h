@@ -78,6 +78,13 @@ struct BasicRect {
     return point.x >= minX() && point.x < maxX() && point.y >= minY() && point.y < maxY();
   }
 
+  // The smallest rectangle around both.
+  BasicRect united(const BasicRect& other) const {
+    const double x = std::min(minX(), other.minX());
+    const double y = std::min(minY(), other.minY());
+    return {x, y, std::max(maxX(), other.maxX()) - x, std::max(maxY(), other.maxY()) - y};
+  }
+
   // The area that both rectangles cover; 0 when they do not meet.
   double intersectionArea(const BasicRect& other) const {
     const double across = std::min(maxX(), other.maxX()) - std::max(minX(), other.minX());

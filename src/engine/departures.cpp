@@ -28,13 +28,25 @@ bool contains(const std::vector<TargetWindow>& windows, const TargetWindow& wind
 }  // namespace
 
 Task<> Departures::pellowFocused(std::optional<ProcessID> frontmostApplication) {
-  const auto window = co_await around_.axQueue.ax(
+  auto window = co_await around_.axQueue.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, frontmostApplication); });
+  // One that comes back is about to get the keyboard.
+  if (!window) window = around_.ledger.lastComingBack();
   if (!window || window->pid == around_.ownProcess) throw PellowError::noFocusedWindow();
+  if (isLeavingKeyboard(*window)) {
+    ++waitForFocus_;
+    co_return;
+  }
   if (isOnTheWayBack(*window, around_.preferences.mechanism()))
     waitForReturn_.push_back(*window);
   else
     co_await pellowByPreference(*window);
+}
+
+// It is on its way, or there, and the next window has not got the keyboard yet.
+bool Departures::isLeavingKeyboard(const TargetWindow& window) const {
+  return around_.ledger.contains(window, Ledger::Way::away) ||
+         (handovers_ > 0 && around_.tabs.contains(window));
 }
 
 void Departures::aWindowIsBack() {
@@ -60,7 +72,7 @@ Task<> Departures::pellowByPreference(TargetWindow window) {
 
 Task<> Departures::pellow(TargetWindow window, std::optional<UUID> zoneID,
                           std::optional<Mechanism> mechanism) {
-  const auto chosen = mechanism.value_or(around_.preferences.mechanism());
+  const auto chosen = practicable(mechanism.value_or(around_.preferences.mechanism()));
   if (isTaken(window) || isOnTheWayBack(window, chosen)) co_return;
   const auto application = around_.workspace.application(window.pid);
   if (!application) co_return around_.failures.report(PellowError::windowGone());
@@ -90,7 +102,7 @@ std::vector<Departures::Chosen> Departures::choose(const AppWindows& from,
                                                    const std::vector<TargetWindow>& excluding) {
   const auto& [application, windows, zoneID] = from;
   const auto zone = chooseZone(application, zoneID);
-  auto mechanism = around_.preferences.mechanism();
+  auto mechanism = practicable(around_.preferences.mechanism());
   if (mechanism == Mechanism::hideApp) {
     const bool someStay =
         std::ranges::find(excluding, application.pid, &TargetWindow::pid) != excluding.end();
@@ -106,12 +118,21 @@ std::vector<Departures::Chosen> Departures::choose(const AppWindows& from,
       return {};
     }
     // Hiding the application would also hide the windows that should stay.
-    mechanism = Mechanism::offscreen;
+    mechanism = practicable(Mechanism::offscreen);
   }
   std::vector<Chosen> chosen;
   for (const auto& window : windows)
     if (!contains(excluding, window)) chosen.push_back({application, window, mechanism, zone});
   return chosen;
+}
+
+// Where a window would not leave the displays, it is minimized.
+Mechanism Departures::practicable(Mechanism mechanism) {
+  if (mechanism != Mechanism::offscreen || !around_.workspace.keepsWindowsOnDisplays())
+    return mechanism;
+  if (!std::exchange(hasToldOfKeeping_, true))
+    around_.log.standard("This desktop keeps windows on its displays; they are minimized instead");
+  return Mechanism::minimize;
 }
 
 // Its tab stayed when the application was unhidden from outside.
@@ -133,6 +154,26 @@ Task<> Departures::depart(std::vector<Chosen> windows) {
     failures.insert(failures.end(), failed.begin(), failed.end());
   }
   around_.failures.report(failures);
+  co_await handOverFocus(failures.empty());
+}
+
+// Whoever asked for the focused window meanwhile meant the one that has the keyboard now.
+Task<> Departures::handOverFocus(bool haveAllLeft) {
+  ++handovers_;
+  co_await around_.focus.handOver();
+  --handovers_;
+  const int waiting = std::exchange(waitForFocus_, 0);
+  for (int count = 0; haveAllLeft && count < waiting; ++count)
+    around_.tasks.start(pellowNextFocused());
+}
+
+Task<> Departures::pellowNextFocused() {
+  try {
+    co_await pellowFocused(around_.workspace.frontmostApplication());
+  } catch (const PellowError& error) {
+    // The window before was the last one: a key that was pressed twice.
+    if (error.code() != PellowError::Code::noFocusedWindow) throw;
+  }
 }
 
 // What can be done for all at once comes first; then they go one by one. Returns the failures of

@@ -16,6 +16,7 @@
 #include "engine/echo_guard.h"
 #include "engine/failure_reports.h"
 #include "engine/flights.h"
+#include "engine/focus_handover.h"
 #include "engine/late_minimizes.h"
 #include "engine/ledger.h"
 #include "engine/mechanisms.h"
@@ -51,6 +52,7 @@ class Departures {
     EchoGuard& echoes;
     FailureReports& failures;
     Flights& flights;
+    FocusHandover& focus;
     LateMinimizes& lateMinimizes;
     Ledger& ledger;
     const Log& log;
@@ -68,8 +70,8 @@ class Departures {
   explicit Departures(const Surroundings& surroundings) : around_(surroundings) {}
 
   // The focused window of the frontmost application, or the whole application when the preferred
-  // mechanism hides applications. A window just coming back goes once it has arrived. Throws
-  // `noFocusedWindow`.
+  // mechanism hides applications. A window just coming back goes once it has arrived; while one
+  // leaves, the next waits until it has left the keyboard. Throws `noFocusedWindow`.
   Task<> pellowFocused(std::optional<ProcessID> frontmostApplication);
 
   // Without a mechanism: the preferred one. Without a zone: the application's pin, else the default
@@ -99,6 +101,8 @@ class Departures {
 
   Task<> pellowByPreference(TargetWindow window);
   Task<> depart(std::vector<Chosen> windows);
+  Task<> handOverFocus(bool haveAllLeft);
+  Task<> pellowNextFocused();
   Task<std::vector<PellowError>> departTogether(std::vector<Chosen> windows);
   Task<> photograph(Departure& departure);
   Task<> leave(Departure& departure);
@@ -106,16 +110,21 @@ class Departures {
   Task<bool> isMinimized(TargetWindow window);
 
   std::vector<Chosen> choose(const AppWindows& from, const std::vector<TargetWindow>& excluding);
+  Mechanism practicable(Mechanism mechanism);
   void hideAgain(ProcessID pid);
   void setTab(Departure& departure, const Chosen& chosen, const WindowState& state);
   void publish(TabItem tab);
   bool isTaken(const TargetWindow& window) const;
+  bool isLeavingKeyboard(const TargetWindow& window) const;
   bool isOnTheWayBack(const TargetWindow& window, Mechanism mechanism) const;
   bool hasTabForApp(ProcessID pid) const;
   TabZone chooseZone(const RunningApplication& application, std::optional<UUID> zoneID) const;
 
   Surroundings around_;
   std::vector<TargetWindow> waitForReturn_;
+  int waitForFocus_ = 0;  // requests for the focused window
+  int handovers_ = 0;     // under way
+  bool hasToldOfKeeping_ = false;
 };
 
 }  // namespace pellow

@@ -1,6 +1,7 @@
 #include "engine/ledger.h"
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 namespace pellow {
@@ -28,6 +29,12 @@ bool Ledger::contains(const TargetWindow& window) const {
 bool Ledger::contains(const TargetWindow& window, Way way) const {
   return std::ranges::any_of(
       entries_, [&](const Entry& entry) { return entry.way == way && entry.window == window; });
+}
+
+std::optional<TargetWindow> Ledger::lastComingBack() const {
+  for (const auto& entry : entries_ | std::views::reverse)
+    if (entry.way == Way::back) return entry.window;
+  return std::nullopt;
 }
 
 bool Ledger::isComingBack(ProcessID pid) const {

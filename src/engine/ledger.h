@@ -56,6 +56,8 @@ class Ledger {
 
   bool contains(const TargetWindow& window) const;
   bool contains(const TargetWindow& window, Way way) const;
+  // The latest of the windows that are about to come back.
+  std::optional<TargetWindow> lastComingBack() const;
   // Whether some window of the application is about to come back.
   bool isComingBack(ProcessID pid) const;
 

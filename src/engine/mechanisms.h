@@ -56,6 +56,9 @@ class Mechanisms {
   // a failed raise is only logged.
   Task<> reveal(const TabItem& tab);
 
+  // Raises the window and activates its application; a failed raise is only logged.
+  Task<> bringToFront(const TargetWindow& window);
+
   // Undoes it on the calling thread, without raise and activation; the answer tells whether the
   // application answered within `timeout`.
   std::expected<void, AXError> revealBlocking(const TabItem& tab, Seconds timeout);
@@ -73,7 +76,6 @@ class Mechanisms {
   Task<> moveHome(const TabItem& tab);
   Task<> unminimize(const TargetWindow& window);
   Task<> unminimizeIfNeeded(const TargetWindow& window);
-  Task<> bringToFront(const TargetWindow& window);
 
   Surroundings around_;
 };

@@ -149,6 +149,7 @@ class PellowController {
   LateMinimizes lateMinimizes_;
   Flights flights_;
   Mechanisms mechanisms_;
+  FocusHandover focus_;
   Snapshots snapshots_;
   TabUpkeep upkeep_;
   Departures departures_;

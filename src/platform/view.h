@@ -95,10 +95,15 @@ struct DragActions {
 // lacks goes to the view it stands on.
 struct ViewActions {
   std::function<void()> onClick;  // pressed and released inside, without a drag
-  // Views are left from the inside out, then entered from the outside in.
+
+  // Views are left from the inside out, then others are entered. Not while a drag runs; a view that
+  // is taken away is not told.
   std::function<void(bool inside)> onHoverChanged;
+
   DragActions drag;
-  std::function<Menu()> contextMenu;  // asked for at every secondary click
+
+  // Asked for at every secondary click, unless the primary button is down.
+  std::function<Menu()> contextMenu;
 };
 
 struct View {

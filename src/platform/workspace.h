@@ -26,6 +26,14 @@ struct RunningApplication {
   ActivationPolicy activationPolicy = ActivationPolicy::regular;
 };
 
+// An ordinary window, of whatever process.
+struct WindowOnScreen {
+  ProcessID owner = 0;
+  QuartzRect frame;
+
+  bool operator==(const WindowOnScreen&) const = default;
+};
+
 // The running applications. Main thread unless told otherwise.
 class Workspace {
  public:
@@ -50,6 +58,17 @@ class Workspace {
   // Asks to make the application active, its front window in front; false when it is not running.
   // The system may take this as a mere wish; writing `frontmost` of its element is stronger.
   virtual bool activate(ProcessID pid) = 0;
+
+  // Gives the keyboard to the desktop: no window has it until the user turns to one.
+  virtual void activateDesktop() = 0;
+
+  // The windows of this Space that are neither minimized nor hidden, front to back; those that lie
+  // outside of all displays count.
+  virtual std::vector<WindowOnScreen> windowsOnScreen() = 0;
+
+  // Whether the desktop keeps windows on its displays, wherever they are asked to go. It may come to
+  // do so, or no longer.
+  virtual bool keepsWindowsOnDisplays() = 0;
 
   // Whether the application may have windows on Spaces that are not shown: its `windows` attribute
   // leaves those out.

@@ -51,19 +51,13 @@ View view(std::string key, ViewRect frame, ViewActions actions = {}) {
 // A panel of 200 by 100 points whose pixels on the screen run from (100, 600) to (300, 700).
 constexpr AppKitRect place{100, 100, 200, 100};
 
-TEST_F(QtPanelsTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfThePanel) {
+TEST_F(QtPanelsTest, ADragGoesOnBesideThePanelAndEndsWhenItIsHidden) {
   auto root = view("root", {0, 0, 200, 100}, {.onClick = note("click"), .drag = noteDrag("drag")});
-  root.children.push_back(
-      view("right half", {100, 0, 100, 100}, {.onHoverChanged = noteHover("half")}));
-  const auto panel = show("pellow-strip", root, place);
+  auto panel = show("pellow-strip", root, place);
   desktop.movePointer(199, 650);
   desktop.press();
-  desktop.movePointer(201, 650);
-  EXPECT_TRUE(hears({"into half"})) << "two points are no drag";
   desktop.movePointer(202, 651);
   EXPECT_TRUE(hears({"drag began", "drag by 3 -1"}));
-
-  panel->setContent(view("root", {0, 0, 200, 100}, {.drag = noteDrag("another")}));
   desktop.movePointer(700, 300);
   EXPECT_TRUE(hears({"drag by 501 350"}));
   panel->setFrame({500, 400, 200, 100});
@@ -71,6 +65,10 @@ TEST_F(QtPanelsTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfThePan
   EXPECT_TRUE(hears({"drag ended"}));
 
   panel->setFrame(place);
+  root.actions.drag.onEnded = [&] {
+    heard.push_back("ended");
+    panel.reset();
+  };
   panel->setContent(root);
   ASSERT_TRUE(until([&] { return desktop.content(shown("pellow-strip")).x == 100; }));
   desktop.movePointer(150, 640);
@@ -81,8 +79,26 @@ TEST_F(QtPanelsTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfThePan
   desktop.movePointer(160, 640);
   EXPECT_TRUE(hears({"drag began", "drag by 10 0"}));
   panel->orderOut();
-  EXPECT_TRUE(hears({"drag ended"})) << "nothing of it comes to a window that is not shown";
+  EXPECT_TRUE(hears({"ended"})) << "nothing of it comes to a window that is not shown";
   desktop.release();
+}
+
+TEST_F(QtPanelsTest, ThePointerMeetsViewsWhereTheyAreDrawn) {
+  auto root = view("root", {0, 0, 200, 100});
+  root.children.push_back(
+      view("upright", {70, 40, 60, 20}, {.onHoverChanged = noteHover("upright")}));
+  root.children[0].look.rotation = 90;
+  const auto panel = show("pellow-strip", root, place);
+  desktop.movePointer(175, 650);
+  desktop.movePointer(200, 625);
+  EXPECT_TRUE(hears({"into upright"}));
+  // Half as large, the content is drawn half as large: up to 15 pixels above and below (150, 675).
+  panel->setFrame({100, 100, 100, 50});
+  EXPECT_TRUE(hears({"out of upright"}));
+  desktop.movePointer(150, 662);
+  EXPECT_TRUE(hears({"into upright"}));
+  desktop.movePointer(157, 675);
+  EXPECT_TRUE(hears({"out of upright"}));
 }
 
 TEST_F(QtPanelsTest, HoverSurvivesAnotherContent) {

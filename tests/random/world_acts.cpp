@@ -376,7 +376,7 @@ std::string World::clickTab(int which) {
   for (const auto* panel : desktop_->panels().visible("pellow-strip"))
     if (const auto* block = panel->view("tabs"))
       for (const auto& tab : block->children)
-        tabs.emplace_back("tabs/" + tab.key, tab.look.accessibleName);
+        tabs.emplace_back("tabs/" + tab->key, tab->look.accessibleName);
   if (tabs.empty()) return "";
   const auto& [path, name] = pick(tabs, which);
   desktop_->panels().clickView("pellow-strip", path);

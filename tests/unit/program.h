@@ -43,7 +43,7 @@ class Program {
   std::vector<std::string> tabs() const {
     std::vector<std::string> names;
     const auto* const block = desktop_.panels().visible("pellow-strip").at(0)->view("tabs");
-    for (const auto& tab : block->children) names.push_back(tab.look.accessibleName);
+    for (const auto& tab : block->children) names.push_back(tab->look.accessibleName);
     return names;
   }
 

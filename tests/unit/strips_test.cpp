@@ -30,8 +30,8 @@ class Strips : public testing::Test {
     notifications.post(Preferences::didChange);
   }
   // As they are shown now, and in the next frame of the display.
-  const View& shownTabs() { return *desktop.panels().panel("pellow-strip").view("tabs"); }
-  const View& tabs() {
+  const ViewNode& shownTabs() { return *desktop.panels().panel("pellow-strip").view("tabs"); }
+  const ViewNode& tabs() {
     desktop.run(0.02);
     return shownTabs();
   }
@@ -61,13 +61,13 @@ TEST_F(Strips, TabsFollowTheStore) {
   store.add(second);
   EXPECT_EQ(shownTabs().children.size(), 1) << "not twice in one frame";
   ASSERT_EQ(tabs().children.size(), 2);
-  EXPECT_EQ(tabs().children[0].look.accessibleName, "First");
-  EXPECT_GT(tabs().children[0].frame.minY(), tabs().children[1].frame.minY());
-  EXPECT_EQ(tabs().children[0].frame.size, (Size{34, 34}));
+  EXPECT_EQ(tabs().children[0]->look.accessibleName, "First");
+  EXPECT_GT(tabs().children[0]->frame.minY(), tabs().children[1]->frame.minY());
+  EXPECT_EQ(tabs().children[0]->frame.size, (Size{34, 34}));
 
   // Where a tab is, and where the next one would be, told without looking at the panel.
   const auto panel = desktop.panels().panel("pellow-strip").frame();
-  const auto shown = tabs().children[1].frame;
+  const auto shown = tabs().children[1]->frame;
   EXPECT_EQ(strips.frame(second.id),
             AppKitRect(panel.minX() + shown.minX(), panel.minY() + shown.minY(), 34, 34));
   const auto projected = strips.projectedTabFrame(zones.defaultZone().id);
@@ -95,7 +95,7 @@ TEST_F(Strips, SizesAndTitlesAreTheTabsOwnThenTheZonesThenThePreferences) {
   store.add(own);
   store.add(plain);
   prefer("tabSize", 500.0);
-  EXPECT_EQ(tabs().children[0].frame.width(), 72);
+  EXPECT_EQ(tabs().children[0]->frame.width(), 72);
   auto zone = zones.defaultZone();
   zone.tabSize = 50;
   zone.showsName = true;
@@ -103,8 +103,8 @@ TEST_F(Strips, SizesAndTitlesAreTheTabsOwnThenTheZonesThenThePreferences) {
   zones.update(zone);
   store.setSize(40, std::vector{own.id});
   store.setShowsTitle(true, std::vector{own.id});
-  EXPECT_NEAR(tabs().children[0].frame.width(), 5.3 * 40, 1e-9);
-  EXPECT_EQ(tabs().children[1].frame.size, (Size{50, 50}));
+  EXPECT_NEAR(tabs().children[0]->frame.width(), 5.3 * 40, 1e-9);
+  EXPECT_EQ(tabs().children[1]->frame.size, (Size{50, 50}));
 
   const auto& panel = desktop.panels().panel("pellow-strip");
   EXPECT_EQ(panel.view("name")->look.rotation, 90);
@@ -135,8 +135,8 @@ TEST_F(Strips, TabsOfOneApplicationShareAnEntryWhereApplicationsArePellowedWhole
     EXPECT_TRUE(entries[0].isPinned);
     EXPECT_FALSE(entries[1].isPinned);
     EXPECT_EQ(strips.frame(store.tabs()[0].id), strips.frame(store.tabs()[2].id));
-    const auto& view = tabs().children[0];
-    EXPECT_EQ(std::get<Label>(view.children.back().children[0].look.content).text, "2");
+    const auto& view = *tabs().children[0];
+    EXPECT_EQ(std::get<Label>(view.children.back()->children[0]->look.content).text, "2");
     prefer(key, key == std::string("mechanism") ? "offscreen" : "window");
     EXPECT_EQ(strips.entries(zones.defaultZone().id).size(), 3);
   }

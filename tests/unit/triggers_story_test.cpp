@@ -202,7 +202,7 @@ TEST_F(TriggersStory, ABatchIsNotDisturbedByItsOwnActivations) {
 
       slow.answersAfter(2);
       const auto& strip = desk.panels().panel("pellow-strip");
-      desk.pointer().click(strip.centre("tabs/" + strip.view("tabs")->children.front().key));
+      desk.pointer().click(strip.centre("tabs/" + strip.view("tabs")->children.front()->key));
       desk.run(tooEarly ? suppressed - 0.1 : suppressed + 0.1);
       other.activate();
       desk.runUntilQuiet();

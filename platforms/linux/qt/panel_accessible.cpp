@@ -41,7 +41,7 @@ class AccessibleView final : public QAccessibleInterface, public QAccessibleActi
 
   QRect rect() const override {
     if (!isValid()) return {};
-    return canvas_->areaOf(node_.lock()).translated(canvas_->mapToGlobal(QPoint(0, 0)));
+    return canvas_->areaOf(*node_.lock()).translated(canvas_->mapToGlobal(QPoint(0, 0)));
   }
 
   QAccessible::Role role() const override {
@@ -97,7 +97,7 @@ class AccessiblePanel final : public QAccessibleWidget {
 
   QAccessibleInterface* childAt(int x, int y) const override {
     QAccessibleInterface* found = nullptr;
-    for (const auto& node : canvas_->tree().at(canvas_->mapFromGlobal(QPoint(x, y))))
+    for (const auto& node : canvas_->nodesAt(canvas_->mapFromGlobal(QPoint(x, y))))
       if (!node->look.accessibleName.empty()) found = viewOf(node);
     return found;
   }
@@ -113,7 +113,7 @@ class AccessiblePanel final : public QAccessibleWidget {
 
   std::vector<std::shared_ptr<ViewNode>> named() const {
     std::vector<std::shared_ptr<ViewNode>> nodes;
-    canvas_->tree().visit([&](const auto& node, const QTransform&) {
+    canvas_->tree().visit([&](const auto& node, const ViewTransform&) {
       if (!node->look.accessibleName.empty()) nodes.push_back(node);
     });
     return nodes;

@@ -12,22 +12,19 @@
 #include <QPainter>
 #include <QTimerEvent>
 #include <QToolTip>
-#include <algorithm>
-#include <cmath>
+#include <optional>
 #include <utility>
 
 #include "platforms/linux/qt/display_text.h"
 #include "platforms/linux/qt/qt_menu.h"
 #include "platforms/linux/qt/screen_geometry.h"
+#include "platforms/linux/qt/view_geometry.h"
 #include "platforms/linux/qt/view_painter.h"
 
 namespace pellow {
 namespace {
 
-constexpr double fadeIn = 0.06;      // seconds
-constexpr double fadeOut = 0.15;     // seconds
-constexpr int frameInterval = 16;    // milliseconds
-constexpr double dragThreshold = 3;  // points
+constexpr int frameInterval = 16;  // milliseconds
 
 QRegion regionOf(const std::vector<PanelCanvas::Corners>& backdrops, QSize size) {
   QBitmap shape(size);
@@ -40,17 +37,10 @@ QRegion regionOf(const std::vector<PanelCanvas::Corners>& backdrops, QSize size)
   return QRegion(shape);
 }
 
-bool contains(const std::vector<std::shared_ptr<ViewNode>>& nodes,
-              const std::shared_ptr<ViewNode>& node) {
-  return std::ranges::find(nodes, node) != nodes.end();
-}
-
-// The innermost node at a point for which `has` holds; empty when there is none.
-template <class Has>
-std::shared_ptr<ViewNode> innermost(const std::vector<std::shared_ptr<ViewNode>>& nodes, Has has) {
-  const auto found = std::ranges::find_if(nodes.rbegin(), nodes.rend(),
-                                          [&](const auto& node) { return has(*node); });
-  return found == nodes.rend() ? nullptr : *found;
+// In points, from the corner of the X screen, with y up.
+AppKitPoint onScreen(const QMouseEvent& event, double scale) {
+  const auto pixels = toPixels(event.globalPosition());
+  return {pixels.x() / scale, -pixels.y() / scale};
 }
 
 }  // namespace
@@ -66,17 +56,14 @@ PanelCanvas::PanelCanvas(const std::string& name, PictureSource& pictures, const
   setFocusPolicy(Qt::NoFocus);
   setMouseTracking(true);
   setWindowTitle(QString::fromStdString(name));
+  pointer_.onNeedsDisplay = [this](const auto& area) { update(toPanel(area).toAlignedRect()); };
+  pointer_.onHighlightsBegin = [this] { beginHighlights(); };
   chooseMaterial();
 }
 
 void PanelCanvas::setContent(View root) {
-  constexpr std::size_t manyParts = 64;
   const auto parts = tree_.update(std::move(root));
-  if (parts.size() > manyParts) {
-    update();
-  } else {
-    for (const auto& part : parts) update(part.toAlignedRect().adjusted(-1, -1, 1, 1));
-  }
+  for (const auto& part : parts) update(toPanel(part).toAlignedRect().adjusted(-1, -1, 1, 1));
   if (parts.empty()) return;
   shape();
   if (underMouse()) lookForPointerSoon();
@@ -99,9 +86,9 @@ void PanelCanvas::setIgnoresMouseEvents(bool ignores) {
 }
 
 void PanelCanvas::giveUp() {
-  givenUp_ = true;
+  pointer_.giveUp();
   hide();
-  if (runningCallbacks_ > 0) return deleteLater();
+  if (pointer_.isCallingBack()) return deleteLater();
   delete this;
 }
 
@@ -121,24 +108,23 @@ void PanelCanvas::shape() {
 // The backdrops (the panel's content, or directly inside it) and a flying picture.
 std::vector<PanelCanvas::Corners> PanelCanvas::solidParts() const {
   std::vector<Corners> corners;
-  const auto add = [&, toSize = scaleToSize()](const ViewNode& node, QPointF origin) {
+  const auto add = [&](const ViewNode& node, const ViewRect& area) {
     const auto& look = node.look;
     const bool isRoundPicture =
         std::holds_alternative<Picture>(look.content) && look.cornerRadius > 0;
     if (isRoundPicture || std::holds_alternative<Backdrop>(look.content))
-      corners.push_back({toSize.mapRect(node.bounds().translated(origin)), look.cornerRadius});
+      corners.push_back({toPanel(area), look.cornerRadius});
   };
   const auto& root = tree_.root();
   if (!root) return corners;
-  add(*root, {});
-  for (const auto& child : root->children)
-    add(*child, {child->frame.minX(), root->frame.height() - child->frame.maxY()});
+  add(*root, root->bounds());
+  for (const auto& child : root->children) add(*child, child->frame);
   return corners;
 }
 
 void PanelCanvas::chooseMaterial() {
   material_ = Material::of(palette(), translucent_);
-  tree_.visit([](const auto& node, const auto&) { node->drawing.pixmap = {}; });
+  tree_.visit([](const auto& node, const auto&) { node->lookChanged(); });
   update();
 }
 
@@ -153,9 +139,9 @@ bool PanelCanvas::event(QEvent* event) {
 
 void PanelCanvas::showTooltip(QPoint point, QPoint onScreen) {
   const auto node =
-      innermost(tree_.at(point), [](const auto& each) { return !each.look.tooltip.empty(); });
+      innermost(nodesAt(point), [](const auto& each) { return !each.look.tooltip.empty(); });
   if (!node) return QToolTip::hideText();
-  QToolTip::showText(onScreen, toolTipText(node->look.tooltip), this, areaOf(node));
+  QToolTip::showText(onScreen, toolTipText(node->look.tooltip), this, areaOf(*node));
 }
 
 void PanelCanvas::paintEvent(QPaintEvent* event) {
@@ -166,23 +152,40 @@ void PanelCanvas::paintEvent(QPaintEvent* event) {
     painter.fillRect(event->rect(), material_.rim);
   }
   const auto damaged = QRectF(event->rect());
-  const auto toPanelSize = scaleToSize();
-  const bool presses = pressed_ && pressed_->isHovered;
+  const auto [x, y] = stretch();
+  const auto toSize = QTransform::fromScale(x, y);
   ViewPainter views(painter, material_, pictures_, devicePixelRatioF());
-  tree_.visit([&](const std::shared_ptr<ViewNode>& node, const QTransform& inContent) {
-    const auto toPanel = inContent * toPanelSize;
-    if (!toPanel.mapRect(node->extent()).intersects(damaged)) return;
-    views.draw(*node, toPanel, presses && node == pressed_);
+  tree_.visit([&, height = contentHeight()](const std::shared_ptr<ViewNode>& node,
+                                            const ViewTransform& toContent) {
+    const auto transform = toQt(toContent, *node, height) * toSize;
+    if (!transform.mapRect(extentOf(*node)).intersects(damaged)) return;
+    views.draw(*node, transform, pointer_.isPressing(*node));
   });
 }
 
-// From the content's size to the panel's, which may be changing.
-QTransform PanelCanvas::scaleToSize() const {
+double PanelCanvas::contentHeight() const {
   const auto& root = tree_.root();
-  if (!root) return {};
-  const QSizeF size(root->frame.width(), root->frame.height());
-  if (size.isEmpty() || size.toSize() == this->size()) return {};
-  return QTransform::fromScale(width() / size.width(), height() / size.height());
+  return root ? root->frame.height() : 0;
+}
+
+// From the content's size to the panel's, which may be changing.
+Stretch PanelCanvas::stretch() const {
+  return tree_.stretchTo({double(width()), double(height())});
+}
+
+ViewPoint PanelCanvas::toContent(QPointF point) const {
+  const auto [x, y] = stretch();
+  return {point.x() / x, contentHeight() - point.y() / y};
+}
+
+QRectF PanelCanvas::toPanel(const ViewRect& inContent) const {
+  const auto [x, y] = stretch();
+  return QTransform::fromScale(x, y).mapRect(toQt(inContent, contentHeight()));
+}
+
+QRect PanelCanvas::areaOf(const ViewNode& node) const {
+  const auto area = tree_.areaOf(node);
+  return area ? toPanel(*area).toAlignedRect() : QRect();
 }
 
 void PanelCanvas::resizeEvent(QResizeEvent*) {
@@ -200,102 +203,38 @@ void PanelCanvas::changeEvent(QEvent* event) {
 void PanelCanvas::closeEvent(QCloseEvent* event) { event->ignore(); }
 
 // A hidden window hears no more of a drag.
-void PanelCanvas::hideEvent(QHideEvent*) {
-  pressed_.reset();
-  endDrag();
-}
+void PanelCanvas::hideEvent(QHideEvent*) { pointer_.endPress(); }
 
 void PanelCanvas::mousePressEvent(QMouseEvent* event) {
-  if (event->button() == Qt::RightButton && !drag_)
+  if (event->button() == Qt::RightButton)
     return showContextMenu(event->position(), event->globalPosition().toPoint());
-  if (event->button() != Qt::LeftButton) return;
-  const auto nodes = tree_.at(event->position());
-  if (auto node = innermost(nodes, [](const auto& each) { return bool(each.actions.onClick); }))
-    press(std::move(node));
-  if (const auto node = innermost(nodes, [](const auto& each) { return bool(each.actions.drag); }))
-    drag_ = Drag{node->actions.drag, toPixels(event->globalPosition())};
+  if (event->button() == Qt::LeftButton)
+    pointer_.pressed(toContent(event->position()), onScreen(*event, devicePixelRatioF()));
 }
 
 void PanelCanvas::mouseMoveEvent(QMouseEvent* event) {
-  if (drag_) dragTo(event->globalPosition());
-  if (!isDragging()) pointerIsAt(event->position());
+  pointer_.moved(toContent(event->position()), onScreen(*event, devicePixelRatioF()));
 }
 
 void PanelCanvas::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
-  if (isDragging()) {
-    endDrag();
-    return lookForPointerSoon();
-  }
-  drag_.reset();
-  const auto node = pressed_;
-  press(nullptr);
-  if (node && contains(tree_.at(event->position()), node)) click(*node);
-}
-
-void PanelCanvas::dragTo(QPointF onScreen) {
-  const auto moved = (toPixels(onScreen) - drag_->from) / devicePixelRatioF();
-  const auto actions = drag_->actions;
-  if (!drag_->hasBegun) {
-    if (std::hypot(moved.x(), moved.y()) < dragThreshold) return;
-    drag_->hasBegun = true;
-    press(nullptr);
-    QToolTip::hideText();
-    call(actions.onBegan);
-  }
-  if (!drag_ || !actions.onDragged) return;
-  call([&] { actions.onDragged({moved.x(), -moved.y()}); });
-}
-
-void PanelCanvas::endDrag() {
-  const auto drag = std::exchange(drag_, std::nullopt);
-  if (drag && drag->hasBegun) call(drag->actions.onEnded);
+  if (pointer_.isDragging()) lookForPointerSoon();
+  pointer_.released(toContent(event->position()));
 }
 
 void PanelCanvas::showContextMenu(QPointF point, QPoint onScreen) {
-  const auto node =
-      innermost(tree_.at(point), [](const auto& each) { return bool(each.actions.contextMenu); });
-  if (!node) return;
-  Menu menu;
-  call([&menu, contextMenu = node->actions.contextMenu] { menu = contextMenu(); });
-  if (givenUp_ || menu.items.empty()) return;
+  const auto menu = pointer_.contextMenuAt(toContent(point));
+  if (!menu) return;
   QToolTip::hideText();
-  const auto choose = [this](const auto& onChosen) { call(onChosen); };
-  auto* const shown = makeMenu(menu, {.owner = *this, .hints = hints_, .choose = choose});
+  const auto choose = [this](const auto& onChosen) { pointer_.call(onChosen); };
+  auto* const shown = makeMenu(*menu, {.owner = *this, .hints = hints_, .choose = choose});
   connect(shown, &QMenu::aboutToHide, this, [this] { lookForPointerSoon(); });
   shown->popup(onScreen);
 }
 
-void PanelCanvas::press(std::shared_ptr<ViewNode> node) {
-  const auto before = std::exchange(pressed_, std::move(node));
-  for (const auto& changed : {before, pressed_}) update(areaOf(changed));
-}
+void PanelCanvas::enterEvent(QEnterEvent* event) { pointer_.isAt(toContent(event->position())); }
 
-QRect PanelCanvas::areaOf(const std::shared_ptr<ViewNode>& node) const {
-  QRect area;
-  tree_.visit([&](const auto& other, const QTransform& toPanel) {
-    if (other == node) area = toPanel.mapRect(other->bounds()).toAlignedRect();
-  });
-  return area;
-}
-
-void PanelCanvas::click(const ViewNode& node) { call(node.actions.onClick); }
-
-void PanelCanvas::call(const std::function<void()>& callback) {
-  if (givenUp_ || !callback) return;
-  const auto kept = callback;  // it may replace its own view
-  ++runningCallbacks_;
-  kept();
-  --runningCallbacks_;
-}
-
-void PanelCanvas::enterEvent(QEnterEvent* event) {
-  if (!isDragging()) pointerIsAt(event->position());
-}
-
-void PanelCanvas::leaveEvent(QEvent*) {
-  if (!isDragging()) pointerIsAt(std::nullopt);
-}
+void PanelCanvas::leaveEvent(QEvent*) { pointer_.isAt(std::nullopt); }
 
 void PanelCanvas::lookForPointerSoon() {
   if (std::exchange(willLookForPointer_, true)) return;
@@ -304,58 +243,21 @@ void PanelCanvas::lookForPointerSoon() {
 
 void PanelCanvas::lookForPointer() {
   willLookForPointer_ = false;
-  if (isDragging()) return;
   const auto point = mapFromGlobal(QPointF(QCursor::pos()));
   const bool inside = isVisible() && QRectF(rect()).contains(point) && underMouse();
-  pointerIsAt(inside ? std::optional(point) : std::nullopt);
+  pointer_.isAt(inside ? std::optional(toContent(point)) : std::nullopt);
 }
 
-void PanelCanvas::pointerIsAt(std::optional<QPointF> point) {
-  const auto now = point ? tree_.at(*point) : std::vector<std::shared_ptr<ViewNode>>();
-  std::vector<std::weak_ptr<ViewNode>> left;
-  std::vector<std::weak_ptr<ViewNode>> entered;
-  tree_.visit([&](const std::shared_ptr<ViewNode>& node, const QTransform&) {
-    const bool inside = contains(now, node);
-    if (inside != node->isHovered) (inside ? entered : left).push_back(node);
-  });
-  if (left.empty() && entered.empty()) return;
-  std::ranges::reverse(left);  // from the inside out
-  for (const auto& node : left) node.lock()->isHovered = false;
-  for (const auto& node : entered) node.lock()->isHovered = true;
-  if (!highlightTimer_.isActive()) {
-    highlightClock_.start();
-    highlightTimer_.start(frameInterval, Qt::PreciseTimer, this);
-  }
-  ++runningCallbacks_;
-  tellHover(left, false);
-  tellHover(entered, true);
-  --runningCallbacks_;
-}
-
-void PanelCanvas::tellHover(const std::vector<std::weak_ptr<ViewNode>>& nodes, bool inside) {
-  for (const auto& weak : nodes) {
-    const auto node = weak.lock();
-    if (!node || !node->actions.onHoverChanged) continue;
-    call([callback = node->actions.onHoverChanged, inside] { callback(inside); });
-  }
+void PanelCanvas::beginHighlights() {
+  if (highlightTimer_.isActive()) return;
+  highlightClock_.start();
+  highlightTimer_.start(frameInterval, Qt::PreciseTimer, this);
 }
 
 void PanelCanvas::timerEvent(QTimerEvent* event) {
-  if (event->timerId() == highlightTimer_.timerId()) advanceHighlights();
-}
-
-void PanelCanvas::advanceHighlights() {
+  if (event->timerId() != highlightTimer_.timerId()) return;
   const double elapsed = static_cast<double>(highlightClock_.restart()) / 1000;
-  bool goesOn = false;
-  tree_.visit([&](const std::shared_ptr<ViewNode>& node, const QTransform& toPanel) {
-    const double goal = node->isHovered ? 1 : 0;
-    if (!node->look.highlightsOnHover || node->highlight == goal) return;
-    const double step = node->isHovered ? elapsed / fadeIn : -elapsed / fadeOut;
-    node->highlight = std::clamp(node->highlight + step, 0.0, 1.0);
-    goesOn = goesOn || node->highlight != goal;
-    update(toPanel.mapRect(node->bounds()).toAlignedRect());
-  });
-  if (!goesOn) highlightTimer_.stop();
+  if (!pointer_.advanceHighlights(elapsed)) highlightTimer_.stop();
 }
 
 }  // namespace pellow

@@ -3,17 +3,15 @@
 #include <QBasicTimer>
 #include <QElapsedTimer>
 #include <QWidget>
-#include <functional>
-#include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/view.h"
 #include "platforms/linux/qt/material.h"
 #include "platforms/linux/qt/picture_source.h"
-#include "platforms/linux/qt/view_tree.h"
 #include "platforms/linux/qt/window_hints.h"
+#include "views/panel_pointer.h"
+#include "views/view_tree.h"
 
 namespace pellow {
 
@@ -46,12 +44,13 @@ class PanelCanvas final : public QWidget {
   void giveUp();
 
   const ViewTree& tree() const { return tree_; }
+  ViewTree::Nodes nodesAt(QPointF point) const { return tree_.at(toContent(point)); }
 
   // Where the node is; empty when it is not in the tree.
-  QRect areaOf(const std::shared_ptr<ViewNode>& node) const;
+  QRect areaOf(const ViewNode& node) const;
 
   // What a press and release of the pointer inside the node does.
-  void click(const ViewNode& node);
+  void click(const ViewNode& node) { pointer_.click(node); }
 
  protected:
   bool event(QEvent* event) override;
@@ -69,39 +68,26 @@ class PanelCanvas final : public QWidget {
 
  private:
   void lookForPointer();
-  void pointerIsAt(std::optional<QPointF> point);
-  void tellHover(const std::vector<std::weak_ptr<ViewNode>>& nodes, bool inside);
-  void press(std::shared_ptr<ViewNode> node);
-  void dragTo(QPointF onScreen);
-  void endDrag();
-  bool isDragging() const { return drag_ && drag_->hasBegun; }
   void showContextMenu(QPointF point, QPoint onScreen);
-  void call(const std::function<void()>& callback);
   void showTooltip(QPoint point, QPoint onScreen);
-  void advanceHighlights();
+  void beginHighlights();
   void chooseMaterial();
   void shape();
-  QTransform scaleToSize() const;
+  double contentHeight() const;
+  Stretch stretch() const;
+  ViewPoint toContent(QPointF point) const;
+  QRectF toPanel(const ViewRect& inContent) const;
   std::vector<Corners> solidParts() const;
 
   PictureSource& pictures_;
   const WindowHints& hints_;
   ViewTree tree_;
+  PanelPointer pointer_{tree_};
   Material material_;
   bool translucent_ = false;
   bool ignoresMouseEvents_ = false;
   std::vector<Corners> shapedFor_;
-  bool givenUp_ = false;
-  int runningCallbacks_ = 0;
   bool willLookForPointer_ = false;
-  std::shared_ptr<ViewNode> pressed_;
-  // A press that becomes a drag once the pointer has moved far enough.
-  struct Drag {
-    DragActions actions;  // of the view that was pressed, whatever becomes of it
-    QPointF from;         // pixels of the X screen
-    bool hasBegun = false;
-  };
-  std::optional<Drag> drag_;
   QBasicTimer highlightTimer_;
   QElapsedTimer highlightClock_;
 };

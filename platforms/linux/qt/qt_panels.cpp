@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platforms/linux/qt/screen_geometry.h"
+#include "views/panel_motion.h"
 
 namespace pellow {
 namespace {
@@ -25,7 +26,9 @@ QEasingCurve curveOf(AnimationTiming timing) {
 class QtPanels::QtPanel final : public Panel {
  public:
   QtPanel(QtPanels& panels, std::string name)
-      : panels_(panels), canvas_(new PanelCanvas(name, panels.pictures_, panels.hints_)) {
+      : panels_(panels),
+        canvas_(new PanelCanvas(name, panels.pictures_, panels.hints_)),
+        motion_(panels.queue_) {
     canvas_->setTranslucent(panels_.compositor_.isRunning());
     panels_.hints_.setName(window(), name);
     panels_.hints_.makePanel(window());
@@ -33,12 +36,13 @@ class QtPanels::QtPanel final : public Panel {
     animation_.setStartValue(0.0);
     animation_.setEndValue(1.0);
     QObject::connect(&animation_, &QVariantAnimation::valueChanged, canvas_,
-                     [this](const QVariant& value) { show(between(value.toDouble())); });
-    QObject::connect(&animation_, &QVariantAnimation::finished, canvas_, [this] { arrive(); });
+                     [this](const QVariant& value) { show(motion_.advance(value.toDouble())); });
+    QObject::connect(&animation_, &QVariantAnimation::finished, canvas_,
+                     [this] { show(motion_.arrive()); });
   }
 
   ~QtPanel() override {
-    end();
+    animation_.stop();
     panels_.panels_.erase(this);
     canvas_->giveUp();
   }
@@ -46,21 +50,18 @@ class QtPanels::QtPanel final : public Panel {
   void setContent(View root) override { canvas_->setContent(std::move(root)); }
 
   void setFrame(const AppKitRect& frame) override {
-    end();
-    target_.frame = frame;
-    show(target_);
+    animation_.stop();
+    show(motion_.jump(frame));
   }
 
-  AppKitRect frame() const override { return target_.frame; }
+  AppKitRect frame() const override { return motion_.target().frame; }
 
   void animate(const AppKitRect& frame, double opacity, Seconds duration, AnimationTiming timing,
                std::function<void()> onDone) override {
-    end();
-    target_ = {frame, opacity};
-    onDone_ = std::move(onDone);
+    animation_.stop();
+    motion_.start(frame, opacity, std::move(onDone));
     const auto milliseconds = std::lround(std::max(duration, 0.0) * 1000);
-    if (milliseconds == 0) return arrive();
-    start_ = shown_;
+    if (milliseconds == 0) return show(motion_.arrive());
     prepareAnimation(static_cast<int>(milliseconds), timing);
     animation_.start();
   }
@@ -81,34 +82,23 @@ class QtPanels::QtPanel final : public Panel {
   }
 
   void orderOut() override {
-    canvas_->hide();
-    canvas_->lookForPointerSoon();
+    auto* const canvas = canvas_;  // the end of a drag may end the panel
+    canvas->lookForPointerSoon();
+    canvas->hide();
   }
 
   bool isVisible() const override { return canvas_->isVisible(); }
 
   xcb_window_t window() const { return static_cast<xcb_window_t>(canvas_->winId()); }
 
+  bool meets(const PanelCanvas& other) const {
+    return canvas_ != &other && canvas_->geometry().intersects(other.geometry());
+  }
+
   void compositorChanged() { canvas_->setTranslucent(panels_.compositor_.isRunning()); }
 
  private:
-  // Where the panel is and how much of it is to be seen.
-  struct Look {
-    AppKitRect frame;
-    double opacity = 1;
-  };
-
-  Look between(double progress) const {
-    const auto blend = [&](double from, double to) { return from + (to - from) * progress; };
-    const auto& from = start_.frame;
-    const auto& to = target_.frame;
-    return {{blend(from.minX(), to.minX()), blend(from.minY(), to.minY()),
-             blend(from.width(), to.width()), blend(from.height(), to.height())},
-            blend(start_.opacity, target_.opacity)};
-  }
-
-  void show(const Look& look) {
-    shown_ = look;
+  void show(const PanelLook& look) {
     if (canvas_->windowOpacity() != look.opacity) canvas_->setWindowOpacity(look.opacity);
     const auto geometry = toQt(panels_.toPixels_(look.frame));
     if (geometry == canvas_->geometry()) return;
@@ -123,26 +113,10 @@ class QtPanels::QtPanel final : public Panel {
     animation_.setEasingCurve(curveOf(timing));
   }
 
-  void arrive() {
-    show(target_);
-    if (onDone_) done_ = panels_.queue_.async(std::exchange(onDone_, nullptr));
-  }
-
-  // Whatever is under way is cut short.
-  void end() {
-    animation_.stop();
-    onDone_ = nullptr;
-    done_.cancel();
-  }
-
   QtPanels& panels_;
   PanelCanvas* canvas_;  // deletes itself when it has been given up
-  Look start_;
-  Look shown_;
-  Look target_;
+  PanelMotion motion_;
   QVariantAnimation animation_;
-  std::function<void()> onDone_;  // of the running animation
-  Subscription done_;             // of the one that is done
   PanelLevel level_ = PanelLevel::statusWindow;
 };
 
@@ -155,11 +129,13 @@ QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels)
 
 QtPanels::~QtPanels() = default;
 
-// To raise one window, a window manager reorders all of them, and there may be hundreds.
+// To raise one window, a window manager reorders all of them, and there may be hundreds. Panels that
+// do not meet may stand in any order.
 void QtPanels::raise(PanelCanvas& canvas) {
-  std::set<xcb_window_t> own;
-  for (const auto* const panel : panels_) own.insert(panel->window());
-  if (!hints_.isInFront(static_cast<xcb_window_t>(canvas.winId()), own)) canvas.raise();
+  std::set<xcb_window_t> elsewhere;
+  for (const auto* const panel : panels_)
+    if (!panel->meets(canvas)) elsewhere.insert(panel->window());
+  if (!hints_.isInFront(static_cast<xcb_window_t>(canvas.winId()), elsewhere)) canvas.raise();
 }
 
 std::unique_ptr<Panel> QtPanels::makePanel(std::string name, WindowShadow) {

@@ -8,11 +8,25 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <numbers>
 #include <vector>
 
+#include "platforms/linux/qt/view_geometry.h"
+
 namespace pellow {
 namespace {
+
+// What takes long to draw, as last drawn; empty when it must be drawn anew.
+struct Drawing final : ViewNode::NativePart {
+  std::shared_ptr<const PictureSource::Scaled> picture;
+  QPixmap pixmap;
+
+  void lookChanged() override {
+    picture.reset();
+    pixmap = {};
+  }
+};
 
 QFont fontOf(const Label& label) {
   auto font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
@@ -96,7 +110,7 @@ void ViewPainter::drawContent(ViewNode& node) {
   if (const auto* fill = std::get_if<Fill>(&content)) {
     painter_.setPen(Qt::NoPen);
     painter_.setBrush(material_.colour(fill->paint));
-    drawRounded(node.bounds(), node.look.cornerRadius);
+    drawRounded(boundsOf(node), node.look.cornerRadius);
   }
 }
 
@@ -116,10 +130,10 @@ void ViewPainter::drawRounded(const QPixmap& pixmap, const QRectF& area, double 
 }
 
 void ViewPainter::drawPicture(ViewNode& node, const Picture& picture) {
-  const auto bounds = node.bounds();
+  const auto bounds = boundsOf(node);
   const QSize side = (bounds.size() * scale_).toSize();
   if (side.isEmpty()) return;
-  auto& shown = node.drawing.picture;
+  auto& shown = node.native<Drawing>().picture;
   if (!shown) shown = pictures_.scaled(picture.image, side);
   const QSizeF size = QSizeF(shown->pixmap.size()) / scale_;
   QPointF origin = bounds.center() - QPointF(size.width() / 2, size.height() / 2);
@@ -137,12 +151,12 @@ void ViewPainter::drawPicture(ViewNode& node, const Picture& picture) {
 void ViewPainter::drawSymbol(const ViewNode& node, const Symbol& symbol) {
   QSvgRenderer renderer(":/symbols/" + QString::fromStdString(symbol.name) + ".svg");
   renderer.setAspectRatioMode(Qt::KeepAspectRatio);
-  renderer.render(&painter_, node.bounds());
+  renderer.render(&painter_, boundsOf(node));
 }
 
 void ViewPainter::drawLabel(const ViewNode& node, const Label& label) {
   const auto font = fontOf(label);
-  const auto bounds = node.bounds();
+  const auto bounds = boundsOf(node);
   // Another application's title may hold line breaks.
   const auto text = QString::fromStdString(label.text).simplified();
   painter_.setFont(font);
@@ -157,7 +171,7 @@ void ViewPainter::drawLabel(const ViewNode& node, const Label& label) {
 void ViewPainter::drawBackdrop(const ViewNode& node) {
   const double hair = 1 / scale_;
   const double radius = node.look.cornerRadius;
-  const auto bounds = node.bounds();
+  const auto bounds = boundsOf(node);
   painter_.setPen(Qt::NoPen);
   painter_.setBrush(material_.backdrop);
   painter_.drawRoundedRect(bounds, radius, radius);
@@ -184,13 +198,13 @@ void ViewPainter::drawHighlight(const ViewNode& node, bool isPressed) {
   if (colour.alpha() == 0) return;
   painter_.setPen(Qt::NoPen);
   painter_.setBrush(colour);
-  drawRounded(node.bounds(), node.look.cornerRadius);
+  drawRounded(boundsOf(node), node.look.cornerRadius);
 }
 
 void ViewPainter::drawAsPixmap(ViewNode& node, const QTransform& toPanel) {
-  auto& pixmap = node.drawing.pixmap;
+  auto& pixmap = node.native<Drawing>().pixmap;
   if (pixmap.isNull()) pixmap = makePixmap(node, rotationOf(toPanel));
-  const auto centre = toPanel.map(node.bounds().center());
+  const auto centre = toPanel.map(boundsOf(node).center());
   const QSizeF size = QSizeF(pixmap.size()) / scale_;
   const auto corner = (centre - QPointF(size.width() / 2, size.height() / 2)) * scale_;
   const QPointF origin(std::round(corner.x()), std::round(corner.y()));
@@ -202,7 +216,7 @@ void ViewPainter::drawAsPixmap(ViewNode& node, const QTransform& toPanel) {
 QPixmap ViewPainter::makePixmap(ViewNode& node, double rotation) {
   QTransform turn;
   turn.rotate(rotation);
-  const auto extent = turn.mapRect(node.extent().translated(-node.bounds().center()));
+  const auto extent = turn.mapRect(extentOf(node).translated(-boundsOf(node).center()));
   const double reach = 2 * std::max({-extent.left(), extent.right(), -extent.top(),
                                      extent.bottom()});  // symmetric about the centre
   const int side = std::max(static_cast<int>(std::ceil(reach * scale_)), 1);
@@ -214,7 +228,7 @@ QPixmap ViewPainter::makePixmap(ViewNode& node, double rotation) {
     painter.translate(side / 2.0, side / 2.0);
     painter.scale(scale_, scale_);
     painter.rotate(rotation);
-    painter.translate(-node.bounds().center());
+    painter.translate(-boundsOf(node).center());
     ViewPainter(painter, material_, pictures_, scale_).drawContent(node);
     if (const auto* symbol = std::get_if<Symbol>(&node.look.content)) {
       painter.resetTransform();

@@ -8,7 +8,7 @@
 
 #include "platforms/linux/qt/material.h"
 #include "platforms/linux/qt/picture_source.h"
-#include "platforms/linux/qt/view_tree.h"
+#include "views/view_tree.h"
 
 namespace pellow {
 

@@ -4,8 +4,8 @@
 #include <ranges>
 #include <utility>
 
-#include "platforms/linux/x11/client_processes.h"
 #include "platforms/linux/x11/pixel_image.h"
+#include "platforms/linux/x11/windows_on_screen.h"
 
 namespace pellow {
 
@@ -88,28 +88,17 @@ Subscription X11ScreenCapture::captureImage(const ShareableWindow& window, int p
 
 std::expected<std::vector<ShareableWindow>, SystemError> X11ScreenCapture::listWindows() {
   const Deadline deadline = deadlineIn(serverPatience);
-  auto stacking = clientList(server_, server_.atoms().netClientListStacking, deadline);
-  std::ranges::reverse(stacking);
-  auto facts = lookAtAll(server_, stacking, Facet::state | Facet::frame | Facet::title, deadline);
+  const auto shown = windowsOnScreen(server_, Facet::frame | Facet::title, deadline);
   if (server_.connection().isLost())
     return std::unexpected(SystemError{"The connection to the X server is lost."});
-  const auto desktop = currentDesktop(server_, deadline);
-  std::erase_if(facts, [&](const WindowFacts& window) {
-    return !window.state.isOn(desktop) || !window.state.viewable ||
-           isIconified(server_, window.state, deadline);
-  });
-
-  std::vector<xcb_window_t> ids;
-  for (const auto& window : facts) ids.push_back(window.window);
-  const auto owners = owningProcesses(server_, ids, deadline);
   const auto layout = server_.layout();
   std::vector<ShareableWindow> windows;
-  for (std::size_t i = 0; i < facts.size(); ++i)
+  for (const auto& [window, owner] : shown)
     windows.push_back(
-        {.object = std::make_shared<X11ShareableWindow>(facts[i].window),
-         .owner = owners[i] == 0 ? std::nullopt : std::optional(owners[i]),
-         .title = facts[i].title.empty() ? std::nullopt : std::optional(facts[i].title),
-         .frame = layout.toQuartz(facts[i].frame)});
+        {.object = std::make_shared<X11ShareableWindow>(window.window),
+         .owner = owner == 0 ? std::nullopt : std::optional(owner),
+         .title = window.title.empty() ? std::nullopt : std::optional(window.title),
+         .frame = layout.toQuartz(window.frame)});
   return windows;
 }
 

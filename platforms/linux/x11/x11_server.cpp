@@ -13,7 +13,9 @@ X11Server::X11Server(std::string displayName, std::unique_ptr<X11Connection> fir
     : displayName_(std::move(displayName)),
       atoms_(X11Atoms::intern(first->raw())),
       windowManagerSelection_(
-          internAtom(first->raw(), "WM_S" + std::to_string(first->screenNumber()))) {
+          internAtom(first->raw(), "WM_S" + std::to_string(first->screenNumber()))),
+      compositorSelection_(
+          internAtom(first->raw(), "_NET_WM_CM_S" + std::to_string(first->screenNumber()))) {
   connections_.emplace(std::this_thread::get_id(), std::move(first));
 }
 
@@ -86,6 +88,19 @@ std::optional<X11Server::Reign> X11Server::reign(Deadline deadline) {
   const auto proof = own.property(*manager, atoms_.netSupportingWMCheck).collect(deadline);
   if (!proof || proof->firstWord() != manager) return std::nullopt;
   return Reign{(*owner)->owner, *manager};
+}
+
+bool X11Server::windowManagerComposites(Deadline deadline) {
+  auto& own = connection();
+  auto pendingOwner = own.pending<xcb_get_selection_owner_reply_t>(
+      xcb_get_selection_owner(own.raw(), compositorSelection_));
+  const auto check = own.property(own.root(), atoms_.netSupportingWMCheck).collect(deadline);
+  const auto owner = pendingOwner.collect(deadline);
+  const auto manager = check ? check->firstWord() : std::nullopt;
+  if (!owner || (*owner)->owner == XCB_WINDOW_NONE || !manager) return false;
+  // All windows of one client are numbered alike in the bits that the mask leaves.
+  const auto client = ~xcb_get_setup(own.raw())->resource_id_mask;
+  return ((*owner)->owner & client) == (*manager & client);
 }
 
 bool X11Server::isWindowManagerSettled(Deadline deadline) {

@@ -42,6 +42,8 @@ class X11Server {
   bool windowManagerSupports(xcb_atom_t hint) const;
   // What it calls itself, for example "Openbox"; empty when it has no name.
   std::string windowManagerName() const;
+  // Whether it paints the screen itself, and no compositor of another process or none does.
+  bool windowManagerComposites(Deadline deadline);
   // Rereads what the window manager says of itself: false when none that follows EWMH runs.
   bool readWindowManager();
 
@@ -93,6 +95,7 @@ class X11Server {
   const std::string displayName_;
   const X11Atoms atoms_;
   const xcb_atom_t windowManagerSelection_;
+  const xcb_atom_t compositorSelection_;
 
   mutable std::mutex mutex_;
   std::map<std::thread::id, std::unique_ptr<X11Connection>> connections_;

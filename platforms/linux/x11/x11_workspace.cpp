@@ -7,6 +7,8 @@
 #include "platforms/linux/system/url_opener.h"
 #include "platforms/linux/x11/application_windows.h"
 #include "platforms/linux/x11/client_processes.h"
+#include "platforms/linux/x11/window_manager_traits.h"
+#include "platforms/linux/x11/windows_on_screen.h"
 
 namespace pellow {
 
@@ -19,7 +21,8 @@ X11Workspace::X11Workspace(X11Server& server, Foreground& foreground, Iconifier&
       lifecycle_(server, pollSet),
       endWatch_(lifecycle_.onEnd([this](ProcessID pid) { faces_.forget(pid); })),
       hiding_(server, iconifier, windowEvents),
-      activation_(server, activeWindow) {}
+      activation_(server, activeWindow),
+      keyboardRest_(server) {}
 
 // A launch forgets what it knows of windows whose application does not run.
 std::vector<RunningApplication> X11Workspace::runningApplications() {
@@ -80,6 +83,21 @@ bool X11Workspace::unhide(ProcessID pid) { return hiding_.unhide(pid); }
 
 bool X11Workspace::activate(ProcessID pid) {
   return activateApplication(server_, foreground_, pid, deadlineIn(serverPatience));
+}
+
+std::vector<WindowOnScreen> X11Workspace::windowsOnScreen() {
+  const auto layout = server_.layout();
+  std::vector<WindowOnScreen> windows;
+  for (const auto& [window, owner] :
+       pellow::windowsOnScreen(server_, Facet::frame | Facet::kind, deadlineIn(serverPatience)))
+    if (owner != 0 && window.kind == WindowKind::standard)
+      windows.push_back({owner, layout.toQuartz(window.frame)});
+  return windows;
+}
+
+bool X11Workspace::keepsWindowsOnDisplays() {
+  const bool composites = server_.windowManagerComposites(deadlineIn(serverPatience));
+  return traitsOf(server_.windowManagerName(), composites).keepsWindowsOnMonitors;
 }
 
 bool X11Workspace::hasWindowsOnOtherSpaces(ProcessID pid) {

@@ -7,6 +7,7 @@
 #include "platforms/linux/x11/application_faces.h"
 #include "platforms/linux/x11/application_hiding.h"
 #include "platforms/linux/x11/application_lifecycle.h"
+#include "platforms/linux/x11/keyboard_rest.h"
 
 namespace pellow {
 
@@ -26,6 +27,9 @@ class X11Workspace : public Workspace {
   bool hide(ProcessID pid) override;
   bool unhide(ProcessID pid) override;
   bool activate(ProcessID pid) override;
+  void activateDesktop() override { keyboardRest_.take(); }
+  std::vector<WindowOnScreen> windowsOnScreen() override;
+  bool keepsWindowsOnDisplays() override;
   bool hasWindowsOnOtherSpaces(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;
@@ -51,6 +55,7 @@ class X11Workspace : public Workspace {
   Subscription endWatch_;
   ApplicationHiding hiding_;
   ApplicationActivation activation_;
+  KeyboardRest keyboardRest_;
   HandlerList<void()> spaceObservers_;
 };
 

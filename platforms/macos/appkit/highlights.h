@@ -2,30 +2,28 @@
 
 #import <Foundation/Foundation.h>
 
-#include <memory>
+#include <functional>
 
-#include "platforms/macos/appkit/view_canvas.h"
-#include "platforms/macos/appkit/view_tree.h"
+#include "platform/clock.h"
 
 namespace pellow {
 
-// Fades the highlights of a panel's views in and out. Main thread.
+// The timer by which the highlights of a panel's views fade in and out. Main thread.
 class Highlights {
  public:
-  Highlights(std::shared_ptr<const ViewTree> tree, PellowViewCanvas* canvas);
+  // `advance` is told how much time has passed, and answers whether there is more to do.
+  explicit Highlights(std::function<bool(Seconds elapsed)> advance);
   Highlights(const Highlights&) = delete;
   Highlights& operator=(const Highlights&) = delete;
   ~Highlights();
 
-  // Leads each highlight to what `isHovered` says of its view.
   void begin();
   void end();
 
  private:
-  void advance();
+  void tick();
 
-  std::shared_ptr<const ViewTree> tree_;
-  PellowViewCanvas* const canvas_;
+  std::function<bool(Seconds elapsed)> advance_;
   NSTimer* timer_ = nil;           // nil while nothing changes
   NSTimeInterval latestStep_ = 0;  // of the system's uptime
 };

@@ -8,22 +8,23 @@
 #include "platforms/macos/foundation/geometry.h"
 #include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/text.h"
+#include "views/panel_motion.h"
 
 namespace pellow {
 
 class MacPanels::MacPanel final : public Panel {
  public:
   MacPanel(MacPanels& panels, const std::string& name, WindowShadow shadow)
-      : panels_(panels),
-        panel_([[PellowPanelWindow alloc] initWithName:toNSString(name) shadow:shadow]),
-        content_([[PellowPanelContent alloc] initWithPointerMoved:panels.onPointerMoved_]) {
+      : panel_([[PellowPanelWindow alloc] initWithName:toNSString(name) shadow:shadow]),
+        content_([[PellowPanelContent alloc] initWithPointerMoved:panels.onPointerMoved_]),
+        motion_(panels.queue_) {
     panel_.contentView = content_;
-    shown_.frame = target_.frame = toAppKitRect(panel_.frame);
+    motion_.jump(toAppKitRect(panel_.frame));
   }
 
   // One of its own events may be what ends it.
   ~MacPanel() override {
-    end();
+    stopAnimation();
     [content_ giveUp];
     [panel_ orderOut:nil];
     keepUntilIdle(panel_);
@@ -32,24 +33,21 @@ class MacPanels::MacPanel final : public Panel {
   void setContent(View root) override { [content_ showViews:std::move(root)]; }
 
   void setFrame(const AppKitRect& frame) override {
-    end();
-    target_.frame = frame;
-    show(target_);
+    stopAnimation();
+    show(motion_.jump(frame));
   }
 
-  AppKitRect frame() const override { return target_.frame; }
+  AppKitRect frame() const override { return motion_.target().frame; }
 
   void animate(const AppKitRect& frame, double opacity, Seconds duration, AnimationTiming timing,
                std::function<void()> onDone) override {
-    end();
-    target_ = {frame, opacity};
-    onDone_ = std::move(onDone);
-    if (duration <= 0) return arrive();
-    start_ = shown_;
+    stopAnimation();
+    motion_.start(frame, opacity, std::move(onDone));
+    if (duration <= 0) return show(motion_.arrive());
     animation_ = [[PellowPanelAnimation alloc] initWithDuration:duration
         timing:timing
-        onStep:[this](double progress) { show(between(progress)); }
-        onArrived:[this] { arrive(); }];
+        onStep:[this](double progress) { show(motion_.advance(progress)); }
+        onArrived:[this] { show(motion_.arrive()); }];
     [animation_ startAnimation];
   }
 
@@ -76,23 +74,7 @@ class MacPanels::MacPanel final : public Panel {
   bool isVisible() const override { return panel_.visible; }
 
  private:
-  // Where the panel is and how much of it is to be seen.
-  struct Look {
-    AppKitRect frame;
-    double opacity = 1;
-  };
-
-  Look between(double progress) const {
-    const auto blend = [&](double from, double to) { return from + (to - from) * progress; };
-    const auto& from = start_.frame;
-    const auto& to = target_.frame;
-    return {{blend(from.minX(), to.minX()), blend(from.minY(), to.minY()),
-             blend(from.width(), to.width()), blend(from.height(), to.height())},
-            blend(start_.opacity, target_.opacity)};
-  }
-
-  void show(const Look& look) {
-    shown_ = look;
+  void show(const PanelLook& look) {
     if (panel_.alphaValue != look.opacity) panel_.alphaValue = look.opacity;
     const NSRect frame = toNSRect(look.frame);
     if (NSEqualRects(panel_.frame, frame)) return;
@@ -100,28 +82,15 @@ class MacPanels::MacPanel final : public Panel {
     [content_ lookForPointerSoon];
   }
 
-  void arrive() {
-    show(target_);
-    if (onDone_) done_ = panels_.queue_.async(std::exchange(onDone_, nullptr));
-  }
-
-  // Whatever is under way is cut short.
-  void end() {
+  void stopAnimation() {
     [animation_ cutShort];
     animation_ = nil;
-    onDone_ = nullptr;
-    done_.cancel();
   }
 
-  MacPanels& panels_;
   PellowPanelWindow* const panel_;
   PellowPanelContent* const content_;
-  Look start_;
-  Look shown_;
-  Look target_;
+  PanelMotion motion_;
   PellowPanelAnimation* animation_ = nil;
-  std::function<void()> onDone_;  // of the running animation
-  Subscription done_;             // of the one that is done
   bool ignoresMouseEvents_ = false;
 };
 

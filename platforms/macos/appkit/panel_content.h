@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "platform/view.h"
-#include "platforms/macos/appkit/view_tree.h"
+#include "views/view_tree.h"
 
 // The root view of a panel: keeps its views and tells them of the pointer. It finds out itself
 // which one the pointer meets, so that a drag goes on whatever becomes of the content. Main thread.

@@ -1,10 +1,7 @@
 #include "platforms/macos/appkit/panel_content.h"
 
-#include <algorithm>
-#include <cmath>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "platforms/macos/appkit/highlights.h"
 #include "platforms/macos/appkit/mac_menu.h"
@@ -12,54 +9,36 @@
 #include "platforms/macos/appkit/underlay.h"
 #include "platforms/macos/appkit/view_canvas.h"
 #include "platforms/macos/appkit/view_element.h"
+#include "platforms/macos/foundation/geometry.h"
 #include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/text.h"
+#include "views/panel_pointer.h"
 
-using pellow::DragActions;
 using pellow::Menu;
+using pellow::PanelPointer;
 using pellow::ViewNode;
+using pellow::ViewPoint;
+using pellow::ViewTransform;
 using pellow::ViewTree;
 
 namespace {
 
-constexpr double dragThreshold = 3;    // points
-constexpr std::size_t manyParts = 64;  // so many that all is drawn anew
-
-using Nodes = std::vector<std::shared_ptr<ViewNode>>;
-using WeakNodes = std::vector<std::weak_ptr<ViewNode>>;
-
-// A press that becomes a drag once the pointer has moved far enough.
-struct Drag {
-  DragActions actions;  // of the view that was pressed, whatever becomes of it
-  NSPoint from;         // on the screen
-  bool hasBegun = false;
+// What assistive programs have been given for a view.
+struct GivenElement final : ViewNode::NativePart {
+  PellowViewElement* element = nil;
 };
-
-bool contains(const Nodes& nodes, const std::shared_ptr<ViewNode>& node) {
-  return std::ranges::find(nodes, node) != nodes.end();
-}
-
-// The innermost node at a point for which `has` holds; empty when there is none.
-template <class Has>
-std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
-  const auto found =
-      std::find_if(nodes.rbegin(), nodes.rend(), [&](const auto& node) { return has(*node); });
-  return found == nodes.rend() ? nullptr : *found;
-}
 
 }  // namespace
 
 @implementation PellowPanelContent {
   std::function<void()> _onPointerMoved;
   std::shared_ptr<ViewTree> _tree;
+  std::shared_ptr<PanelPointer> _pointer;
   PellowViewCanvas* _canvas;
   std::optional<pellow::Underlay> _underlay;
   std::optional<pellow::Highlights> _highlights;
   pellow::ToolTips _toolTips;
-  bool _givenUp;
   bool _willLookForPointer;
-  std::shared_ptr<ViewNode> _pressed;
-  std::optional<Drag> _drag;
   NSMenu* _contextMenu;  // the latest: a choice may come after it has closed
 }
 
@@ -68,10 +47,16 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
   self.wantsLayer = YES;
   _onPointerMoved = std::move(onPointerMoved);
   _tree = std::make_shared<ViewTree>();
-  _canvas = [[PellowViewCanvas alloc] initWithTree:_tree];
+  _pointer = std::make_shared<PanelPointer>(*_tree);
+  _canvas = [[PellowViewCanvas alloc] initWithTree:_tree pointer:_pointer];
   [self addSubview:_canvas];
   _underlay.emplace(self, _canvas);
-  _highlights.emplace(_tree, _canvas);
+  _highlights.emplace([pointer = _pointer.get()](pellow::Seconds elapsed) {
+    return pointer->advanceHighlights(elapsed);
+  });
+  __weak PellowViewCanvas* const canvas = _canvas;
+  _pointer->onNeedsDisplay = [canvas](const auto& area) { [canvas contentNeedsDisplayIn:area]; };
+  _pointer->onHighlightsBegin = [highlights = &*_highlights] { highlights->begin(); };
   [self addTrackingArea:[[NSTrackingArea alloc]
                             initWithRect:NSZeroRect
                                  options:NSTrackingMouseEnteredAndExited | NSTrackingMouseMoved |
@@ -84,32 +69,21 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
 
 - (void)showViews:(pellow::View)root {
   const auto parts = _tree->update(std::move(root));
-  if (parts.size() > manyParts) {
-    _canvas.needsDisplay = YES;
-  } else {
-    for (const auto& part : parts) [_canvas contentNeedsDisplayIn:part];
-  }
+  for (const auto& part : parts) [_canvas contentNeedsDisplayIn:part];
   if (parts.empty()) return;
   [self arrangeContent];
   NSAccessibilityPostNotification(self, NSAccessibilityLayoutChangedNotification);
 }
 
 - (void)giveUp {
-  _givenUp = true;
-  _drag.reset();
+  _pointer->giveUp();
   _highlights->end();
   [_contextMenu cancelTracking];
 }
 
 - (void)panelWasHidden {
-  [self pressNode:nullptr];
-  [self endDrag];
   [self lookForPointerSoon];
-}
-
-// The callback may replace its own view, and itself with it.
-- (void)callBack:(const std::function<void()>&)callback {
-  if (!_givenUp && callback) pellow::runInPool(callback);
+  pellow::runInPool([&] { _pointer->endPress(); });
 }
 
 // Layout
@@ -125,21 +99,16 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
   _canvas.frame = self.bounds;
   if (const auto& root = _tree->root()) _underlay->show(*root, _canvas.stretch);
   [self.window invalidateShadow];
-  _toolTips.show(*_tree, [self toPanel], self);
+  _toolTips.show(*_tree, _canvas.stretch, self);
   [self lookForPointerSoon];
 }
 
-- (CGAffineTransform)toPanel {
-  const auto stretch = _canvas.stretch;
-  return CGAffineTransformMakeScale(stretch.x, stretch.y);
+- (ViewPoint)toContent:(NSPoint)point {
+  return _canvas.stretch.toContent(pellow::toViewPoint(point));
 }
 
-- (Nodes)nodesAt:(NSPoint)point {
-  return _tree->at(CGPointApplyAffineTransform(point, CGAffineTransformInvert([self toPanel])));
-}
-
-- (Nodes)nodesAtEvent:(NSEvent*)event {
-  return [self nodesAt:[self convertPoint:event.locationInWindow fromView:nil]];
+- (ViewPoint)pointOf:(NSEvent*)event {
+  return [self toContent:[self convertPoint:event.locationInWindow fromView:nil]];
 }
 
 // Pointer
@@ -153,33 +122,27 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
 }
 
 - (void)mouseDown:(NSEvent*)event {
-  [self endDrag];  // its end may have been lost
-  if (event.modifierFlags & NSEventModifierFlagControl) return [self showContextMenu:event];
-  const auto nodes = [self nodesAtEvent:event];
-  [self pressNode:innermost(nodes, [](const auto& each) { return bool(each.actions.onClick); })];
-  if (const auto node = innermost(nodes, [](const auto& each) { return bool(each.actions.drag); }))
-    _drag = Drag{node->actions.drag, NSEvent.mouseLocation};
+  if (event.modifierFlags & NSEventModifierFlagControl) {
+    pellow::runInPool([&] { _pointer->endPress(); });  // its release was lost
+    return [self showContextMenu:event];
+  }
+  pellow::runInPool([&] {
+    _pointer->pressed([self pointOf:event], pellow::toAppKitPoint(NSEvent.mouseLocation));
+  });
 }
 
 - (void)mouseDragged:(NSEvent*)event {
-  if (_drag) [self dragTo:NSEvent.mouseLocation];
-  if (![self dragHasBegun])
-    [self pointerIsAt:[self convertPoint:event.locationInWindow fromView:nil]];
+  pellow::runInPool(
+      [&] { _pointer->moved([self pointOf:event], pellow::toAppKitPoint(NSEvent.mouseLocation)); });
 }
 
 - (void)mouseUp:(NSEvent*)event {
-  if ([self dragHasBegun]) {
-    [self lookForPointerSoon];
-    return [self endDrag];
-  }
-  _drag.reset();
-  const auto node = _pressed;
-  [self pressNode:nullptr];
-  if (node && contains([self nodesAtEvent:event], node)) [self clickNode:node];
+  if (_pointer->isDragging()) [self lookForPointerSoon];
+  pellow::runInPool([&] { _pointer->released([self pointOf:event]); });
 }
 
 - (void)rightMouseDown:(NSEvent*)event {
-  if (!_drag) [self showContextMenu:event];
+  [self showContextMenu:event];
 }
 
 - (void)mouseEntered:(NSEvent*)event {
@@ -187,65 +150,35 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
 }
 
 - (void)mouseMoved:(NSEvent*)event {
-  [self callBack:_onPointerMoved];
-  if (![self dragHasBegun])
-    [self pointerIsAt:[self convertPoint:event.locationInWindow fromView:nil]];
+  pellow::runInPool([&] {
+    if (_pointer->call(_onPointerMoved)) _pointer->isAt([self pointOf:event]);
+  });
 }
 
 - (void)mouseExited:(NSEvent*)__unused event {
-  if (![self dragHasBegun]) [self pointerIsAt:std::nullopt];
-}
-
-- (void)pressNode:(std::shared_ptr<ViewNode>)node {
-  const auto before = std::exchange(_pressed, std::move(node));
-  _canvas.pressed = _pressed;
-  for (const auto& changed : {before, _pressed})
-    if (changed) [_canvas contentNeedsDisplayIn:_tree->areaOf(*changed)];
+  pellow::runInPool([&] { _pointer->isAt(std::nullopt); });
 }
 
 - (void)clickNode:(const std::shared_ptr<ViewNode>&)node {
-  [self callBack:node->actions.onClick];
-}
-
-// Drags
-
-- (bool)dragHasBegun {
-  return _drag && _drag->hasBegun;
-}
-
-- (void)dragTo:(NSPoint)point {
-  const pellow::AppKitVector movedBy{point.x - _drag->from.x, point.y - _drag->from.y};
-  const auto actions = _drag->actions;
-  if (!_drag->hasBegun) {
-    if (std::hypot(movedBy.dx, movedBy.dy) < dragThreshold) return;
-    _drag->hasBegun = true;
-    [self pressNode:nullptr];
-    [self callBack:actions.onBegan];
-  }
-  if (_drag && actions.onDragged) [self callBack:[&] { actions.onDragged(movedBy); }];
-}
-
-- (void)endDrag {
-  const auto drag = std::exchange(_drag, std::nullopt);
-  if (drag && drag->hasBegun) [self callBack:drag->actions.onEnded];
+  pellow::runInPool([&] { _pointer->click(*node); });
 }
 
 // Context menus
 
 - (void)showContextMenu:(NSEvent*)event {
-  const auto node = innermost([self nodesAtEvent:event],
-                              [](const auto& each) { return bool(each.actions.contextMenu); });
-  if (!node) return;
-  Menu menu;
-  [self callBack:[&menu, contextMenu = node->actions.contextMenu] { menu = contextMenu(); }];
-  if (_givenUp || menu.items.empty()) return;
-  [self pressNode:nullptr];  // the menu gets the release
+  std::optional<Menu> menu;
+  pellow::runInPool([&] { menu = _pointer->contextMenuAt([self pointOf:event]); });
+  if (!menu) return;
   __weak PellowPanelContent* const weakSelf = self;
   NSMenu* const shown =
-      pellow::makeMenu(menu, [weakSelf](const auto& chosen) { [weakSelf callBack:chosen]; });
+      pellow::makeMenu(*menu, [weakSelf](const auto& chosen) { [weakSelf callBack:chosen]; });
   _contextMenu = shown;
   [NSMenu popUpContextMenu:shown withEvent:event forView:self];
   [self lookForPointerSoon];
+}
+
+- (void)callBack:(const std::function<void()>&)chosen {
+  pellow::runInPool([&] { _pointer->call(chosen); });
 }
 
 // Hover
@@ -258,43 +191,13 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
 
 - (void)lookForPointer {
   _willLookForPointer = false;
-  if ([self dragHasBegun]) return;
   NSWindow* const window = self.window;
   const NSPoint point = [self convertPoint:window.mouseLocationOutsideOfEventStream fromView:nil];
   const bool isAbove =
-      window.visible && !window.ignoresMouseEvents && NSPointInRect(point, self.bounds);
+      window.visible && !window.ignoresMouseEvents && NSMouseInRect(point, self.bounds, NO);
   const bool inside = isAbove && [NSWindow windowNumberAtPoint:NSEvent.mouseLocation
                                      belowWindowWithWindowNumber:0] == window.windowNumber;
-  [self pointerIsAt:inside ? std::optional(point) : std::nullopt];
-}
-
-- (void)pointerIsAt:(std::optional<NSPoint>)point {
-  if (_givenUp) return;
-  WeakNodes left;
-  WeakNodes entered;
-  _tree->visit([&, now = point ? [self nodesAt:*point] : Nodes()](
-                   const std::shared_ptr<ViewNode>& node, const CGAffineTransform&) {
-    const bool inside = contains(now, node);
-    if (inside == node->isHovered) return;
-    node->isHovered = inside;
-    (inside ? entered : left).push_back(node);
-  });
-  if (left.empty() && entered.empty()) return;
-  std::ranges::reverse(left);  // from the inside out
-  _highlights->begin();
-  [self tellHover:left inside:false];
-  [self tellHover:entered inside:true];
-}
-
-// A callback may take other views away.
-- (void)tellHover:(const WeakNodes&)nodes inside:(bool)inside {
-  for (const auto& weak : nodes) {
-    const auto node = weak.lock();
-    if (!node || !node->actions.onHoverChanged) continue;
-    [self callBack:[onHoverChanged = node->actions.onHoverChanged, inside] {
-      onHoverChanged(inside);
-    }];
-  }
+  _pointer->isAt(inside ? std::optional([self toContent:point]) : std::nullopt);
 }
 
 // Tool tips
@@ -304,8 +207,8 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
     stringForToolTip:(NSToolTipTag)__unused tag
                point:(NSPoint)point
             userData:(void*)__unused data {
-  const auto node =
-      innermost([self nodesAt:point], [](const auto& each) { return !each.look.tooltip.empty(); });
+  const auto node = innermost(_tree->at([self toContent:point]),
+                              [](const auto& each) { return !each.look.tooltip.empty(); });
   return node ? pellow::toNSString(node->look.tooltip) : @"";
 }
 
@@ -321,7 +224,7 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
 
 - (NSArray*)accessibilityChildren {
   NSMutableArray* const children = [[NSMutableArray alloc] init];
-  _tree->visit([&](const auto& node, const CGAffineTransform&) {
+  _tree->visit([&](const auto& node, const ViewTransform&) {
     if (!node->look.accessibleName.empty()) [children addObject:[self elementOf:node]];
   });
   return children;
@@ -329,21 +232,21 @@ std::shared_ptr<ViewNode> innermost(const Nodes& nodes, Has has) {
 
 - (id)accessibilityHitTest:(NSPoint)onScreen {
   const NSPoint inWindow = [self.window convertPointFromScreen:onScreen];
-  const auto node = innermost([self nodesAt:[self convertPoint:inWindow fromView:nil]],
+  const auto node = innermost(_tree->at([self toContent:[self convertPoint:inWindow fromView:nil]]),
                               [](const auto& each) { return !each.look.accessibleName.empty(); });
   return node ? [self elementOf:node] : self;
 }
 
 - (id)elementOf:(const std::shared_ptr<ViewNode>&)node {
-  if (!node->accessible)
-    node->accessible = [[PellowViewElement alloc] initWithNode:node panel:self];
-  return node->accessible;
+  auto& given = node->native<GivenElement>();
+  if (!given.element) given.element = [[PellowViewElement alloc] initWithNode:node panel:self];
+  return given.element;
 }
 
 - (NSRect)frameOnScreen:(const ViewNode&)node {
-  const CGRect area = _tree->areaOf(node);
-  if (CGRectIsNull(area)) return NSZeroRect;
-  const NSRect inView = CGRectApplyAffineTransform(area, [self toPanel]);
+  const auto area = _tree->areaOf(node);
+  if (!area) return NSZeroRect;
+  const NSRect inView = pellow::toNSRect(_canvas.stretch.toPanel(*area));
   return [self.window convertRectToScreen:[self convertRect:inView toView:nil]];
 }
 

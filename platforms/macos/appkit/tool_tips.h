@@ -5,17 +5,16 @@
 #include <string>
 #include <vector>
 
-#include "platforms/macos/appkit/view_tree.h"
+#include "views/view_tree.h"
 
 namespace pellow {
 
 // Tells AppKit where a panel has tool tips; their owner answers with the texts. Main thread.
 class ToolTips {
  public:
-  // `toOwner` leads from the panel's content to the owner's coordinates. While nothing changes, a
-  // tool tip that is shown stays.
-  void show(const ViewTree& tree, const CGAffineTransform& toOwner,
-            NSView<NSViewToolTipOwner>* owner);
+  // The owner shows the tree stretched to its size. While nothing changes, a tool tip that is shown
+  // stays.
+  void show(const ViewTree& tree, Stretch stretch, NSView<NSViewToolTipOwner>* owner);
 
  private:
   struct Area {

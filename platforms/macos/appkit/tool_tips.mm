@@ -2,15 +2,16 @@
 
 #include <utility>
 
+#include "platforms/macos/foundation/geometry.h"
+
 namespace pellow {
 
-void ToolTips::show(const ViewTree& tree, const CGAffineTransform& toOwner,
-                    NSView<NSViewToolTipOwner>* owner) {
+void ToolTips::show(const ViewTree& tree, Stretch stretch, NSView<NSViewToolTipOwner>* owner) {
   std::vector<Area> areas;
-  tree.visit([&](const auto& node, const CGAffineTransform& toPanel) {
+  tree.visit([&](const auto& node, const ViewTransform& toContent) {
     if (node->look.tooltip.empty()) return;
-    const auto transform = CGAffineTransformConcat(toPanel, toOwner);
-    areas.push_back({CGRectApplyAffineTransform(node->bounds(), transform), node->look.tooltip});
+    const auto area = stretch.toPanel(toContent.map(node->bounds()));
+    areas.push_back({toNSRect(area), node->look.tooltip});
   });
   if (areas == areas_) return;
   areas_ = std::move(areas);

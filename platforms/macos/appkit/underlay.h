@@ -4,8 +4,7 @@
 
 #include "platforms/macos/appkit/backdrop.h"
 #include "platforms/macos/appkit/picture_view.h"
-#include "platforms/macos/appkit/view_drawing.h"
-#include "platforms/macos/appkit/view_tree.h"
+#include "views/view_tree.h"
 
 namespace pellow {
 
@@ -21,7 +20,7 @@ class Underlay {
   void show(const ViewNode& root, Stretch stretch);
 
  private:
-  void showBackdrop(NSUInteger index, const ViewNode& node, CGPoint origin, Stretch stretch);
+  void showBackdrop(NSUInteger index, const ViewNode& node, NSRect area);
   void showPicture(const ViewNode& root);
   void forgetBackdropsFrom(NSUInteger index);
   void addBelowCanvas(NSView* view);

@@ -10,25 +10,22 @@ namespace pellow {
 void Underlay::show(const ViewNode& root, Stretch stretch) {
   NSUInteger count = 0;
   if (std::holds_alternative<Backdrop>(root.look.content))
-    showBackdrop(count++, root, CGPointZero, stretch);
+    showBackdrop(count++, root, toNSRect(stretch.toPanel(root.bounds())));
   for (const auto& child : root.children)
     if (std::holds_alternative<Backdrop>(child->look.content))
-      showBackdrop(count++, *child, toNSPoint(child->frame.origin), stretch);
+      showBackdrop(count++, *child, toNSRect(stretch.toPanel(child->frame)));
   forgetBackdropsFrom(count);
   showPicture(root);
 }
 
-void Underlay::showBackdrop(NSUInteger index, const ViewNode& node, CGPoint origin,
-                            Stretch stretch) {
+void Underlay::showBackdrop(NSUInteger index, const ViewNode& node, NSRect area) {
   if (index == backdrops_.count) {
     PellowBackdrop* const added = [[PellowBackdrop alloc] initWithFrame:NSZeroRect];
     [backdrops_ addObject:added];
     addBelowCanvas(added);
   }
   PellowBackdrop* const backdrop = backdrops_[index];
-  const NSRect area = NSMakeRect(origin.x, origin.y, node.frame.width(), node.frame.height());
-  backdrop.frame =
-      CGRectApplyAffineTransform(area, CGAffineTransformMakeScale(stretch.x, stretch.y));
+  backdrop.frame = area;
   backdrop.maskRadius = node.look.cornerRadius;
 }
 

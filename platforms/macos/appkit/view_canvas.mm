@@ -1,54 +1,44 @@
 #include "platforms/macos/appkit/view_canvas.h"
 
-#include <cmath>
 #include <utility>
 
-namespace {
-
-// A window's sides are whole pixels; what is lost by that is no reason to blur texts.
-double stretchOf(double contentSide, double side) {
-  return std::abs(side - contentSide) < 1 ? 1 : side / contentSide;
-}
-
-}  // namespace
+#include "platforms/macos/appkit/view_drawing.h"
+#include "platforms/macos/foundation/geometry.h"
 
 @implementation PellowViewCanvas {
   std::shared_ptr<const pellow::ViewTree> _tree;
+  std::shared_ptr<const pellow::PanelPointer> _pointer;
 }
 
-- (instancetype)initWithTree:(std::shared_ptr<const pellow::ViewTree>)tree {
-  if ((self = [super initWithFrame:NSZeroRect])) _tree = std::move(tree);
+- (instancetype)initWithTree:(std::shared_ptr<const pellow::ViewTree>)tree
+                     pointer:(std::shared_ptr<const pellow::PanelPointer>)pointer {
+  if ((self = [super initWithFrame:NSZeroRect])) {
+    _tree = std::move(tree);
+    _pointer = std::move(pointer);
+  }
   return self;
 }
 
 - (pellow::Stretch)stretch {
-  const auto& root = _tree->root();
-  if (!root || root->frame.width() <= 0 || root->frame.height() <= 0) return {};
-  const NSSize size = self.bounds.size;
-  if (size.width <= 0 || size.height <= 0) return {};
-  return {stretchOf(root->frame.width(), size.width), stretchOf(root->frame.height(), size.height)};
+  return _tree->stretchTo(pellow::toSize(self.bounds.size));
 }
 
-- (void)contentNeedsDisplayIn:(CGRect)area {
-  if (CGRectIsNull(area)) return;
-  const auto stretch = self.stretch;
-  const NSRect drawn =
-      CGRectApplyAffineTransform(area, CGAffineTransformMakeScale(stretch.x, stretch.y));
+- (void)contentNeedsDisplayIn:(const pellow::ViewRect&)area {
+  const NSRect drawn = pellow::toNSRect(self.stretch.toPanel(area));
   [self setNeedsDisplayInRect:NSIntegralRect(NSInsetRect(drawn, -1, -1))];
 }
 
 - (void)drawRect:(NSRect)dirtyRect {
   const auto stretch = self.stretch;
-  const auto toCanvas = CGAffineTransformMakeScale(stretch.x, stretch.y);
   CGContextRef const context = NSGraphicsContext.currentContext.CGContext;
-  _tree->visit([&](const auto& node, const CGAffineTransform& toPanel) {
-    const auto transform = CGAffineTransformConcat(toPanel, toCanvas);
-    if (!CGRectIntersectsRect(CGRectApplyAffineTransform(node->extent(), transform), dirtyRect))
-      return;
+  _tree->visit([&](const auto& node, const pellow::ViewTransform& toContent) {
+    const NSRect drawn = pellow::toNSRect(stretch.toPanel(toContent.map(node->extent())));
+    if (!NSIntersectsRect(drawn, dirtyRect)) return;
+    const auto& [a, b, c, d, tx, ty] = toContent;
     CGContextSaveGState(context);
-    CGContextConcatCTM(context, transform);
-    const bool isPressed = node == _pressed && node->isHovered;
-    pellow::drawView(*node, stretch, isPressed);
+    CGContextScaleCTM(context, stretch.x, stretch.y);
+    CGContextConcatCTM(context, CGAffineTransformMake(a, b, c, d, tx, ty));
+    pellow::drawView(*node, stretch, _pointer->isPressing(*node));
     CGContextRestoreGState(context);
   });
 }

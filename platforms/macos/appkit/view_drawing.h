@@ -2,15 +2,9 @@
 
 #import <AppKit/AppKit.h>
 
-#include "platforms/macos/appkit/view_tree.h"
+#include "views/view_tree.h"
 
 namespace pellow {
-
-// How far a panel's content is stretched to the panel's size.
-struct Stretch {
-  double x = 1;
-  double y = 1;
-};
 
 // A picture of this size in the middle of `area`, as large as fits; empty for one without a size.
 NSRect fitted(NSSize size, NSRect area);

@@ -6,6 +6,7 @@
 
 #include "platforms/macos/appkit/one_line.h"
 #include "platforms/macos/foundation/colour.h"
+#include "platforms/macos/foundation/geometry.h"
 #include "platforms/macos/foundation/image.h"
 #include "platforms/macos/foundation/symbol.h"
 
@@ -17,6 +18,8 @@ constexpr double hoverOnLight = 0.08;
 constexpr double hoverOnDark = 0.11;
 constexpr double pressedOnLight = 0.16;
 constexpr double pressedOnDark = 0.19;
+
+NSRect boundsOf(const ViewNode& node) { return toNSRect(node.bounds()); }
 
 // The radius is the panel's, even while its content is drawn stretched.
 NSBezierPath* rounded(NSRect area, double radius, Stretch stretch) {
@@ -49,7 +52,7 @@ void drawImage(NSImage* image, NSRect area) {
 
 void drawPicture(const ViewNode& node, const Picture& picture, Stretch stretch) {
   NSImage* const image = toNSImage(picture.image);
-  const NSRect area = fitted(image.size, node.bounds());
+  const NSRect area = fitted(image.size, boundsOf(node));
   if (NSIsEmptyRect(area)) return;
   if (node.look.cornerRadius > 0) {
     [rounded(area, node.look.cornerRadius, stretch) addClip];
@@ -61,13 +64,13 @@ void drawPicture(const ViewNode& node, const Picture& picture, Stretch stretch) 
 // A template image is black when it is drawn; its shape takes the colour.
 void drawSymbol(const ViewNode& node, const Symbol& symbol) {
   NSImage* const image = symbolImage(symbol.name);
-  const NSRect area = fitted(image.size, node.bounds());
+  const NSRect area = fitted(image.size, boundsOf(node));
   if (NSIsEmptyRect(area)) return;
   CGContextRef const context = NSGraphicsContext.currentContext.CGContext;
-  CGContextBeginTransparencyLayerWithRect(context, node.bounds(), nullptr);
+  CGContextBeginTransparencyLayerWithRect(context, boundsOf(node), nullptr);
   drawImage(image, area);
   [toNSColor(symbol.paint) setFill];
-  NSRectFillUsingOperation(node.bounds(), NSCompositingOperationSourceIn);
+  NSRectFillUsingOperation(boundsOf(node), NSCompositingOperationSourceIn);
   CGContextEndTransparencyLayer(context);
 }
 
@@ -88,7 +91,7 @@ NSDictionary<NSAttributedStringKey, id>* attributesOf(const Label& label) {
 void drawLabel(const ViewNode& node, const Label& label) {
   NSString* const text = toOneLine(label.text);
   NSDictionary<NSAttributedStringKey, id>* const attributes = attributesOf(label);
-  const NSRect bounds = node.bounds();
+  const NSRect bounds = boundsOf(node);
   const double height = std::ceil([text sizeWithAttributes:attributes].height);
   [text drawInRect:NSMakeRect(0, (bounds.size.height - height) / 2, bounds.size.width, height)
       withAttributes:attributes];
@@ -102,7 +105,7 @@ void drawContent(const ViewNode& node, Stretch stretch) {
   if (const auto* label = std::get_if<Label>(&content)) return drawLabel(node, *label);
   if (const auto* fill = std::get_if<Fill>(&content)) {
     [toNSColor(fill->paint) setFill];
-    [rounded(node.bounds(), node.look.cornerRadius, stretch) fill];
+    [rounded(boundsOf(node), node.look.cornerRadius, stretch) fill];
   }
 }
 
@@ -131,7 +134,7 @@ void drawHighlight(const ViewNode& node, Stretch stretch, bool isPressed) {
   NSColor* const colour = isDark() ? [NSColor colorWithWhite:1 alpha:onDark * node.highlight]
                                    : [NSColor colorWithWhite:0 alpha:onLight * node.highlight];
   [colour setFill];
-  [rounded(node.bounds(), node.look.cornerRadius, stretch) fill];
+  [rounded(boundsOf(node), node.look.cornerRadius, stretch) fill];
 }
 
 }  // namespace

@@ -25,6 +25,9 @@ class MacWorkspace final : public Workspace {
   bool hide(ProcessID pid) override;
   bool unhide(ProcessID pid) override;
   bool activate(ProcessID pid) override;
+  void activateDesktop() override;
+  std::vector<WindowOnScreen> windowsOnScreen() override;
+  bool keepsWindowsOnDisplays() override { return false; }
   bool hasWindowsOnOtherSpaces(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;

@@ -7,6 +7,7 @@
 
 #include "platforms/macos/foundation/cf.h"
 #include "platforms/macos/foundation/foreground.h"
+#include "platforms/macos/foundation/geometry.h"
 #include "platforms/macos/foundation/image.h"
 #include "platforms/macos/foundation/notification.h"
 #include "platforms/macos/foundation/text.h"
@@ -52,12 +53,25 @@ NSArray<NSRunningApplication*>* inLaunchOrder(NSArray<NSRunningApplication*>* ap
              }];
 }
 
-// In the layer of ordinary windows, to be seen, and not on the screen: on another Space, or
-// minimized, hidden or ordered out, which the window server does not tell apart.
+// Front to back. Names of windows would need a permission; nothing else does.
+CFOwner<CFArrayRef> listWindows(CGWindowListOption which) {
+  return CFOwner<CFArrayRef>::adopt(
+      CGWindowListCopyWindowInfo(which | kCGWindowListExcludeDesktopElements, kCGNullWindowID));
+}
+
+id valueOf(NSDictionary* window, CFStringRef key) { return window[(__bridge NSString*)key]; }
+
+// In the layer of ordinary windows, and to be seen.
+bool isOrdinary(NSDictionary* window) {
+  return [valueOf(window, kCGWindowLayer) intValue] == 0 &&
+         [valueOf(window, kCGWindowAlpha) doubleValue] > 0;
+}
+
+// Not on the screen: on another Space, or minimized, hidden or ordered out, which the window server
+// does not tell apart.
 bool isOrdinaryAndElsewhere(NSDictionary* window, ProcessID owner) {
-  const auto value = [&](CFStringRef key) { return window[(__bridge NSString*)key]; };
-  return [value(kCGWindowOwnerPID) intValue] == owner && [value(kCGWindowLayer) intValue] == 0 &&
-         [value(kCGWindowAlpha) doubleValue] > 0 && ![value(kCGWindowIsOnscreen) boolValue];
+  return [valueOf(window, kCGWindowOwnerPID) intValue] == owner && isOrdinary(window) &&
+         ![valueOf(window, kCGWindowIsOnscreen) boolValue];
 }
 
 }  // namespace
@@ -96,10 +110,31 @@ bool MacWorkspace::activate(ProcessID pid) {
   return [withPid(pid) activateWithOptions:NSApplicationActivationOptions{}];
 }
 
+// The desktop is a window of the Finder.
+void MacWorkspace::activateDesktop() {
+  NSRunningApplication* const finder =
+      [NSRunningApplication runningApplicationsWithBundleIdentifier:@"com.apple.finder"]
+          .firstObject;
+  [finder activateWithOptions:NSApplicationActivationOptions{}];
+}
+
+std::vector<WindowOnScreen> MacWorkspace::windowsOnScreen() {
+  std::vector<WindowOnScreen> windows;
+  const auto listed = listWindows(kCGWindowListOptionOnScreenOnly);
+  for (NSDictionary* window in (__bridge NSArray*)listed.get()) {
+    CGRect frame = CGRectNull;
+    if (!isOrdinary(window) ||
+        !CGRectMakeWithDictionaryRepresentation(
+            (__bridge CFDictionaryRef)valueOf(window, kCGWindowBounds), &frame))
+      continue;
+    windows.push_back({[valueOf(window, kCGWindowOwnerPID) intValue], toQuartzRect(frame)});
+  }
+  return windows;
+}
+
 bool MacWorkspace::hasWindowsOnOtherSpaces(ProcessID pid) {
-  const auto owned = CFOwner<CFArrayRef>::adopt(CGWindowListCopyWindowInfo(
-      kCGWindowListOptionAll | kCGWindowListExcludeDesktopElements, kCGNullWindowID));
-  for (NSDictionary* window in (__bridge NSArray*)owned.get())
+  const auto listed = listWindows(kCGWindowListOptionAll);
+  for (NSDictionary* window in (__bridge NSArray*)listed.get())
     if (isOrdinaryAndElsewhere(window, pid)) return true;
   return false;
 }

@@ -1,0 +1,54 @@
+#include "engine/focus_handover.h"
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+namespace pellow {
+namespace {
+
+// The windows of an application that stand there.
+std::vector<TargetWindow> windowsAt(Accessibility& accessibility, const WindowOnScreen& place) {
+  auto windows = TargetWindow::windows(accessibility, place.owner);
+  std::erase_if(windows, [&](const TargetWindow& window) {
+    const auto state = window.state();
+    return state.isMinimized || state.frame != place.frame;
+  });
+  return windows;
+}
+
+}  // namespace
+
+Task<> FocusHandover::handOver() {
+  const auto front = around_.workspace.frontmostApplication();
+  const auto focused = co_await around_.axQueue.ax(
+      [&] { return TargetWindow::frontmost(around_.accessibility, front); });
+  if (!focused || !isOffDisplays(*focused)) co_return;
+  const auto next = co_await firstInSight();
+  // Meanwhile the user may have turned to something else.
+  if (around_.workspace.frontmostApplication() != front || !isOffDisplays(*focused)) co_return;
+  around_.echoes.suppressActivationAtLeast(EchoGuard::ownEcho);
+  if (next)
+    co_await around_.mechanisms.bringToFront(*next);
+  else
+    around_.workspace.activateDesktop();
+}
+
+bool FocusHandover::isOffDisplays(const TargetWindow& window) const {
+  return std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
+    return tab.mechanism == Mechanism::offscreen && tab.window == window;
+  });
+}
+
+Task<std::optional<TargetWindow>> FocusHandover::firstInSight() {
+  for (const auto& place : around_.workspace.windowsOnScreen()) {
+    if (place.owner == around_.ownProcess || around_.displays.isHidden(place.frame)) continue;
+    const auto windows =
+        co_await around_.axQueue.ax([&] { return windowsAt(around_.accessibility, place); });
+    for (const auto& window : windows)
+      if (!around_.tabs.contains(window) && !around_.ledger.contains(window)) co_return window;
+  }
+  co_return std::nullopt;
+}
+
+}  // namespace pellow
