@@ -8,7 +8,6 @@
 #include <QWindow>
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <functional>
 #include <string_view>
 #include <utility>
@@ -23,6 +22,7 @@
 #include "platforms/linux/qt/qt_process.h"
 #include "platforms/linux/qt/qt_status_bar.h"
 #include "platforms/linux/system/autostart_entry.h"
+#include "platforms/linux/system/environment.h"
 #include "platforms/linux/system/file_user_defaults.h"
 #include "platforms/linux/system/monotonic_clock.h"
 #include "platforms/linux/system/pollable_main_queue.h"
@@ -61,11 +61,6 @@ FeedUpdates::Build thisBuild() { return {.version = PELLOW_VERSION, .feed = PELL
 Seconds secondsSince1970() {
   return std::chrono::duration<Seconds>(std::chrono::system_clock::now().time_since_epoch())
       .count();
-}
-
-std::string environment(const char* name) {
-  const char* const value = std::getenv(name);
-  return value ? value : "";
 }
 
 std::unique_ptr<QSocketNotifier> watch(int fileDescriptor, std::function<void()> onReadable) {

@@ -9,6 +9,7 @@
 #include "platforms/linux/linux_platform.h"
 #include "platforms/linux/qt/qt_application.h"
 #include "platforms/linux/qt/qt_process.h"
+#include "platforms/linux/system/environment.h"
 #include "platforms/linux/system/log_sink.h"
 #include "platforms/linux/system/termination_signals.h"
 
@@ -23,7 +24,7 @@ int print(const PrintAndExit& what) {
 
 // Set only for the process that the program starts to replace itself.
 LinuxPlatform::Claim readClaim() {
-  const bool relaunched = std::getenv(QtProcess::relaunchedVariable) != nullptr;
+  const bool relaunched = !environment(QtProcess::relaunchedVariable).empty();
   unsetenv(QtProcess::relaunchedVariable);
   return relaunched ? LinuxPlatform::Claim::afterPredecessorEnds : LinuxPlatform::Claim::now;
 }

@@ -6,15 +6,12 @@
 #include <ranges>
 
 #include "platforms/linux/qt/qt_display.h"
+#include "platforms/linux/x11/source_indication.h"
 
 namespace pellow {
 namespace {
 
 constexpr std::uint32_t allDesktops = 0xFFFFFFFF;
-
-// Who asks the window manager.
-constexpr std::uint32_t ordinaryApplication = 1;
-constexpr std::uint32_t userThroughPager = 2;
 
 }  // namespace
 
@@ -101,12 +98,12 @@ void WindowHints::setIgnoresMouseEvents(xcb_window_t window, bool ignores) const
 // On the user's behalf: window managers stop applications from stealing the focus, and a key or a
 // menu of another program gives Qt no time of the press.
 void WindowHints::activate(xcb_window_t window) const {
-  ask(window, activeWindow_, {userThroughPager, XCB_CURRENT_TIME, 0, 0});
+  ask(window, activeWindow_, {sourcePager, XCB_CURRENT_TIME, 0, 0});
   xcb_flush(connection_);
 }
 
 void WindowHints::askForState(xcb_window_t window, bool add, xcb_atom_t state) const {
-  ask(window, state_, {add ? 1U : 0U, state, 0, ordinaryApplication});
+  ask(window, state_, {add ? 1U : 0U, state, 0, sourceApplication});
 }
 
 void WindowHints::ask(xcb_window_t window, xcb_atom_t what,

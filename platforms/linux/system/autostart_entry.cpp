@@ -3,8 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <ranges>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool startsProgram(const DesktopFileKeys& keys) {
+bool startsProgram(const IniGroup& keys) {
   return !value(keys, "Exec").empty() && value(keys, "Hidden") != "true" &&
          value(keys, "X-GNOME-Autostart-enabled") != "false" &&
          value(keys, "X-MATE-Autostart-enabled") != "false";
@@ -53,15 +51,7 @@ AutostartEntry::AutostartEntry(std::vector<fs::path> configFolders, fs::path pro
     files_.push_back(folder / "autostart" / "pellow.desktop");
 }
 
-AutostartEntry AutostartEntry::ofEnvironment() {
-  std::vector<fs::path> folders{configurationFolder()};
-  const char* const shared = std::getenv("XDG_CONFIG_DIRS");
-  for (const auto part :
-       std::views::split(std::string_view(shared && *shared ? shared : "/etc/xdg"), ':'))
-    if (const fs::path folder = std::string_view(part); folder.is_absolute())
-      folders.push_back(folder);
-  return {std::move(folders), ownExecutable()};
-}
+AutostartEntry AutostartEntry::ofEnvironment() { return {configurationFolders(), ownExecutable()}; }
 
 bool AutostartEntry::isEnabled() const {
   const auto inForce = std::ranges::find_if(files_, [](const fs::path& file) {

@@ -1,21 +1,16 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
-#include <map>
 #include <string>
-#include <string_view>
+
+#include "platforms/linux/system/ini_file.h"
 
 namespace pellow {
 
-// The keys of the group "Desktop Entry" of a desktop file and their values as they are written.
-using DesktopFileKeys = std::map<std::string, std::string, std::less<>>;
-
-// Empty when there is no such file.
-DesktopFileKeys readDesktopFile(const std::filesystem::path& file);
-
-// Empty when the key is not there.
-std::string value(const DesktopFileKeys& keys, std::string_view key);
+// What a desktop file says about its program.
+inline IniGroup readDesktopFile(const std::filesystem::path& file) {
+  return readIniGroup(file, "Desktop Entry");
+}
 
 // The value of an "Exec" key that starts this program without arguments, whatever characters are in
 // its path.

@@ -7,11 +7,11 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 
+#include "platforms/linux/system/environment.h"
 #include "platforms/linux/system/file_descriptor.h"
 
 namespace pellow {
@@ -48,10 +48,9 @@ int priorityOf(LogLevel level) {
 
 // The journal says in JOURNAL_STREAM which file it connected standard error to.
 bool standardErrorIsJournal() {
-  const char* const stream = std::getenv("JOURNAL_STREAM");
   struct stat status{};
-  if (!stream || fstat(STDERR_FILENO, &status) != 0) return false;
-  return stream == fmt::format("{}:{}", status.st_dev, status.st_ino);
+  if (fstat(STDERR_FILENO, &status) != 0) return false;
+  return environment("JOURNAL_STREAM") == fmt::format("{}:{}", status.st_dev, status.st_ino);
 }
 
 // A field of the journal's own protocol; the form with a length holds any text.

@@ -3,17 +3,20 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <linux/close_range.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <ranges>
 #include <system_error>
 
+#include "platforms/linux/system/environment.h"
 #include "platforms/linux/system/file_descriptor.h"
+#include "platforms/linux/system/user_folders.h"
 
 namespace pellow {
 
@@ -24,9 +27,22 @@ namespace {
 struct Launch {
   std::vector<char*> command;
   std::vector<char*> environment;
-  int output = -1;  // where its output goes; -1 leaves it alone
+  std::array<int, 3> streams{-1, -1, -1};  // what takes the place of each; -1 leaves it alone
   int reports = -1;
 };
+
+struct Pipe {
+  FileDescriptor readEnd;
+  FileDescriptor writeEnd;
+};
+
+std::optional<Pipe> makePipe() {
+  std::array<int, 2> ends{};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
+  return Pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
+
+FileDescriptor openNowhere() { return FileDescriptor(open("/dev/null", O_RDWR | O_CLOEXEC)); }
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
@@ -56,15 +72,13 @@ void report(int pipe) {
 // Until the new program runs, other threads' locks may stay held for ever: only calls that are
 // allowed in a signal handler.
 void becomeProgram(const Launch& launch) {
-  setsid();
   sigset_t none;
   sigemptyset(&none);
   sigprocmask(SIG_SETMASK, &none, nullptr);
   std::signal(SIGPIPE, SIG_DFL);
-  if (launch.output >= 0) {
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-      dup2(launch.output, stream);
-  }
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (const int other = launch.streams[static_cast<std::size_t>(stream)]; other >= 0)
+      dup2(other, stream);
   close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);
   execve(launch.command[0], launch.command.data(), launch.environment.data());
 }
@@ -75,7 +89,10 @@ int launchThroughProcessInBetween(const Launch& launch) {
   if (between < 0) return errno;
   if (between == 0) {
     const pid_t program = _Fork();
-    if (program == 0) becomeProgram(launch);
+    if (program == 0) {
+      setsid();
+      becomeProgram(launch);
+    }
     if (program <= 0) report(launch.reports);
     _exit(EXIT_SUCCESS);
   }
@@ -94,6 +111,24 @@ int failureReportedBy(const FileDescriptor& pipe) {
   }
 }
 
+// Everything up to the end; nothing when that does not come in time.
+std::optional<std::string> readAll(const FileDescriptor& pipe,
+                                   std::chrono::steady_clock::time_point deadline) {
+  std::string text;
+  for (;;) {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    pollfd poller{pipe.number(), POLLIN, 0};
+    if (left.count() <= 0 || poll(&poller, 1, static_cast<int>(left.count())) <= 0)
+      return std::nullopt;
+    std::array<char, 512> buffer;
+    const auto count = read(pipe.number(), buffer.data(), buffer.size());
+    if (count < 0) return std::nullopt;
+    if (count == 0) return text;
+    text.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+}
+
 SystemError cannotStart(const std::string& program, int reason) {
   return {fmt::format("Could not start {}: {}.", program, std::generic_category().message(reason))};
 }
@@ -101,11 +136,9 @@ SystemError cannotStart(const std::string& program, int reason) {
 }  // namespace
 
 std::optional<fs::path> findProgram(std::string_view name) {
-  const char* const path = std::getenv("PATH");
-  for (const auto part : std::views::split(std::string_view(path ? path : ""), ':')) {
-    const auto file = fs::path(std::string_view(part)) / name;
-    if (file.is_absolute() && access(file.c_str(), X_OK) == 0 && fs::is_regular_file(file))
-      return file;
+  for (const auto& folder : foldersOfList(environment("PATH"))) {
+    const auto file = folder / name;
+    if (access(file.c_str(), X_OK) == 0 && fs::is_regular_file(file)) return file;
   }
   return std::nullopt;
 }
@@ -122,23 +155,50 @@ fs::path ownExecutable() {
 std::expected<void, SystemError> startProgram(const std::vector<std::string>& command,
                                               ProgramOutput output,
                                               const std::vector<std::string>& variables) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return std::unexpected(cannotStart(command[0], errno));
-  const FileDescriptor reader(ends[0]);
-  FileDescriptor writer(ends[1]);
-  const FileDescriptor nowhere(
-      output == ProgramOutput::discarded ? open("/dev/null", O_RDWR | O_CLOEXEC) : -1);
+  auto reports = makePipe();
+  if (!reports) return std::unexpected(cannotStart(command[0], errno));
+  const auto nowhere = output == ProgramOutput::discarded ? openNowhere() : FileDescriptor();
+  const int null = nowhere.number();
 
   auto arguments = command;
-  auto environment = environmentWith(variables);
+  auto all = environmentWith(variables);
   const int failure = launchThroughProcessInBetween({.command = pointersTo(arguments),
-                                                     .environment = pointersTo(environment),
-                                                     .output = nowhere.number(),
-                                                     .reports = writer.number()});
-  writer = FileDescriptor();
-  const int reason = failure != 0 ? failure : failureReportedBy(reader);
+                                                     .environment = pointersTo(all),
+                                                     .streams = {null, null, null},
+                                                     .reports = reports->writeEnd.number()});
+  reports->writeEnd = FileDescriptor();
+  const int reason = failure != 0 ? failure : failureReportedBy(reports->readEnd);
   if (reason != 0) return std::unexpected(cannotStart(command[0], reason));
   return {};
+}
+
+std::optional<std::string> outputOf(const std::vector<std::string>& command,
+                                    std::chrono::steady_clock::time_point deadline) {
+  const auto program = findProgram(command.front());
+  auto output = makePipe();
+  if (!program || !output) return std::nullopt;
+  const auto nowhere = openNowhere();
+
+  auto arguments = command;
+  arguments.front() = *program;
+  auto all = environmentWith({});
+  const Launch launch{.command = pointersTo(arguments),
+                      .environment = pointersTo(all),
+                      .streams = {nowhere.number(), output->writeEnd.number(), nowhere.number()}};
+  const pid_t pid = _Fork();
+  if (pid < 0) return std::nullopt;
+  if (pid == 0) {
+    becomeProgram(launch);
+    _exit(EXIT_FAILURE);
+  }
+  output->writeEnd = FileDescriptor();
+  auto text = readAll(output->readEnd, deadline);
+  if (!text) kill(pid, SIGKILL);
+  int status = 0;
+  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+  }
+  const bool isWell = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  return isWell ? text : std::nullopt;
 }
 
 }  // namespace pellow

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <expected>
 #include <filesystem>
 #include <optional>
@@ -25,5 +26,10 @@ enum class ProgramOutput { shared, discarded };
 std::expected<void, SystemError> startProgram(const std::vector<std::string>& command,
                                               ProgramOutput output,
                                               const std::vector<std::string>& variables = {});
+
+// What a program, named as for a shell, writes if it ends well and in time; then nothing of it is
+// left running. It reads nothing, and its errors are discarded. Any thread.
+std::optional<std::string> outputOf(const std::vector<std::string>& command,
+                                    std::chrono::steady_clock::time_point deadline);
 
 }  // namespace pellow

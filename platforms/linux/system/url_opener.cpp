@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <initializer_list>
 #include <ranges>
 #include <string>
 #include <vector>
 
+#include "platforms/linux/system/environment.h"
 #include "platforms/linux/system/programs.h"
 
 namespace pellow {
@@ -36,11 +36,6 @@ constexpr std::array settingsPrograms{
     SettingsProgram{"Deepin", "dde-control-center"},
 };
 
-std::string_view environment(const char* name) {
-  const char* const value = std::getenv(name);
-  return value ? value : "";
-}
-
 bool start(const Command& command) {
   const auto program = findProgram(command.front());
   if (!program) return false;
@@ -50,7 +45,8 @@ bool start(const Command& command) {
 }
 
 bool openSettings() {
-  for (const auto part : std::views::split(environment("XDG_CURRENT_DESKTOP"), ':')) {
+  const auto desktops = environment("XDG_CURRENT_DESKTOP");
+  for (const auto part : std::views::split(desktops, ':')) {
     const std::string_view desktop(part);
     for (const auto& candidate : settingsPrograms)
       if (candidate.desktop == desktop && start({std::string(candidate.program)})) return true;

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platforms/linux/x11/window_manager.h"
+#include "platforms/linux/x11/x11_window.h"
 
 namespace pellow {
 
@@ -10,14 +10,14 @@ namespace pellow {
 
 // Those of its windows that the window manager lists.
 std::vector<xcb_window_t> windowsOf(X11Server& server, ProcessID pid, Deadline deadline);
+std::vector<WindowFacts> lookAtWindowsOf(X11Server& server, ProcessID pid, Facet facets,
+                                         Deadline deadline);
 
-// Gives the keys to the window of the application that was raised last, else to its topmost one, on
-// the current desktop if it has one there. False when it has no window at all.
-bool activateApplication(X11Server& server, WindowManager& windowManager, ProcessID pid,
-                         Deadline deadline);
+// Whether a window has its place in a taskbar.
+inline constexpr Facet taskbarFacets = Facet::kind | Facet::state;
+bool isInTaskbar(const WindowFacts& window);
 
-// Whether the application is hidden: some of its windows are iconified for that, or it had none to
-// iconify and shows none yet.
-bool isApplicationHidden(X11Server& server, ProcessID pid, Deadline deadline);
+// Whether it is there for the user, on whatever desktop; of the facets `kind` and `state`.
+bool isOut(X11Server& server, const WindowFacts& window, Deadline deadline);
 
 }  // namespace pellow

@@ -1,11 +1,11 @@
 #include "platforms/linux/x11/desktop_entries.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <optional>
-#include <sstream>
 
 #include "platforms/linux/system/desktop_file.h"
+#include "platforms/linux/system/environment.h"
+#include "platforms/linux/system/user_folders.h"
 #include "platforms/linux/x11/text_encoding.h"
 
 namespace pellow {
@@ -24,13 +24,8 @@ std::string lowerCase(std::string_view text) {
   return lower;
 }
 
-std::string environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value ? value : "";
-}
-
 // "Name[de_DE]", then "Name[de]", then "Name".
-std::string localizedName(const DesktopFileKeys& keys, std::string_view locale) {
+std::string localizedName(const IniGroup& keys, std::string_view locale) {
   const auto country = locale.substr(0, locale.find_first_of(".@"));
   const auto language = country.substr(0, country.find('_'));
   for (const auto tag : {country, language}) {
@@ -49,15 +44,8 @@ const DesktopEntry* at(const std::map<std::string, const DesktopEntry*>& index,
 }  // namespace
 
 DesktopEntries DesktopEntries::ofEnvironment() {
-  std::string home = environment("XDG_DATA_HOME");
-  if (home.empty()) home = environment("HOME") + "/.local/share";
-  std::string shared = environment("XDG_DATA_DIRS");
-  if (shared.empty()) shared = "/usr/local/share:/usr/share";
-  std::vector<fs::path> folders{fs::path(home) / "applications"};
-  std::istringstream paths(shared);
-  for (std::string path; std::getline(paths, path, ':');)
-    if (!path.empty()) folders.push_back(fs::path(path) / "applications");
-
+  auto folders = dataFolders();
+  for (auto& folder : folders) folder /= "applications";
   std::string locale = environment("LC_ALL");
   if (locale.empty()) locale = environment("LC_MESSAGES");
   if (locale.empty()) locale = environment("LANG");

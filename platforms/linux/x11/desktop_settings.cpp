@@ -1,90 +1,11 @@
 #include "platforms/linux/x11/desktop_settings.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
-#include <cstring>
-#include <fstream>
-
-#include "platforms/linux/system/file_descriptor.h"
+#include "platforms/linux/system/ini_file.h"
+#include "platforms/linux/system/programs.h"
 
 namespace pellow {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view space = " \t\r\n";
-  const auto first = text.find_first_not_of(space);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(space) + 1 - first);
-}
-
-struct Pipe {
-  FileDescriptor readEnd;
-  FileDescriptor writeEnd;
-};
-
-std::optional<Pipe> makePipe() {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
-  return Pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
-}
-
-// Starts a program that reads nothing and writes only to `output`; 0 when it does not start.
-pid_t start(const std::vector<std::string>& command, int output) {
-  std::vector<char*> arguments;
-  for (const auto& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
-  arguments.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  pid_t pid = 0;
-  const int error = posix_spawnp(&pid, arguments[0], &actions, nullptr, arguments.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  return error == 0 ? pid : 0;
-}
-
-// Everything up to the end; nothing when that does not come in time.
-std::optional<std::string> readAll(int descriptor, Deadline deadline) {
-  std::string text;
-  for (;;) {
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    pollfd poller{descriptor, POLLIN, 0};
-    if (left.count() <= 0 || poll(&poller, 1, static_cast<int>(left.count())) <= 0)
-      return std::nullopt;
-    std::array<char, 512> buffer;
-    const auto count = read(descriptor, buffer.data(), buffer.size());
-    if (count < 0) return std::nullopt;
-    if (count == 0) return text;
-    text.append(buffer.data(), static_cast<std::size_t>(count));
-  }
-}
-
-// What a program writes, if it ends well and in time; then nothing of it is left running.
-std::optional<std::string> outputOf(const std::vector<std::string>& command, Deadline deadline) {
-  auto pipe = makePipe();
-  if (!pipe) return std::nullopt;
-  const pid_t pid = start(command, pipe->writeEnd.number());
-  if (pid == 0) return std::nullopt;
-  pipe->writeEnd = FileDescriptor();
-  auto text = readAll(pipe->readEnd.number(), deadline);
-  if (!text) kill(pid, SIGKILL);
-  int status = 0;
-  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-  }
-  const bool isWell = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-  return isWell ? text : std::nullopt;
-}
 
 // The settings as the daemon lays them out: numbers in the byte order that it states.
 class Announcement {
@@ -136,23 +57,6 @@ class Announcement {
 };
 
 }  // namespace
-
-std::optional<std::string> fileSetting(const fs::path& file, std::string_view group,
-                                       std::string_view key, char separator) {
-  std::ifstream lines(file);
-  bool isInGroup = group.empty();
-  for (std::string line; std::getline(lines, line);) {
-    const auto text = trimmed(line);
-    if (!group.empty() && text.starts_with('[')) {
-      isInGroup = text.size() == group.size() + 2 && text.substr(1, group.size()) == group;
-      continue;
-    }
-    const auto at = text.find(separator);
-    if (isInGroup && at != std::string_view::npos && trimmed(text.substr(0, at)) == key)
-      return std::string(trimmed(text.substr(at + 1)));
-  }
-  return std::nullopt;
-}
 
 std::optional<std::string> gsettingsText(const std::string& schema, const std::string& key,
                                          Deadline deadline) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,13 +8,8 @@
 
 namespace pellow {
 
-// Settings of the desktop and of window managers, in the places where they keep them. Nothing where
+// Settings of the desktop and of window managers that somebody must be asked for. Nothing where
 // there is no such setting, or no answer in time.
-
-// A line "key<separator>value" of a text file, under "[group]" unless the group is empty. White
-// space around both does not count.
-std::optional<std::string> fileSetting(const std::filesystem::path& file, std::string_view group,
-                                       std::string_view key, char separator);
 
 // A text among the settings of GNOME, MATE and their like, as the `gsettings` program tells it.
 std::optional<std::string> gsettingsText(const std::string& schema, const std::string& key,

@@ -12,7 +12,7 @@ constexpr Seconds timeToArrange = 3;
 
 void ParkingGuard::arrangementBegins() {
   arrangementEnd_ = deadlineIn(timeToArrange);
-  for (const auto& parked : windowManager_.parkedWindows()) moved_.insert(parked.key.window);
+  for (const auto& parked : frames_.all()) moved_.insert(parked.key.window);
 }
 
 void ParkingGuard::handle(const xcb_generic_event_t& event) {
@@ -32,11 +32,10 @@ void ParkingGuard::dispatch() {
   const bool isArranged = std::chrono::steady_clock::now() < arrangementEnd_;
   if (moved.empty()) return;
   const Deadline deadline = deadlineIn(serverPatience);
-  for (const auto& [window, isManagerLate] : windowManager_.parkedWindows()) {
+  for (const auto& [window, isManagerLate] : frames_.all()) {
     const auto& concerned = isArranged || isManagerLate ? moved : perhapsBack;
     if (!concerned.contains(window.window)) continue;
-    isArranged ? windowManager_.parkAgain(window, deadline)
-               : windowManager_.noteParkedMoved(window, deadline);
+    isArranged ? frames_.parkAgain(window, deadline) : frames_.noteMoved(window, deadline);
   }
 }
 

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "platforms/linux/x11/window_manager.h"
+#include "platforms/linux/x11/parked_frames.h"
 
 namespace pellow {
 
@@ -12,8 +12,7 @@ namespace pellow {
 // alone: the user wants it. Main thread.
 class ParkingGuard {
  public:
-  ParkingGuard(X11Server& server, WindowManager& windowManager)
-      : server_(server), windowManager_(windowManager) {}
+  ParkingGuard(X11Server& server, ParkedFrames& frames) : server_(server), frames_(frames) {}
 
   // For a moment the window manager may rearrange all windows: a new one has adopted them, or the
   // monitors have changed.
@@ -25,7 +24,7 @@ class ParkingGuard {
 
  private:
   X11Server& server_;
-  WindowManager& windowManager_;
+  ParkedFrames& frames_;
   std::set<xcb_window_t> moved_;
   std::set<xcb_window_t> perhapsBack_;  // some of those that have moved
   Deadline arrangementEnd_;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platforms/linux/system/ini_file.h"
 #include "platforms/linux/system/user_folders.h"
 #include "platforms/linux/x11/desktop_settings.h"
 #include "platforms/linux/x11/x11_window.h"
@@ -164,22 +165,18 @@ std::optional<Piece> fluxboxButton(const Bar& bar, const ButtonLayout& layout) {
 ButtonLayout noLayout(X11Server&, Deadline) { return {}; }
 
 ButtonLayout fluxboxLayout(X11Server& server, Deadline) {
-  const auto file = homeFolder() / ".fluxbox" / "init";
+  const auto settings = readIniGroup(homeFolder() / ".fluxbox" / "init", "", ':');
   const auto screen = std::to_string(server.connection().screenNumber());
-  const auto side = [&](const std::string& name, const std::string& otherwise) {
-    return fileSetting(file, "", "session.screen" + screen + ".titlebar." + name, ':')
-        .value_or(otherwise);
+  const auto side = [&](const std::string& name, std::string_view otherwise) {
+    return value(settings, "session.screen" + screen + ".titlebar." + name, otherwise);
   };
   return ButtonLayout::fromWords(side("left", "Stick"), side("right", "Minimize Maximize Close"));
 }
 
 ButtonLayout kwinLayout(X11Server&, Deadline) {
-  const auto side = [&](const std::string& name, const std::string& otherwise) {
-    return fileSetting(configurationFolder() / "kwinrc", "org.kde.kdecoration2", "ButtonsOn" + name,
-                       '=')
-        .value_or(otherwise);
-  };
-  return ButtonLayout::fromLetters(side("Left", "MS"), side("Right", "HIAX"));
+  const auto settings = readIniGroup(configurationFolder() / "kwinrc", "org.kde.kdecoration2");
+  return ButtonLayout::fromLetters(value(settings, "ButtonsOnLeft", "MS"),
+                                   value(settings, "ButtonsOnRight", "HIAX"));
 }
 
 ButtonLayout metacityLayout(X11Server&, Deadline deadline) {
@@ -194,11 +191,12 @@ ButtonLayout marcoLayout(X11Server&, Deadline deadline) {
 }
 
 ButtonLayout gtkLayout(X11Server& server, Deadline deadline) {
-  constexpr auto name = "gtk-decoration-layout";
+  const auto file = configurationFolder() / "gtk-3.0" / "settings.ini";
   auto text = announcedText(server, "Gtk/DecorationLayout", deadline);
   if (!text)
-    text = fileSetting(configurationFolder() / "gtk-3.0" / "settings.ini", "Settings", name, '=');
-  auto layout = ButtonLayout::fromNames(text.value_or("menu:minimize,maximize,close"));
+    text = value(readIniGroup(file, "Settings"), "gtk-decoration-layout",
+                 "menu:minimize,maximize,close");
+  auto layout = ButtonLayout::fromNames(*text);
   // Its menu button is for the application's menu, which hardly any application has.
   std::erase(layout.left, TitleButton::menu);
   std::erase(layout.right, TitleButton::menu);

@@ -69,13 +69,13 @@ struct X11Desktop::Parts {
         instanceLock(*events),
         windowManager(*server),
         windowEvents(*server, *events),
-        parkingGuard(*server, windowManager),
+        parkingGuard(*server, windowManager.parkedFrames()),
         activeWindow(*server, windowEvents),
         errands(eventSignal.number()),
         accessibility(*server, windowManager, windowEvents, activeWindow, errands),
         screens(*server, *events, windowEvents, scale),
-        workspace(*server, windowManager, windowEvents, activeWindow, pollSet.number(),
-                  std::move(hooks.loadIcon)),
+        workspace(*server, windowManager.foreground(), windowManager.iconifier(), windowEvents,
+                  activeWindow, pollSet.number(), std::move(hooks.loadIcon)),
         eventMonitors(*server, *events, pollSet.number(), std::move(hooks.ownWindowHasKeyboard)) {}
 
   void handle(const xcb_generic_event_t& event);
@@ -211,7 +211,7 @@ SystemError X11Desktop::connectionError() const {
 
 std::expected<void, SystemError> X11Desktop::claimInstance() {
   auto claimed = parts_->instanceLock.claim();
-  if (claimed) parts_->windowManager.finishInterruptedMoves();
+  if (claimed) parts_->windowManager.parking().finishInterruptedMoves();
   return claimed;
 }
 
@@ -221,7 +221,7 @@ std::expected<void, SystemError> X11Desktop::waitForInstance(Seconds timeout) {
   parts_->windowManagerChanged = parts_->screensChanged = true;
   parts_->windowsChanged = parts_->activeWindowChanged = true;
   parts_->actOnChanges();
-  if (claimed) parts_->windowManager.finishInterruptedMoves();
+  if (claimed) parts_->windowManager.parking().finishInterruptedMoves();
   return claimed;
 }
 

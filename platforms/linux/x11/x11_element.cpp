@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "platforms/linux/x11/application_activation.h"
+#include "platforms/linux/x11/application_hiding.h"
 #include "platforms/linux/x11/application_windows.h"
 #include "platforms/linux/x11/client_processes.h"
 #include "platforms/linux/x11/hit_test.h"
@@ -187,7 +189,7 @@ Outcome WindowElement::setAttribute(std::string_view attribute, const AXValue& v
   if (attribute == AX::attribute::position) {
     const auto* position = std::get_if<QuartzPoint>(&value);
     if (!position) return std::unexpected(AXError::illegalArgument);
-    return context().windowManager.moveFrame(window_, *position, deadlineIn(timeout));
+    return context().windowManager.parking().moveFrame(window_, *position, deadlineIn(timeout));
   }
   if (attribute == AX::attribute::minimized) {
     const auto* minimized = std::get_if<bool>(&value);
@@ -198,14 +200,14 @@ Outcome WindowElement::setAttribute(std::string_view attribute, const AXValue& v
 }
 
 Outcome WindowElement::setMinimized(bool minimized, Deadline deadline) {
-  auto& windowManager = context().windowManager;
-  return minimized ? windowManager.minimize(window_, deadline)
-                   : windowManager.unminimize(window_, deadline);
+  auto& iconifier = context().windowManager.iconifier();
+  return minimized ? iconifier.minimize(window_, deadline)
+                   : iconifier.unminimize(window_, deadline);
 }
 
 Outcome WindowElement::performAction(std::string_view action, Seconds timeout) {
   if (action != AX::action::raise) return std::unexpected(AXError::actionUnsupported);
-  const auto raised = context().windowManager.raise(window_, deadlineIn(timeout));
+  const auto raised = context().windowManager.foreground().raise(window_, deadlineIn(timeout));
   if (raised) server().setFrontWindow(pid_, window_);
   return raised;
 }
@@ -306,7 +308,7 @@ Outcome ApplicationElement::setAttribute(std::string_view attribute, const AXVal
   if (attribute != AX::attribute::frontmost) return std::unexpected(AXError::attributeUnsupported);
   if (value != AXValue(true)) return std::unexpected(AXError::illegalArgument);
   const Deadline end = deadlineIn(timeout);
-  if (activateApplication(server(), context().windowManager, pid_, end)) return {};
+  if (activateApplication(server(), context().windowManager.foreground(), pid_, end)) return {};
   return std::unexpected(isIncomplete(end) ? AXError::cannotComplete : AXError::invalidUIElement);
 }
 

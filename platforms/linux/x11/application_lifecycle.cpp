@@ -1,0 +1,112 @@
+#include "platforms/linux/x11/application_lifecycle.h"
+
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "platforms/linux/x11/application_windows.h"
+#include "platforms/linux/x11/client_processes.h"
+
+namespace pellow {
+
+namespace {
+
+FileDescriptor openProcess(ProcessID pid) {
+  return FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+}
+
+bool isReadable(const FileDescriptor& descriptor) {
+  pollfd poller{descriptor.number(), POLLIN, 0};
+  return poll(&poller, 1, 0) > 0;
+}
+
+}  // namespace
+
+ApplicationLifecycle::ApplicationLifecycle(X11Server& server, int pollSet)
+    : server_(server), pollSet_(pollSet) {
+  windowsChanged();
+}
+
+void ApplicationLifecycle::windowsChanged() {
+  const auto windows =
+      clientList(server_, server_.atoms().netClientList, deadlineIn(serverPatience));
+  auto owners = ownersOf(windows);
+  keepClientsWithoutProcess(owners);
+  std::set<ProcessID> now;
+  for (const auto& [window, pid] : owners) now.insert(pid);
+  std::vector<ProcessID> gone;
+  std::ranges::set_difference(withWindows_, now, std::back_inserter(gone));
+  for (const auto pid : now) leaving_.erase(pid);
+  withWindows_ = std::move(now);
+  for (const auto pid : gone) watchForEnd(pid);
+  notice(owners);
+}
+
+ApplicationLifecycle::Owners ApplicationLifecycle::ownersOf(
+    const std::vector<xcb_window_t>& windows) const {
+  const auto processes = owningProcesses(server_, windows, deadlineIn(serverPatience));
+  Owners owners;
+  for (std::size_t i = 0; i < windows.size(); ++i)
+    if (processes[i] != 0 && processes[i] != getpid()) owners[windows[i]] = processes[i];
+  return owners;
+}
+
+// Only its windows tell whether such a client lives on, and a window manager that takes over may
+// list none of them for a moment.
+void ApplicationLifecycle::keepClientsWithoutProcess(Owners& now) const {
+  const Deadline deadline = deadlineIn(serverPatience);
+  for (const auto& [window, pid] : owners_) {
+    if (pid > 0 || now.contains(window)) continue;
+    const auto facts = WindowLook(server_, server_.connection(), window, Facet{}).collect(deadline);
+    if (facts || facts.error() != AXError::invalidUIElement) now[window] = pid;
+  }
+}
+
+void ApplicationLifecycle::notice(const Owners& now) {
+  std::vector<xcb_window_t> fresh;
+  for (const auto& [window, pid] : now) {
+    const auto before = owners_.find(window);
+    const bool isKnown = before != owners_.end() && before->second == pid;
+    if (!isKnown && !regular_.contains(pid)) fresh.push_back(window);
+  }
+  owners_ = now;
+  server_.setOwners(now);
+  std::vector<ProcessID> launches;
+  for (const auto& window : lookAtAll(server_, fresh, taskbarFacets, deadlineIn(serverPatience)))
+    if (const auto pid = now.at(window.window); isInTaskbar(window) && regular_.insert(pid).second)
+      launches.push_back(pid);
+  for (const auto pid : launches) launchObservers_.notify(pid);
+}
+
+void ApplicationLifecycle::watchForEnd(ProcessID pid) {
+  auto process = pid > 0 ? openProcess(pid) : FileDescriptor();
+  if (process ? isReadable(process) : !isAlive(pid)) return end(pid);
+  if (!process) {  // out of descriptors: the next change of the windows asks again
+    withWindows_.insert(pid);
+    return;
+  }
+  epoll_event interest{.events = EPOLLIN, .data = {.fd = process.number()}};
+  epoll_ctl(pollSet_, EPOLL_CTL_ADD, process.number(), &interest);
+  leaving_.insert_or_assign(pid, std::move(process));
+}
+
+void ApplicationLifecycle::processEnded() {
+  std::vector<ProcessID> ended;
+  for (const auto& [pid, process] : leaving_)
+    if (isReadable(process)) ended.push_back(pid);
+  for (const auto pid : ended) {
+    leaving_.erase(pid);
+    end(pid);
+  }
+}
+
+void ApplicationLifecycle::end(ProcessID pid) {
+  regular_.erase(pid);
+  server_.forgetApplication(pid);
+  endObservers_.notify(pid);
+}
+
+}  // namespace pellow
