@@ -4,9 +4,11 @@
 #include <xcb/xtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 #include <type_traits>
 
 #include "tests/harness/eventually.h"
