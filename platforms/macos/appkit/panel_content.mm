@@ -125,9 +125,10 @@ struct GivenElement final : ViewNode::NativePart {
     pellow::runInPool([&] { _pointer->endPress(); });  // its release was lost
     return [self showContextMenu:event];
   }
-  pellow::runInPool([&] {
-    _pointer->pressed([self pointOf:event], pellow::toAppKitPoint(NSEvent.mouseLocation));
-  });
+  // Not where the pointer is by now: a fast one is already away.
+  const NSPoint onScreen = [self.window convertPointToScreen:event.locationInWindow];
+  pellow::runInPool(
+      [&] { _pointer->pressed([self pointOf:event], pellow::toAppKitPoint(onScreen)); });
 }
 
 - (void)mouseDragged:(NSEvent*)event {
