@@ -39,13 +39,20 @@ TEST_F(WorkspaceContract, AHiddenApplicationShowsNoWindowUntilItIsShownAgain) {
   const auto guest = host->launch("Guest");
   guest->open("Document", {300, 150, 400, 300});
   const auto frame = guest->frame("Document");
+  const auto isListed = [&] {
+    const auto listed = workspace.windowsOnScreen();
+    return std::ranges::count(listed, WindowOnScreen{guest->pid(), frame}) == 1;
+  };
+  EXPECT_TRUE(until(isListed));
   ASSERT_TRUE(until([&] { return workspace.application(guest->pid()).has_value(); }));
   ASSERT_TRUE(workspace.hide(guest->pid()));
   EXPECT_TRUE(until([&] { return !guest->isShown("Document"); }));
+  EXPECT_TRUE(until([&] { return !isListed(); }));
   EXPECT_FALSE(guest->isMinimized("Document"));
   ASSERT_TRUE(workspace.unhide(guest->pid()));
   EXPECT_TRUE(until([&] { return guest->isShown("Document"); }));
   EXPECT_TRUE(until([&] { return guest->frame("Document") == frame; }));
+  EXPECT_TRUE(until(isListed));
 }
 
 class WorkspaceInUse : public DesktopContractTest {};
