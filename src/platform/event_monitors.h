@@ -22,7 +22,8 @@ inline constexpr std::uint64_t all = shift | control | option | command;
 struct KeyEvent {
   std::uint16_t keyCode = 0;  // virtual key code of the ANSI layout: 17 is the key of T
   std::uint64_t modifierFlags = 0;
-  std::string_view charactersIgnoringModifiers;  // valid during the call; empty when it has none
+  // Valid during the call; empty when it has none, and perhaps for global monitors.
+  std::string_view charactersIgnoringModifiers;
 };
 
 // The keyboard and the pointer. An event goes to the local monitors when a window of this process

@@ -17,15 +17,14 @@ TEST_F(EventMonitorsContract, KeysGoToOneChainOnlyAndTheNewestLocalMonitorIsFirs
   guest->open("Document", {300, 150, 400, 300});
   ASSERT_TRUE(bringToFront(*guest));
   auto global = monitors.addGlobalKeyDown([this](const KeyEvent& event) {
-    heard.push_back(fmt::format("global {} {:x} {}", event.keyCode,
-                                event.modifierFlags & modifier::all,
-                                event.charactersIgnoringModifiers));
+    heard.push_back(
+        fmt::format("global {} {:x}", event.keyCode, event.modifierFlags & modifier::all));
   });
   ASSERT_TRUE(global);
   host->type(key::t, modifier::control | modifier::option | modifier::command);
-  EXPECT_TRUE(hears({"global 17 1c0000 t"}));
+  EXPECT_TRUE(hears({"global 17 1c0000"}));
   host->type(key::k);
-  EXPECT_TRUE(hears({"global 40 0 k"}));
+  EXPECT_TRUE(hears({"global 40 0"}));
 
   const auto older = monitors.addLocalKeyDown([this](const KeyEvent& event) {
     heard.push_back(fmt::format("older {}", event.keyCode));
@@ -58,7 +57,7 @@ TEST_F(EventMonitorsContract, KeysGoToOneChainOnlyAndTheNewestLocalMonitorIsFirs
   ASSERT_TRUE(bringToFront(*guest));
   host->hold(key::t);
   host->type(key::k);
-  EXPECT_TRUE(hears({"global 17 0 t", "global 40 0 k"}));
+  EXPECT_TRUE(hears({"global 17 0", "global 40 0"}));
 }
 
 TEST_F(EventMonitorsContract, ThePointerIsFollowedOverPanelsAndOverEverythingElse) {
@@ -69,6 +68,7 @@ TEST_F(EventMonitorsContract, ThePointerIsFollowedOverPanelsAndOverEverythingEls
   panel->setContent({.key = "root", .frame = {0, 0, 100, 100}, .look = {.content = Backdrop{}}});
   panel->setFrame({50, 200, 100, 100});
   panel->orderFront();
+  ASSERT_TRUE(until([&] { return host->showsPanel("pellow-strip"); }));
   std::string last;
   auto global = monitors.addGlobalPointerMoved([&] { last = "global"; });
   auto local = monitors.addLocalPointerMoved([&] { last = "local"; });

@@ -27,6 +27,7 @@ class MacPanels::MacPanel final : public Panel {
     stopAnimation();
     [content_ giveUp];
     [panel_ orderOut:nil];
+    [PellowPanelContent lookForPointerSoon];
     keepUntilIdle(panel_);
   }
 
@@ -57,12 +58,12 @@ class MacPanels::MacPanel final : public Panel {
   void setIgnoresMouseEvents(bool ignores) override {
     if (std::exchange(ignoresMouseEvents_, ignores) == ignores) return;
     panel_.ignoresMouseEvents = ignores;
-    [content_ lookForPointerSoon];
+    [PellowPanelContent lookForPointerSoon];
   }
 
   void orderFront() override {
     [panel_ orderFrontRegardless];
-    [content_ lookForPointerSoon];
+    [PellowPanelContent lookForPointerSoon];
   }
 
   void orderOut() override {
@@ -79,7 +80,7 @@ class MacPanels::MacPanel final : public Panel {
     const NSRect frame = toNSRect(look.frame);
     if (NSEqualRects(panel_.frame, frame)) return;
     [panel_ setFrame:frame display:YES];
-    [content_ lookForPointerSoon];
+    [PellowPanelContent lookForPointerSoon];
   }
 
   void stopAnimation() {

@@ -17,8 +17,9 @@
 
 - (void)showViews:(pellow::View)root;
 
-// Finds the view under the pointer once the current work is done: either may have moved.
-- (void)lookForPointerSoon;
+// Finds the view under the pointer once the current work is done, in all panels: either may have
+// moved, and one panel may have come above another.
++ (void)lookForPointerSoon;
 
 // Ends a drag; its `onEnded` may end the panel.
 - (void)panelWasHidden;

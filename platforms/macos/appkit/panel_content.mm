@@ -38,7 +38,6 @@ struct GivenElement final : ViewNode::NativePart {
   std::optional<pellow::Underlay> _underlay;
   std::optional<pellow::Highlights> _highlights;
   pellow::ToolTips _toolTips;
-  bool _willLookForPointer;
   NSMenu* _contextMenu;  // the latest: a choice may come after it has closed
 }
 
@@ -82,7 +81,7 @@ struct GivenElement final : ViewNode::NativePart {
 }
 
 - (void)panelWasHidden {
-  [self lookForPointerSoon];
+  [PellowPanelContent lookForPointerSoon];
   pellow::runInPool([&] { _pointer->endPress(); });
 }
 
@@ -100,7 +99,7 @@ struct GivenElement final : ViewNode::NativePart {
   if (const auto& root = _tree->root()) _underlay->show(*root, _canvas.stretch);
   [self.window invalidateShadow];
   _toolTips.show(*_tree, _canvas.stretch, self);
-  [self lookForPointerSoon];
+  [PellowPanelContent lookForPointerSoon];
 }
 
 - (ViewPoint)toContent:(NSPoint)point {
@@ -126,9 +125,10 @@ struct GivenElement final : ViewNode::NativePart {
     pellow::runInPool([&] { _pointer->endPress(); });  // its release was lost
     return [self showContextMenu:event];
   }
-  pellow::runInPool([&] {
-    _pointer->pressed([self pointOf:event], pellow::toAppKitPoint(NSEvent.mouseLocation));
-  });
+  // Not where the pointer is by now: a fast one is already away.
+  const NSPoint onScreen = [self.window convertPointToScreen:event.locationInWindow];
+  pellow::runInPool(
+      [&] { _pointer->pressed([self pointOf:event], pellow::toAppKitPoint(onScreen)); });
 }
 
 - (void)mouseDragged:(NSEvent*)event {
@@ -137,7 +137,7 @@ struct GivenElement final : ViewNode::NativePart {
 }
 
 - (void)mouseUp:(NSEvent*)event {
-  if (_pointer->isDragging()) [self lookForPointerSoon];
+  if (_pointer->isDragging()) [PellowPanelContent lookForPointerSoon];
   pellow::runInPool([&] { _pointer->released([self pointOf:event]); });
 }
 
@@ -174,7 +174,7 @@ struct GivenElement final : ViewNode::NativePart {
       pellow::makeMenu(*menu, [weakSelf](const auto& chosen) { [weakSelf callBack:chosen]; });
   _contextMenu = shown;
   [NSMenu popUpContextMenu:shown withEvent:event forView:self];
-  [self lookForPointerSoon];
+  [PellowPanelContent lookForPointerSoon];
 }
 
 - (void)callBack:(const std::function<void()>&)chosen {
@@ -183,21 +183,41 @@ struct GivenElement final : ViewNode::NativePart {
 
 // Hover
 
-- (void)lookForPointerSoon {
-  if (std::exchange(_willLookForPointer, true)) return;
-  __weak PellowPanelContent* const weakSelf = self;
-  pellow::hopToMain([weakSelf] { [weakSelf lookForPointer]; });
++ (void)lookForPointerSoon {
+  static bool isWaiting = false;
+  if (std::exchange(isWaiting, true)) return;
+  pellow::hopToMain([] {
+    isWaiting = false;
+    [PellowPanelContent lookForPointer];
+  });
 }
 
-- (void)lookForPointer {
-  _willLookForPointer = false;
-  NSWindow* const window = self.window;
-  const NSPoint point = [self convertPoint:window.mouseLocationOutsideOfEventStream fromView:nil];
-  const bool isAbove =
-      window.visible && !window.ignoresMouseEvents && NSMouseInRect(point, self.bounds, NO);
-  const bool inside = isAbove && [NSWindow windowNumberAtPoint:NSEvent.mouseLocation
-                                     belowWindowWithWindowNumber:0] == window.windowNumber;
-  _pointer->isAt(inside ? std::optional([self toContent:point]) : std::nullopt);
+// AppKit tells of what the pointer does, not of what comes under it. It leaves one panel before it
+// enters another.
++ (void)lookForPointer {
+  const NSInteger number = [NSWindow windowNumberAtPoint:NSEvent.mouseLocation
+                             belowWindowWithWindowNumber:0];
+  PellowPanelContent* entered = nil;
+  for (NSWindow* window in NSApp.windows) {
+    if (![window.contentView isKindOfClass:PellowPanelContent.class]) continue;
+    PellowPanelContent* const content = (PellowPanelContent*)window.contentView;
+    if (window.windowNumber == number && [content isUnderPointer]) {
+      entered = content;
+    } else {
+      content->_pointer->isAt(std::nullopt);
+    }
+  }
+  if (entered) entered->_pointer->isAt([entered toContent:[entered pointerLocation]]);
+}
+
+// The window server may not have heard yet that the panel is hidden or ignores the pointer.
+- (bool)isUnderPointer {
+  return self.window.visible && !self.window.ignoresMouseEvents &&
+         NSMouseInRect([self pointerLocation], self.bounds, NO);
+}
+
+- (NSPoint)pointerLocation {
+  return [self convertPoint:self.window.mouseLocationOutsideOfEventStream fromView:nil];
 }
 
 // Tool tips

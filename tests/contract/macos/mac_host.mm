@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "platforms/macos/foundation/cf.h"
 #include "platforms/macos/foundation/colour.h"
 #include "platforms/macos/foundation/text.h"
 #include "platforms/macos/mac_platform.h"
@@ -35,8 +36,9 @@ class MacGuest final : public Guest {
       throw std::runtime_error(toText(error.localizedDescription));
   }
 
+  // Not by SIGTERM: what this process ignores, its children do, too.
   ~MacGuest() override {
-    [task_ terminate];
+    kill(pid(), SIGKILL);
     [task_ waitUntilExit];
   }
 
@@ -146,6 +148,14 @@ class MenuChoice {
   const std::shared_ptr<bool> hasClosed_ = std::make_shared<bool>();
 };
 
+// What an earlier test or run has stored.
+void forgetDefaults() {
+  const auto keys = CFOwner<CFArrayRef>::adopt(CFPreferencesCopyKeyList(
+      kCFPreferencesCurrentApplication, kCFPreferencesCurrentUser, kCFPreferencesAnyHost));
+  for (NSString* key in (__bridge NSArray*)keys.get())
+    [NSUserDefaults.standardUserDefaults removeObjectForKey:key];
+}
+
 class MacHost final : public Host {
  public:
   Platform& platform() override { return platform_; }
@@ -171,7 +181,12 @@ class MacHost final : public Host {
     return std::make_unique<MacGuest>();
   }
 
-  bool showsPanel(const std::string& name) override { return windowNamed(name) != nil; }
+  bool showsPanel(const std::string& name) override {
+    NSWindow* const window = windowNamed(name);
+    const NSPoint centre = NSMakePoint(NSMidX(window.frame), NSMidY(window.frame));
+    return window && [NSWindow windowNumberAtPoint:centre
+                         belowWindowWithWindowNumber:0] == window.windowNumber;
+  }
 
   void type(std::uint16_t keyCode, std::uint64_t modifierFlags) override {
     for (const bool isDown : {true, false}) {
@@ -201,7 +216,9 @@ class MacHost final : public Host {
     mouse(kCGEventLeftMouseUp);
   }
 
+  // AppKit hears of an activation after the rest of the system; before, nobody could press a thing.
   void operate(const std::string& title) override {
+    until([] { return NSApp.active == NSRunningApplication.currentApplication.active; });
     for (NSWindow* window in NSApp.windows) {
       if (!window.visible) continue;
       if (NSButton* const button = buttonIn(window.contentView, toNSString(title)))
@@ -217,8 +234,11 @@ class MacHost final : public Host {
   void chooseFromStatusMenu(const std::string& title) override {
     const MenuChoice choice(toNSString(title));
     for (NSWindow* window in NSApp.windows)
-      if (NSStatusBarButton* const button = statusButtonIn(window.contentView))
-        return [button performClick:nil];  // until the menu has closed
+      if (NSStatusBarButton* const button = statusButtonIn(window.contentView)) {
+        [button performClick:nil];
+        until([&] { return choice.hasClosed(); });
+        return;
+      }
     throw std::out_of_range("no status item");
   }
   void chooseFromContextMenu(QuartzPoint at, const std::string& title) override {
@@ -243,8 +263,11 @@ class MacHost final : public Host {
 
   void mouse(CGEventType type) {
     const bool isSecondary = type == kCGEventRightMouseDown || type == kCGEventRightMouseUp;
-    post(CGEventCreateMouseEvent(nullptr, type, pointer_,
-                                 isSecondary ? kCGMouseButtonRight : kCGMouseButtonLeft));
+    CGEventRef const event = CGEventCreateMouseEvent(
+        nullptr, type, pointer_, isSecondary ? kCGMouseButtonRight : kCGMouseButtonLeft);
+    CGEventSetFlags(event, CGEventFlags{});  // none that keys have left behind
+    if (type != kCGEventMouseMoved) CGEventSetIntegerValueField(event, kCGMouseEventClickState, 1);
+    post(event);
   }
 
   static void post(CGEventRef event) {
@@ -266,6 +289,7 @@ std::unique_ptr<Host> Host::make() {
     [NSApp finishLaunching];
     return true;
   }();
+  forgetDefaults();
   return std::make_unique<MacHost>();
 }
 

@@ -14,6 +14,7 @@
 namespace {
 
 NSMutableArray<NSWindow*>* const windows = [NSMutableArray array];
+NSMutableSet<NSWindow*>* const minimized = [NSMutableSet set];  // all the way to the Dock
 
 NSWindow* windowNamed(const std::string& title) {
   for (NSWindow* window in windows)
@@ -35,6 +36,7 @@ void open(const NSRect& frame, const std::string& title) {
                   backing:NSBackingStoreBuffered
                     defer:NO];
   window.releasedWhenClosed = NO;
+  window.animationBehavior = NSWindowAnimationBehaviorNone;
   [windows addObject:window];
   window.title = @(title.c_str());
   [window setFrame:flipped(frame) display:YES];
@@ -50,8 +52,8 @@ void close(NSWindow* window) {
 std::string look(const std::string& title) {
   NSWindow* const window = windowNamed(title);
   const NSRect frame = flipped(window.frame);
-  const bool isMinimized = window.miniaturized;
-  const bool isShown = window.visible && !isMinimized && !NSApp.hidden;
+  const bool isMinimized = window && [minimized containsObject:window];
+  const bool isShown = window.visible && !window.miniaturized && !NSApp.hidden;
   std::ostringstream answer;
   answer << frame.origin.x << ' ' << frame.origin.y << ' ' << frame.size.width << ' '
          << frame.size.height << ' ' << isMinimized << ' ' << isShown;
@@ -74,6 +76,22 @@ std::string obey(const std::string& line) {
   return "done";
 }
 
+void followMinimizing() {
+  NSNotificationCenter* const center = NSNotificationCenter.defaultCenter;
+  [center addObserverForName:NSWindowDidMiniaturizeNotification
+                      object:nil
+                       queue:nil
+                  usingBlock:^(NSNotification* notification) {
+                    [minimized addObject:notification.object];
+                  }];
+  [center addObserverForName:NSWindowDidDeminiaturizeNotification
+                      object:nil
+                       queue:nil
+                  usingBlock:^(NSNotification* notification) {
+                    [minimized removeObject:notification.object];
+                  }];
+}
+
 // On a thread of its own: the application ends with the test.
 void readCommands() {
   for (std::string line; std::getline(std::cin, line);) {
@@ -92,6 +110,7 @@ void readCommands() {
 int main() {
   @autoreleasepool {
     [NSApplication.sharedApplication setActivationPolicy:NSApplicationActivationPolicyRegular];
+    followMinimizing();
     [NSThread detachNewThreadWithBlock:^{
       readCommands();
     }];
