@@ -66,8 +66,8 @@ class Workspace {
   // outside of all displays count.
   virtual std::vector<WindowOnScreen> windowsOnScreen() = 0;
 
-  // Whether the desktop keeps windows on its displays, wherever they are asked to go. It may come to
-  // do so, or no longer.
+  // Whether the desktop keeps windows on its displays, wherever they are asked to go. It may come
+  // to do so, or no longer.
   virtual bool keepsWindowsOnDisplays() = 0;
 
   // Whether the application may have windows on Spaces that are not shown: its `windows` attribute

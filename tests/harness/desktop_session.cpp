@@ -345,6 +345,8 @@ void DesktopSession::hold(KeySym keySym) {
   fakeInput(XCB_KEY_PRESS, keycode(keySym));
   std::this_thread::sleep_for(std::chrono::seconds(1));
   fakeInput(XCB_KEY_RELEASE, keycode(keySym));
+  // Pressed again in the same millisecond it would be one repeat more.
+  std::this_thread::sleep_for(std::chrono::milliseconds(2));
 }
 
 void DesktopSession::click(int x, int y, std::uint8_t button) {

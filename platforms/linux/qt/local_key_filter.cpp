@@ -1,4 +1,3 @@
-#include <cstdio>
 #include "platforms/linux/qt/local_key_filter.h"
 
 #include <xcb/xcb.h>
@@ -17,7 +16,6 @@ LocalKeyFilter::~LocalKeyFilter() { qApp->removeNativeEventFilter(this); }
 bool LocalKeyFilter::nativeEventFilter(const QByteArray&, void* message, qintptr*) {
   const auto* const event = static_cast<const xcb_generic_event_t*>(message);
   const auto* const key = reinterpret_cast<const xcb_key_press_event_t*>(event);
-  if ((event->response_type & 0x7F)<4) fprintf(stderr,"KEY %d %d t=%u\n",event->response_type & 0x7F,key->detail,key->time);
   switch (event->response_type & 0x7F) {
     case XCB_KEY_PRESS:
       return !pressed(*key);

@@ -129,8 +129,8 @@ QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels)
 
 QtPanels::~QtPanels() = default;
 
-// To raise one window, a window manager reorders all of them, and there may be hundreds. Panels that
-// do not meet may stand in any order.
+// To raise one window, a window manager reorders all of them, and there may be hundreds. Panels
+// that do not meet may stand in any order.
 void QtPanels::raise(PanelCanvas& canvas) {
   std::set<xcb_window_t> elsewhere;
   for (const auto* const panel : panels_)

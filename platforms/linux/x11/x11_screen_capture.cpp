@@ -94,11 +94,10 @@ std::expected<std::vector<ShareableWindow>, SystemError> X11ScreenCapture::listW
   const auto layout = server_.layout();
   std::vector<ShareableWindow> windows;
   for (const auto& [window, owner] : shown)
-    windows.push_back(
-        {.object = std::make_shared<X11ShareableWindow>(window.window),
-         .owner = owner == 0 ? std::nullopt : std::optional(owner),
-         .title = window.title.empty() ? std::nullopt : std::optional(window.title),
-         .frame = layout.toQuartz(window.frame)});
+    windows.push_back({.object = std::make_shared<X11ShareableWindow>(window.window),
+                       .owner = owner == 0 ? std::nullopt : std::optional(owner),
+                       .title = window.title.empty() ? std::nullopt : std::optional(window.title),
+                       .frame = layout.toQuartz(window.frame)});
   return windows;
 }
 
