@@ -11,6 +11,7 @@
 #include "platforms/linux/qt/qt_process.h"
 #include "platforms/linux/system/environment.h"
 #include "platforms/linux/system/log_sink.h"
+#include "platforms/linux/system/programs.h"
 #include "platforms/linux/system/termination_signals.h"
 
 namespace {
@@ -31,7 +32,8 @@ LinuxPlatform::Claim readClaim() {
 
 int run(const RunProgram& program) {
   const auto claim = readClaim();
-  std::signal(SIGPIPE, SIG_IGN);  // whoever reads the log may go away
+  const GivenEnvironment environment;  // before Qt and what prepares it change theirs
+  std::signal(SIGPIPE, SIG_IGN);       // whoever reads the log may go away
   TerminationSignals signals;
   const Log log(makeLogSink());
   if (const auto problem = LinuxPlatform::whyNoDisplay()) {

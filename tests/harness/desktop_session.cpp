@@ -355,10 +355,10 @@ void DesktopSession::click(int x, int y, std::uint8_t button) {
   release(button);
 }
 
-bool DesktopSession::activate(WindowID window) {
+bool DesktopSession::activate(WindowID window, std::chrono::seconds bound) {
   constexpr std::uint32_t fromPager = 2;
   askWindowManager(window, "_NET_ACTIVE_WINDOW", {fromPager, XCB_CURRENT_TIME, 0});
-  return eventually([&] { return activeWindow() == window; });
+  return eventually([&] { return activeWindow() == window; }, bound);
 }
 
 void DesktopSession::iconify(WindowID window) {

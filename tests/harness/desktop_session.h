@@ -2,6 +2,7 @@
 
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
@@ -145,7 +146,7 @@ class DesktopSession {
   void click(int x, int y, std::uint8_t button = 1);
 
   // Asks the window manager, as a pager does, to activate the window, and waits until it is.
-  bool activate(WindowID window);
+  bool activate(WindowID window, std::chrono::seconds bound = std::chrono::seconds(30));
 
   // Asks the window manager, as a pager does, to iconify the window; to add a state, for example
   // "_NET_WM_STATE_SHADED", or to take it away. Waits for nothing.

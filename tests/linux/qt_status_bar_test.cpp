@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <QToolTip>
 #include <vector>
 
 #include "tests/linux/qt_desktop_test.h"
@@ -75,6 +76,11 @@ TEST_F(QtStatusBarTest, TheItemAppearsInATrayThatComesLaterAndSuitsItsColour) {
     EXPECT_EQ(chosen, (std::vector{fmt::format("Item {}", asked)}));
     chosen.clear();
   }
+
+  item->setTooltip("<b>Two</b> windows");
+  desktop.movePointer(whole.x + 6, whole.y + 6);
+  EXPECT_TRUE(untilTray([] { return QToolTip::isVisible(); }));
+  EXPECT_EQ(QToolTip::text().toStdString(), "‹b›Two‹/b› windows");
 
   item.reset();
   EXPECT_TRUE(untilTray([&] { return !desktop.exists(tray->docked()); }));

@@ -32,7 +32,8 @@ class ProgramsTest : public testing::Test {
  protected:
   ~ProgramsTest() override {
     setenv("PATH", path_.c_str(), 1);
-    for (const auto* name : {"XDG_CURRENT_DESKTOP", "PELLOW_REPLACED", "PELLOW_KEPT"})
+    for (const auto* name :
+         {"XDG_CURRENT_DESKTOP", "PELLOW_REPLACED", "PELLOW_KEPT", "DESKTOP_STARTUP_ID"})
       unsetenv(name);
     fs::remove_all(folder);
   }
@@ -75,20 +76,23 @@ TEST_F(ProgramsTest, StartWithNothingOfOursButTheEnvironment) {
   const int inherited = fcntl(STDIN_FILENO, F_DUPFD, 100);
   setenv("PELLOW_REPLACED", "old", 1);
   setenv("PELLOW_KEPT", "kept", 1);
+  setenv("DESKTOP_STARTUP_ID", "of this process", 1);
+  std::optional<GivenEnvironment> given(std::in_place);
+  setenv("PELLOW_KEPT", "changed", 1);
 
-  const auto program =
-      install("program", fmt::format("grep -E 'SigBlk|SigIgn' /proc/self/status\n"
-                                     "echo \"$1|$PELLOW_REPLACED|$PELLOW_KEPT\"\n"
-                                     "test -e /proc/$$/fd/{} && echo inherited\n"
-                                     "test $(cut -d' ' -f6 /proc/$$/stat) = $$ && echo alone",
-                                     inherited));
+  const auto program = install(
+      "program", fmt::format("grep -E 'SigBlk|SigIgn' /proc/self/status\n"
+                             "echo \"$1|$PELLOW_REPLACED|$PELLOW_KEPT|$DESKTOP_STARTUP_ID\"\n"
+                             "test -e /proc/$$/fd/{} && echo inherited\n"
+                             "test $(cut -d' ' -f6 /proc/$$/stat) = $$ && echo alone",
+                             inherited));
   const auto started = startProgram({program, "two words; $HOME"}, ProgramOutput::discarded,
                                     {"PELLOW_REPLACED=new"});
   ASSERT_TRUE(started) << started.error().sentence;
   EXPECT_EQ(awaitResult(),
             "SigBlk:\t0000000000000000\n"
             "SigIgn:\t0000000000000000\n"
-            "two words; $HOME|new|kept\n"
+            "two words; $HOME|new|kept|\n"
             "alone\n");
   EXPECT_EQ(startProgram({folder / "nothing"}, ProgramOutput::shared).error().sentence,
             "Could not start " + (folder / "nothing").native() + ": No such file or directory.");

@@ -47,8 +47,10 @@ TEST(LogSink, WritesOneLineAMessageAndTellsTheJournalToo) {
   const Log log(makeLogSink(journal.path()));
   log.warning("careful, {}", "Grüße");
   log.error("two\nlines\x1B[2J");
+  log.info("\u009B2J \x9B\x90 \u00A0\u2019");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "warning careful, Grüße\nerror two\\nlines\\x1B[2J\n");
+            "warning careful, Grüße\nerror two\\nlines\\x1B[2J\n"
+            "info \\x9B2J \uFFFD\uFFFD \u00A0\u2019\n");
   EXPECT_EQ(journal.receive(), "MESSAGE=careful, Grüße\nPRIORITY=4\nSYSLOG_IDENTIFIER=pellow\n");
   EXPECT_EQ(journal.receive(), std::string("MESSAGE\n\x0d\0\0\0\0\0\0\0two\nlines\x1B[2J\n", 30) +
                                    "PRIORITY=3\nSYSLOG_IDENTIFIER=pellow\n");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platforms/linux/x11/x11_connection.h"
 #include "tests/harness/monitors.h"
 #include "tests/linux/x11_desktop_test.h"
 
@@ -49,6 +50,45 @@ TEST_F(X11DesktopTest, MonitorsComeAndGoAndKeepTheirNumbers) {
   }
   EXPECT_FALSE(told.empty());
   for (const auto& displayID : told) EXPECT_EQ(displayID, leftID);
+}
+
+TEST_F(X11DesktopTest, JunkOfOthersMovesNeitherScreensNorWindows) {
+  const auto guest = client.open("Guest", {50, 150, 300, 200});
+  const auto window = windowNamed(*x11, pid, "Guest");
+  const auto screens = x11->screens().all();
+  const auto place = read<QuartzPoint>(window, "AXPosition");
+  const auto size = read<Size>(window, "AXSize");
+  const auto extents = desktop.values(guest, "_NET_FRAME_EXTENTS");
+
+  const auto other = X11Connection::open(desktop.display()).value();
+  const auto write = [&](xcb_window_t to, const char* name, const std::vector<std::uint32_t>& all) {
+    xcb_change_property(other->raw(), XCB_PROP_MODE_REPLACE, to, internAtom(other->raw(), name),
+                        XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(all.size()), all.data());
+    other->flush();
+  };
+  const auto screensStay = [&] {
+    int told = 0;
+    const auto observer = x11->screens().onDidChangeParameters([&] { ++told; });
+    pollfd poller{x11->fileDescriptor(), POLLIN, 0};
+    while (poll(&poller, 1, 200) > 0) EXPECT_TRUE(x11->processEvents());
+    return told == 0 && x11->screens().all() == screens;
+  };
+  const std::uint32_t large = INT32_MAX;
+  for (const std::uint32_t desktopNumber : {UINT32_MAX, UINT32_MAX / 4, large}) {
+    write(desktop.root(), "_NET_CURRENT_DESKTOP", {desktopNumber});
+    EXPECT_TRUE(screensStay()) << desktopNumber;
+  }
+  write(desktop.root(), "_NET_WORKAREA", {large, large, large, large});
+  EXPECT_TRUE(screensStay());
+  write(guest, "_GTK_FRAME_EXTENTS", {large, large, large, large});
+  EXPECT_EQ(read<Size>(window, "AXSize"), size);
+  write(guest, "_GTK_FRAME_EXTENTS", {200, 200, 20, 20});
+  EXPECT_EQ(read<Size>(window, "AXSize"), size) << "nothing is left of it";
+  write(guest, "_NET_FRAME_EXTENTS", {large, large, large, large});
+  const auto content = desktop.content(guest);
+  EXPECT_EQ(read<Size>(window, "AXSize"), (Size{double(content.width), double(content.height)}));
+  write(guest, "_NET_FRAME_EXTENTS", extents);
+  EXPECT_EQ(read<QuartzPoint>(window, "AXPosition"), place);
 }
 
 }  // namespace

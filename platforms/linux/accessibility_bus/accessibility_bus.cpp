@@ -1,10 +1,20 @@
 #include "platforms/linux/accessibility_bus/accessibility_bus.h"
 
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <systemd/sd-bus.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <limits>
+#include <ranges>
+#include <string_view>
 #include <utility>
+
+#include "platforms/linux/system/file_descriptor.h"
 
 namespace pellow {
 
@@ -26,8 +36,14 @@ bool readNumber(sd_bus_message* message, std::uint32_t& number) {
   return sd_bus_message_read(message, "u", &number) > 0;
 }
 
+// An application may say any number: what no X screen can hold is cut off, so that sums stay sums.
 bool readRect(sd_bus_message* message, AccessibleRect& rect) {
-  return sd_bus_message_read(message, "(iiii)", &rect.x, &rect.y, &rect.width, &rect.height) > 0;
+  constexpr int most = std::numeric_limits<std::int16_t>::max();
+  if (sd_bus_message_read(message, "(iiii)", &rect.x, &rect.y, &rect.width, &rect.height) <= 0)
+    return false;
+  for (auto* number : {&rect.x, &rect.y, &rect.width, &rect.height})
+    *number = std::clamp(*number, -most, most);
+  return true;
 }
 
 bool readObjects(sd_bus_message* message, std::vector<AccessibleObject>& objects) {
@@ -40,6 +56,71 @@ bool readObjects(sd_bus_message* message, std::vector<AccessibleObject>& objects
   return read == 0;
 }
 
+// A value of an address, in which "%2f" stands for a slash; nothing when it is broken.
+std::optional<std::string> unescaped(std::string_view value) {
+  constexpr std::string_view digits = "0123456789abcdef0123456789ABCDEF";
+  std::string text;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    if (value[i] != '%') {
+      text += value[i];
+      continue;
+    }
+    if (value.size() - i < 3) return std::nullopt;
+    const auto high = digits.find(value[++i]);
+    const auto low = digits.find(value[++i]);
+    if (high == digits.npos || low == digits.npos) return std::nullopt;
+    text += static_cast<char>(high % 16 * 16 + low % 16);
+  }
+  return text;
+}
+
+bool isOwnSocketFile(const char* path) {
+  struct stat status{};
+  return stat(path, &status) == 0 && S_ISSOCK(status.st_mode) && status.st_uid == geteuid();
+}
+
+struct SocketAddress {
+  sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+  socklen_t size = 0;
+};
+
+// The socket of an address that names one and says nothing else: an address of the bus's own kind
+// may list several, and some start a program.
+std::optional<SocketAddress> socketAddress(std::string_view address) {
+  constexpr std::string_view transport = "unix:";
+  if (!address.starts_with(transport) || address.contains(';')) return std::nullopt;
+  std::optional<std::string> name;  // an abstract one begins with a zero byte
+  for (const auto part : std::views::split(address.substr(transport.size()), ',')) {
+    const std::string_view pair(part);
+    const auto key = pair.substr(0, pair.find('='));
+    if (key == "guid") continue;
+    if (name || (key != "path" && key != "abstract") || key.size() == pair.size())
+      return std::nullopt;
+    const auto value = unescaped(pair.substr(key.size() + 1));
+    if (!value || value->empty() || value->contains('\0')) return std::nullopt;
+    name = key == "path" ? *value : '\0' + *value;
+  }
+  SocketAddress result;
+  if (!name || name->size() >= sizeof result.address.sun_path) return std::nullopt;
+  if (name->front() != '\0' && !isOwnSocketFile(name->c_str())) return std::nullopt;
+  std::ranges::copy(*name, result.address.sun_path);
+  result.size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name->size());
+  return result;
+}
+
+// A connection to a program of this user; none to anybody else's.
+FileDescriptor connectTo(const SocketAddress& to) {
+  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (!socket ||
+      connect(socket.number(), reinterpret_cast<const sockaddr*>(&to.address), to.size) != 0)
+    return FileDescriptor();
+  ucred peer{};
+  socklen_t size = sizeof peer;
+  const bool isOwn = getsockopt(socket.number(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
+                     peer.uid == geteuid();
+  return isOwn ? std::move(socket) : FileDescriptor();
+}
+
 }  // namespace
 
 void AccessibilityBus::Closer::operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
@@ -49,14 +130,16 @@ void AccessibilityBus::Releaser::operator()(sd_bus_message* message) const {
 
 std::unique_ptr<AccessibilityBus> AccessibilityBus::open(const std::string& address,
                                                          Deadline deadline) {
-  // Other kinds of address start a program.
-  if (!address.starts_with("unix:")) return nullptr;
+  const auto where = socketAddress(address);
+  if (!where) return nullptr;
+  auto socket = connectTo(*where);
+  if (!socket) return nullptr;
   sd_bus* raw = nullptr;
   if (sd_bus_new(&raw) < 0) return nullptr;
   Bus bus(raw);
-  if (sd_bus_set_address(raw, address.c_str()) < 0 || sd_bus_set_bus_client(raw, 1) < 0 ||
-      sd_bus_start(raw) < 0)
-    return nullptr;
+  if (sd_bus_set_fd(raw, socket.number(), socket.number()) < 0) return nullptr;
+  (void)socket.release();  // the bus closes it
+  if (sd_bus_set_bus_client(raw, 1) < 0 || sd_bus_start(raw) < 0) return nullptr;
   std::unique_ptr<AccessibilityBus> result(new AccessibilityBus(std::move(bus), deadline));
   return result->becomeReady() ? std::move(result) : nullptr;
 }

@@ -43,7 +43,8 @@ class AccessibilityBus {
   template <class Value>
   using Answers = std::optional<std::vector<std::optional<Value>>>;
 
-  // Null when no bus answers at the address in time.
+  // The address is the word of any program on the display: one that names more or something else
+  // than one Unix socket of this user is refused. Null also when no bus answers there in time.
   static std::unique_ptr<AccessibilityBus> open(const std::string& address, Deadline deadline);
 
   // The application that a process shows; nothing when it shows none.

@@ -8,6 +8,7 @@
 namespace pellow {
 
 QString toolTipText(const std::string& text);
+QString trayText(const std::string& text);
 QString titleText(const std::string& text);
 
 }  // namespace pellow

@@ -19,8 +19,7 @@ class QtApplication {
   double scale() const;
 
  private:
-  // Qt keeps references to both. The option wins over the environment, which programs started from
-  // here must find unchanged.
+  // Qt keeps references to both. The option wins over the environment.
   std::array<char, 7> name_{"pellow"};
   std::array<char, 10> option_{"-platform"};
   std::array<char, 4> platform_{"xcb"};

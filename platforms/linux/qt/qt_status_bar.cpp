@@ -31,9 +31,7 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
     icon_.show();
   }
 
-  void setTooltip(const std::string& tooltip) override {
-    icon_.setToolTip(QString::fromStdString(tooltip));
-  }
+  void setTooltip(const std::string& tooltip) override { icon_.setToolTip(trayText(tooltip)); }
 
   void setMenu(std::function<Menu()> menu) override {
     provider_ = std::move(menu);

@@ -20,6 +20,8 @@ class FileDescriptor {
   }
 
   int number() const { return number_; }
+  // Leaves it open, to whoever asks.
+  [[nodiscard]] int release() { return std::exchange(number_, -1); }
   explicit operator bool() const { return number_ >= 0; }
 
  private:

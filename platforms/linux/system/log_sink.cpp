@@ -13,6 +13,7 @@
 
 #include "platforms/linux/system/environment.h"
 #include "platforms/linux/system/file_descriptor.h"
+#include "platforms/linux/x11/text_encoding.h"
 
 namespace pellow {
 namespace {
@@ -103,15 +104,19 @@ class LogSink {
 }  // namespace
 
 std::string logLine(LogLevel level, std::string_view message) {
+  constexpr unsigned char leadOfC1 = 0xC2;  // of U+0080 to U+00BF; the controls end at U+009F
   auto line = fmt::format("{} ", nameOf(level));
-  for (const char c : message) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '\n') {
+  const auto text = validUTF8(message);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if (byte == '\n') {
       line += "\\n";
     } else if (byte < 0x20 || byte == 0x7F) {
       line += fmt::format("\\x{:02X}", byte);
+    } else if (byte == leadOfC1 && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
+      line += fmt::format("\\x{:02X}", static_cast<unsigned char>(text[++i]));
     } else {
-      line += c;
+      line += text[i];
     }
   }
   return line;

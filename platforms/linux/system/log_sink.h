@@ -11,8 +11,9 @@ namespace pellow {
 // it, once.
 Log::Sink makeLogSink(const std::filesystem::path& journal = "/run/systemd/journal/socket");
 
-// The line of a message without its end: line breaks and other control characters, which a window's
-// title may hold, are written as \n or \x1B.
+// The line of a message without its end, as a terminal may show it: line breaks and other control
+// characters, which a window's title may hold, are written as \n or \x1B, and bytes that are no
+// UTF-8 as U+FFFD.
 std::string logLine(LogLevel level, std::string_view message);
 
 }  // namespace pellow

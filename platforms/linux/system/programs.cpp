@@ -52,15 +52,22 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return pointers;
 }
 
+std::vector<std::string> environmentNow() {
+  std::vector<std::string> all;
+  for (char** entry = environ; *entry; ++entry) all.emplace_back(*entry);
+  return all;
+}
+
+std::optional<std::vector<std::string>> givenEnvironment;
+
 std::vector<std::string> environmentWith(const std::vector<std::string>& variables) {
-  std::vector<std::string> all = variables;
-  const auto isReplaced = [&](std::string_view entry) {
+  auto all = givenEnvironment ? *givenEnvironment : environmentNow();
+  std::erase_if(all, [&](std::string_view entry) {
     const auto name = entry.substr(0, entry.find('=') + 1);
     return std::ranges::any_of(variables,
                                [&](const auto& variable) { return variable.starts_with(name); });
-  };
-  for (char** entry = environ; *entry; ++entry)
-    if (!isReplaced(*entry)) all.emplace_back(*entry);
+  });
+  all.insert(all.end(), variables.begin(), variables.end());
   return all;
 }
 
@@ -134,6 +141,15 @@ SystemError cannotStart(const std::string& program, int reason) {
 }
 
 }  // namespace
+
+GivenEnvironment::GivenEnvironment() {
+  auto all = environmentNow();
+  std::erase_if(all, [](const std::string& entry) {
+    return entry.starts_with("DESKTOP_STARTUP_ID=") || entry.starts_with("XDG_ACTIVATION_TOKEN=");
+  });
+  givenEnvironment = std::move(all);
+}
+GivenEnvironment::~GivenEnvironment() { givenEnvironment.reset(); }
 
 std::optional<fs::path> findProgram(std::string_view name) {
   for (const auto& folder : foldersOfList(environment("PATH"))) {

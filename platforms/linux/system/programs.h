@@ -20,6 +20,17 @@ std::filesystem::path ownExecutable();
 
 enum class ProgramOutput { shared, discarded };
 
+// While it lives, programs get the environment that the process had when it was made, without what
+// is for one program only, such as the token of its start. One at a time, made before there are
+// other threads.
+class GivenEnvironment {
+ public:
+  GivenEnvironment();
+  ~GivenEnvironment();
+  GivenEnvironment(const GivenEnvironment&) = delete;
+  GivenEnvironment& operator=(const GivenEnvironment&) = delete;
+};
+
 // Starts a program that lives on by itself, in a session of its own and with nothing of this
 // process but its environment, to which `variables` ("NAME=value") are added. `command` begins with
 // the path of the program. Answers once the program runs. Any thread.

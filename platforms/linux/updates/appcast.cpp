@@ -15,8 +15,8 @@ constexpr QLatin1String sparkle("http://www.andymatuschak.org/xml-namespaces/spa
 
 class AppcastReader {
  public:
-  explicit AppcastReader(std::string_view xml)
-      : reader_(QByteArray(xml.data(), static_cast<qsizetype>(xml.size()))) {}
+  AppcastReader(std::string_view xml, AppcastLinks links)
+      : reader_(QByteArray(xml.data(), static_cast<qsizetype>(xml.size()))), links_(links) {}
 
   std::expected<std::optional<AppcastItem>, SystemError> read();
 
@@ -36,11 +36,13 @@ class AppcastReader {
     auto text = readText();
     return isAddress(text) ? std::move(text) : std::string();
   }
-  static bool isAddress(std::string_view text) {
-    return text.starts_with("https://") || text.starts_with("http://");
+  bool isAddress(std::string_view text) const {
+    return text.starts_with("https://") ||
+           (links_ == AppcastLinks::httpAndHttps && text.starts_with("http://"));
   }
 
   QXmlStreamReader reader_;
+  const AppcastLinks links_;
   std::string channelPage_;
   std::optional<AppcastItem> newest_;
   std::string newestFile_;
@@ -126,8 +128,9 @@ void AppcastReader::consider(AppcastItem item, std::string file) {
 
 }  // namespace
 
-std::expected<std::optional<AppcastItem>, SystemError> newestInAppcast(std::string_view xml) {
-  return AppcastReader(xml).read();
+std::expected<std::optional<AppcastItem>, SystemError> newestInAppcast(std::string_view xml,
+                                                                       AppcastLinks links) {
+  return AppcastReader(xml, links).read();
 }
 
 }  // namespace pellow

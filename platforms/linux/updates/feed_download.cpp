@@ -16,6 +16,8 @@ FeedDownload::FeedDownload(QNetworkAccessManager& network, MainQueue& queue,
       patience_(queue.after(patience, [this] { giveUp("the server does not answer in time"); })) {
   QNetworkRequest request(QUrl(QString::fromStdString(address)));
   request.setHeader(QNetworkRequest::UserAgentHeader, QString::fromStdString(userAgent));
+  request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                       QNetworkRequest::NoLessSafeRedirectPolicy);
   reply_ = network.get(request);
   QObject::connect(reply_, &QNetworkReply::readyRead, reply_, [this] { take(); });
   QObject::connect(reply_, &QNetworkReply::finished, reply_, [this] { finish(); });

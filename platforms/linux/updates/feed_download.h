@@ -14,7 +14,8 @@ class QNetworkAccessManager;
 
 namespace pellow {
 
-// One download over HTTP or HTTPS, under way until it is destroyed. Main thread.
+// One download over HTTP or HTTPS, under way until it is destroyed; what begins with HTTPS stays
+// there, wherever the server sends it. Main thread.
 class FeedDownload {
  public:
   // The answer, later and once; the error is a sentence. It may end the download.

@@ -72,8 +72,13 @@ void FeedUpdates::check(Asker asker) {
       [this](std::expected<std::string, SystemError> answer) {
         download_.reset();
         schedule();
-        finish(answer ? newestInAppcast(*answer) : std::unexpected(answer.error()));
+        finish(answer ? newestInAppcast(*answer, links()) : std::unexpected(answer.error()));
       });
+}
+
+// Whoever builds with a feed that anybody on the way can change has chosen so for its links too.
+AppcastLinks FeedUpdates::links() const {
+  return build_.feed.starts_with("http://") ? AppcastLinks::httpAndHttps : AppcastLinks::https;
 }
 
 void FeedUpdates::finish(const Found& found) {

@@ -54,6 +54,7 @@ class FeedUpdates final : public UpdateFramework {
 
   void schedule();
   void check(Asker asker);
+  AppcastLinks links() const;
   void finish(const Found& found);
   bool isNewer(const std::optional<AppcastItem>& item) const;
   void tellUser(const Found& found);

@@ -64,8 +64,8 @@ std::optional<ProcessID> askWindow(X11Server& server, X11Connection& connection,
   if (!pid || !machine) return 0;
   const std::string_view name =
       std::string_view(machine->bytes).substr(0, machine->bytes.find('\0'));
-  if (!pid->firstWord() || name != hostName()) return std::nullopt;
-  return static_cast<ProcessID>(*pid->firstWord());
+  const auto number = static_cast<ProcessID>(pid->firstWord().value_or(0));
+  return number > 0 && name == hostName() ? std::optional(number) : std::nullopt;
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ std::optional<Units> unitsIn(const WindowFacts& window, const AccessibleRect& kn
   for (int scale = 1; scale <= largestScale; ++scale)
     if (content.width == known.width * scale && content.height == known.height * scale)
       return Units{content.origin(), scale};
-  const int scale = std::max(frame.width / known.width, 1);
+  const int scale = std::clamp(frame.width / known.width, 1, largestScale);
   const int width = frame.width - known.width * scale;
   const int height = frame.height - known.height * scale;
   const int most = 2 * thickestBorder * scale;

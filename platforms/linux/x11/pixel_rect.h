@@ -19,6 +19,15 @@ struct PixelSize {
   bool operator==(const PixelSize&) const = default;
 };
 
+// What X can say of a place or a length: sixteen bits. What other programs say in more is cut to
+// that where it is read, so that sums of such numbers always fit.
+constexpr int pixelCoordinate(std::uint32_t word) {
+  return std::clamp<int>(static_cast<std::int32_t>(word), INT16_MIN, INT16_MAX);
+}
+constexpr int pixelLength(std::uint32_t word) {
+  return static_cast<int>(std::min<std::uint32_t>(word, UINT16_MAX));
+}
+
 // A rectangle of the X screen: pixels of the root window, y down.
 struct PixelRect {
   int x = 0;

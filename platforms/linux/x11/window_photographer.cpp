@@ -90,6 +90,12 @@ xcb_rectangle_t rectangle(const PixelRect& rect) {
           static_cast<std::uint16_t>(rect.width), static_cast<std::uint16_t>(rect.height)};
 }
 
+// X servers may crash when they are to draw off the screen what no pixmap can hold.
+bool isTooLarge(const PixelRect& window) {
+  constexpr std::int64_t mostPixels = 1 << 26;
+  return window.area() > mostPixels || std::max(window.width, window.height) > INT16_MAX;
+}
+
 // Makes the picture transparent outside these parts.
 void keepOnly(const std::vector<xcb_rectangle_t>& shape, Pixels& pixels) {
   const PixelRect whole{0, 0, pixels.size.width, pixels.size.height};
@@ -251,6 +257,8 @@ std::expected<WindowPhotographer::Subject, SystemError> WindowPhotographer::find
                   .inside = inside};
   subject.part = facts->frame.intersection(subject.outside);
   if (subject.part.area() == 0) return fail(AXError::failure);
+  if (isTooLarge(subject.outside))
+    return std::unexpected(SystemError{"The window is too large to be photographed."});
   if (!reader_.canRead(subject.depth))
     return std::unexpected(SystemError{fmt::format(
         "A window with {} bits of colour cannot be photographed, only 24.", subject.depth)});

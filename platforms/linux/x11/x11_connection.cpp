@@ -22,6 +22,7 @@ Deadline deadlineIn(Seconds seconds) {
 bool hasPassed(Deadline deadline) { return steady_clock::now() >= deadline; }
 
 std::vector<std::uint32_t> XProperty::words() const {
+  if (format != 32) return {};
   std::vector<std::uint32_t> words(bytes.size() / sizeof(std::uint32_t));
   if (!words.empty()) std::memcpy(words.data(), bytes.data(), words.size() * sizeof(std::uint32_t));
   return words;
@@ -29,7 +30,7 @@ std::vector<std::uint32_t> XProperty::words() const {
 
 std::optional<std::uint32_t> XProperty::firstWord() const {
   std::uint32_t word = 0;
-  if (bytes.size() < sizeof word) return std::nullopt;
+  if (format != 32 || bytes.size() < sizeof word) return std::nullopt;
   std::memcpy(&word, bytes.data(), sizeof word);
   return word;
 }
@@ -90,7 +91,10 @@ void X11Connection::flush() {
 
 void X11Connection::keep(xcb_generic_event_t* event) {
   events_.emplace_back(event);
-  if (eventSignal_ >= 0) eventfd_write(eventSignal_, 1);
+  if (eventSignal_ >= 0)
+    eventfd_write(eventSignal_, 1);
+  else if (constexpr std::size_t most = 10'000; events_.size() > most)
+    events_.pop_front();  // nobody waits for them: errors about windows that are gone
 }
 
 std::expected<void, AXError> X11Connection::check(xcb_void_cookie_t cookie, Deadline deadline) {
@@ -177,7 +181,8 @@ std::expected<XProperty, AXError> PendingProperty::collect(Deadline deadline) {
   if (!reply) return std::unexpected(reply.error());
   const auto* value = static_cast<const char*>(xcb_get_property_value(reply->get()));
   const auto length = static_cast<std::size_t>(xcb_get_property_value_length(reply->get()));
-  return XProperty{.type = (*reply)->type, .bytes = std::string(value, length)};
+  return XProperty{
+      .type = (*reply)->type, .format = (*reply)->format, .bytes = std::string(value, length)};
 }
 
 }  // namespace pellow

@@ -44,10 +44,11 @@ bool hasPassed(Deadline deadline);
 // What a property holds; empty when the window does not have it.
 struct XProperty {
   xcb_atom_t type = XCB_ATOM_NONE;
+  std::uint8_t format = 0;  // bits of each value
   std::string bytes;
 
   bool exists() const { return type != XCB_ATOM_NONE; }
-  // The values of a property of 32 bits; nothing of a broken one.
+  // The values of a property of 32 bits; nothing of any other.
   std::vector<std::uint32_t> words() const;
   std::optional<std::uint32_t> firstWord() const;
   bool contains(std::uint32_t word) const;
@@ -57,8 +58,8 @@ struct XProperty {
 // rest is ignored; a character may be cut in two.
 enum class PropertySize : std::uint32_t {
   usual = 16 << 10,
-  windows = 1 << 20,  // a list of them
-  icons = 8 << 20,    // in all sizes
+  windows = 64 << 10,  // a list of them
+  icons = 8 << 20,     // in all sizes
 };
 
 class X11Connection;

@@ -134,7 +134,7 @@ std::shared_ptr<const KeyboardMap> X11EventMonitors::map() {
 }
 
 bool X11EventMonitors::handle(const xcb_generic_event_t& event) {
-  const auto type = event.response_type & 0x7f;
+  const auto type = event.response_type;  // never one that another client has sent
   if (type == XCB_GE_GENERIC) {
     handleRawEvent(event);
     return true;

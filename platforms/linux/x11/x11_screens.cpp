@@ -36,15 +36,12 @@ struct Strut {
   std::array<int, 4> to{};
 
   static Strut of(const std::vector<std::uint32_t>& words) {
-    const auto sane = [](std::uint32_t word) {
-      return static_cast<int>(std::min<std::uint32_t>(word, UINT16_MAX));
-    };
     Strut strut;
     for (std::size_t side = 0; side < 4 && words.size() >= 4; ++side) {
       const bool isPartial = words.size() >= 12;
-      strut.depth[side] = sane(words[side]);
-      strut.from[side] = isPartial ? sane(words[4 + 2 * side]) : 0;
-      strut.to[side] = isPartial ? sane(words[5 + 2 * side]) : UINT16_MAX;
+      strut.depth[side] = pixelLength(words[side]);
+      strut.from[side] = isPartial ? pixelLength(words[4 + 2 * side]) : 0;
+      strut.to[side] = isPartial ? pixelLength(words[5 + 2 * side]) : UINT16_MAX;
     }
     return strut;
   }
@@ -160,6 +157,7 @@ std::vector<Monitor> X11Screens::readMonitors(Deadline deadline) const {
   std::vector<Monitor> monitors;
   for (auto each = xcb_randr_get_monitors_monitors_iterator(reply->get()); each.rem > 0;
        xcb_randr_monitor_info_next(&each)) {
+    if (each.data->width == 0 || each.data->height == 0) continue;  // any client can make some
     auto name = connection.pending<xcb_get_atom_name_reply_t>(
         xcb_get_atom_name(connection.raw(), each.data->name));
     const auto text = name.collect(deadline);
@@ -224,9 +222,10 @@ void X11Screens::cutWorkArea(Monitor& monitor, Deadline deadline) const {
   const auto property = pending.collect(deadline);
   const auto words = property ? property->words() : std::vector<std::uint32_t>{};
   if (words.size() < 4) return;
-  const std::size_t first = words.size() >= (desktop + 1) * 4 ? desktop * 4 : 0;
-  const PixelRect area{static_cast<int>(words[first]), static_cast<int>(words[first + 1]),
-                       static_cast<int>(words[first + 2]), static_cast<int>(words[first + 3])};
+  const std::size_t own = std::size_t{desktop} * 4;
+  const std::size_t first = own + 4 <= words.size() ? own : 0;
+  const PixelRect area{pixelCoordinate(words[first]), pixelCoordinate(words[first + 1]),
+                       pixelLength(words[first + 2]), pixelLength(words[first + 3])};
   const auto shared = monitor.visibleFrame.intersection(area);
   if (shared.area() > 0) monitor.visibleFrame = shared;
 }

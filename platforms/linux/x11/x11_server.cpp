@@ -1,5 +1,7 @@
 #include "platforms/linux/x11/x11_server.h"
 
+#include "platforms/linux/x11/text_encoding.h"
+
 namespace pellow {
 
 std::expected<std::unique_ptr<X11Server>, SystemError> X11Server::open(
@@ -72,7 +74,7 @@ bool X11Server::readWindowManager() {
   const auto hints = supported->words();
   const std::lock_guard lock(mutex_);
   supported_ = {hints.begin(), hints.end()};
-  windowManagerName_ = name ? name->bytes : std::string();
+  windowManagerName_ = name ? validUTF8(name->bytes) : std::string();
   return supported_.contains(atoms_.netMoveResizeWindow) &&
          supported_.contains(atoms_.netActiveWindow) && supported_.contains(atoms_.netClientList);
 }

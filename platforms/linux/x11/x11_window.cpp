@@ -4,6 +4,8 @@
 #include <array>
 #include <chrono>
 #include <random>
+#include <ranges>
+#include <set>
 #include <thread>
 
 #include "platforms/linux/x11/text_encoding.h"
@@ -21,9 +23,11 @@ struct Extents {
   int bottom = 0;
 };
 
+// None that nobody can mean.
 Extents extents(const XProperty& property) {
+  constexpr std::uint32_t most = 2048;  // pixels
   const auto words = property.words();
-  if (words.size() < 4) return {};
+  if (words.size() < 4 || std::ranges::max(words | std::views::take(4)) > most) return {};
   return {static_cast<int>(words[0]), static_cast<int>(words[1]), static_cast<int>(words[2]),
           static_cast<int>(words[3])};
 }
@@ -33,8 +37,20 @@ PixelRect grown(const PixelRect& rect, const Extents& by) {
           rect.height + by.top + by.bottom};
 }
 
+// Something is left of it.
 PixelRect shrunk(const PixelRect& rect, const Extents& by) {
+  if (by.left + by.right >= rect.width || by.top + by.bottom >= rect.height) return rect;
   return grown(rect, {-by.left, -by.right, -by.top, -by.bottom});
+}
+
+// The bits and the places of _PELLOW_STATE.
+std::vector<std::uint32_t> leftState(const XProperty& property) {
+  constexpr std::size_t most = 5;
+  auto words = property.words();
+  words.resize(std::min(words.size(), most));
+  for (auto& word : words | std::views::drop(1))
+    word = static_cast<std::uint32_t>(pixelCoordinate(word));
+  return words;
 }
 
 std::uint64_t identity(const XProperty& property) {
@@ -132,7 +148,7 @@ void WindowLook::readState(WindowFacts::State& state) {
   state.viewable = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
   state.belongsToHiddenApplication = next().exists();
   state.desktop = next().firstWord();
-  state.leftState = next().words();
+  state.leftState = leftState(next());
 }
 
 void WindowLook::readFrame(WindowFacts& facts) {
@@ -324,7 +340,11 @@ std::vector<xcb_window_t> clientList(X11Server& server, xcb_atom_t list, Deadlin
   auto& connection = server.connection();
   const auto property =
       connection.property(connection.root(), list, PropertySize::windows).collect(deadline);
-  return property ? property->words() : std::vector<xcb_window_t>{};
+  if (!property) return {};
+  auto windows = property->words();
+  std::set<xcb_window_t> known{XCB_WINDOW_NONE, connection.root()};
+  std::erase_if(windows, [&](xcb_window_t window) { return !known.insert(window).second; });
+  return windows;
 }
 
 std::uint32_t currentDesktop(X11Server& server, Deadline deadline) {

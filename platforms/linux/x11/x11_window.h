@@ -145,7 +145,7 @@ std::expected<PixelRect, AXError> placeOf(X11Server& server, xcb_window_t window
                                           Deadline deadline);
 
 // Properties of the root window; nothing, or 0, also when the server does not tell of them before
-// the deadline.
+// the deadline. Any program can write them: a list names each window once, but it may be none.
 std::vector<xcb_window_t> clientList(X11Server& server, xcb_atom_t list, Deadline deadline);
 std::uint32_t currentDesktop(X11Server& server, Deadline deadline);
 std::optional<xcb_window_t> activeWindow(X11Server& server, Deadline deadline);
