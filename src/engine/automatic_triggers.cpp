@@ -34,6 +34,17 @@ AutomaticTriggers::AutomaticTriggers(const Surroundings& surroundings)
   minimizeWatcher_.onFocused = [this](const TargetWindow& window) { windowWasFocused(window); };
 }
 
+void AutomaticTriggers::start() {
+  minimizeWatcher_.start();
+  around_.tasks.start(tellOfWatching());
+}
+
+// By then all applications have been asked for their observers: the queue keeps the order.
+Task<> AutomaticTriggers::tellOfWatching() {
+  co_await around_.axQueue.ax([] {});
+  around_.log.info("Watching other applications");
+}
+
 void AutomaticTriggers::windowWasMinimized(const TargetWindow& window) {
   if (around_.store.contains(window) || around_.ledger.contains(window)) return;
   if (const auto tab = around_.lateMinimizes.take(window))

@@ -44,12 +44,13 @@ class AutomaticTriggers {
   explicit AutomaticTriggers(const Surroundings& surroundings);
 
   // Begins to follow applications. Once.
-  void start() { minimizeWatcher_.start(); }
+  void start();
 
   // Another application became active.
   void appActivated(ProcessID pid);
 
  private:
+  Task<> tellOfWatching();
   void windowWasMinimized(const TargetWindow& window);
   void windowWasFocused(const TargetWindow& window);
   bool ignoresActivation(ProcessID pid) const;

@@ -14,6 +14,12 @@ class Triggers : public Everyday {
     desktop.click(guest.home.x + guest.home.width - 42, guest.home.y + 10);
   }
 
+  // What happens before the program watches is not its business.
+  void launchAndWatch(const nlohmann::json& defaults) {
+    ASSERT_NO_FATAL_FAILURE(launch(defaults));
+    ASSERT_TRUE(eventually([&] { return pellow->hasLogged("info Watching other applications"); }));
+  }
+
   // For two seconds, events of an application that was put away are ignored.
   static void awaitEndOfEcho() { std::this_thread::sleep_for(std::chrono::milliseconds(2200)); }
 };
@@ -24,7 +30,7 @@ TEST_F(Triggers, HoweverAWindowIsMinimizedItBecomesATab) {
   const auto note = open(client, "Note", {100, 120, 400, 300});
   for (const std::string mechanism : {"offscreen", "minimize"}) {
     SCOPED_TRACE(mechanism);
-    ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", mechanism}}));
+    ASSERT_NO_FATAL_FAILURE(launchAndWatch({{"mechanism", mechanism}}));
     for (const std::string way : {"button", "program"}) {
       SCOPED_TRACE(way);
       ASSERT_TRUE(desktop.activate(note.window));

@@ -1,6 +1,7 @@
 #include "platforms/linux/x11/application_events.h"
 
 #include <utility>
+#include <vector>
 
 #include "platforms/linux/x11/client_processes.h"
 
@@ -12,10 +13,21 @@ ApplicationEvents::ApplicationEvents(X11Server& server, WindowEvents& windowEven
       windowEvents_(windowEvents),
       focusWatch_(activeWindow.onChange([this](const auto& change) { focusChanged(change); })) {}
 
-Subscription ApplicationEvents::onMinimized(ProcessID pid, Handler handler) {
-  auto subscription = applications_[pid].minimized.add(std::move(handler));
+Subscription ApplicationEvents::onMinimized(ProcessID pid, Handler handler,
+                                            const std::optional<Minimized>& before) {
+  auto subscription = applications_[pid].minimized.add(handler);
   windowsChanged();
+  std::vector<WindowKey> missed;
+  for (const auto& [window, watched] : watched_)
+    if (before && watched.pid == pid && watched.isMinimized && !before->contains(window))
+      missed.push_back(watched.window);
+  if (!missed.empty() && tellsOfMinimizing())
+    for (const auto& window : missed) handler(window);
   return subscription;
+}
+
+bool ApplicationEvents::tellsOfMinimizing() const {
+  return server_.windowManagerSupports(server_.atoms().netWMStateHidden) && !isDesktopShown();
 }
 
 Subscription ApplicationEvents::onFocused(ProcessID pid, Handler handler) {
@@ -71,7 +83,7 @@ void ApplicationEvents::windowChanged(xcb_window_t window) {
   const bool isNow = isMinimized(server_, facts->state, deadline);
   const bool wasBefore = std::exchange(watched.isMinimized, isNow);
   if (wasBefore || !isNow) return;
-  if (!server_.windowManagerSupports(server_.atoms().netWMStateHidden) || isDesktopShown()) return;
+  if (!tellsOfMinimizing()) return;
   const auto application = applications_.find(watched.pid);
   if (application == applications_.end()) return;
   // Copies: a handler may change the maps.

@@ -2,6 +2,8 @@
 
 #include <functional>
 #include <map>
+#include <optional>
+#include <set>
 
 #include "base/handler_list.h"
 #include "platforms/linux/x11/active_window.h"
@@ -17,10 +19,13 @@ class ApplicationEvents {
 
   ApplicationEvents(X11Server& server, WindowEvents& windowEvents, ActiveWindow& activeWindow);
 
-  // Hears of each window but dialogs that is minimized from now on, by anybody. Only window
-  // managers that set _NET_WM_STATE_HIDDEN say so: with others a window that goes with its desktop
-  // looks the same.
-  Subscription onMinimized(ProcessID pid, Handler handler);
+  // Hears of each window but dialogs that is minimized from now on, by anybody; and at once of
+  // those that have been since they were not among `before`, if that is given. Only window managers
+  // that set _NET_WM_STATE_HIDDEN say so: with others a window that goes with its desktop looks the
+  // same.
+  using Minimized = std::set<xcb_window_t>;
+  Subscription onMinimized(ProcessID pid, Handler handler,
+                           const std::optional<Minimized>& before = std::nullopt);
 
   // Hears of each window of the application that gets the keys.
   Subscription onFocused(ProcessID pid, Handler handler);
@@ -42,6 +47,7 @@ class ApplicationEvents {
 
   void watch(xcb_window_t window, ProcessID pid);
   void windowChanged(xcb_window_t window);
+  bool tellsOfMinimizing() const;
   bool isDesktopShown() const;
   void focusChanged(const ActiveWindow::Change& change);
 

@@ -418,11 +418,24 @@ std::expected<Subscription, AXError> X11Accessibility::observeApplication(
                      handler = std::move(handler)](const WindowKey& window) {
     handler(AXElement(std::make_shared<WindowElement>(context, window, pid)));
   };
-  const auto add = [this, isMinimizing, pid, tell] {
-    return isMinimizing ? applicationEvents_.onMinimized(pid, tell)
-                        : applicationEvents_.onFocused(pid, tell);
-  };
-  return errands_.isMainThread() ? add() : observeLater(add);
+  if (!isMinimizing) {
+    const auto add = [this, pid, tell] { return applicationEvents_.onFocused(pid, tell); };
+    return errands_.isMainThread() ? add() : observeLater(add);
+  }
+  if (errands_.isMainThread()) return applicationEvents_.onMinimized(pid, tell);
+  // What happens until the main thread gets to it counts, too.
+  return observeLater([this, pid, tell, before = minimizedWindows(pid)] {
+    return applicationEvents_.onMinimized(pid, tell, before);
+  });
+}
+
+ApplicationEvents::Minimized X11Accessibility::minimizedWindows(ProcessID pid) {
+  const Deadline deadline = deadlineIn(serverPatience);
+  ApplicationEvents::Minimized minimized;
+  for (const auto& window :
+       lookAtAll(server_, windowsOf(server_, pid, deadline), Facet::state, deadline))
+    if (isMinimized(server_, window.state, deadline)) minimized.insert(window.window);
+  return minimized;
 }
 
 Subscription X11Accessibility::observeLater(std::function<Subscription()> add) {

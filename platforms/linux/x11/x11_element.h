@@ -54,6 +54,7 @@ class X11Accessibility : public Accessibility {
                                                           std::string_view notification,
                                                           Handler handler);
   // For a caller on another thread: what is observed here belongs to the main thread.
+  ApplicationEvents::Minimized minimizedWindows(ProcessID pid);
   Subscription observeLater(std::function<Subscription()> add);
 
   X11Server& server_;
