@@ -43,6 +43,7 @@ class Displays : public Everyday {
       const auto seen = intersection(parked, monitor);
       EXPECT_TRUE(seen.width <= sliver || seen.height == 0) << name << " shows " << seen;
     }
+    EXPECT_TRUE(isOutOfSight(guest, sliver));
   }
 
   // There are strips at these places and nowhere else.
@@ -116,8 +117,8 @@ TEST_F(Displays, AMonitorGoesAndTheProgramIsKilled) {
     }
     pellow = std::make_unique<PellowProgram>(desktop);
     ASSERT_TRUE(pellow->isReady());
-    for (const auto& [window, home] : guests) {
-      const auto frame = desktop.frame(window);
+    for (const auto& guest : guests) {
+      const auto frame = desktop.frame(guest.window);
       EXPECT_EQ(intersection(frame, plugged["right"]), frame) << pellow->process().standardError();
     }
     if (!shrinks) EXPECT_EQ(desktop.frame(guests[1].window), guests[1].home);

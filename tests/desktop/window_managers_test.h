@@ -40,10 +40,33 @@ class WindowManagers : public Everyday {
     const auto expanded = guestOf(window);
     ASSERT_TRUE(hasAll(true));
     ASSERT_NO_FATAL_FAILURE(putOffScreen(expanded));
-    EXPECT_TRUE(hasAll(false));
+    EXPECT_TRUE(hasAll(minimizesInstead));
     ASSERT_NO_FATAL_FAILURE(bringBack(expanded, true));
     EXPECT_TRUE(eventually([&] { return hasAll(true); }));
     expectAllIsOver();
+  }
+
+  // The last one is active, and each covers a part of the one before.
+  std::vector<Guest> openFive() {
+    std::vector<Guest> guests;
+    for (int index = 0; index < 5; ++index)
+      guests.push_back(open(client, "Guest " + std::to_string(index),
+                            {100 + 40 * index, 100 + 40 * index, 400, 250}));
+    return guests;
+  }
+
+  // The picture of the screen without the bars of the window manager, the strip and slivers.
+  std::vector<std::uint32_t> inSight() const {
+    auto part = desktop.workArea();
+    part.width = std::min(part.width, desktop.screen().width - 1 - part.x);
+    auto picture = desktop.picture(part);
+    const auto strip = desktop.content(pellow->strip());
+    for (int y = 0; y < picture.height; ++y) {
+      if (std::abs(part.y + y - strip.y - strip.height / 2) > 60) continue;
+      const auto row = picture.pixels.begin() + std::ptrdiff_t(y) * picture.width;
+      std::fill(row + std::max(0, strip.x - part.x), row + picture.width, 0);
+    }
+    return picture.pixels;
   }
 
   // When the window manager shows another window, it has finished with those before.
@@ -55,12 +78,6 @@ class WindowManagers : public Everyday {
     awaitFinished();
     ASSERT_TRUE(desktop.activate(window));
     EXPECT_GE(desktop.frame(window).height, desktop.workArea().height);
-  }
-
-  // What the table must say of this story besides that it went well.
-  static void note(const std::string& sentence) {
-    const auto& test = *testing::UnitTest::GetInstance()->current_test_info();
-    std::cout << "note: " << test.name() << ": " << sentence << std::endl;
   }
 
   TestClient client{desktop};

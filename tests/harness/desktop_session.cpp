@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -71,6 +72,13 @@ int Picture::count(std::uint32_t colour) const {
   return static_cast<int>(std::ranges::count(pixels, colour));
 }
 
+void Picture::write(const std::filesystem::path& file) const {
+  std::ofstream stream(file);
+  stream << "P6 " << width << ' ' << height << " 255\n";
+  for (const auto pixel : pixels)
+    for (const int shift : {16, 8, 0}) stream.put(static_cast<char>(pixel >> shift));
+}
+
 DesktopSession::DesktopSession(DesktopOptions options)
     : options_(std::move(options)), folder_(makeTemporaryFolder()) {
   std::filesystem::create_directories(configHome());
@@ -78,11 +86,14 @@ DesktopSession::DesktopSession(DesktopOptions options)
   std::filesystem::permissions(runtimeFolder(), std::filesystem::perms::owner_all);
   startServer();
   connect();
-  if (!options_.windowManager.empty()) startWindowManager();
+  if (options_.windowManager.command.empty()) return;
+  startWindowManager();
+  startCompositor();
 }
 
 DesktopSession::~DesktopSession() {
   connection_.reset();
+  compositor_.reset();
   windowManager_.reset();
   // Unlike a killed server, one that is told to end leaves no lock behind.
   if (server_) {
@@ -140,15 +151,28 @@ void DesktopSession::connect() {
 }
 
 void DesktopSession::startWindowManager() {
-  windowManager_ = start(options_.windowManager);
+  windowManager_ = start(options_.windowManager.command);
   awaitWindowManager(0);
 }
 
-void DesktopSession::replaceWindowManager(std::vector<std::string> command) {
+// Some window managers composite without being told so, and some not although they are told.
+void DesktopSession::startCompositor() {
+  const auto& manager = options_.windowManager;
+  if (!manager.compositor.empty()) compositor_ = start(manager.compositor);
+  const auto composites = [&] {
+    const auto owner = ask(connection_.get(), xcb_get_selection_owner,
+                           xcb_get_selection_owner_reply, atom("_NET_WM_CM_S0"));
+    return owner && owner->owner != 0;
+  };
+  if (manager.composites ? !eventually(composites) : composites())
+    throw std::runtime_error(manager.command[0] + " composites, or does not, against the plan");
+}
+
+void DesktopSession::replaceWindowManager(Command command) {
   const auto predecessor = windowManagerCheck();
   const auto old = std::move(windowManager_);
-  options_.windowManager = std::move(command);
-  windowManager_ = start(options_.windowManager);
+  options_.windowManager.command = std::move(command);
+  windowManager_ = start(options_.windowManager.command);
   awaitWindowManager(predecessor);
 }
 
@@ -176,7 +200,7 @@ void DesktopSession::awaitWindowManager(WindowID predecessor) {
     return check != 0 && check != predecessor;
   });
   if (!manages) {
-    throw std::runtime_error(options_.windowManager[0] +
+    throw std::runtime_error(options_.windowManager.command[0] +
                              " does not start: " + windowManager_->standardError());
   }
   seeItManage();
@@ -201,7 +225,7 @@ void DesktopSession::seeItManage() {
   const bool came = eventuallyManages(true);
   xcb_destroy_window(connection_.get(), probe);
   if (!came || !eventuallyManages(false))
-    throw std::runtime_error(options_.windowManager[0] + " does not manage a window");
+    throw std::runtime_error(options_.windowManager.command[0] + " does not manage a window");
 }
 
 WindowID DesktopSession::activeWindow() const {
@@ -247,13 +271,6 @@ std::vector<WindowID> DesktopSession::childrenOf(const std::vector<WindowID>& wi
     all.insert(all.end(), children, children + xcb_query_tree_children_length(tree.get()));
   }
   return all;
-}
-
-std::vector<WindowID> DesktopSession::outermostWindows() const {
-  auto windows = childrenOf({root_});
-  if (windows.empty()) throw std::runtime_error("the server is gone");
-  std::erase_if(windows, [this](WindowID window) { return !isShown(window); });
-  return windows;
 }
 
 bool DesktopSession::isShown(WindowID window) const {
@@ -316,11 +333,27 @@ bool DesktopSession::hasState(WindowID window, std::string_view state) const {
   return std::ranges::find(states, atom(state)) != states.end();
 }
 
+bool DesktopSession::supports(std::string_view hint) const {
+  const auto hints = values(root_, "_NET_SUPPORTED");
+  return std::ranges::find(hints, atom(hint)) != hints.end();
+}
+
+bool DesktopSession::hasKeyboard(WindowID window) const {
+  const auto focus = ask(connection_.get(), xcb_get_input_focus, xcb_get_input_focus_reply);
+  for (auto each = focus ? focus->focus : 0; each > XCB_INPUT_FOCUS_POINTER_ROOT;) {
+    if (each == window) return true;
+    const auto tree = ask(connection_.get(), xcb_query_tree, xcb_query_tree_reply, each);
+    each = tree ? tree->parent : 0;
+  }
+  return false;
+}
+
 Picture DesktopSession::picture(PixelRect part) const {
-  const int left = std::clamp(part.x, 0, options_.width);
-  const int top = std::clamp(part.y, 0, options_.height);
-  const int right = std::clamp(part.x + part.width, left, options_.width);
-  const int bottom = std::clamp(part.y + part.height, top, options_.height);
+  const auto whole = screen();
+  const int left = std::clamp(part.x, 0, whole.width);
+  const int top = std::clamp(part.y, 0, whole.height);
+  const int right = std::clamp(part.x + part.width, left, whole.width);
+  const int bottom = std::clamp(part.y + part.height, top, whole.height);
   Picture picture{.width = right - left, .height = bottom - top};
   if (picture.width == 0 || picture.height == 0) return picture;
 

@@ -56,13 +56,15 @@ struct Picture {
   std::uint32_t at(int x, int y) const { return pixels.at(std::size_t(y) * width + x); }
   // How many pixels have exactly this colour.
   int count(std::uint32_t colour) const;
+  // As a portable pixmap.
+  void write(const std::filesystem::path& file) const;
 };
 
 struct DesktopOptions {
   int width = 1280;
   int height = 800;
-  // Empty: a bare server.
-  Command windowManager = chosenManager().command;
+  // An empty command: a bare server.
+  Manager windowManager = chosenManager();
   // Further ones, for example {"-extension", "X-Resource"}.
   std::vector<std::string> serverArguments = {};
 };
@@ -80,7 +82,7 @@ class DesktopSession {
 
   // For example ":12".
   const std::string& display() const { return display_; }
-  PixelRect screen() const { return {0, 0, options_.width, options_.height}; }
+  PixelRect screen() const { return content(root_); }
   // The screen without the bars of the window manager.
   PixelRect workArea() const;
 
@@ -95,7 +97,7 @@ class DesktopSession {
                                       const Environment& changes = {}) const;
 
   // Starts this window manager to take over from the running one; returns once it manages.
-  void replaceWindowManager(std::vector<std::string> command);
+  void replaceWindowManager(Command command);
   // Kills the window manager and starts it again.
   void restartWindowManager();
   ChildProcess& windowManager() { return *windowManager_; }
@@ -112,10 +114,6 @@ class DesktopSession {
   // The windows on the screen whose WM_CLASS holds this class and instance name.
   std::vector<WindowID> shownWindows(std::string_view windowClass, std::string_view name) const;
 
-  // What lies directly on the root window and can be seen, or could be if it were not beyond the
-  // edge: frames of windows, and windows without one.
-  std::vector<WindowID> outermostWindows() const;
-
   bool exists(WindowID window) const;
   // Neither minimized nor otherwise taken off the screen; it may be beyond its edge.
   bool isShown(WindowID window) const;
@@ -131,7 +129,13 @@ class DesktopSession {
 
   // Whether "_NET_WM_STATE" holds the state, for example "_NET_WM_STATE_HIDDEN".
   bool hasState(WindowID window, std::string_view state) const;
+  // Whether the window manager says that it knows this hint.
+  bool supports(std::string_view hint) const;
 
+  // Whether what is typed goes to this window or to something in it.
+  bool hasKeyboard(WindowID window) const;
+
+  // As people see it, whoever paints the screen.
   Picture picture(PixelRect part) const;
 
   // Presses the keys in this order and releases them in reverse.
@@ -169,6 +173,7 @@ class DesktopSession {
   void connect();
   void startWindowManager();
   void awaitWindowManager(WindowID predecessor);
+  void startCompositor();
   WindowID windowManagerCheck() const;
   void seeItManage();
 
@@ -187,6 +192,7 @@ class DesktopSession {
   std::string display_;
   std::unique_ptr<ChildProcess> server_;
   std::unique_ptr<ChildProcess> windowManager_;
+  std::unique_ptr<ChildProcess> compositor_;
   std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t*)> connection_{nullptr,
                                                                              xcb_disconnect};
   WindowID root_ = 0;

@@ -9,13 +9,16 @@
 
 namespace pellow::desktop {
 
-// An application of our own with plain windows that do as they are told. Its icon is the left half
-// `iconLeft` and the right half `iconRight`.
+// An application of our own with plain windows that do as they are told, each in a colour of its
+// own. Its icon is the left half `iconLeft` and the right half `iconRight`.
 class TestClient {
  public:
   static constexpr std::uint32_t iconLeft = 0xd02090;
   static constexpr std::uint32_t iconRight = 0x20b040;
   static constexpr int shadow = 24;
+
+  // What a window is filled with, 0xRRGGBB, so that it can be found in a picture of the screen.
+  static constexpr std::uint32_t colourOf(WindowID window) { return window * 2654435761U >> 8; }
 
   explicit TestClient(DesktopSession& desktop, std::string windowClass = "Testclient");
 

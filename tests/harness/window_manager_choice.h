@@ -14,19 +14,53 @@ struct Manager {
   Command command;
   // The option to take over from another one; empty if there is none.
   std::string replace = "--replace";
+  // A program of its own paints the screen.
+  Command compositor = {};
+  // It paints the screen itself, or its compositor does.
+  bool composites = false;
+  // No window leaves the screen, and what Pellow would move is minimized.
+  bool keepsWindowsOnDisplays = false;
 };
 
-// Private: without a session manager, a compositor or the user's settings.
+// Private: without a session manager or the user's settings.
 inline Manager managerNamed(const std::string& name) {
-  static const std::map<std::string, Manager> managers{
-      {"openbox", {{"openbox", "--sm-disable"}}},
-      {"xfwm4", {{"dbus-run-session", "--", "xfwm4", "--compositor=off"}}},
-      {"metacity",
-       {{"env", "GSETTINGS_BACKEND=memory", "metacity", "--sm-disable", "--no-composite"}}},
-      {"marco", {{"env", "GSETTINGS_BACKEND=memory", "marco", "--sm-disable", "--no-composite"}}},
+  const Command openbox{"openbox", "--sm-disable"};
+  const auto withBus = [](Command command) {
+    command.insert(command.begin(), {"dbus-run-session", "--"});
+    return command;
+  };
+  const auto withoutSettings = [](Command command) {
+    command.insert(command.begin(), {"env", "GSETTINGS_BACKEND=memory"});
+    return command;
+  };
+  const std::map<std::string, Manager> managers{
+      {"openbox", {openbox}},
+      {"openbox-picom",
+       {.command = openbox, .compositor = {"picom", "--config", "/dev/null"}, .composites = true}},
+      {"xfwm4", {withBus({"xfwm4", "--compositor=off"})}},
+      {"xfwm4-compositor", {.command = withBus({"xfwm4", "--compositor=on"}), .composites = true}},
+      {"metacity", {withoutSettings({"metacity", "--sm-disable", "--no-composite"})}},
+      {"metacity-compositor",
+       {.command = withoutSettings({"metacity", "--sm-disable", "--composite"}),
+        .composites = true,
+        .keepsWindowsOnDisplays = true}},
+      {"marco", {withoutSettings({"marco", "--sm-disable", "--no-composite"})}},
+      {"marco-compositor",
+       {.command = withoutSettings({"marco", "--sm-disable", "--composite"}),
+        .composites = true,
+        .keepsWindowsOnDisplays = true}},
       {"icewm", {{"icewm"}}},
       {"fluxbox", {{"fluxbox"}, ""}},
       {"kwin_x11", {{"env", "KWIN_COMPOSE=N", "kwin_x11", "--no-kactivities"}}},
+      {"kwin_x11-compositor",
+       {.command = {"env", "KWIN_COMPOSE=O2", "LIBGL_ALWAYS_SOFTWARE=1", "kwin_x11",
+                    "--no-kactivities"},
+        .composites = true}},
+      {"mutter",
+       {.command = withBus(withoutSettings({"mutter", "--x11"})),
+        .composites = true,
+        .keepsWindowsOnDisplays = true}},
+      {"i3", {{"i3", "-c", "/dev/null"}}},
   };
   const auto found = managers.find(name);
   if (found == managers.end()) throw std::runtime_error("unknown window manager " + name);
@@ -34,9 +68,10 @@ inline Manager managerNamed(const std::string& name) {
 }
 
 // The one that PELLOW_WINDOW_MANAGER names, openbox by default.
-inline Manager chosenManager() {
+inline std::string chosenManagerName() {
   const auto* name = std::getenv("PELLOW_WINDOW_MANAGER");
-  return managerNamed(name ? name : "openbox");
+  return name ? name : "openbox";
 }
+inline Manager chosenManager() { return managerNamed(chosenManagerName()); }
 
 }  // namespace pellow::desktop

@@ -160,7 +160,7 @@ TEST_F(ScreenCaptureTest, ShowsShadowlessFramesShapesAndAlpha) {
   const auto shadowed = client.openWithShadow("Shadow", {100, 100, 300, 200});
   const auto image = picture(shadowed);
   EXPECT_EQ(image->size(), (Size{300, 200}));
-  EXPECT_EQ(pixel(image, 0, 0), 0xffffffff);
+  EXPECT_EQ(pixel(image, 0, 0), opaque | TestClient::colourOf(shadowed));
 
   PaintedWindow round(desktop, {500, 100, 200, 100}, bare);
   round.shape({20, 10, 100, 90});

@@ -29,6 +29,7 @@ std::vector<Arrangement> arrangements(const std::string& file, const std::string
 // The usual title bar, one with the button on the other side or among others, and one without it.
 std::vector<Arrangement> arrangementsOf(const std::string& manager) {
   const std::string settings = ".config/glib-2.0/settings/keyfile";
+  if (manager == "i3") return {{.hasButton = false}};
   auto chosen = [&]() -> std::vector<Arrangement> {
     if (manager == "openbox")
       return arrangements(
@@ -89,8 +90,9 @@ class X11HitTest : public testing::Test {
 
   void start(const Arrangement& arrangement = {}) {
     x11.reset();
-    desktop = std::make_unique<DesktopSession>(
-        DesktopOptions{.windowManager = withSettings(chosenManager().command, arrangement)});
+    auto manager = chosenManager();
+    manager.command = withSettings(manager.command, arrangement);
+    desktop = std::make_unique<DesktopSession>(DesktopOptions{.windowManager = manager});
     const std::string home = desktop->environment().at("HOME");
     setenv("HOME", home.c_str(), 1);
     setenv("XDG_CONFIG_HOME", desktop->configHome().c_str(), 1);
@@ -176,9 +178,10 @@ class X11HitTest : public testing::Test {
   std::unique_ptr<X11Desktop> x11;
 };
 
+// Whoever paints the screen; mutter has the settings of metacity.
 std::string chosenName() {
-  const char* name = std::getenv("PELLOW_WINDOW_MANAGER");
-  return name ? name : "openbox";
+  const auto name = chosenManagerName();
+  return name == "mutter" ? "metacity" : name.substr(0, name.find('-'));
 }
 
 TEST_F(X11HitTest, MinimizeButton) {

@@ -142,12 +142,14 @@ class Client {
       place.height += 2 * shadow;
     }
     const auto window = xcb_generate_id(connection_);
-    const std::uint32_t background = screen_->white_pixel;
-    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, screen_->root,
-                      static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y),
-                      static_cast<std::uint16_t>(place.width),
-                      static_cast<std::uint16_t>(place.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-                      screen_->root_visual, XCB_CW_BACK_PIXEL, &background);
+    const auto colour = pellow::desktop::TestClient::colourOf(window);
+    create(window, screen_->root, place, kind == "shadowed" ? screen_->black_pixel : colour);
+    if (kind == "shadowed") {
+      const auto inside = xcb_generate_id(connection_);
+      create(inside, window, {shadow, shadow, place.width - 2 * shadow, place.height - 2 * shadow},
+             colour);
+      xcb_map_window(connection_, inside);
+    }
     if (kind != "anonymous") {
       setText(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
               windowClass_ + '\0' + windowClass_ + '\0');
@@ -181,6 +183,14 @@ class Client {
     }
     xcb_map_window(connection_, window);
     return window;
+  }
+
+  void create(xcb_window_t window, xcb_window_t parent, const Place& place, std::uint32_t colour) {
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, parent,
+                      static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y),
+                      static_cast<std::uint16_t>(place.width),
+                      static_cast<std::uint16_t>(place.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      screen_->root_visual, XCB_CW_BACK_PIXEL, &colour);
   }
 
   // Everything from the side of the screen to the far side of the dock, along the dock's length.
