@@ -69,17 +69,24 @@ std::unique_ptr<QSocketNotifier> watch(int fileDescriptor, std::function<void()>
   return notifier;
 }
 
-// Qt learns a little late that one of its windows, an alert for example, has lost the keyboard; a
-// key pressed in between would go nowhere. So the server is asked too.
+bool mayHaveKeyboard(const QWindow& window) {
+  return window.handle() && window.isVisible() &&
+         !window.flags().testFlag(Qt::WindowDoesNotAcceptFocus);
+}
+
+// Qt learns a little late that one of its windows, an alert for example, has got or lost the
+// keyboard; a key pressed in between would go to both chains, or to none. So the server is asked.
 bool ownWindowHasKeyboard() {
   if (QApplication::activePopupWidget()) return true;
-  if (!QGuiApplication::focusWindow()) return false;
+  auto windows = QGuiApplication::allWindows();
+  windows.removeIf([](const QWindow* window) { return !mayHaveKeyboard(*window); });
+  if (windows.isEmpty()) return false;
   auto* const connection = qtConnection();
   const Reply<xcb_get_input_focus_reply_t> focus(
       xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-  return !focus || std::ranges::any_of(QGuiApplication::allWindows(), [&](QWindow* window) {
-    return window->handle() && window->winId() == focus->focus;
-  });
+  if (!focus) return QGuiApplication::focusWindow();
+  return std::ranges::any_of(
+      windows, [&](const QWindow* window) { return window->winId() == focus->focus; });
 }
 
 X11Desktop::Hooks desktopHooks() {
