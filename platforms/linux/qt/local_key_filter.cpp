@@ -6,6 +6,11 @@
 #include <utility>
 
 namespace pellow {
+namespace {
+
+constexpr xcb_timestamp_t shortestDelay = 50;  // milliseconds, until a key repeats
+
+}  // namespace
 
 LocalKeyFilter::LocalKeyFilter(Deliver deliver) : deliver_(std::move(deliver)) {
   qApp->installNativeEventFilter(this);
@@ -30,10 +35,14 @@ bool LocalKeyFilter::nativeEventFilter(const QByteArray&, void* message, qintptr
   }
 }
 
+// A repeat comes as a release and a press of the same moment, when the key has been down for a
+// while. Programs that type press keys that fast, too, but hold none.
 bool LocalKeyFilter::pressed(const xcb_key_press_event_t& press) {
   const bool isRepeat = held_ && held_->keycode == press.detail &&
-                        held_->releasedAt.value_or(press.time) == press.time;
-  if (!isRepeat) held_ = Held{press.detail, !deliver_(press.detail, press.state), std::nullopt};
+                        held_->releasedAt == press.time &&
+                        press.time - held_->pressedAt >= shortestDelay;
+  if (!isRepeat)
+    held_ = Held{press.detail, !deliver_(press.detail, press.state), press.time, std::nullopt};
   return !held_->isSwallowed;
 }
 

@@ -26,7 +26,8 @@ class LocalKeyFilter final : public QAbstractNativeEventFilter {
   struct Held {
     std::uint8_t keycode = 0;
     bool isSwallowed = false;
-    std::optional<xcb_timestamp_t> releasedAt;  // a repeat comes at the same moment
+    xcb_timestamp_t pressedAt = 0;
+    std::optional<xcb_timestamp_t> releasedAt;
   };
 
   bool pressed(const xcb_key_press_event_t& press);
