@@ -14,24 +14,32 @@ class Triggers : public Everyday {
     desktop.click(guest.home.x + guest.home.width - 42, guest.home.y + 10);
   }
 
-  // For two seconds, events of an application that was put away are ignored.
+  // For two seconds, events of an application that was put away are ignored, and so are all windows
+  // that are minimized.
   static void awaitEndOfEcho() { std::this_thread::sleep_for(std::chrono::milliseconds(2200)); }
 };
 
 TEST_F(Triggers, HoweverAWindowIsMinimizedItBecomesATab) {
   TestClient client(desktop);
-  const auto other = open(client, "Other", {600, 300, 400, 300});
+  TestClient second(desktop, "Second");
+  const auto other = open(second, "Other", {600, 300, 400, 300});
   const auto note = open(client, "Note", {100, 120, 400, 300});
   for (const std::string mechanism : {"offscreen", "minimize"}) {
     SCOPED_TRACE(mechanism);
     ASSERT_NO_FATAL_FAILURE(launch({{"mechanism", mechanism}}));
+    // It watches applications a moment after its strip shows, and before it does anything else.
+    ASSERT_NO_FATAL_FAILURE(putAway(other));
+    pellow->clickTab(0);
+    expectHome({other});
+    expectAllIsOver();
+    awaitEndOfEcho();
     for (const std::string way : {"button", "program"}) {
       SCOPED_TRACE(way);
       ASSERT_TRUE(desktop.activate(note.window));
       if (way == "button") clickMinimizeButton(note);
       if (way == "program") desktop.iconify(note.window);
       ASSERT_TRUE(hasTabs(1)) << pellow->process().standardError();
-      EXPECT_TRUE(isMinimized(note));
+      EXPECT_TRUE(eventually([&] { return isMinimized(note); })) << story(note);
       EXPECT_TRUE(pellow->hasLogged("default Window minimized elsewhere; pellowing it"));
       pellow->clickTab(0);
       expectHome({note, other});
