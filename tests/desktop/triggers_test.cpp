@@ -37,7 +37,7 @@ TEST_F(Triggers, HoweverAWindowIsMinimizedItBecomesATab) {
       if (way == "button") clickMinimizeButton(note);
       if (way == "program") desktop.iconify(note.window);
       ASSERT_TRUE(hasTabs(1)) << pellow->process().standardError();
-      EXPECT_TRUE(isMinimized(note));
+      EXPECT_TRUE(eventually([&] { return isMinimized(note); })) << story(note);
       EXPECT_TRUE(pellow->hasLogged("default Window minimized elsewhere; pellowing it"));
       pellow->clickTab(0);
       expectHome({note, other});

@@ -55,10 +55,11 @@ class WindowManagers : public Everyday {
     return guests;
   }
 
-  // The picture of the screen without the bars of the window manager, the strip and slivers.
-  std::vector<std::uint32_t> inSight() const {
+  // The picture of the screen without the bars of the window manager, the strip and the sliver, or
+  // what else there is of a frame within so many columns.
+  std::vector<std::uint32_t> inSight(int sliver = 1) const {
     auto part = desktop.workArea();
-    part.width = std::min(part.width, desktop.screen().width - 1 - part.x);
+    part.width = std::min(part.width, desktop.screen().width - sliver - part.x);
     auto picture = desktop.picture(part);
     const auto strip = desktop.content(pellow->strip());
     for (int y = 0; y < picture.height; ++y) {

@@ -69,7 +69,12 @@ std::ostream& operator<<(std::ostream& out, const PixelRect& rect) {
 }
 
 int Picture::count(std::uint32_t colour) const {
-  return static_cast<int>(std::ranges::count(pixels, colour));
+  const auto isNear = [colour](std::uint32_t pixel) {
+    for (const int shift : {16, 8, 0})
+      if (std::abs(int(pixel >> shift & 0xff) - int(colour >> shift & 0xff)) > 2) return false;
+    return true;
+  };
+  return static_cast<int>(std::ranges::count_if(pixels, isNear));
 }
 
 void Picture::write(const std::filesystem::path& file) const {

@@ -54,7 +54,8 @@ struct Picture {
   std::vector<std::uint32_t> pixels;  // 0xRRGGBB, row by row
 
   std::uint32_t at(int x, int y) const { return pixels.at(std::size_t(y) * width + x); }
-  // How many pixels have exactly this colour.
+  // How many pixels have this colour, give or take what a fading leaves: mutter ends at an opacity
+  // of 254 in 255.
   int count(std::uint32_t colour) const;
   // As a portable pixmap.
   void write(const std::filesystem::path& file) const;
