@@ -101,25 +101,6 @@ TEST_F(QtPanelsTest, ThePointerMeetsViewsWhereTheyAreDrawn) {
   EXPECT_TRUE(hears({"out of upright"}));
 }
 
-TEST_F(QtPanelsTest, HoverSurvivesAnotherContent) {
-  const auto content = [&](const std::string& name, double x) {
-    auto root = view("root", {0, 0, 200, 100});
-    root.children.push_back(view("tab", {x, 0, 50, 100}, {.onHoverChanged = noteHover(name)}));
-    return root;
-  };
-  const auto panel = show("pellow-strip", content("tab", 0), place);
-  desktop.movePointer(120, 650);
-  EXPECT_TRUE(hears({"into tab"}));
-  panel->setContent(content("same tab", 0));
-  desktop.movePointer(180, 650);
-  EXPECT_TRUE(hears({"out of same tab"})) << "it was not entered a second time";
-
-  panel->setContent(content("tab", 60));
-  EXPECT_TRUE(hears({"into tab"})) << "a view that comes under the pointer is entered";
-  panel->setFrame({400, 100, 200, 100});
-  EXPECT_TRUE(hears({"out of tab"})) << "a panel that goes from under the pointer is left";
-}
-
 TEST_F(QtPanelsTest, AContextMenuIsChosenFromByKeyboardAndByPointer) {
   std::unique_ptr<Panel> panel;
   // Making the menu replaces the very view that it is for.
