@@ -32,11 +32,11 @@ Task<> FocusHandover::handOver() {
 }
 
 Task<bool> FocusHandover::isKeyboardOffDisplays() {
-  const auto focused = co_await around_.axQueue.ax(
-      [&, front = around_.workspace.frontmostApplication()] {
+  const auto focused =
+      co_await around_.axQueue.ax([&, front = around_.workspace.frontmostApplication()] {
         return TargetWindow::frontmost(around_.accessibility, front);
       });
-  co_return focused && std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
+  co_return focused&& std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
     return tab.mechanism == Mechanism::offscreen && tab.window == *focused;
   });
 }
