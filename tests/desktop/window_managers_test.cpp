@@ -34,7 +34,7 @@ TEST_F(WindowManagers, SliverOnly) {
   // Nothing else may be in sight: no picture on its way to the tab.
   ASSERT_NO_FATAL_FAILURE(launch({{"animateFlight", false}}));
   ASSERT_NO_FATAL_FAILURE(putOffScreen(guest));
-  const auto whileParked = inSight();
+  const auto whileParked = stillPicture(1);
   client.destroy(guest.window);
   ASSERT_TRUE(hasTabs(0));
   EXPECT_TRUE(eventually([&] { return inSight() == whileParked; }));
