@@ -70,6 +70,26 @@ class WindowManagers : public Everyday {
     return picture.pixels;
   }
 
+  // The same once it stands still.
+  std::vector<std::uint32_t> stillPicture(int sliver) const {
+    auto last = inSight(sliver);
+    int same = 0;
+    EXPECT_TRUE(eventually([&] {
+      const auto before = std::exchange(last, inSight(sliver));
+      same = last == before ? same + 1 : 0;
+      return same >= 20;
+    }));
+    return last;
+  }
+  // The same without any window; a compositor paints nothing before the first one comes.
+  std::vector<std::uint32_t> bareDesktop(int sliver) {
+    const auto next = open(client, "Next", {400, 300, 200, 100});
+    expectHome({next});
+    client.destroy(next.window);
+    EXPECT_TRUE(eventually([&] { return isOutOfSight(next); }));
+    return stillPicture(sliver);
+  }
+
   // When the window manager shows another window, it has finished with those before.
   void awaitFinished() { client.destroy(client.open("Next", {400, 300, 200, 100})); }
 
