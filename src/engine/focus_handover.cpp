@@ -7,6 +7,10 @@
 namespace pellow {
 namespace {
 
+// How long a desktop may take to move the keyboard, and how often to look.
+constexpr Seconds patience = 0.5;
+constexpr Seconds pause = 0.005;
+
 // The windows of an application that stand there.
 std::vector<TargetWindow> windowsAt(Accessibility& accessibility, const WindowOnScreen& place) {
   auto windows = TargetWindow::windows(accessibility, place.owner);
@@ -25,10 +29,12 @@ Task<> FocusHandover::handOver() {
   // Meanwhile the user may have turned to something else.
   if (!co_await isKeyboardOffDisplays()) co_return;
   around_.echoes.suppressActivationAtLeast(EchoGuard::ownEcho);
-  if (next)
-    co_await around_.mechanisms.bringToFront(*next);
-  else
-    around_.workspace.activateDesktop();
+  if (!next) co_return around_.workspace.activateDesktop();
+  co_await around_.mechanisms.bringToFront(*next);
+  // Whoever asks next for the window with the keyboard means this one.
+  const auto deadline = around_.clock.now() + patience;
+  while (co_await isKeyboardOffDisplays() && around_.clock.now() < deadline)
+    co_await around_.axQueue.ax([&] { around_.clock.sleep(pause); });
 }
 
 Task<bool> FocusHandover::isKeyboardOffDisplays() {
@@ -36,7 +42,8 @@ Task<bool> FocusHandover::isKeyboardOffDisplays() {
       co_await around_.axQueue.ax([&, front = around_.workspace.frontmostApplication()] {
         return TargetWindow::frontmost(around_.accessibility, front);
       });
-  co_return focused&& std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
+  if (!focused) co_return false;
+  co_return std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
     return tab.mechanism == Mechanism::offscreen && tab.window == *focused;
   });
 }

@@ -9,6 +9,7 @@
 #include "engine/mechanisms.h"
 #include "model/tab_store.h"
 #include "platform/accessibility.h"
+#include "platform/clock.h"
 #include "platform/workspace.h"
 
 namespace pellow {
@@ -20,6 +21,7 @@ class FocusHandover {
   struct Surroundings {
     Accessibility& accessibility;
     AXQueue& axQueue;
+    Clock& clock;
     const Displays& displays;
     EchoGuard& echoes;
     const Ledger& ledger;
@@ -32,7 +34,7 @@ class FocusHandover {
   explicit FocusHandover(const Surroundings& surroundings) : around_(surroundings) {}
 
   // If a window off the displays has the keyboard, it goes to the front window that can be seen;
-  // without one, to the desktop.
+  // without one, to the desktop. Ends when the window has it, or half a second later.
   Task<> handOver();
 
  private:

@@ -29,6 +29,7 @@ PellowController::PellowController(const Surroundings& surroundings)
                    .workspace = around_.workspace}),
       focus_({.accessibility = around_.accessibility,
               .axQueue = axQueue_,
+              .clock = around_.clock,
               .displays = around_.displays,
               .echoes = echoes_,
               .ledger = ledger_,
