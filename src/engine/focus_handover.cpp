@@ -38,14 +38,18 @@ Task<> FocusHandover::handOver() {
 }
 
 Task<bool> FocusHandover::isKeyboardOffDisplays() {
-  const auto focused =
-      co_await around_.axQueue.ax([&, front = around_.workspace.frontmostApplication()] {
-        return TargetWindow::frontmost(around_.accessibility, front);
-      });
-  if (!focused) co_return false;
-  co_return std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
-    return tab.mechanism == Mechanism::offscreen && tab.window == *focused;
-  });
+  const auto isOffDisplays = [this](auto matches) {
+    return std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
+      return tab.mechanism == Mechanism::offscreen && matches(tab.window);
+    });
+  };
+  const auto front = around_.workspace.frontmostApplication();
+  // Most often that tells it without a question to the application.
+  if (!isOffDisplays([&](const TargetWindow& window) { return window.pid == front; }))
+    co_return false;
+  const auto focused = co_await around_.axQueue.ax(
+      [&] { return TargetWindow::frontmost(around_.accessibility, front); });
+  co_return focused&& isOffDisplays([&](const TargetWindow& window) { return window == *focused; });
 }
 
 Task<std::optional<TargetWindow>> FocusHandover::firstInSight() {

@@ -242,13 +242,23 @@ int StrandedWindows::rescueHiddenWindows(bool clearJournal) {
   int rescued = 0;
   for (const auto& application : around_.workspace.runningApplications()) {
     if (application.activationPolicy != ActivationPolicy::regular) continue;
-    if (application.pid != around_.ownProcess) rescued += rescueHiddenWindows(application);
+    if (application.pid != around_.ownProcess)
+      rescued += rescueHiddenWindows(application, clearJournal);
   }
   if (clearJournal) around_.journal.clear();
   return rescued;
 }
 
-int StrandedWindows::rescueHiddenWindows(const RunningApplication& application) {
+// Whether a record that is kept will bring the window home, and not merely onto a display.
+bool StrandedWindows::comesHome(const RunningApplication& application,
+                                const QuartzRect& frame) const {
+  return std::ranges::any_of(around_.journal.kept(), [&](const ParkingRecord& record) {
+    return record.bundleID == application.bundleID && isParkedAt(frame, record);
+  });
+}
+
+int StrandedWindows::rescueHiddenWindows(const RunningApplication& application,
+                                         bool alsoThoseWithRecords) {
   constexpr auto timeout = AX::timeout::application;
   int rescued = 0;
   for (const auto& window :
@@ -256,6 +266,7 @@ int StrandedWindows::rescueHiddenWindows(const RunningApplication& application) 
     const auto state = window.state(timeout);
     if (!state.answers) break;
     if (state.isMinimized || !state.frame || !around_.displays.isHidden(*state.frame)) continue;
+    if (!alsoThoseWithRecords && comesHome(application, *state.frame)) continue;
     const auto origin = around_.places.onScreenOrigin(*state.frame);
     if (!origin) continue;
     const auto moved = inSight(move(window, *origin, timeout), state.frame->size);

@@ -62,7 +62,8 @@ class StrandedWindows {
   void start();
 
   // Moves every window of every ordinary application that cannot be seen and is not minimized onto
-  // the main display; returns how many. Calls applications directly.
+  // the main display; returns how many. Without `clearJournal`, windows whose records are kept are
+  // left to them. Calls applications directly.
   int rescueHiddenWindows(bool clearJournal);
 
  private:
@@ -100,7 +101,8 @@ class StrandedWindows {
   Moved inSight(Moved moved, Size size) const;
   Outcome recover(const Match& match);
   Outcome outcome(const Match& match, Moved moved) const;
-  int rescueHiddenWindows(const RunningApplication& application);
+  int rescueHiddenWindows(const RunningApplication& application, bool alsoThoseWithRecords);
+  bool comesHome(const RunningApplication& application, const QuartzRect& frame) const;
 
   void lookAtAllAgain();
   void lookAgain(Seconds timeout, std::optional<std::string> onlyBundleID = std::nullopt);

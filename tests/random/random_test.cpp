@@ -22,6 +22,9 @@ TEST(RandomHistories, BreakNoPromise) {
 // Histories that once broke a promise, as short as they could be made.
 TEST(RandomHistories, StayMended) {
   for (const auto* mended : {
+           "seed 4580; launch 1; launch; open 1; manners 0 1 201; start; press; run; open 1; press;"
+           "crash-in 40; settle; tab; press; open; settle; quit-application 1; start; crash-in;"
+           "run; start; settle",
            "seed 27344; launch; open; prefer 0 2; start; open @1; press; settle; tab; press; "
            "settle",
            "seed 40208; launch; open; open; prefer 0 2; start; press; run 17; choose; tab; press;"
