@@ -14,13 +14,14 @@
 #include <vector>
 
 #include "tests/contract/host.h"
+#include "tests/harness/hearing.h"
 
 namespace pellow::contract {
 
 // Longer than any answer takes, if it comes at all.
 inline constexpr Seconds patience = 6;
 
-class ContractTest : public testing::Test {
+class ContractTest : public Hearing {
  protected:
   template <class Value>
   static std::expected<Value, AXError> read(const AXElement& element, std::string_view attribute) {
@@ -34,19 +35,7 @@ class ContractTest : public testing::Test {
     return answer ? AXError::success : answer.error();
   }
 
-  bool until(const std::function<bool()>& holds) { return host->until(holds); }
-
-  std::function<void()> note(const std::string& what) {
-    return [this, what] { heard.push_back(what); };
-  }
-
-  // Whether exactly these are heard in time, in this order; forgets them afterwards.
-  testing::AssertionResult hears(const std::vector<std::string>& expected) {
-    const bool came = until([&] { return heard.size() >= expected.size(); });
-    const auto all = std::exchange(heard, {});
-    if (came && all == expected) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "heard: " << testing::PrintToString(all);
-  }
+  bool until(const std::function<bool()>& holds) override { return host->until(holds); }
 
   // Whether nothing is heard before the main queue has done all that it had to do.
   testing::AssertionResult hearsNothing() {
@@ -94,7 +83,6 @@ class ContractTest : public testing::Test {
 
   const std::unique_ptr<Host> host = Host::make();
   Platform& platform = host->platform();
-  std::vector<std::string> heard;
 };
 
 // With other applications, keys and the pointer.

@@ -18,6 +18,7 @@
 #include "platforms/linux/x11/x11_desktop.h"
 #include "tests/harness/desktop_session.h"
 #include "tests/harness/eventually.h"
+#include "tests/harness/hearing.h"
 
 // What Qt shows on a private desktop: the ports in this process, and a user with a real pointer and
 // a real keyboard in front of them.
@@ -26,7 +27,7 @@ namespace pellow::desktop {
 
 namespace {
 
-class QtDesktopTest : public testing::Test {
+class QtDesktopTest : public Hearing {
  protected:
   QtDesktopTest() {
     for (const auto& [name, value] : desktop.environment())
@@ -43,7 +44,7 @@ class QtDesktopTest : public testing::Test {
   }
 
   // Lets the program work until `holds()`.
-  bool until(const std::function<bool()>& holds) {
+  bool until(const std::function<bool()>& holds) override {
     return eventually([&] {
       work();
       return holds();
@@ -84,19 +85,6 @@ class QtDesktopTest : public testing::Test {
     for (const char letter : letters) desktop.type({static_cast<KeySym>(letter)});
   }
 
-  std::function<void()> note(const std::string& what) {
-    return [this, what] { heard.push_back(what); };
-  }
-
-  // Whether exactly these are heard in time; forgets them afterwards.
-  testing::AssertionResult hears(const std::vector<std::string>& expected) {
-    const bool came = until([&] { return heard.size() >= expected.size(); });
-    const auto all = std::exchange(heard, {});
-    if (came && all == expected) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "heard: " << testing::PrintToString(all);
-  }
-
-  std::vector<std::string> heard;
   DesktopSession desktop;
   Log log{[](LogLevel, std::string_view message) { ADD_FAILURE() << message; }};
   std::optional<QtApplication> application;

@@ -29,18 +29,6 @@ class QtPanelsTest : public QtDesktopTest {
     return panel;
   }
 
-  std::function<void(bool)> noteHover(const std::string& name) {
-    return [this, name](bool inside) { heard.push_back((inside ? "into " : "out of ") + name); };
-  }
-  DragActions noteDrag(const std::string& name) {
-    return {.onBegan = note(name + " began"),
-            .onDragged =
-                [this, name](AppKitVector by) {
-                  heard.push_back(fmt::format("{} by {} {}", name, by.dx, by.dy + 0.0));
-                },
-            .onEnded = note(name + " ended")};
-  }
-
   std::optional<QtPanels> panels;
 };
 
