@@ -23,14 +23,14 @@ std::expected<void, AXError> setMinimized(const TargetWindow& window, bool minim
 
 void Mechanisms::record(std::list<Departure>& departures) {
   if (departures.size() < 2) return;
-  std::vector<const Departure*> recorded;
+  std::vector<ParkedWindows::Place> places;
   for (auto& departure : departures) {
     const auto& tab = departure.tab();
     if (tab.mechanism != Mechanism::offscreen) continue;
     departure.recordedAt = around_.places.parkOrigin(*tab.originalFrame, departure.side);
-    recorded.push_back(&departure);
+    places.push_back({tab, *departure.recordedAt});
   }
-  if (around_.parkedWindows.record(recorded)) return;
+  if (around_.parkedWindows.record(places)) return;
   // Each tries again at its turn and reports its own failure.
   for (auto& departure : departures) departure.recordedAt.reset();
 }
@@ -90,7 +90,7 @@ Task<Mechanisms::Hiding> Mechanisms::slideOffscreen(Departure& departure) {
   const auto target = around_.places.parkOrigin(*tab.originalFrame, departure.side);
   if (departure.recordedAt != target) {
     departure.recordedAt = target;
-    if (!around_.parkedWindows.record({&departure}))
+    if (!around_.parkedWindows.record({{tab, target}}))
       co_return Hiding{.failure = PellowError::moveFailed(AXError::failure)};
   }
 

@@ -6,18 +6,15 @@
 
 namespace pellow {
 
-bool ParkedWindows::record(const std::vector<const Departure*>& departures) {
+bool ParkedWindows::record(const std::vector<Place>& places) {
   auto all = recorded_;
-  bool isNew = false;
-  for (const auto* departure : departures) {
-    const auto& tab = departure->tab();
+  for (const auto& [tab, origin] : places) {
     if (!tab.bundleID) continue;
-    std::erase_if(all, [&](const Recorded& each) { return each.tab == tab.id; });
-    all.push_back(
-        {tab.id, {*tab.bundleID, tab.title, tab.originalFrame->origin, *departure->recordedAt}});
-    isNew = true;
+    const auto known = std::ranges::find(all, tab.id, &Recorded::tab);
+    auto& recorded = known == all.end() ? all.emplace_back(tab.id) : *known;
+    recorded.record = {*tab.bundleID, tab.title, tab.originalFrame->origin, origin};
   }
-  if (!isNew) return true;
+  if (all == recorded_) return true;
   auto before = std::exchange(recorded_, std::move(all));
   if (write()) return true;
   recorded_ = std::move(before);

@@ -2,8 +2,8 @@
 
 #include <vector>
 
+#include "base/geometry.h"
 #include "base/uuid.h"
-#include "engine/departure.h"
 #include "engine/ledger.h"
 #include "engine/parking_journal.h"
 #include "model/tab_item.h"
@@ -18,9 +18,15 @@ class ParkedWindows {
   ParkedWindows(ParkingJournal& journal, const TabStore& store, const Ledger& ledger)
       : journal_(journal), store_(store), ledger_(ledger) {}
 
-  // Records, in one write and before they move, that these windows are parked where each is
-  // `recordedAt`. False, with nothing recorded, when that cannot be kept.
-  bool record(const std::vector<const Departure*>& departures);
+  // Where the window of a tab is going to be parked.
+  struct Place {
+    const TabItem& tab;
+    QuartzPoint origin;
+  };
+
+  // Records, in one write and before they move, where these windows are parked, in place of earlier
+  // records of the same tabs. False, with nothing recorded, when that cannot be kept.
+  bool record(const std::vector<Place>& places);
 
   // The tab's window is no longer parked.
   void forget(const TabItem& tab);
@@ -37,6 +43,8 @@ class ParkedWindows {
   struct Recorded {
     UUID tab;
     ParkingRecord record;
+
+    bool operator==(const Recorded&) const = default;
   };
 
   bool write();

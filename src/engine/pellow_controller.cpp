@@ -51,6 +51,18 @@ PellowController::PellowController(const Surroundings& surroundings)
                .parkedWindows = parkedWindows_,
                .tabs = around_.tabs,
                .tasks = tasks_}),
+      parkingUpkeep_({.axQueue = axQueue_,
+                      .clock = around_.clock,
+                      .displays = around_.displays,
+                      .log = around_.log,
+                      .mainQueue = around_.queues.main(),
+                      .parkedWindows = parkedWindows_,
+                      .places = places_,
+                      .screens = around_.screens,
+                      .tabs = around_.tabs,
+                      .tasks = tasks_,
+                      .workspace = around_.workspace,
+                      .zones = around_.zones}),
       departures_({.accessibility = around_.accessibility,
                    .axQueue = axQueue_,
                    .displays = around_.displays,
@@ -82,6 +94,7 @@ PellowController::PellowController(const Surroundings& surroundings)
                 .log = around_.log,
                 .mechanisms = mechanisms_,
                 .parkedWindows = parkedWindows_,
+                .parkingUpkeep = parkingUpkeep_,
                 .preferences = around_.preferences,
                 .screens = around_.screens,
                 .tabs = around_.tabs,
@@ -133,6 +146,7 @@ void PellowController::setCallbacks() {
   snapshots_.onScreenRecordingDenied = [this] {
     failures_.report(PellowError::screenRecordingDenied());
   };
+  parkingUpkeep_.onStaysInSight = [this](UUID tab) { returns_.restore({tab}); };
   returns_.onArrived = [this] { departures_.aWindowIsBack(); };
   // When an alert closes, the application behind it becomes active: not the user's choice.
   around_.alerts.onClosed = [this] { echoes_.suppressActivationAtLeast(EchoGuard::ownEcho); };
@@ -146,6 +160,7 @@ void PellowController::start() {
     tasks_.start(snapshots_.cacheSnapshotOfFocusedWindow(pid));
   });
   upkeep_.start();
+  parkingUpkeep_.start();
   triggers_.start();
   strandedWindows_.start();
 }

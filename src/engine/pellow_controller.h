@@ -24,6 +24,7 @@
 #include "engine/parked_windows.h"
 #include "engine/parking_journal.h"
 #include "engine/parking_places.h"
+#include "engine/parking_upkeep.h"
 #include "engine/returns.h"
 #include "engine/snapshots.h"
 #include "engine/stranded_windows.h"
@@ -152,6 +153,7 @@ class PellowController {
   FocusHandover focus_;
   Snapshots snapshots_;
   TabUpkeep upkeep_;
+  ParkingUpkeep parkingUpkeep_;
   Departures departures_;
   Returns returns_;
   StrandedWindows strandedWindows_;

@@ -103,6 +103,7 @@ void Returns::restoreAllBlocking() {
 
 std::vector<TabItem> Returns::underWay() const {
   auto tabs = around_.lateMinimizes.tabs();
+  if (const auto& tab = around_.parkingUpkeep.moving()) tabs.push_back(*tab);
   for (const auto& entry : around_.ledger.entries())
     if (entry.isTouched) tabs.push_back(*entry.tab);
   return tabs;

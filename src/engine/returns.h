@@ -19,6 +19,7 @@
 #include "engine/mechanisms.h"
 #include "engine/parked_windows.h"
 #include "engine/parking_journal.h"
+#include "engine/parking_upkeep.h"
 #include "engine/tab_upkeep.h"
 #include "model/preferences.h"
 #include "model/tab_store.h"
@@ -43,6 +44,7 @@ class Returns {
     const Log& log;
     Mechanisms& mechanisms;
     ParkedWindows& parkedWindows;
+    const ParkingUpkeep& parkingUpkeep;
     const Preferences& preferences;
     const Screens& screens;
     TabStore& tabs;

@@ -225,6 +225,7 @@ std::optional<Breach> Promises::whenQuiet(const Scene& scene) {
   if (auto breach = journalIsExact(scene)) return breach;
   if (auto breach = tabsHaveWindows(scene)) return breach;
   if (auto breach = tabsHadAReason(scene)) return breach;
+  if (auto breach = parkedBeyondDisplays(scene)) return breach;
 
   const auto& desktop = scene.desktop.state();
   for (const auto& [id, seen] : scene.sightings.windows()) {
@@ -323,6 +324,22 @@ std::optional<Breach> Promises::tabsHadAReason(const Scene& scene) const {
     if (!reasonable_.contains(tab.id))
       return Breach{"a failed pellow leaves no tab",
                     fmt::format("\"{}\" of {} was never hidden", tab.title, tab.appName)};
+  return std::nullopt;
+}
+
+// Excused: one that has moved since, and one whose application does not answer.
+std::optional<Breach> Promises::parkedBeyondDisplays(const Scene& scene) const {
+  const auto& desktop = scene.desktop.state();
+  for (const auto& tab : scene.controller.store().tabs()) {
+    const auto* const window = desktop.window(identify(scene.desktop, tab.window));
+    if (!isParkedTab(tab) || !window || desktop.shareOnDisplays(window->frame) <= hiddenShare ||
+        isTroubled(desktop, *window))
+      continue;
+    for (const auto& record : parseJournal(scene.desktop.userDefaults().afterCrash(journalKey)))
+      if (isOf(record, tab) && record.parkedOrigin == window->frame.origin)
+        return Breach{"no window stays parked on a display that came later",
+                      stateOf(desktop, *window)};
+  }
   return std::nullopt;
 }
 

@@ -63,6 +63,7 @@ class Promises {
   std::optional<Breach> journalIsExact(const Scene& scene) const;
   std::optional<Breach> tabsHaveWindows(const Scene& scene) const;
   std::optional<Breach> tabsHadAReason(const Scene& scene) const;
+  std::optional<Breach> parkedBeyondDisplays(const Scene& scene) const;
   static std::optional<Breach> isAtHome(const simulated::DesktopState& desktop,
                                         const simulated::WindowState& window, const Sighting& seen,
                                         std::string_view promise);

@@ -404,6 +404,47 @@ TEST_F(RoadStory, AWindowComesBackOntoADisplay) {
   EXPECT_EQ(far.frame().minX(), 0);
 }
 
+TEST_F(RoadStory, ParkedWindowsFollowTheDisplays) {
+  const auto one = openNotes("One", {200, 100, 800, 600});
+  const auto two = openNotes("Two", {300, 200, 800, 600});
+  launch();
+  const auto parkedAt = [&](double x, double y) {
+    for (const auto& record : program->journalAfterCrash())
+      EXPECT_EQ(record.parkedOrigin, QuartzPoint(x, y)) << record.title;
+    for (const auto& window : {one, two}) EXPECT_EQ(window.frame().origin, QuartzPoint(x, y));
+  };
+  program->pressEverything();
+  parkedAt(1439, 872);
+  desktop.screens().plug(2, {1440, 0, 1920, 1080});
+  desktop.runUntilQuiet();
+  parkedAt(3359, 872);
+  desktop.screens().unplug(2);
+  // The system brings windows of a display that is gone to another one, and takes its time.
+  desktop.run(0.5);
+  two.moveTo({900, 300});
+  desktop.runUntilQuiet();
+  parkedAt(1439, 872);
+
+  // Without a display there is no better place.
+  desktop.screens().unplug(1);
+  desktop.runUntilQuiet();
+  parkedAt(1439, 872);
+  desktop.screens().plug(1, {0, 0, 1440, 900});
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program->tabs().size(), 2);
+
+  // One that is restored meanwhile comes back, and one that stays in sight goes home.
+  one.answersAfter(0.2);
+  two.clampsToDisplay();
+  desktop.screens().plug(2, {1440, 0, 1920, 1080});
+  desktop.run(0.1);
+  program->clickTab("One");
+  EXPECT_EQ(one.frame(), QuartzRect(200, 100, 800, 600));
+  EXPECT_EQ(two.frame(), QuartzRect(300, 200, 800, 600));
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_TRUE(program->journalAfterCrash().empty());
+}
+
 TEST_F(RoadStory, AWindowOnItsWayFollowsTheDisplays) {
   desktop.screens().plug(2, {-1920, 0, 1920, 1080});
   const auto list = openNotes("Shopping", {-1800, 100, 800, 600}).answersAfter(0.2);
