@@ -52,6 +52,32 @@ TEST_F(X11DesktopTest, MonitorsComeAndGoAndKeepTheirNumbers) {
   for (const auto& displayID : told) EXPECT_EQ(displayID, leftID);
 }
 
+// mutter and its like have bars that reserve nothing by themselves.
+TEST_F(X11DesktopTest, EachMonitorHasAWorkAreaOfItsOwn) {
+  Monitors monitors(desktop.display());
+  monitors.plug("left", {0, 0, 600, 800}, true);
+  monitors.plug("right", {600, 100, 680, 700});
+  const auto other = X11Connection::open(desktop.display()).value();
+  const std::array<std::uint32_t, 8> areas{0, 30, 600, 770, 600, 100, 640, 650};
+  const auto write = [&](const char* name) {
+    xcb_change_property(other->raw(), XCB_PROP_MODE_REPLACE, other->root(),
+                        internAtom(other->raw(), name), XCB_ATOM_CARDINAL, 32, areas.size(),
+                        areas.data());
+    other->flush();
+  };
+  write("_GTK_WORKAREAS_D1");  // of a desktop that is not shown
+  write("_NET_WORKAREA");
+  const auto showFrames = [&](const std::vector<AppKitRect>& frames) {
+    return until([&] {
+      return std::ranges::equal(x11->screens().all(), frames, {}, &Screen::visibleFrame);
+    });
+  };
+  EXPECT_TRUE(showFrames({{0, 0, 600, 800}, {600, 0, 680, 700}}));
+  write("_GTK_WORKAREAS_D0");
+  write("_NET_WORKAREA");
+  EXPECT_TRUE(showFrames({{0, 0, 600, 770}, {600, 50, 640, 650}}));
+}
+
 TEST_F(X11DesktopTest, JunkOfOthersMovesNeitherScreensNorWindows) {
   const auto guest = client.open("Guest", {50, 150, 300, 200});
   const auto window = windowNamed(*x11, pid, "Guest");

@@ -1,9 +1,11 @@
 #include "platforms/linux/x11/x11_screens.h"
 
+#include <fmt/format.h>
 #include <xcb/randr.h>
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
 
 #include "platforms/linux/x11/x11_window.h"
@@ -74,6 +76,36 @@ void cut(Monitor& monitor, const Strut& strut, const PixelRect& root) {
   if (right > left && bottom > top) monitor.visibleFrame = {left, top, right - left, bottom - top};
 }
 
+// A monitor that shows only what another one shows is no other place for windows. Of equals the
+// first one stays.
+std::vector<Monitor> withoutMirrors(const std::vector<Monitor>& all) {
+  const auto isMirror = [&](const Monitor& monitor) {
+    return std::ranges::any_of(all, [&](const Monitor& other) {
+      const bool showsIt = other.frame.intersection(monitor.frame) == monitor.frame;
+      return showsIt && (other.frame != monitor.frame || &other < &monitor);
+    });
+  };
+  std::vector<Monitor> monitors;
+  std::ranges::remove_copy_if(all, std::back_inserter(monitors), isMirror);
+  return monitors;
+}
+
+// Takes off the monitor what is not in its work area, but never all of it.
+void cutTo(Monitor& monitor, const PixelRect& workArea) {
+  const auto shared = monitor.visibleFrame.intersection(workArea);
+  if (shared.area() > 0) monitor.visibleFrame = shared;
+}
+
+// The rectangles of a list of numbers.
+std::vector<PixelRect> rectsOf(const auto& property) {
+  std::vector<PixelRect> rects;
+  const auto words = property ? property->words() : std::vector<std::uint32_t>{};
+  for (std::size_t i = 0; i + 4 <= words.size(); i += 4)
+    rects.push_back({pixelCoordinate(words[i]), pixelCoordinate(words[i + 1]),
+                     pixelLength(words[i + 2]), pixelLength(words[i + 3])});
+  return rects;
+}
+
 }  // namespace
 
 X11Screens::X11Screens(X11Server& server, X11Connection& events, WindowEvents& windowEvents,
@@ -112,19 +144,21 @@ bool X11Screens::refresh() {
   auto layout = read();
   const auto before = server_.layout();
   if (isOutdated_ || layout == before) return false;
-  const bool sameMonitors =
-      std::ranges::equal(layout.monitors, before.monitors, {}, &Monitor::frame, &Monitor::frame);
   server_.setLayout(std::move(layout));
   observers_.notify();
-  return !sameMonitors;
+  return true;
+}
+
+void X11Screens::setScale(double scale) {
+  scale_ = scale;
+  refresh();
 }
 
 ScreenLayout X11Screens::read() {
   const Deadline deadline = deadlineIn(serverPatience);
   ScreenLayout layout{.monitors = readMonitors(deadline), .scale = scale_};
   const auto docks = cutStruts(layout.monitors, deadline);
-  // The one work area of the X screen says little about several monitors.
-  if (layout.monitors.size() == 1) cutWorkArea(layout.monitors.front(), deadline);
+  cutWorkAreas(layout.monitors, deadline);
   isOutdated_ = hasPassed(deadline);
   if (isOutdated_) {
     // Its reply will wake the main loop.
@@ -169,7 +203,7 @@ std::vector<Monitor> X11Screens::readMonitors(Deadline deadline) const {
     monitor.visibleFrame = monitor.frame;
     monitors.insert(each.data->primary ? monitors.begin() : monitors.end(), monitor);
   }
-  return monitors;
+  return withoutMirrors(monitors);
 }
 
 Monitor X11Screens::wholeScreen(Deadline deadline) const {
@@ -215,19 +249,27 @@ std::vector<xcb_window_t> X11Screens::cutStruts(std::vector<Monitor>& monitors,
   return docks;
 }
 
-void X11Screens::cutWorkArea(Monitor& monitor, Deadline deadline) const {
+// The work area of EWMH is one for the whole X screen and says little about several monitors. Some
+// window managers tell that of each monitor, too.
+void X11Screens::cutWorkAreas(std::vector<Monitor>& monitors, Deadline deadline) const {
   auto& connection = server_.connection();
   auto pending = connection.property(connection.root(), server_.atoms().netWorkarea);
   const auto desktop = currentDesktop(server_, deadline);
-  const auto property = pending.collect(deadline);
-  const auto words = property ? property->words() : std::vector<std::uint32_t>{};
-  if (words.size() < 4) return;
-  const std::size_t own = std::size_t{desktop} * 4;
-  const std::size_t first = own + 4 <= words.size() ? own : 0;
-  const PixelRect area{pixelCoordinate(words[first]), pixelCoordinate(words[first + 1]),
-                       pixelLength(words[first + 2]), pixelLength(words[first + 3])};
-  const auto shared = monitor.visibleFrame.intersection(area);
-  if (shared.area() > 0) monitor.visibleFrame = shared;
+  const auto name = fmt::format("_GTK_WORKAREAS_D{}", desktop);
+  auto pendingName = connection.pending<xcb_intern_atom_reply_t>(
+      xcb_intern_atom(connection.raw(), 1, static_cast<std::uint16_t>(name.size()), name.data()));
+  const auto whole = rectsOf(pending.collect(deadline));
+  if (monitors.size() == 1 && !whole.empty())
+    cutTo(monitors.front(), whole[desktop < whole.size() ? desktop : 0]);
+
+  const auto atom = pendingName.collect(deadline);
+  if (monitors.empty() || !atom || (*atom)->atom == XCB_ATOM_NONE) return;
+  for (const auto& area :
+       rectsOf(connection.property(connection.root(), (*atom)->atom).collect(deadline))) {
+    const auto own = std::ranges::max_element(
+        monitors, {}, [&](const Monitor& each) { return each.frame.intersection(area).area(); });
+    cutTo(*own, area);
+  }
 }
 
 }  // namespace pellow

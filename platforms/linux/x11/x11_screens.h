@@ -21,8 +21,11 @@ class X11Screens : public Screens {
   std::optional<Screen> main() const override;
   Subscription onDidChangeParameters(std::function<void()> observer) override;
 
+  // Takes this many pixels for a point from now on, and tells the observers.
+  void setScale(double scale);
+
   // Rereads what the layout depends on, and tells the observers if it has changed. Answers whether
-  // a monitor has come, gone or moved.
+  // it has.
   bool refresh();
   // Whether the server did not answer in time, and is to be asked again with the next event: it
   // sends something as soon as it answers again.
@@ -36,13 +39,13 @@ class X11Screens : public Screens {
   std::vector<xcb_window_t> cutStruts(std::vector<ScreenLayout::Monitor>& monitors,
                                       Deadline deadline) const;
   void watchDocks(const std::vector<xcb_window_t>& docks);
-  void cutWorkArea(ScreenLayout::Monitor& monitor, Deadline deadline) const;
+  void cutWorkAreas(std::vector<ScreenLayout::Monitor>& monitors, Deadline deadline) const;
   bool hasMonitors(Deadline deadline) const;
 
   X11Server& server_;
   X11Connection& events_;
   WindowEvents& windowEvents_;
-  const double scale_;  // pixels per point
+  double scale_;  // pixels per point
   bool isOutdated_ = false;
   // Not every window manager says it when one of them changes its mind.
   std::map<xcb_window_t, Subscription> docks_;
