@@ -12,6 +12,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platforms/linux/qt/display_scale.h"
 #include "platforms/linux/qt/local_key_filter.h"
 #include "platforms/linux/qt/picture_source.h"
 #include "platforms/linux/qt/qt_alerts.h"
@@ -114,6 +115,7 @@ struct LinuxPlatform::Parts {
   FeedUpdates updates;
   QtPanels panels;
   LocalKeyFilter localKeys;
+  DisplayScale scale;
   std::unique_ptr<QSocketNotifier> workHasCome;
   std::unique_ptr<QSocketNotifier> signalHasCome;
   std::unique_ptr<QSocketNotifier> displayHasEvents;
@@ -135,6 +137,10 @@ struct LinuxPlatform::Parts {
         panels(queues.main(), [this](const AppKitRect& rect) { return desktop->toPixels(rect); }),
         localKeys([this](std::uint8_t keycode, std::uint16_t state) {
           return desktop->deliverLocalKeyDown(keycode, state);
+        }),
+        scale([this](double pixelsPerPoint) {
+          desktop->setScale(pixelsPerPoint);
+          panels.placeAnew();
         }),
         workHasCome(watch(queues.main().fileDescriptor(), [this] { queues.main().runPending(); })),
         signalHasCome(watch(signals.fileDescriptor(), [&signals] { signals.processPending(); })),
@@ -167,9 +173,8 @@ std::optional<SystemError> LinuxPlatform::whyNoDisplay() {
 }
 
 std::expected<std::unique_ptr<LinuxPlatform>, SystemError> LinuxPlatform::open(
-    double scale, std::vector<std::string> arguments, Claim claim, const Log& log,
-    TerminationSignals& signals) {
-  auto desktop = X11Desktop::open("", scale, desktopHooks(), log);
+    std::vector<std::string> arguments, Claim claim, const Log& log, TerminationSignals& signals) {
+  auto desktop = X11Desktop::open("", DisplayScale::now(), desktopHooks(), log);
   if (!desktop) return std::unexpected(desktop.error());
   // Before the user defaults are read: a predecessor writes them until it ends.
   const auto claimed = claim == Claim::now ? (*desktop)->claimInstance()

@@ -25,11 +25,9 @@ class LinuxPlatform final : public Platform {
   // Why no Qt application can be made here, as a sentence with the way out; nothing if one can.
   static std::optional<SystemError> whyNoDisplay();
 
-  // `scale` is pixels per point. The error is a sentence with the way out. The log and the signals
-  // outlive the platform.
+  // The error is a sentence with the way out. The log and the signals outlive the platform.
   static std::expected<std::unique_ptr<LinuxPlatform>, SystemError> open(
-      double scale, std::vector<std::string> arguments, Claim claim, const Log& log,
-      TerminationSignals& signals);
+      std::vector<std::string> arguments, Claim claim, const Log& log, TerminationSignals& signals);
 
   ~LinuxPlatform() override;
 

@@ -42,8 +42,7 @@ int run(const RunProgram& program) {
   }
 
   QtApplication application;
-  const auto platform =
-      LinuxPlatform::open(application.scale(), program.arguments, claim, log, signals);
+  const auto platform = LinuxPlatform::open(program.arguments, claim, log, signals);
   if (!platform) {
     log.error("{}", platform.error().sentence);
     return EXIT_FAILURE;

@@ -32,6 +32,7 @@ class PanelMotion {
 
   PanelLook at(double progress) const;
   const PanelLook& target() const { return target_; }
+  const PanelLook& shown() const { return shown_; }
 
  private:
   void cutShort();

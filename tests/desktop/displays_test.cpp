@@ -1,3 +1,5 @@
+#include <fstream>
+
 #include "tests/harness/everyday.h"
 #include "tests/harness/monitors.h"
 
@@ -43,7 +45,15 @@ class Displays : public Everyday {
       const auto seen = intersection(parked, monitor);
       EXPECT_TRUE(seen.width <= sliver || seen.height == 0) << name << " shows " << seen;
     }
-    EXPECT_TRUE(isOutOfSight(guest, sliver));
+    EXPECT_TRUE(isOffMonitors(guest));
+  }
+  bool isOffMonitors(const Guest& guest) const {
+    return std::ranges::none_of(plugged, [&](const auto& each) {
+      auto inside = each.second;
+      inside.x += sliver;
+      inside.width -= 2 * sliver;
+      return pixelsOf(guest, inside) > 0;
+    });
   }
 
   // There are strips at these places and nowhere else.
@@ -96,6 +106,42 @@ TEST_F(Displays, AMonitorGoesAndComesWhileItsWindowsAreAway) {
   EXPECT_TRUE(eventually([&] { return strips().size() == 2; })) << testing::PrintToString(strips());
   press('r');
   expectHome({sums, note});
+  expectAllIsOver();
+}
+
+TEST_F(Displays, AMonitorThatComesShowsNothingOfWindowsThatAreAway) {
+  const PixelRect left{0, 0, 600, 800};
+  const PixelRect right{600, 0, 680, 700};
+  plugAll({{"left", left}}, "left");
+  const std::vector guests{open(client, "Letter", {40, 180, 420, 300}),
+                           open(client, "Note", {120, 90, 400, 300})};
+  ASSERT_NO_FATAL_FAILURE(launch({{"tabsOnAllScreens", true}}));
+  for (const auto& guest : guests) ASSERT_NO_FATAL_FAILURE(putAway(guest, 599, 772));
+  const auto expectAt = [&](int x, int y) {
+    for (const auto& guest : guests)
+      EXPECT_TRUE(eventually([&] {
+        const auto frame = desktop.frame(guest.window);
+        return std::pair(frame.x, frame.y) == std::pair(x, y) && isOffMonitors(guest);
+      })) << story(guest);
+    EXPECT_TRUE(eventually([&] {
+      return std::ranges::all_of(pellow->journal(), [&](const auto& record) {
+        return record.at("parkedOrigin") == nlohmann::json{double(x), double(y)};
+      });
+    })) << pellow->journal();
+  };
+  plug("right", right);
+  expectAt(1279, 672);
+  // One that shows the same is no other place.
+  plug("mirror", {600, 0, 640, 480});
+  const PixelRect leftStrip{600 - 50, 400 - 41, 44, 82};
+  const PixelRect rightStrip{1280 - 50, 350 - 41, 44, 82};
+  expectStrips({leftStrip, rightStrip});
+  unplug("right");
+  expectAt(1239, 452);
+  unplug("mirror");
+  expectAt(599, 772);
+  press('r');
+  expectHome(guests);
   expectAllIsOver();
 }
 
@@ -193,6 +239,37 @@ TEST_F(Displays, AWindowAndTheStripsAreExactAtTwoPixelsAPoint) {
     expectHome({guest});
     EXPECT_TRUE(eventually([&] { return desktop.activeWindow() == guest.window; }));
   }
+}
+
+// A settings daemon announces the scale, as a user chooses it.
+TEST_F(Displays, TheScaleChangesWhileAWindowIsAway) {
+  const auto settings = desktop.configHome() / "settings";
+  const auto announce = [&](int dotsPerInch) {
+    std::ofstream(settings) << "Xft/DPI " << 1024 * dotsPerInch << "\n";
+  };
+  plugAll({{"only", {0, 0, 1280, 800}}}, "only");
+  announce(96);
+  const auto daemon = desktop.start({"xsettingsd", "-c", settings.string()});
+  const auto guest = open(client, "Letter", {40, 180, 420, 300});
+  ASSERT_NO_FATAL_FAILURE(launch());
+  ASSERT_NO_FATAL_FAILURE(putAway(guest, 1279, 772));
+  expectStrips({{1280 - 50, 400 - 22, 44, 44}});
+
+  announce(192);
+  daemon->send(SIGHUP);
+  const PixelRect strip{1280 - 100, 400 - 44, 88, 88};
+  expectStrips({strip});
+  EXPECT_TRUE(eventually([&] { return desktop.frame(guest.window).x == 1278; })) << story(guest);
+  // Its corners are cut off, its sides are not, and the last pixels of the tab take the click.
+  const auto corner = [&] { return desktop.picture({strip.x, strip.y, 1, 1}); };
+  const auto side = [&] { return desktop.picture({strip.x, strip.y + 44, 1, 1}); };
+  const auto outside = [&] { return desktop.picture({strip.x - 1, strip.y, 1, 1}); };
+  EXPECT_TRUE(eventually([&] {
+    return corner().pixels == outside().pixels && side().pixels != outside().pixels;
+  })) << story(guest);
+  desktop.click(strip.x + 72, strip.y + 72);
+  EXPECT_TRUE(eventually([&] { return pellow->journal().empty(); }));
+  EXPECT_TRUE(eventually([&] { return isSeenAt(desktop.frame(guest.window), guest); }));
 }
 
 }  // namespace

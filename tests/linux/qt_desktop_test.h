@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "platforms/linux/qt/display_scale.h"
 #include "platforms/linux/qt/qt_application.h"
 #include "platforms/linux/system/pollable_main_queue.h"
 #include "platforms/linux/x11/x11_desktop.h"
@@ -40,7 +41,7 @@ class QtDesktopTest : public Hearing {
   void startQt(int scale) {
     setenv("QT_SCALE_FACTOR", std::to_string(scale).c_str(), 1);
     application.emplace();
-    x11 = X11Desktop::open("", application->scale(), {}, log).value();
+    x11 = X11Desktop::open("", DisplayScale::now(), {}, log).value();
   }
 
   // Lets the program work until `holds()`.

@@ -1,6 +1,7 @@
 #include "platforms/linux/qt/panel_canvas.h"
 
 #include <QAccessible>
+#include <QBackingStore>
 #include <QBitmap>
 #include <QCloseEvent>
 #include <QCursor>
@@ -12,6 +13,7 @@
 #include <QPainter>
 #include <QTimerEvent>
 #include <QToolTip>
+#include <QWindow>
 #include <optional>
 #include <utility>
 
@@ -77,6 +79,18 @@ void PanelCanvas::setTranslucent(bool translucent) {
   translucent_ = translucent;
   chooseMaterial();
   shape();
+}
+
+// In points the widget has the same size and mask, so it would leave those of its window alone.
+void PanelCanvas::placeAnew(const QRect& geometry) {
+  setGeometry(geometry);
+  if (windowHandle()) windowHandle()->setGeometry(geometry);
+  if (backingStore()) backingStore()->resize(size());
+  clearMask();
+  shapedFor_.clear();
+  shape();
+  update();
+  lookForPointerSoon();
 }
 
 void PanelCanvas::setIgnoresMouseEvents(bool ignores) {

@@ -34,6 +34,9 @@ class PanelCanvas final : public QWidget {
   // Whether the windows below may shine through.
   void setTranslucent(bool translucent);
 
+  // A point has another number of pixels now.
+  void placeAnew(const QRect& geometry);
+
   void setIgnoresMouseEvents(bool ignores);
   bool ignoresMouseEvents() const { return ignoresMouseEvents_; }
 

@@ -1,7 +1,6 @@
 #include "platforms/linux/qt/qt_application.h"
 
 #include <QPlatformSurfaceEvent>
-#include <QScreen>
 #include <QWindow>
 
 #include "platforms/linux/qt/panel_accessible.h"
@@ -56,11 +55,6 @@ bool QtApplication::WindowFilter::eventFilter(QObject* object, QEvent* event) {
                     QPlatformSurfaceEvent::SurfaceCreated)
     window->setBaseSize({0, 0});
   return false;
-}
-
-double QtApplication::scale() const {
-  const auto* const screen = QGuiApplication::primaryScreen();
-  return screen ? screen->devicePixelRatio() : 1;
 }
 
 }  // namespace pellow

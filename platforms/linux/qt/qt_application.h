@@ -15,9 +15,6 @@ class QtApplication {
   // Runs the main loop until the program is told to terminate.
   int run() { return QApplication::exec(); }
 
-  // Pixels per point.
-  double scale() const;
-
  private:
   // Qt keeps references to both. The option wins over the environment.
   std::array<char, 7> name_{"pellow"};

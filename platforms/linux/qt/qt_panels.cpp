@@ -95,6 +95,8 @@ class QtPanels::QtPanel final : public Panel {
     return canvas_ != &other && canvas_->geometry().intersects(other.geometry());
   }
 
+  void placeAnew() { canvas_->placeAnew(toQt(panels_.toPixels_(motion_.shown().frame))); }
+
   void compositorChanged() { canvas_->setTranslucent(panels_.compositor_.isRunning()); }
 
  private:
@@ -128,6 +130,10 @@ QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels)
 }
 
 QtPanels::~QtPanels() = default;
+
+void QtPanels::placeAnew() {
+  for (auto* const panel : panels_) panel->placeAnew();
+}
 
 // To raise one window, a window manager reorders all of them, and there may be hundreds. Panels
 // that do not meet may stand in any order.

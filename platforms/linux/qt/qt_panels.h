@@ -25,6 +25,9 @@ class QtPanels final : public Panels {
 
   std::unique_ptr<Panel> makePanel(std::string name, WindowShadow shadow) override;
 
+  // `toPixels` answers something else from now on.
+  void placeAnew();
+
  private:
   class QtPanel;
 

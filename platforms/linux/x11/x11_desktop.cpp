@@ -128,6 +128,8 @@ Workspace& X11Desktop::workspace() { return parts_->workspace; }
 Screens& X11Desktop::screens() { return parts_->screens; }
 EventMonitors& X11Desktop::eventMonitors() { return parts_->eventMonitors; }
 
+void X11Desktop::setScale(double scale) { parts_->screens.setScale(scale); }
+
 std::unique_ptr<ScreenCapture> X11Desktop::makeScreenCapture(Queues& queues) {
   return std::make_unique<X11ScreenCapture>(*parts_->server, queues);
 }

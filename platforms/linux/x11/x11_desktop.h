@@ -49,6 +49,9 @@ class X11Desktop {
   Screens& screens();
   EventMonitors& eventMonitors();
 
+  // The desktop takes this many pixels for a point from now on.
+  void setScale(double scale);
+
   // Takes pictures on a serial queue of its own; ends before this.
   std::unique_ptr<ScreenCapture> makeScreenCapture(Queues& queues);
 
