@@ -19,6 +19,7 @@ void BulkActions::enterFocusMode() {
 }
 
 Task<> BulkActions::focusMode(std::optional<ProcessID> frontmostApplication) {
+  if (frontmostApplication == around_.ownProcess) frontmostApplication.reset();
   const auto focused = co_await around_.axQueue.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, frontmostApplication); });
   if (!focused) throw PellowError::noFocusedWindow();

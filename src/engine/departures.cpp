@@ -27,12 +27,14 @@ bool contains(const std::vector<TargetWindow>& windows, const TargetWindow& wind
 
 }  // namespace
 
+// Nothing asks this process about itself: its windows belong to the main thread.
 Task<> Departures::pellowFocused(std::optional<ProcessID> frontmostApplication) {
+  if (frontmostApplication == around_.ownProcess) frontmostApplication.reset();
   auto window = co_await around_.axQueue.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, frontmostApplication); });
   // One that comes back is about to get the keyboard.
   if (!window) window = around_.ledger.lastComingBack();
-  if (!window || window->pid == around_.ownProcess) throw PellowError::noFocusedWindow();
+  if (!window) throw PellowError::noFocusedWindow();
   if (isLeavingKeyboard(*window)) {
     ++waitForFocus_;
     co_return;
