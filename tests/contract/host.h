@@ -61,7 +61,7 @@ class Host {
 
   virtual std::unique_ptr<Guest> launch(const std::string& name) = 0;
 
-  // Whether a panel of this name is where the pointer can meet it.
+  // Whether a panel of this name is where the pointer can meet it, or shows and ignores it.
   virtual bool showsPanel(const std::string& name) = 0;
 
   // The user's hands. What they do reaches everybody later.

@@ -2,6 +2,8 @@
 
 #import <ApplicationServices/ApplicationServices.h>
 
+#include <cmath>
+
 #include "platforms/macos/accessibility/ax_element.h"
 #include "platforms/macos/foundation/geometry.h"
 #include "platforms/macos/foundation/text.h"
@@ -15,11 +17,20 @@ AXElement element(CFTypeRef borrowed) {
   return MacElement::wrap(CFOwner<AXUIElementRef>::retain(static_cast<AXUIElementRef>(borrowed)));
 }
 
+// An application may say anything, and AppKit ends a process that takes it for a frame.
+Answer finite(double one, double other, AXValue value) {
+  constexpr double most = 1e6;  // points; no display is as far away
+  if (std::abs(one) <= most && std::abs(other) <= most) return value;
+  return std::unexpected(AXError::noValue);
+}
+
 Answer unpacked(AXValueRef value) {
   CGPoint point{};
-  if (AXValueGetValue(value, kAXValueTypeCGPoint, &point)) return toQuartzPoint(point);
+  if (AXValueGetValue(value, kAXValueTypeCGPoint, &point))
+    return finite(point.x, point.y, toQuartzPoint(point));
   CGSize size{};
-  if (AXValueGetValue(value, kAXValueTypeCGSize, &size)) return toSize(size);
+  if (AXValueGetValue(value, kAXValueTypeCGSize, &size))
+    return finite(size.width, size.height, toSize(size));
   ::AXError error = kAXErrorSuccess;
   if (AXValueGetValue(value, kAXValueTypeAXError, &error) && error != kAXErrorSuccess)
     return std::unexpected(AXError{error});

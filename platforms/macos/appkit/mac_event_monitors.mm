@@ -88,21 +88,23 @@ void MacEventMonitors::globalKeyDown(NSEvent* event) noexcept {
   }
 }
 
-// A repeat shares the fate of its press.
+// A repeat shares the fate of its press, even if the handler that swallowed it is gone.
 NSEvent* MacEventMonitors::localKeyDown(NSEvent* event) noexcept {
   @autoreleasepool {
+    if (event.ARepeat) return swallowedKey_ == event.keyCode ? nil : event;
+    swallowedKey_.reset();
     if (localKeys_.isEmpty()) {
       localKeyMonitor_.end();
       return event;
     }
-    if (event.ARepeat) return swallowedKey_ == event.keyCode ? nil : event;
     const std::uint16_t keyCode = event.keyCode;
     const auto characters = toText(event.charactersIgnoringModifiers);
     const bool passes = localKeys_.newestFirst({.keyCode = keyCode,
                                                 .modifierFlags = event.modifierFlags,
                                                 .charactersIgnoringModifiers = characters});
-    swallowedKey_ = passes ? std::nullopt : std::optional(keyCode);
-    return passes ? event : nil;
+    if (passes) return event;
+    swallowedKey_ = keyCode;
+    return nil;
   }
 }
 

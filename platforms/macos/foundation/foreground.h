@@ -21,7 +21,7 @@ class Foreground : public std::enable_shared_from_this<Foreground> {
   // be refused to an agent: this insists soon after, while the window can be seen.
   void take(NSWindow* window);
 
-  // The same for windows of this process that others make.
+  // The same without a window, or for one that others make.
   void take();
 
   // The window that came to the front last, if there still is one.

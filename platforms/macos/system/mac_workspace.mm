@@ -2,6 +2,7 @@
 
 #import <CoreGraphics/CoreGraphics.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -110,11 +111,16 @@ bool MacWorkspace::activate(ProcessID pid) {
   return [withPid(pid) activateWithOptions:NSApplicationActivationOptions{}];
 }
 
-// The desktop is a window of the Finder.
+// The desktop is a window of the Finder, but where the Finder has others, one of them would get the
+// keyboard: then this process, which has none that takes it.
 void MacWorkspace::activateDesktop() {
   NSRunningApplication* const finder =
       [NSRunningApplication runningApplicationsWithBundleIdentifier:@"com.apple.finder"]
           .firstObject;
+  const auto isFinders = [&](const WindowOnScreen& window) {
+    return window.owner == finder.processIdentifier;
+  };
+  if (!finder || std::ranges::any_of(windowsOnScreen(), isFinders)) return foreground_->take();
   [finder activateWithOptions:NSApplicationActivationOptions{}];
 }
 

@@ -7,6 +7,14 @@
 #include "platforms/macos/foundation/text.h"
 #include "platforms/macos/updates/sparkle.h"
 
+// Beside a modal window AppKit would refuse to quit, and to log out. There is none yet.
+static void letQuitBesideModalWindow() {
+  CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
+    NSApp.modalWindow.preventsApplicationTerminationWhenModal = NO;
+  });
+  CFRunLoopWakeUp(CFRunLoopGetMain());
+}
+
 // Hands on what Sparkle tells, on the main thread.
 @interface PellowSparkleDelegate : NSObject <PellowSparkleDelegate> {
  @public
@@ -39,6 +47,7 @@
 
 - (void)standardUserDriverWillShowModalAlert {
   foreground->take();
+  letQuitBesideModalWindow();
   if (const auto call = handlers.willShowModalAlert) call();
 }
 

@@ -63,6 +63,9 @@ NSStackView* makeTexts(const pellow::Alert& alert) {
     self.identifier = @"pellow-alert";
     self.releasedWhenClosed = NO;
     self.level = NSModalPanelWindowLevel;
+    self.canHide = NO;  // nothing else would tell of it
+    self.autorecalculatesKeyViewLoop = YES;
+    self.acceptsMouseMovedEvents = YES;  // for the local monitors
     self.collectionBehavior =
         NSWindowCollectionBehaviorMoveToActiveSpace | NSWindowCollectionBehaviorFullScreenAuxiliary;
     [self arrange:makeIcon(alert.style)

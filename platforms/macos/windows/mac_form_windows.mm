@@ -73,6 +73,7 @@ NSWindow* makeNSWindow(NSString* name, NSString* title, NSTabView* tabs) {
   window.collectionBehavior =
       NSWindowCollectionBehaviorMoveToActiveSpace | NSWindowCollectionBehaviorFullScreenAuxiliary;
   window.autorecalculatesKeyViewLoop = YES;
+  window.acceptsMouseMovedEvents = YES;  // for the local monitors
   tabs.frame = NSInsetRect(window.contentView.bounds, margin, margin);
   tabs.autoresizingMask = NSViewWidthSizable | NSViewHeightSizable;
   [window.contentView addSubview:tabs];

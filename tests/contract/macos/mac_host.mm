@@ -184,8 +184,10 @@ class MacHost final : public Host {
   bool showsPanel(const std::string& name) override {
     NSWindow* const window = windowNamed(name);
     const NSPoint centre = NSMakePoint(NSMidX(window.frame), NSMidY(window.frame));
-    return window && [NSWindow windowNumberAtPoint:centre
-                         belowWindowWithWindowNumber:0] == window.windowNumber;
+    // One that ignores the pointer is never there to it.
+    return window.visible &&
+           (window.ignoresMouseEvents || [NSWindow windowNumberAtPoint:centre
+                                             belowWindowWithWindowNumber:0] == window.windowNumber);
   }
 
   void type(std::uint16_t keyCode, std::uint64_t modifierFlags) override {

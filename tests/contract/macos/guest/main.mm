@@ -42,6 +42,7 @@ void open(const NSRect& frame, const std::string& title) {
   [window setFrame:flipped(frame) display:YES];
   [NSApp activate];
   [window makeKeyAndOrderFront:nil];
+  [window orderFrontRegardless];  // the activation may be refused
 }
 
 void close(NSWindow* window) {
