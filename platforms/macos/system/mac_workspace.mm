@@ -1,5 +1,4 @@
 #include "platforms/macos/system/mac_workspace.h"
-
 #import <CoreGraphics/CoreGraphics.h>
 
 #include <algorithm>
