@@ -1,7 +1,11 @@
+#include <signal.h>
+
 #include <algorithm>
+#include <array>
 #include <chrono>
 
 #include "platforms/linux/x11/pixel_image.h"
+#include "platforms/linux/x11/x11_connection.h"
 #include "tests/linux/x11_desktop_test.h"
 
 namespace pellow::desktop {
@@ -162,6 +166,24 @@ TEST_F(X11DesktopTest, AWindowThatComesBackIsAtHomeAtOnce) {
     ASSERT_TRUE(
         eventually([&] { return desktop.isShown(window) && desktop.frame(window) == home; }));
   }
+}
+
+// The window manager has not heard yet of the new size when the move is asked for.
+TEST_F(X11DesktopTest, AMoveDoesNotUndoAResizing) {
+  const auto guest = client.open("Guest", {50, 150, 300, 200});
+  const auto element = windowNamed(*x11, pid, "Guest");
+  const auto other = X11Connection::open(desktop.display()).value();
+  desktop.windowManager().send(SIGSTOP);
+  constexpr std::array<std::uint32_t, 2> size{420, 260};
+  xcb_configure_window(other->raw(), guest, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                       size.data());
+  other->flush();
+  (void)element.setAttribute("AXPosition", QuartzPoint{400, 300}, 0.5);
+  desktop.windowManager().send(SIGCONT);
+  EXPECT_TRUE(eventually([&] {
+    const auto content = desktop.content(guest);
+    return desktop.frame(guest).x == 400 && content.width == 420 && content.height == 260;
+  })) << desktop.content(guest);
 }
 
 }  // namespace

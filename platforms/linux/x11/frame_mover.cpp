@@ -57,16 +57,18 @@ std::expected<FrameMover::Moved, AXError> FrameMover::askAndLook(const WindowFac
   return Moved{std::move(*facts), isManagerLate};
 }
 
-// The place of the outer corner: window managers agree best on this gravity. The size is there
-// because without it fluxbox makes a window grow by its title bar.
+// The place of the outer corner: window managers agree best on this gravity. The size goes along
+// only where it must, as an application may be changing it.
 void FrameMover::ask(const WindowFacts& window, PixelPoint target) {
   constexpr std::uint32_t gravity = XCB_GRAVITY_NORTH_WEST;
-  constexpr std::uint32_t hasPlaceAndSize = 0xfu << 8;
+  constexpr std::uint32_t hasPlace = 3u << 8;
+  constexpr std::uint32_t hasPlaceAndSize = 15u << 8;
+  const auto has = server_.windowManager().growsOnMoves ? hasPlaceAndSize : hasPlace;
   const int x = window.outerCorner.x + target.x - window.frame.x;
   const int y = window.outerCorner.y + target.y - window.frame.y;
   server_.connection().sendToWindowManager(
       window.window, server_.atoms().netMoveResizeWindow,
-      {gravity | hasPlaceAndSize | sourcePager << 12, static_cast<std::uint32_t>(x),
+      {gravity | has | sourcePager << 12, static_cast<std::uint32_t>(x),
        static_cast<std::uint32_t>(y), static_cast<std::uint32_t>(window.content.width),
        static_cast<std::uint32_t>(window.content.height)});
 }

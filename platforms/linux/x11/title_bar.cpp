@@ -209,9 +209,8 @@ ButtonLayout usualLayout(X11Server&, Deadline) {
 
 }  // namespace
 
-// What is known of a window manager.
 struct TitleBarStyle {
-  std::string_view windowManager;  // the start of its name for itself
+  TitleBarKind kind;
   ButtonLayout (*readLayout)(X11Server&, Deadline);
   // The window of the frame that is the button; null where buttons are painted.
   std::optional<Piece> (*buttonWindow)(const Bar&, const ButtonLayout&);
@@ -222,27 +221,23 @@ struct TitleBarStyle {
 
 namespace {
 
-constexpr TitleBarStyle headerBar{"", gtkLayout, nullptr, 0.87};
+constexpr TitleBarStyle headerBar{TitleBarKind::unknown, gtkLayout, nullptr, 0.87};
 constexpr int headerBarHeight = 46;  // points
 constexpr int headerBarEdge = 4;     // points, where it is drawn without a shadow
 
-// The last one is for unknown window managers.
 constexpr std::array styles{
-    TitleBarStyle{"Openbox", noLayout, openboxButton},
-    TitleBarStyle{"Xfwm4", noLayout, xfwmButton},
-    TitleBarStyle{"IceWM", noLayout, icewmButton},
-    TitleBarStyle{"Fluxbox", fluxboxLayout, fluxboxButton},
-    TitleBarStyle{"Metacity (Marco)", marcoLayout, nullptr, 0.95},
-    TitleBarStyle{"Marco", marcoLayout, nullptr, 0.95},
-    TitleBarStyle{"Metacity", metacityLayout, nullptr, 0.92},
-    TitleBarStyle{"KWin", kwinLayout, nullptr, 0.83},
-    TitleBarStyle{"", usualLayout, nullptr, 0.9},
+    TitleBarStyle{TitleBarKind::openbox, noLayout, openboxButton},
+    TitleBarStyle{TitleBarKind::xfwm4, noLayout, xfwmButton},
+    TitleBarStyle{TitleBarKind::icewm, noLayout, icewmButton},
+    TitleBarStyle{TitleBarKind::fluxbox, fluxboxLayout, fluxboxButton},
+    TitleBarStyle{TitleBarKind::marco, marcoLayout, nullptr, 0.95},
+    TitleBarStyle{TitleBarKind::metacity, metacityLayout, nullptr, 0.92},
+    TitleBarStyle{TitleBarKind::kwin, kwinLayout, nullptr, 0.83},
+    TitleBarStyle{TitleBarKind::unknown, usualLayout, nullptr, 0.9},
 };
 
-const TitleBarStyle& styleOf(std::string_view windowManager) {
-  return *std::ranges::find_if(styles, [&](const TitleBarStyle& style) {
-    return windowManager.starts_with(style.windowManager);
-  });
+const TitleBarStyle& styleOf(TitleBarKind kind) {
+  return *std::ranges::find(styles, kind, &TitleBarStyle::kind);
 }
 
 // Where a title bar paints a button; nothing where it is too small for that.
@@ -310,7 +305,7 @@ std::optional<PixelRect> TitleBars::minimizeButton(xcb_window_t client, Deadline
   if (!isDecorated && !hasHeaderBar(*hints, *variant, shadow->exists())) return std::nullopt;
   const auto area = isDecorated ? titleArea(*window)
                                 : headerBarArea(*window, shadow->exists(), server_.layout().scale);
-  const auto& style = isDecorated ? styleOf(server_.windowManagerName()) : headerBar;
+  const auto& style = isDecorated ? styleOf(server_.windowManager().titleBar) : headerBar;
   const Bar bar{server_, client, area, *actions, deadline};
   if (!bar.shows(TitleButton::minimize)) return std::nullopt;
   const auto layout = layoutOf(style, deadline);

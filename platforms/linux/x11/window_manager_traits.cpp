@@ -6,18 +6,32 @@
 namespace pellow {
 namespace {
 
-// These and what was made of them; "Mutter (Muffin)" is one of those.
-constexpr std::array descendantsOfMetacity = {"Metacity", "Mutter", "GNOME Shell", "Muffin",
-                                              "Marco"};
+// The first that fits counts; the last one stands for those that are not known. metacity has
+// descendants under many names, which paint alike.
+constexpr std::array known{
+    WindowManagerTraits{.name = "Openbox", .titleBar = TitleBarKind::openbox, .framesFly = true},
+    WindowManagerTraits{.name = "Xfwm4", .titleBar = TitleBarKind::xfwm4},
+    WindowManagerTraits{.name = "IceWM", .titleBar = TitleBarKind::icewm},
+    WindowManagerTraits{.name = "Fluxbox", .titleBar = TitleBarKind::fluxbox, .growsOnMoves = true},
+    WindowManagerTraits{
+        .name = "KWin", .titleBar = TitleBarKind::kwin, .drawsDecorationLate = true},
+    WindowManagerTraits{
+        .name = "Metacity (Marco)", .titleBar = TitleBarKind::marco, .paintsByItsOwnBook = true},
+    WindowManagerTraits{
+        .name = "Marco", .titleBar = TitleBarKind::marco, .paintsByItsOwnBook = true},
+    WindowManagerTraits{
+        .name = "Metacity", .titleBar = TitleBarKind::metacity, .paintsByItsOwnBook = true},
+    WindowManagerTraits{.name = "Mutter", .paintsByItsOwnBook = true},
+    WindowManagerTraits{.name = "GNOME Shell", .paintsByItsOwnBook = true},
+    WindowManagerTraits{.name = "Muffin", .paintsByItsOwnBook = true},
+    WindowManagerTraits{},
+};
 
 }  // namespace
 
-WindowManagerTraits traitsOf(std::string_view name, bool composites) {
-  const bool paintsByItsOwnBook =
-      composites && std::ranges::any_of(descendantsOfMetacity, [&](std::string_view known) {
-        return name.find(known) != name.npos;
-      });
-  return {.keepsWindowsOnMonitors = paintsByItsOwnBook};
+const WindowManagerTraits& traitsOf(std::string_view name) {
+  return *std::ranges::find_if(
+      known, [&](const WindowManagerTraits& traits) { return name.starts_with(traits.name); });
 }
 
 }  // namespace pellow

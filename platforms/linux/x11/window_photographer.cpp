@@ -212,7 +212,8 @@ std::expected<Pixels, SystemError> WindowPhotographer::photograph(xcb_window_t w
   if (!subject) return std::unexpected(subject.error());
 
   auto picture = readRedirected(*subject, deadline);
-  if (picture && isDecoratedByCompositor()) keepOnly({rectangle(subject->content)}, *picture);
+  if (picture && server_.windowManager().drawsDecorationLate)
+    keepOnly({rectangle(subject->content)}, *picture);
   if (!picture && picture.error() != AXError::cannotComplete) {
     Coverage missing({subject->part.width, subject->part.height});
     picture = readScreen(*subject, missing, deadline);
@@ -273,11 +274,6 @@ std::expected<WindowPhotographer::Subject, SystemError> WindowPhotographer::find
     each.y = static_cast<std::int16_t>(each.y + subject.inside.y - subject.part.y);
   }
   return subject;
-}
-
-// KWin draws title bars where it composes the screen, and leaves the frames' windows empty.
-bool WindowPhotographer::isDecoratedByCompositor() const {
-  return server_.windowManagerName() == "KWin";
 }
 
 WindowPhotographer::Picture WindowPhotographer::readRedirected(const Subject& subject,

@@ -32,7 +32,6 @@ class WindowPhotographer {
   using Picture = std::expected<Pixels, AXError>;
 
   std::expected<Subject, SystemError> findSubject(xcb_window_t window, Deadline deadline);
-  bool isDecoratedByCompositor() const;
   // What a window that is drawn off the screen shows.
   Picture readRedirected(const Subject& subject, Deadline deadline);
   // What can be seen of a window on the screen. Tells what cannot.

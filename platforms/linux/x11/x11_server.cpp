@@ -50,9 +50,9 @@ bool X11Server::windowManagerSupports(xcb_atom_t hint) const {
   return supported_.contains(hint);
 }
 
-std::string X11Server::windowManagerName() const {
+const WindowManagerTraits& X11Server::windowManager() const {
   const std::lock_guard lock(mutex_);
-  return windowManagerName_;
+  return *windowManager_;
 }
 
 bool X11Server::readWindowManager() {
@@ -74,7 +74,7 @@ bool X11Server::readWindowManager() {
   const auto hints = supported->words();
   const std::lock_guard lock(mutex_);
   supported_ = {hints.begin(), hints.end()};
-  windowManagerName_ = name ? validUTF8(name->bytes) : std::string();
+  windowManager_ = &traitsOf(name ? name->bytes : "");
   return supported_.contains(atoms_.netMoveResizeWindow) &&
          supported_.contains(atoms_.netActiveWindow) && supported_.contains(atoms_.netClientList);
 }

@@ -11,6 +11,7 @@
 
 #include "platform/ax_element.h"
 #include "platforms/linux/x11/screen_layout.h"
+#include "platforms/linux/x11/window_manager_traits.h"
 #include "platforms/linux/x11/x11_connection.h"
 
 namespace pellow {
@@ -40,8 +41,8 @@ class X11Server {
 
   // Whether the running window manager says that it follows a hint.
   bool windowManagerSupports(xcb_atom_t hint) const;
-  // What it calls itself, for example "Openbox"; empty when it has no name.
-  std::string windowManagerName() const;
+  // What must be known of it.
+  const WindowManagerTraits& windowManager() const;
   // Whether it paints the screen itself, and no compositor of another process or none does.
   bool windowManagerComposites(Deadline deadline);
   // Rereads what the window manager says of itself: false when none that follows EWMH runs.
@@ -101,7 +102,7 @@ class X11Server {
   std::map<std::thread::id, std::unique_ptr<X11Connection>> connections_;
   ScreenLayout layout_;
   std::set<xcb_atom_t> supported_;
-  std::string windowManagerName_;
+  const WindowManagerTraits* windowManager_ = &traitsOf("");
   std::optional<Reign> settled_;
   std::map<xcb_window_t, ProcessID> owners_;
   std::map<xcb_window_t, xcb_window_t> parents_;

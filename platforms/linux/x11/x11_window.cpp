@@ -199,8 +199,7 @@ std::string WindowLook::readTitle() {
 
 namespace {
 
-// openbox lets the frame of a window that is minimized or comes back shrink and grow for a moment,
-// on the way between its place and the taskbar.
+// Of a window manager whose frames fly.
 enum class FrameMotion {
   none,
   happened,  // since the window was looked at
@@ -246,11 +245,11 @@ std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& win
   constexpr Seconds patience = 1;
   constexpr std::chrono::milliseconds step{5};
   const Deadline end = std::min(deadlineIn(patience), deadline);
-  const bool framesMove = server.windowManagerName().starts_with("Openbox");
+  const bool framesFly = server.windowManager().framesFly;
   for (;;) {
     auto motion = FrameMotion::none;
     auto facts =
-        has(facets, Facet::frame) && framesMove
+        has(facets, Facet::frame) && framesFly
             ? lookWithFrame(server, window.window, facets, deadline, motion)
             : WindowLook(server, server.connection(), window.window, facets).collect(deadline);
     if (facts && facts->id != window.id) return std::unexpected(AXError::invalidUIElement);

@@ -7,7 +7,6 @@
 #include "platforms/linux/system/url_opener.h"
 #include "platforms/linux/x11/application_windows.h"
 #include "platforms/linux/x11/client_processes.h"
-#include "platforms/linux/x11/window_manager_traits.h"
 #include "platforms/linux/x11/windows_on_screen.h"
 
 namespace pellow {
@@ -96,8 +95,8 @@ std::vector<WindowOnScreen> X11Workspace::windowsOnScreen() {
 }
 
 bool X11Workspace::keepsWindowsOnDisplays() {
-  const bool composites = server_.windowManagerComposites(deadlineIn(serverPatience));
-  return traitsOf(server_.windowManagerName(), composites).keepsWindowsOnMonitors;
+  return server_.windowManager().paintsByItsOwnBook &&
+         server_.windowManagerComposites(deadlineIn(serverPatience));
 }
 
 bool X11Workspace::hasWindowsOnOtherSpaces(ProcessID pid) {
