@@ -208,7 +208,7 @@ class ScaledQtPanelsTest : public QtPanelsTest {
 
 // The primary monitor is the right one, so its bottom left is the origin.
 TEST_F(ScaledQtPanelsTest, PanelsStandWhereTheyAreAskedToOnEveryMonitor) {
-  ASSERT_EQ(application->scale(), 2);
+  ASSERT_EQ(DisplayScale::now(), 2);
   const auto panel = show(
       "pellow-strip",
       view("root", {0, 0, 50, 30}, {.onHoverChanged = noteHover("it"), .drag = noteDrag("drag")}),
