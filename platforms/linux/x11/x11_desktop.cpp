@@ -9,6 +9,7 @@
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/errands.h"
 #include "platforms/linux/x11/instance_lock.h"
+#include "platforms/linux/x11/keyboard.h"
 #include "platforms/linux/x11/parking_guard.h"
 #include "platforms/linux/x11/window_manager.h"
 #include "platforms/linux/x11/x11_element.h"
@@ -59,7 +60,8 @@ SystemError noWindowManager(const std::string& displayName) {
 // nor delay them.
 struct X11Desktop::Parts {
   Parts(std::unique_ptr<X11Server> x11Server, std::unique_ptr<X11Connection> eventConnection,
-        double scale, Hooks hooks, const Log& desktopLog)
+        std::unique_ptr<X11Connection> keyboardConnection, double scale, Hooks hooks,
+        const Log& desktopLog)
       : log(desktopLog),
         server(std::move(x11Server)),
         events(std::move(eventConnection)),
@@ -76,7 +78,9 @@ struct X11Desktop::Parts {
         screens(*server, *events, windowEvents, scale),
         workspace(*server, windowManager.foreground(), windowManager.iconifier(), windowEvents,
                   activeWindow, pollSet.number(), std::move(hooks.loadIcon)),
-        eventMonitors(*server, *events, pollSet.number(), std::move(hooks.ownWindowHasKeyboard)) {}
+        keyboard(std::move(keyboardConnection)),
+        eventMonitors(*server, *events, keyboard, pollSet.number(),
+                      std::move(hooks.ownWindowHasKeyboard)) {}
 
   void handle(const xcb_generic_event_t& event);
   void handleRootProperty(xcb_atom_t property);
@@ -97,6 +101,7 @@ struct X11Desktop::Parts {
   X11Accessibility accessibility;
   X11Screens screens;
   X11Workspace workspace;
+  Keyboard keyboard;
   X11EventMonitors eventMonitors;
 
   // What one round of events has touched; many events make one reaction.
@@ -113,10 +118,12 @@ std::expected<std::unique_ptr<X11Desktop>, SystemError> X11Desktop::open(
   if (!server) return std::unexpected(server.error());
   auto events = X11Connection::open(displayName);
   if (!events) return std::unexpected(events.error());
+  auto keyboard = X11Connection::open(displayName);
+  if (!keyboard) return std::unexpected(keyboard.error());
   if (!(*server)->readWindowManager()) return std::unexpected(noWindowManager(displayName));
   (*server)->settleWindowManager(deadlineIn(serverPatience));
   return std::unique_ptr<X11Desktop>(new X11Desktop(std::make_unique<Parts>(
-      std::move(*server), std::move(*events), scale, std::move(hooks), log)));
+      std::move(*server), std::move(*events), std::move(*keyboard), scale, std::move(hooks), log)));
 }
 
 X11Desktop::X11Desktop(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}

@@ -39,7 +39,8 @@ std::optional<std::uint8_t> findKeyboardExtension(X11Connection& connection) {
 void selectKeyboardEvents(X11Connection& connection) {
   constexpr std::uint16_t states =
       XCB_XKB_STATE_PART_MODIFIER_STATE | XCB_XKB_STATE_PART_GROUP_STATE;
-  constexpr std::uint16_t mapParts = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
+  constexpr std::uint16_t mapParts = XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS |
+                                     XCB_XKB_MAP_PART_MODIFIER_MAP | XCB_XKB_MAP_PART_KEY_ACTIONS;
   xcb_xkb_select_events_details_t details{};
   details.affectState = states;
   details.stateDetails = states;
@@ -53,10 +54,11 @@ void selectKeyboardEvents(X11Connection& connection) {
 
 }  // namespace
 
-X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events, int pollSet,
-                                   std::function<bool()> ownWindowHasKeyboard)
+X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events, Keyboard& keyboard,
+                                   int pollSet, std::function<bool()> ownWindowHasKeyboard)
     : server_(server),
       events_(events),
+      keyboard_(keyboard),
       ownWindowHasKeyboard_(std::move(ownWindowHasKeyboard)),
       inputOpcode_(findInputExtension(events)),
       xkbEvent_(findKeyboardExtension(events)),
@@ -74,7 +76,7 @@ std::optional<Subscription> X11EventMonitors::addGlobalKeyDown(
   const bool isFirst = global_.isEmpty();
   auto subscription = global_.add(std::move(handler));
   if (isFirst) {
-    map();
+    keyboard_.map();
     readModifiers();
   }
   if (!listen()) return std::nullopt;
@@ -124,15 +126,6 @@ void X11EventMonitors::readModifiers() {
   group_ = (*state)->group;
 }
 
-std::shared_ptr<const KeyboardMap> X11EventMonitors::map() {
-  if (!isMapOutdated_) return map_;
-  if (auto map = KeyboardMap::read(server_.connection())) {
-    map_ = std::make_shared<KeyboardMap>(std::move(*map));
-    isMapOutdated_ = false;
-  }
-  return map_;
-}
-
 bool X11EventMonitors::handle(const xcb_generic_event_t& event) {
   const auto type = event.response_type;  // never one that another client has sent
   if (type == XCB_GE_GENERIC) {
@@ -154,7 +147,7 @@ void X11EventMonitors::handleKeyboard(const xcb_generic_event_t& event) {
     }
     case XCB_XKB_MAP_NOTIFY:
     case XCB_XKB_NEW_KEYBOARD_NOTIFY:
-      isMapOutdated_ = true;
+      keyboard_.changed();
       break;
     default:
       break;
@@ -177,12 +170,12 @@ void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
   const bool isRepeat = (raw.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0;
   if (isRepeat || raw.detail > UINT8_MAX || ownWindowHasKeyboard_()) return;
   const auto keycode = static_cast<std::uint8_t>(raw.detail);
-  const auto keyboard = map();  // kept for its texts, whatever a handler does
-  const auto code = keyboard->key(keycode).keyCode;
+  const auto map = keyboard_.map();  // kept for its texts, whatever a handler does
+  const auto code = map->keyCode(keycode);
   if (!code) return;
   const KeyEvent press{.keyCode = *code,
-                       .modifierFlags = keyboard->modifierFlags(modifiers_),
-                       .charactersIgnoringModifiers = keyboard->characters(
+                       .modifierFlags = map->modifierFlags(modifiers_),
+                       .charactersIgnoringModifiers = map->characters(
                            keycode, group_, (modifiers_ & XCB_MOD_MASK_SHIFT) != 0)};
   global_.notify(press);
 }
@@ -223,12 +216,12 @@ bool X11EventMonitors::isOwnWindowBelowPointer() const {
 
 bool X11EventMonitors::deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state) {
   constexpr unsigned groupShift = 13;  // where XKB puts the layout in the state of an event
-  const auto keyboard = map();         // kept for its texts, whatever a handler does
-  const auto code = keyboard->key(keycode).keyCode;
+  const auto map = keyboard_.map();    // kept for its texts, whatever a handler does
+  const auto code = map->keyCode(keycode);
   if (!code) return true;
   const KeyEvent press{.keyCode = *code,
-                       .modifierFlags = keyboard->modifierFlags(state),
-                       .charactersIgnoringModifiers = keyboard->characters(
+                       .modifierFlags = map->modifierFlags(state),
+                       .charactersIgnoringModifiers = map->characters(
                            keycode, state >> groupShift & 3u, (state & XCB_MOD_MASK_SHIFT) != 0)};
   return local_.newestFirst(press);
 }

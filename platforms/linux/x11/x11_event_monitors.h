@@ -1,12 +1,11 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 
 #include "base/handler_list.h"
 #include "platform/event_monitors.h"
 #include "platforms/linux/system/file_descriptor.h"
-#include "platforms/linux/x11/keyboard_map.h"
+#include "platforms/linux/x11/keyboard.h"
 #include "platforms/linux/x11/x11_server.h"
 
 namespace pellow {
@@ -20,7 +19,7 @@ class X11EventMonitors : public EventMonitors {
  public:
   // `events` is the connection whose events the desktop hands on; `pollSet` an epoll descriptor
   // that the desktop waits on.
-  X11EventMonitors(X11Server& server, X11Connection& events, int pollSet,
+  X11EventMonitors(X11Server& server, X11Connection& events, Keyboard& keyboard, int pollSet,
                    std::function<bool()> ownWindowHasKeyboard);
 
   std::optional<Subscription> addGlobalKeyDown(
@@ -49,16 +48,13 @@ class X11EventMonitors : public EventMonitors {
   void handleRawEvent(const xcb_generic_event_t& event);
   void handleRawKey(const xcb_generic_event_t& event);
   void handleKeyboard(const xcb_generic_event_t& event);
-  std::shared_ptr<const KeyboardMap> map();
 
   X11Server& server_;
   X11Connection& events_;
+  Keyboard& keyboard_;
   std::function<bool()> ownWindowHasKeyboard_;
   std::optional<std::uint8_t> inputOpcode_;  // of XInput 2.1 or later
   std::optional<std::uint8_t> xkbEvent_;
-  // As last read, and whether to read it again.
-  std::shared_ptr<const KeyboardMap> map_ = std::make_shared<KeyboardMap>();
-  bool isMapOutdated_ = true;
   unsigned modifiers_ = 0;  // X modifier bits held now
   unsigned group_ = 0;      // the layout in use
   HandlerList<void(const KeyEvent&)> global_;
