@@ -5,8 +5,10 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/geometry.h"
@@ -134,6 +136,7 @@ struct DesktopState {
   StoredDefaults defaults;
   std::vector<LogLine> log;
   std::vector<SymbolicHotKey> symbolicHotKeys;
+  std::set<std::pair<std::uint16_t, std::uint64_t>> reservedKeys;  // key code and modifier flags
   bool trustsProcess = true;
   bool ignoresActivations = false;
   bool keepsWindowsOnDisplays = false;

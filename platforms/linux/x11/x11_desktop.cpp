@@ -8,6 +8,7 @@
 
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/errands.h"
+#include "platforms/linux/x11/grabs.h"
 #include "platforms/linux/x11/instance_lock.h"
 #include "platforms/linux/x11/keyboard.h"
 #include "platforms/linux/x11/parking_guard.h"
@@ -17,6 +18,7 @@
 #include "platforms/linux/x11/x11_screen_capture.h"
 #include "platforms/linux/x11/x11_screens.h"
 #include "platforms/linux/x11/x11_server.h"
+#include "platforms/linux/x11/x11_symbolic_hot_keys.h"
 #include "platforms/linux/x11/x11_workspace.h"
 
 namespace pellow {
@@ -69,6 +71,7 @@ struct X11Desktop::Parts {
         pollSet(pollSetOf({xcb_get_file_descriptor(events->raw()), eventSignal.number()})),
         randrEvent(listenToScreen(*events, eventSignal.number())),
         instanceLock(*events),
+        grabs(*server),
         windowManager(*server),
         windowEvents(*server, *events),
         parkingGuard(*server, windowManager.parkedFrames()),
@@ -80,7 +83,8 @@ struct X11Desktop::Parts {
                   activeWindow, pollSet.number(), std::move(hooks.loadIcon)),
         keyboard(std::move(keyboardConnection)),
         eventMonitors(*server, *events, keyboard, pollSet.number(),
-                      std::move(hooks.ownWindowHasKeyboard)) {}
+                      std::move(hooks.ownWindowHasKeyboard)),
+        symbolicHotKeys(keyboard, grabs) {}
 
   void handle(const xcb_generic_event_t& event);
   void handleRootProperty(xcb_atom_t property);
@@ -93,6 +97,7 @@ struct X11Desktop::Parts {
   FileDescriptor pollSet;
   std::optional<std::uint8_t> randrEvent;
   InstanceLock instanceLock;
+  Grabs grabs;
   WindowManager windowManager;
   WindowEvents windowEvents;
   ParkingGuard parkingGuard;
@@ -103,6 +108,7 @@ struct X11Desktop::Parts {
   X11Workspace workspace;
   Keyboard keyboard;
   X11EventMonitors eventMonitors;
+  X11SymbolicHotKeys symbolicHotKeys;
 
   // What one round of events has touched; many events make one reaction.
   bool windowsChanged = false;
@@ -134,6 +140,7 @@ Accessibility& X11Desktop::accessibility() { return parts_->accessibility; }
 Workspace& X11Desktop::workspace() { return parts_->workspace; }
 Screens& X11Desktop::screens() { return parts_->screens; }
 EventMonitors& X11Desktop::eventMonitors() { return parts_->eventMonitors; }
+SymbolicHotKeys& X11Desktop::symbolicHotKeys() { return parts_->symbolicHotKeys; }
 
 std::unique_ptr<ScreenCapture> X11Desktop::makeScreenCapture(Queues& queues) {
   return std::make_unique<X11ScreenCapture>(*parts_->server, queues);

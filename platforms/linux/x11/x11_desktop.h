@@ -14,6 +14,7 @@
 #include "platform/queues.h"
 #include "platform/screen_capture.h"
 #include "platform/screens.h"
+#include "platform/symbolic_hot_keys.h"
 #include "platform/system_error.h"
 #include "platform/workspace.h"
 #include "platforms/linux/x11/pixel_rect.h"
@@ -48,6 +49,7 @@ class X11Desktop {
   Workspace& workspace();
   Screens& screens();
   EventMonitors& eventMonitors();
+  SymbolicHotKeys& symbolicHotKeys();
 
   // Takes pictures on a serial queue of its own; ends before this.
   std::unique_ptr<ScreenCapture> makeScreenCapture(Queues& queues);
