@@ -18,12 +18,62 @@ bool findXInput(X11Connection& connection) {
   return true;
 }
 
+xcb_window_t makeWindow(X11Connection& connection) {
+  const auto window = xcb_generate_id(connection.raw());
+  xcb_create_window(connection.raw(), XCB_COPY_FROM_PARENT, window, connection.root(), -1, -1, 1, 1,
+                    0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+  return window;
+}
+
 }  // namespace
 
-Grabs::Grabs(X11Server& server) : server_(server), hasXInput_(findXInput(server.connection())) {}
+Grabs::Grabs(X11Server& server)
+    : server_(server),
+      neverMapped_(makeWindow(server.connection())),
+      hasXInput_(findXInput(server.connection())) {}
 
 bool Grabs::isReserved(std::uint8_t keycode, const std::vector<unsigned>& modifiers) const {
   return isReserved(keycode, modifiers, deadlineIn(serverPatience));
+}
+
+bool Grabs::hideKey(std::uint8_t keycode, unsigned modifiers) const {
+  const Deadline deadline = deadlineIn(serverPatience);
+  const auto [keyboard, pointer] = taken(deadline);
+  if (!keyboard || pointer) return keyboard;
+  return !isReserved(keycode, {modifiers}, deadline) && !isOtherHeldKeyReserved(keycode, deadline);
+}
+
+bool Grabs::hideEverything() const {
+  const auto [keyboard, pointer] = taken(deadlineIn(serverPatience));
+  return keyboard && pointer;
+}
+
+// Nothing can be grabbed for a window that is not shown, but the server says first that it has been
+// grabbed already.
+Grabs::Taken Grabs::taken(Deadline deadline) const {
+  auto& connection = server_.connection();
+  auto* const raw = connection.raw();
+  auto pendingKeyboard = connection.pending<xcb_grab_keyboard_reply_t>(xcb_grab_keyboard(
+      raw, 0, neverMapped_, XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+  auto pendingPointer = connection.pending<xcb_grab_pointer_reply_t>(
+      xcb_grab_pointer(raw, 0, neverMapped_, 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, XCB_NONE,
+                       XCB_NONE, XCB_CURRENT_TIME));
+  const auto keyboard = pendingKeyboard.collect(deadline);
+  const auto pointer = pendingPointer.collect(deadline);
+  return {.keyboard = keyboard && (*keyboard)->status == XCB_GRAB_STATUS_ALREADY_GRABBED,
+          .pointer = pointer && (*pointer)->status == XCB_GRAB_STATUS_ALREADY_GRABBED};
+}
+
+// Some desktops reserve a modifier alone, to open a menu with it.
+bool Grabs::isOtherHeldKeyReserved(std::uint8_t than, Deadline deadline) const {
+  auto& connection = server_.connection();
+  auto pending = connection.pending<xcb_query_keymap_reply_t>(xcb_query_keymap(connection.raw()));
+  const auto held = pending.collect(deadline);
+  for (unsigned keycode = 8; held && keycode <= UINT8_MAX; ++keycode)
+    if (keycode != than && (*held)->keys[keycode / 8] >> keycode % 8 & 1 &&
+        isReserved(static_cast<std::uint8_t>(keycode), {XCB_MOD_MASK_ANY}, deadline))
+      return true;
+  return false;
 }
 
 // Those of one kind do not keep out those of the other.

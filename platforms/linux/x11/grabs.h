@@ -20,15 +20,32 @@ class Grabs {
   // keyboard is, as desktops do for their shortcuts. Takes no key press from anybody.
   bool isReserved(std::uint8_t keycode, const std::vector<unsigned>& modifiers) const;
 
+  // Whether the press of a key, with these X modifier bits, goes to somebody who has taken the
+  // whole keyboard: the lock of a screen, an open menu, a game. A reserved key takes the keyboard
+  // too, while it is down; that does not count, unless the pointer is taken as well. (So on a
+  // desktop that reserves Super alone, a game that takes no pointer cannot be told from a chord.)
+  bool hideKey(std::uint8_t keycode, unsigned modifiers) const;
+
+  // Whether somebody has taken the keyboard and the pointer.
+  bool hideEverything() const;
+
  private:
+  struct Taken {
+    bool keyboard = false;
+    bool pointer = false;
+  };
+
+  Taken taken(Deadline deadline) const;
   bool isReserved(std::uint8_t keycode, const std::vector<unsigned>& modifiers,
                   Deadline deadline) const;
   bool isReservedByCore(std::uint8_t keycode, const std::vector<unsigned>& modifiers,
                         Deadline deadline) const;
   bool isReservedByXInput(std::uint8_t keycode, const std::vector<unsigned>& modifiers,
                           Deadline deadline) const;
+  bool isOtherHeldKeyReserved(std::uint8_t than, Deadline deadline) const;
 
   X11Server& server_;
+  xcb_window_t neverMapped_;
   bool hasXInput_;
 };
 

@@ -82,7 +82,7 @@ struct X11Desktop::Parts {
         workspace(*server, windowManager.foreground(), windowManager.iconifier(), windowEvents,
                   activeWindow, pollSet.number(), std::move(hooks.loadIcon)),
         keyboard(std::move(keyboardConnection)),
-        eventMonitors(*server, *events, keyboard, pollSet.number(),
+        eventMonitors(*server, *events, keyboard, grabs, pollSet.number(),
                       std::move(hooks.ownWindowHasKeyboard)),
         symbolicHotKeys(keyboard, grabs) {}
 

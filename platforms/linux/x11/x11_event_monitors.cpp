@@ -55,10 +55,12 @@ void selectKeyboardEvents(X11Connection& connection) {
 }  // namespace
 
 X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events, Keyboard& keyboard,
-                                   int pollSet, std::function<bool()> ownWindowHasKeyboard)
+                                   const Grabs& grabs, int pollSet,
+                                   std::function<bool()> ownWindowHasKeyboard)
     : server_(server),
       events_(events),
       keyboard_(keyboard),
+      grabs_(grabs),
       ownWindowHasKeyboard_(std::move(ownWindowHasKeyboard)),
       inputOpcode_(findInputExtension(events)),
       xkbEvent_(findKeyboardExtension(events)),
@@ -172,7 +174,7 @@ void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
   const auto keycode = static_cast<std::uint8_t>(raw.detail);
   const auto map = keyboard_.map();  // kept for its texts, whatever a handler does
   const auto code = map->keyCode(keycode);
-  if (!code) return;
+  if (!code || grabs_.hideKey(keycode, modifiers_)) return;
   const KeyEvent press{.keyCode = *code,
                        .modifierFlags = map->modifierFlags(modifiers_),
                        .charactersIgnoringModifiers = map->characters(
