@@ -125,8 +125,9 @@ struct LogLine {
 // A desktop as plain data with the rules of its windows: everything that outlives the program. A
 // copy is all that a crash leaves behind. It announces nothing; `System` does.
 struct DesktopState {
-  Seconds time = 0;                            // of the copy
-  std::vector<Screen> screens;                 // the first is the primary one
+  Seconds time = 0;             // of the copy
+  std::vector<Screen> screens;  // the first is the primary one
+  bool areScreensLocked = false;
   DockSide dock = DockSide::bottom;            // of the primary one
   std::vector<ApplicationState> applications;  // in the order of their launch
   std::vector<WindowState> windows;            // front to back, over all applications

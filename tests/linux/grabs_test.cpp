@@ -42,14 +42,15 @@ class GrabsTest : public X11DesktopTest {
     ASSERT_TRUE(grabbed && (*grabbed)->num_modifiers == 0);
   }
   // A window above all others.
-  WindowID coverScreen() {
+  WindowID coverScreen() { return cover(desktop.screen()); }
+  WindowID cover(PixelRect place) {
     const auto window = xcb_generate_id(other->raw());
     const std::array<std::uint32_t, 2> values{1, XCB_EVENT_MASK_KEY_PRESS};
-    const auto size = desktop.screen();
-    xcb_create_window(other->raw(), XCB_COPY_FROM_PARENT, window, other->root(), 0, 0,
-                      std::uint16_t(size.width), std::uint16_t(size.height), 0,
-                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT,
-                      XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values.data());
+    xcb_create_window(other->raw(), XCB_COPY_FROM_PARENT, window, other->root(),
+                      std::int16_t(place.x), std::int16_t(place.y), std::uint16_t(place.width),
+                      std::uint16_t(place.height), 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
+                      values.data());
     EXPECT_TRUE(other->check(xcb_map_window_checked(other->raw(), window), deadlineIn(30)));
     return window;
   }
@@ -118,9 +119,20 @@ TEST_F(GrabsTest, WhoHasTheKeyboardKeepsItsKeys) {
     grabKeyboard(locker);
     if (withPointer) grabPointer(locker);
     EXPECT_FALSE(hearsShortcut());
+    EXPECT_EQ(x11->screens().areLocked(), withPointer);
     ungrab();
+    EXPECT_FALSE(x11->screens().areLocked());
     EXPECT_TRUE(hearsShortcut());
   }
+}
+
+TEST_F(GrabsTest, AMenuIsNoLock) {
+  const auto menu = cover({100, 100, 200, 300});
+  desktop.movePointer(150, 150);
+  grabKeyboard(menu);
+  grabPointer(menu);
+  EXPECT_FALSE(hearsShortcut());
+  EXPECT_FALSE(x11->screens().areLocked());
 }
 
 // While it is down, a reserved key has the whole keyboard, too.

@@ -78,7 +78,7 @@ struct X11Desktop::Parts {
         activeWindow(*server, windowEvents),
         errands(eventSignal.number()),
         accessibility(*server, windowManager, windowEvents, activeWindow, errands),
-        screens(*server, *events, windowEvents, scale),
+        screens(*server, *events, windowEvents, grabs, scale),
         workspace(*server, windowManager.foreground(), windowManager.iconifier(), windowEvents,
                   activeWindow, pollSet.number(), std::move(hooks.loadIcon)),
         keyboard(std::move(keyboardConnection)),
