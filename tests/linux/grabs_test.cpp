@@ -126,6 +126,12 @@ TEST_F(GrabsTest, WhoHasTheKeyboardKeepsItsKeys) {
   }
 }
 
+// As a remote keyboard repeats it: nobody has let go of it.
+TEST_F(GrabsTest, AKeyThatIsDownIsNotPressedAgain) {
+  EXPECT_EQ(heardOf({t, r, t, t}), (std::vector<std::uint16_t>{17, 15}));
+  EXPECT_EQ(heardOf({t}), std::vector<std::uint16_t>{17});
+}
+
 TEST_F(GrabsTest, AMenuIsNoLock) {
   const auto menu = cover({100, 100, 200, 300});
   desktop.movePointer(150, 150);

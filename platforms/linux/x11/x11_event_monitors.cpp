@@ -78,6 +78,7 @@ std::optional<Subscription> X11EventMonitors::addGlobalKeyDown(
   const bool isFirst = global_.isEmpty();
   auto subscription = global_.add(std::move(handler));
   if (isFirst) {
+    down_.reset();
     keyboard_.map();
     readModifiers();
   }
@@ -110,9 +111,11 @@ bool X11EventMonitors::listen() {
   struct {
     xcb_input_event_mask_t head;
     std::uint32_t mask;
-  } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
-              (keys ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS} : 0) |
-                  (movements ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0)};
+  } selection{
+      {XCB_INPUT_DEVICE_ALL_MASTER, 1},
+      (keys ? XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE
+            : 0u) |
+          (movements ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0)};
   const auto cookie =
       xcb_input_xi_select_events_checked(events_.raw(), events_.root(), 1, &selection.head);
   return events_.check(cookie, deadlineIn(serverPatience)).has_value();
@@ -159,19 +162,26 @@ void X11EventMonitors::handleKeyboard(const xcb_generic_event_t& event) {
 void X11EventMonitors::handleRawEvent(const xcb_generic_event_t& event) {
   const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
   if (generic.extension != inputOpcode_) return;
-  if (generic.event_type == XCB_INPUT_RAW_KEY_PRESS) handleRawKey(event);
+  const auto& key = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
+  if (generic.event_type == XCB_INPUT_RAW_KEY_PRESS) handleRawKey(key.detail, true);
+  if (generic.event_type == XCB_INPUT_RAW_KEY_RELEASE) handleRawKey(key.detail, false);
   if (generic.event_type == XCB_INPUT_RAW_MOTION) gatherMovements();
 }
 
-void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
+// The server's own repeats are no raw events, but remote keyboards send theirs as presses.
+void X11EventMonitors::handleRawKey(unsigned keycode, bool isPress) {
   if (global_.isEmpty()) {
     listen();  // for what is left to be heard
     return;
   }
-  const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
-  const bool isRepeat = (raw.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0;
-  if (isRepeat || raw.detail > UINT8_MAX || ownWindowHasKeyboard_()) return;
-  const auto keycode = static_cast<std::uint8_t>(raw.detail);
+  if (keycode >= down_.size()) return;
+  const bool wasDown = down_[keycode];
+  down_[keycode] = isPress;
+  if (isPress && !wasDown) keyPressed(static_cast<std::uint8_t>(keycode));
+}
+
+void X11EventMonitors::keyPressed(std::uint8_t keycode) {
+  if (ownWindowHasKeyboard_()) return;
   const auto map = keyboard_.map();  // kept for its texts, whatever a handler does
   const auto code = map->keyCode(keycode);
   if (!code || grabs_.hideKey(keycode, modifiers_)) return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <functional>
 
 #include "base/handler_list.h"
@@ -48,7 +49,8 @@ class X11EventMonitors : public EventMonitors {
   bool isOwnWindowBelowPointer() const;
   void readModifiers();
   void handleRawEvent(const xcb_generic_event_t& event);
-  void handleRawKey(const xcb_generic_event_t& event);
+  void handleRawKey(unsigned keycode, bool isPress);
+  void keyPressed(std::uint8_t keycode);
   void handleKeyboard(const xcb_generic_event_t& event);
 
   X11Server& server_;
@@ -60,6 +62,7 @@ class X11EventMonitors : public EventMonitors {
   std::optional<std::uint8_t> xkbEvent_;
   unsigned modifiers_ = 0;  // X modifier bits held now
   unsigned group_ = 0;      // the layout in use
+  std::bitset<256> down_;   // by X key code, while keys are heard
   HandlerList<void(const KeyEvent&)> global_;
   HandlerList<bool(const KeyEvent&)> local_;
   FileDescriptor movementTimer_;
