@@ -51,12 +51,6 @@ class LinuxQueues final : public Queues {
   PollableMainQueue main_;
 };
 
-// A Linux desktop grabs its shortcuts before other programs see them: they never clash.
-class NoSymbolicHotKeys final : public SymbolicHotKeys {
- public:
-  std::vector<SymbolicHotKey> all() const override { return {}; }
-};
-
 FeedUpdates::Build thisBuild() { return {.version = PELLOW_VERSION, .feed = PELLOW_UPDATE_FEED}; }
 
 Seconds secondsSince1970() {
@@ -101,7 +95,6 @@ struct LinuxPlatform::Parts {
   const Log& log;
   MonotonicClock clock;
   RandomUUIDSource uuidSource;
-  NoSymbolicHotKeys symbolicHotKeys;
   QtStatusBar statusBar;
   QtFormWindows formWindows;
   QtColourPanel colourPanel;
@@ -201,7 +194,7 @@ Queues& LinuxPlatform::queues() { return parts_->queues; }
 ScreenCapture& LinuxPlatform::screenCapture() { return *parts_->screenCapture; }
 Screens& LinuxPlatform::screens() { return parts_->desktop->screens(); }
 StatusBar& LinuxPlatform::statusBar() { return parts_->statusBar; }
-SymbolicHotKeys& LinuxPlatform::symbolicHotKeys() { return parts_->symbolicHotKeys; }
+SymbolicHotKeys& LinuxPlatform::symbolicHotKeys() { return parts_->desktop->symbolicHotKeys(); }
 UpdateFramework& LinuxPlatform::updateFramework() { return parts_->updates; }
 UserDefaults& LinuxPlatform::userDefaults() { return parts_->userDefaults; }
 UUIDSource& LinuxPlatform::uuidSource() { return parts_->uuidSource; }

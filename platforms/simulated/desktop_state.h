@@ -5,8 +5,10 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/geometry.h"
@@ -123,8 +125,9 @@ struct LogLine {
 // A desktop as plain data with the rules of its windows: everything that outlives the program. A
 // copy is all that a crash leaves behind. It announces nothing; `System` does.
 struct DesktopState {
-  Seconds time = 0;                            // of the copy
-  std::vector<Screen> screens;                 // the first is the primary one
+  Seconds time = 0;             // of the copy
+  std::vector<Screen> screens;  // the first is the primary one
+  bool areScreensLocked = false;
   DockSide dock = DockSide::bottom;            // of the primary one
   std::vector<ApplicationState> applications;  // in the order of their launch
   std::vector<WindowState> windows;            // front to back, over all applications
@@ -134,6 +137,7 @@ struct DesktopState {
   StoredDefaults defaults;
   std::vector<LogLine> log;
   std::vector<SymbolicHotKey> symbolicHotKeys;
+  std::set<std::pair<std::uint16_t, std::uint64_t>> reservedKeys;  // key code and modifier flags
   bool trustsProcess = true;
   bool ignoresActivations = false;
   bool keepsWindowsOnDisplays = false;

@@ -9,7 +9,8 @@ class EventMonitors;
 class System;
 
 // The keyboard under the user's hands. A key press is an event that reaches the program in its main
-// loop; it goes to the program if that is active or one of its windows has the keyboard.
+// loop; it goes to the program if that is active or one of its windows has the keyboard. While the
+// screens are locked, nobody hears of it.
 class Keyboard {
  public:
   Keyboard(System& system, EventMonitors& monitors) : system_(system), monitors_(monitors) {}

@@ -17,6 +17,8 @@ class Screens final : public pellow::Screens {
     return screen ? std::optional(*screen) : std::nullopt;
   }
 
+  bool areLocked() const override { return system_.state.areScreensLocked; }
+
   Subscription onDidChangeParameters(std::function<void()> observer) override {
     return system_.screensChanged.add(std::move(observer));
   }
@@ -24,6 +26,8 @@ class Screens final : public pellow::Screens {
   // A further display with a menu bar and no Dock.
   void plug(DisplayID display, AppKitRect frame);
   void unplug(DisplayID display);
+  // The user locks them, or unlocks them again.
+  void lock(bool locks = true) { system_.state.areScreensLocked = locks; }
   // On the primary display; at first it is at the bottom.
   void moveDock(DockSide side);
 

@@ -14,8 +14,16 @@ class SymbolicHotKeys final : public pellow::SymbolicHotKeys {
 
   std::vector<SymbolicHotKey> all() const override { return system_.state.symbolicHotKeys; }
 
+  bool isReserved(std::uint16_t keyCode, std::uint64_t modifierFlags) const override {
+    return system_.state.reservedKeys.contains({keyCode, modifierFlags});
+  }
+
   void set(std::vector<SymbolicHotKey> hotKeys) {
     system_.state.symbolicHotKeys = std::move(hotKeys);
+  }
+  // The desktop acts on these keys and does not say so.
+  void reserve(std::uint16_t keyCode, std::uint64_t modifierFlags) {
+    system_.state.reservedKeys.emplace(keyCode, modifierFlags);
   }
 
  private:

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "app/accessibility_permission.h"
+#include "shortcuts/system_shortcuts.h"
 
 namespace pellow {
 namespace {
@@ -140,6 +141,17 @@ void AppDelegate::logPermissions() {
 void AppDelegate::installHotkeys() {
   hotkeys_.handler = [this](ShortcutAction action) { perform(action); };
   hotkeys_.start();
+  warnOfSharedShortcuts();
+}
+
+void AppDelegate::warnOfSharedShortcuts() {
+  for (const auto action : allCases<ShortcutAction>()) {
+    const auto& shortcut = shortcuts_.shortcut(action);
+    const auto owner = SystemShortcuts::conflictDescription(platform_.symbolicHotKeys(), shortcut);
+    if (owner)
+      platform_.log().warning("{} belongs to {} too: both will act on it", shortcut.display(),
+                              *owner);
+  }
 }
 
 void AppDelegate::installTerminationSignalHandlers() {

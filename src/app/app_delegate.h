@@ -47,6 +47,7 @@ class AppDelegate {
   void begin();
   void logPermissions();
   void installHotkeys();
+  void warnOfSharedShortcuts();
   void installTerminationSignalHandlers();
   void checkScreenRecordingIfNeeded();
   // Shows the alert; its first button opens these system settings.

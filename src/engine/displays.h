@@ -27,6 +27,8 @@ class Displays {
   // The main screen without menu bar and Dock; nothing without screens.
   std::optional<QuartzRect> mainVisibleFrame() const;
 
+  bool areLocked() const { return screens_.areLocked(); }
+
   // The part of the window's area that lies on the displays, from 0 to 1 (more where displays
   // overlap); nothing for a window without area.
   std::optional<double> visibleFraction(const QuartzRect& window) const;

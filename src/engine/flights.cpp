@@ -24,13 +24,15 @@ bool canFly(const TabItem& tab) {
 }  // namespace
 
 std::optional<AppKitRect> Flights::projectedTabFrame(const TabItem& tab) {
-  if (!isWanted() || !canFly(tab) || !tab.zoneID || !around_.animator.makeWay())
+  if (!isWanted() || !canFly(tab) || !tab.zoneID || !around_.animator.makeWay() ||
+      around_.displays.areLocked())
     return std::nullopt;
   return around_.strips.projectedTabFrame(*tab.zoneID);
 }
 
 std::map<UUID, AppKitRect> Flights::tabFrames(const std::vector<UUID>& ids) const {
-  return isWanted() ? around_.strips.frames(ids) : std::map<UUID, AppKitRect>();
+  if (!isWanted() || around_.displays.areLocked()) return {};
+  return around_.strips.frames(ids);
 }
 
 bool Flights::isWanted() const { return around_.preferences.value(preference::animateFlight); }

@@ -16,8 +16,8 @@
 namespace pellow {
 
 // The pictures that fly between windows and their tabs, if the user wants them: the window's own,
-// else the application's icon. A minimized window has the system's animation instead. Frames are in
-// AppKit space. Main thread.
+// else the application's icon. A minimized window has the system's animation instead, and nothing
+// flies above a locked screen. Frames are in AppKit space. Main thread.
 class Flights {
  public:
   struct Surroundings {
@@ -32,7 +32,7 @@ class Flights {
 
   // Where a tab about to come will stand; nothing when nothing will fly there.
   std::optional<AppKitRect> projectedTabFrame(const TabItem& tab);
-  // Where these tabs stand; empty when the user wants no flights.
+  // Where these tabs stand; empty when nothing will fly from there.
   std::map<UUID, AppKitRect> tabFrames(const std::vector<UUID>& ids) const;
 
   void flyOut(const TabItem& tab, const AppKitRect& tabFrame);

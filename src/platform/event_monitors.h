@@ -33,8 +33,9 @@ class EventMonitors {
  public:
   virtual ~EventMonitors() = default;
 
-  // Key presses meant for other applications, which get them unchanged all the same. Nothing when
-  // the system allows no monitor.
+  // Key presses meant for other applications, which get them unchanged all the same; none while the
+  // screen is locked or somebody else has taken the whole keyboard (a field for a password on
+  // macOS, any client that has grabbed it on X11). Nothing when the system allows no monitor.
   virtual std::optional<Subscription> addGlobalKeyDown(
       std::function<void(const KeyEvent&)> handler) = 0;
 

@@ -31,6 +31,9 @@ class Screens {
   // The screen of the window with the keyboard, else the primary one; nothing without screens.
   virtual std::optional<Screen> main() const = 0;
 
+  // Whether the lock of the screen covers them: nobody should see anything beside it.
+  virtual bool areLocked() const = 0;
+
   // Called after every change of displays, frames and visible frames.
   virtual Subscription onDidChangeParameters(std::function<void()> observer) = 0;
 };

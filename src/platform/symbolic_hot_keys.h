@@ -16,14 +16,19 @@ struct SymbolicHotKey {
   bool operator==(const SymbolicHotKey&) const = default;
 };
 
-// "AppleSymbolicHotKeys" of the domain "com.apple.symbolichotkeys". Main thread.
+// The shortcuts of the system itself. Main thread.
 class SymbolicHotKeys {
  public:
   virtual ~SymbolicHotKeys() = default;
 
-  // As they are now, in the system's order; entries that are not dictionaries are left out. Empty
-  // when the system has none or they cannot be read.
+  // "AppleSymbolicHotKeys" of the domain "com.apple.symbolichotkeys", as they are now, in the
+  // system's order; entries that are not dictionaries are left out. Empty when the system has none
+  // or they cannot be read.
   virtual std::vector<SymbolicHotKey> all() const = 0;
+
+  // Whether the desktop acts on this virtual key code with these flags, by one of its shortcuts
+  // that `all` does not know. False where that cannot be found out.
+  virtual bool isReserved(std::uint16_t keyCode, std::uint64_t modifierFlags) const = 0;
 };
 
 }  // namespace pellow

@@ -44,14 +44,20 @@ bool owns(const SymbolicHotKey& hotKey, char32_t character, std::uint64_t modifi
          static_cast<std::uint64_t>(flags) == modifiers;
 }
 
-}  // namespace
-
-std::optional<std::string> conflictDescription(const SymbolicHotKeys& hotKeys,
-                                               const Shortcut& shortcut) {
+std::optional<std::string> listedOwner(const SymbolicHotKeys& hotKeys, const Shortcut& shortcut) {
   const auto character = firstScalar(shortcut.characters);
   if (!character) return std::nullopt;
   for (const auto& hotKey : hotKeys.all())
     if (owns(hotKey, *character, shortcut.modifiers)) return std::string(name(hotKey.identifier));
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> conflictDescription(const SymbolicHotKeys& hotKeys,
+                                               const Shortcut& shortcut) {
+  if (auto owner = listedOwner(hotKeys, shortcut)) return owner;
+  if (hotKeys.isReserved(shortcut.keyCode, shortcut.modifiers)) return "a desktop shortcut";
   return std::nullopt;
 }
 

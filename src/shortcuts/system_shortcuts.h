@@ -10,7 +10,8 @@
 // The keyboard shortcuts of the system itself.
 namespace pellow::SystemShortcuts {
 
-// The name of the system feature that owns the same character with the same modifiers, if any.
+// The name of the system feature that owns the same character with the same modifiers, if any; "a
+// desktop shortcut" where only that is known of it.
 std::optional<std::string> conflictDescription(const SymbolicHotKeys& hotKeys,
                                                const Shortcut& shortcut);
 

@@ -182,6 +182,19 @@ TEST_F(PictureStory, ThePictureFliesToTheTabAndBack) {
   desktop.userDefaults().put("animateFlight", true);
   desktop.userDefaults().put("mechanism", "minimize");
   expectNoFlight();
+  desktop.userDefaults().put("mechanism", "offscreen");
+  desktop.screens().lock();
+  program->perform(ShortcutAction::pellowFrontmost);
+  desktop.run(0.2);
+  EXPECT_EQ(program->tabs().size(), 1);
+  EXPECT_TRUE(desktop.panels().visible("pellow-flight").empty());
+  program->pressRestoreAll();
+  EXPECT_EQ(program->tabs().size(), 1) << "the keys are somebody else's";
+  program->perform(ShortcutAction::restoreAll);
+  desktop.run(0.2);
+  EXPECT_TRUE(program->tabs().empty());
+  EXPECT_TRUE(desktop.panels().visible("pellow-flight").empty());
+  desktop.screens().lock(false);
 
   // Quitting does not wait for a flight.
   desktop.userDefaults().put("mechanism", "offscreen");

@@ -24,6 +24,13 @@ class RoadStory : public Story {
   std::optional<simulated::Application> notes;
 };
 
+TEST_F(RoadStory, AShortcutOfTheDesktopIsToldAtTheStart) {
+  desktop.symbolicHotKeys().reserve(17, Program::modifiers);
+  launch();
+  EXPECT_TRUE(desktop.hasLogged("⌃⌥⌘T belongs to a desktop shortcut too: both will act on it"));
+  EXPECT_FALSE(desktop.hasLogged("⌃⌥⌘R belongs to a desktop shortcut too: both will act on it"));
+}
+
 TEST_F(RoadStory, AWindowBecomesATabAndComesBack) {
   const auto list = openNotes();
   launch();

@@ -129,6 +129,14 @@ TEST_F(SystemShortcutsTest, GoByCharacterAndModifiers) {
   EXPECT_EQ(conflict({{"64", true, {0, 49, 0x100000}}}, {49, "", 0x100000}), std::nullopt);
 }
 
+TEST_F(SystemShortcutsTest, MayBeKnownToBeThereOnly) {
+  desktop.symbolicHotKeys().reserve(49, 0x100000);
+  EXPECT_EQ(conflict({}), "a desktop shortcut");
+  EXPECT_EQ(conflict({}, {49, "", 0x100000}), "a desktop shortcut") << "it goes by the key";
+  EXPECT_EQ(conflict({{"64", true, {32, 49, 0x100000}}}), "Spotlight");
+  EXPECT_EQ(conflict({}, {49, " ", 0x120000}), std::nullopt);
+}
+
 TEST_F(SystemShortcutsTest, SkipWhatIsOffOrMalformed) {
   EXPECT_EQ(conflict({{"64", false, {32, 49, 0x100000}}}), std::nullopt);
   EXPECT_EQ(conflict({{"64", true, {}}, {"65", true, {32, 49}}}), std::nullopt);

@@ -1,22 +1,18 @@
 #include "platforms/linux/x11/keyboard_map.h"
 
+#include <xcb/xcb.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
+#include <xkbcommon/xkbcommon.h>
+
+#include <algorithm>
 #include <map>
-#include <string_view>
+#include <memory>
 
 #include "platform/event_monitors.h"
-#include "platforms/linux/x11/text_encoding.h"
-#include "platforms/linux/x11/xcb_xkb.h"
 
 namespace pellow {
 
 namespace {
-
-constexpr xcb_xkb_device_spec_t coreKeyboard = XCB_XKB_ID_USE_CORE_KBD;
-
-constexpr xcb_keysym_t altLeft = 0xffe9;
-constexpr xcb_keysym_t altRight = 0xffea;
-constexpr xcb_keysym_t superLeft = 0xffeb;
-constexpr xcb_keysym_t superRight = 0xffec;
 
 // The places of keys by their XKB names: A is the alphanumeric block, its second letter the row
 // from the bottom, the number the column; then the ANSI virtual key code of the same place.
@@ -46,110 +42,88 @@ const std::map<std::string_view, std::uint16_t> places = {
     {"KP8", 91},   {"KP9", 92},
 };
 
-// What AppKit reports for the keys that type no letter.
-const std::map<xcb_keysym_t, std::uint32_t> functionKeys = {
-    {0xff08, 0x7f},   {0xff09, 0x09},   {0xff0d, 0x0d},   {0xff1b, 0x1b},   {0xff50, 0xf729},
-    {0xff51, 0xf702}, {0xff52, 0xf700}, {0xff53, 0xf703}, {0xff54, 0xf701}, {0xff55, 0xf72c},
-    {0xff56, 0xf72d}, {0xff57, 0xf72b}, {0xff63, 0xf746}, {0xff8d, 0x03},   {0xffff, 0xf728},
+// What AppKit reports for the keys that type no letter, where it is not what they type on X.
+const std::map<xkb_keysym_t, std::string_view> functionKeys = {
+    {XKB_KEY_BackSpace, "\x7f"}, {XKB_KEY_KP_Enter, "\x03"}, {XKB_KEY_Delete, "\uf728"},
+    {XKB_KEY_Insert, "\uf746"},  {XKB_KEY_Home, "\uf729"},   {XKB_KEY_End, "\uf72b"},
+    {XKB_KEY_Prior, "\uf72c"},   {XKB_KEY_Next, "\uf72d"},   {XKB_KEY_Up, "\uf700"},
+    {XKB_KEY_Down, "\uf701"},    {XKB_KEY_Left, "\uf702"},   {XKB_KEY_Right, "\uf703"},
 };
 
-// The symbols of the oldest alphabets are the bytes of character sets, shifted.
-const std::map<unsigned, const char*> alphabets = {
-    {0x01, "ISO-8859-2"}, {0x02, "ISO-8859-3"}, {0x03, "ISO-8859-4"}, {0x05, "ISO-8859-6"},
-    {0x06, "KOI8-R"},     {0x07, "ISO-8859-7"}, {0x0c, "ISO-8859-8"}, {0x0d, "TIS-620"},
-};
+using State = std::unique_ptr<xkb_state, decltype(&xkb_state_unref)>;
 
-std::string charactersOf(xcb_keysym_t symbol) {
-  constexpr xcb_keysym_t firstFunctionKey = 0xffbe;
-  constexpr xcb_keysym_t lastFunctionKey = 0xffe0;
-  constexpr xcb_keysym_t unicode = 0x01000000;
-  constexpr xcb_keysym_t keypadFirst = 0xffaa;  // the sign of multiplication, ASCII from here on
-  constexpr xcb_keysym_t keypadLast = 0xffb9;
-  if (symbol >= firstFunctionKey && symbol <= lastFunctionKey)
-    return utf8FromCodePoint(0xf704 + (symbol - firstFunctionKey));
-  if (symbol >= keypadFirst && symbol <= keypadLast) return utf8FromCodePoint(symbol - 0xff80);
-  if (const auto found = functionKeys.find(symbol); found != functionKeys.end())
-    return utf8FromCodePoint(found->second);
-  if ((symbol >= 0x20 && symbol < 0x7f) || (symbol >= 0xa0 && symbol <= 0xff))
-    return utf8FromCodePoint(symbol);
-  if (symbol > unicode && symbol <= unicode + 0x10ffff) return utf8FromCodePoint(symbol - unicode);
-  const auto alphabet = alphabets.find(symbol >> 8);
-  if (alphabet == alphabets.end()) return {};
-  const char byte = static_cast<char>(symbol & 0xff);
-  return utf8From(alphabet->second, {&byte, 1});
+State makeState(xkb_keymap& keymap) { return {xkb_state_new(&keymap), xkb_state_unref}; }
+
+// What the key types in the first layout, without modifiers.
+xkb_keysym_t firstSymbol(xkb_keymap& keymap, xkb_keycode_t key) {
+  const xkb_keysym_t* symbols = nullptr;
+  return xkb_keymap_key_get_syms_by_level(&keymap, key, 0, 0, &symbols) > 0 ? *symbols
+                                                                            : XKB_KEY_NoSymbol;
+}
+
+// The X modifier bits that pressing the key sets.
+unsigned modifiersOf(xkb_keymap& keymap, xkb_keycode_t key) {
+  const auto state = makeState(keymap);
+  xkb_state_update_key(state.get(), key, XKB_KEY_DOWN);
+  return xkb_state_serialize_mods(state.get(), XKB_STATE_MODS_EFFECTIVE) & 0xff;
 }
 
 }  // namespace
 
-std::optional<KeyboardMap> KeyboardMap::read(X11Connection& connection) {
-  if (connection.isLost()) return std::nullopt;
-  KeyboardMap map;
-  const Deadline deadline = deadlineIn(serverPatience);
-  map.readPlaces(connection, deadline);
-  map.readSymbols(connection, deadline);
-  map.readModifiers(connection, deadline);
-  return hasPassed(deadline) ? std::nullopt : std::optional(std::move(map));
+KeyboardMap::KeyboardMap(xkb_keymap& keymap) {
+  for (xkb_keycode_t key = 0; key < keys_.size(); ++key) {
+    const auto* const name = xkb_keymap_key_get_name(&keymap, key);
+    const auto place = name ? places.find(name) : places.end();
+    if (place != places.end()) keys_[key].code = place->second;
+  }
+  readModifiers(keymap);
+  for (unsigned layout = 0; layout < layouts; ++layout)
+    for (const bool shift : {false, true}) readTexts(keymap, layout, shift);
 }
 
-void KeyboardMap::readPlaces(X11Connection& connection, Deadline deadline) {
-  auto pending = connection.pending<xcb_xkb_get_names_reply_t>(
-      xcb_xkb_get_names(connection.raw(), coreKeyboard, XCB_XKB_NAME_DETAIL_KEY_NAMES));
-  const auto reply = pending.collect(deadline);
-  if (!reply) return;
-  const auto& names = **reply;
-  xcb_xkb_get_names_value_list_t list{};
-  xcb_xkb_get_names_value_list_unpack(
-      xcb_xkb_get_names_value_list(&names), names.nTypes, names.indicators, names.virtualMods,
-      names.groupNames, names.nKeys, names.nKeyAliases, names.nRadioGroups, names.which, &list);
-  if (!list.keyNames) return;
-  for (unsigned i = 0; i < names.nKeys && names.firstKey + i < keys_.size(); ++i) {
-    std::string_view name(list.keyNames[i].name, sizeof list.keyNames[i].name);
-    name = name.substr(0, name.find('\0'));
-    const auto place = places.find(name);
-    if (place != places.end()) keys_[names.firstKey + i].keyCode = place->second;
+void KeyboardMap::readModifiers(xkb_keymap& keymap) {
+  unsigned option = 0;
+  unsigned command = 0;
+  for (xkb_keycode_t key = 0; key < keys_.size(); ++key) {
+    const auto symbol = firstSymbol(keymap, key);
+    if (symbol == XKB_KEY_Alt_L || symbol == XKB_KEY_Alt_R) option |= modifiersOf(keymap, key);
+    if (symbol == XKB_KEY_Super_L || symbol == XKB_KEY_Super_R) command |= modifiersOf(keymap, key);
+    if (symbol == XKB_KEY_Num_Lock) numLockMask_ |= modifiersOf(keymap, key);
+  }
+  constexpr unsigned others = XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_LOCK | XCB_MOD_MASK_CONTROL;
+  if (option & ~others) optionMask_ = option & ~others;
+  if (command & ~others) commandMask_ = command & ~others;
+}
+
+// With Num Lock on: a Mac's keypad always types digits.
+void KeyboardMap::readTexts(xkb_keymap& keymap, unsigned layout, bool shift) {
+  const auto state = makeState(keymap);
+  xkb_state_update_mask(state.get(), shift ? XCB_MOD_MASK_SHIFT : 0, 0, numLockMask_, 0, 0, layout);
+  for (xkb_keycode_t key = 0; key < keys_.size(); ++key) {
+    auto& texts = keys_[key].texts[layout];
+    const auto symbol = xkb_state_key_get_one_sym(state.get(), key);
+    texts[shift] = textOf(symbol);
+    if (shift && texts[1].front() == '\0') texts[1] = texts[0];
   }
 }
 
-void KeyboardMap::readSymbols(X11Connection& connection, Deadline deadline) {
-  const auto* setup = xcb_get_setup(connection.raw());
-  const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-  auto pending = connection.pending<xcb_get_keyboard_mapping_reply_t>(
-      xcb_get_keyboard_mapping(connection.raw(), setup->min_keycode, count));
-  const auto reply = pending.collect(deadline);
-  if (!reply) return;
-  const auto* symbols = xcb_get_keyboard_mapping_keysyms(reply->get());
-  const unsigned perKey = (*reply)->keysyms_per_keycode;
-  for (unsigned i = 0; i < count; ++i) {
-    auto& key = keys_[setup->min_keycode + i];
-    for (unsigned column = 0; column < 4 && column < perKey; ++column) {
-      const auto symbol = symbols[i * perKey + column];
-      key.characters[column / 2][column % 2] = charactersOf(symbol);
-      if (column < 2) symbols_[setup->min_keycode + i][column] = symbol;
-    }
-    auto& [first, second] = key.characters;
-    for (auto* layout : {&first, &second})
-      if ((*layout)[1].empty()) (*layout)[1] = (*layout)[0];
-    if (second[0].empty()) second = first;
+KeyboardMap::Text KeyboardMap::textOf(std::uint32_t symbol) {
+  constexpr xkb_keysym_t firstOfAppKit = 0x0100f704;  // U+F704, as a symbol
+  Text text{};
+  if (const auto found = functionKeys.find(symbol); found != functionKeys.end()) {
+    std::ranges::copy(found->second, text.begin());
+    return text;
   }
+  if (symbol >= XKB_KEY_F1 && symbol <= XKB_KEY_F35) symbol = firstOfAppKit + (symbol - XKB_KEY_F1);
+  xkb_keysym_to_utf8(symbol, text.data(), text.size());
+  return text;
 }
 
-void KeyboardMap::readModifiers(X11Connection& connection, Deadline deadline) {
-  auto pending = connection.pending<xcb_get_modifier_mapping_reply_t>(
-      xcb_get_modifier_mapping(connection.raw()));
-  const auto reply = pending.collect(deadline);
-  if (!reply) return;
-  const auto* keycodes = xcb_get_modifier_mapping_keycodes(reply->get());
-  const unsigned perModifier = (*reply)->keycodes_per_modifier;
-  const auto maskOf = [&](xcb_keysym_t left, xcb_keysym_t right) {
-    unsigned mask = 0;
-    // The first three are Shift, Lock and Control.
-    for (unsigned i = 3 * perModifier; i < 8 * perModifier; ++i)
-      for (const auto symbol : symbols_[keycodes[i]])
-        if (symbol == left || symbol == right) mask |= 1u << (i / perModifier);
-    return mask;
-  };
-  if (const auto mask = maskOf(altLeft, altRight)) optionMask_ = mask;
-  if (const auto mask = maskOf(superLeft, superRight)) commandMask_ = mask;
+std::vector<std::uint8_t> KeyboardMap::xKeycodes(std::uint16_t keyCode) const {
+  std::vector<std::uint8_t> found;
+  for (std::size_t key = 0; key < keys_.size(); ++key)
+    if (keys_[key].code == keyCode) found.push_back(static_cast<std::uint8_t>(key));
+  return found;
 }
 
 std::uint64_t KeyboardMap::modifierFlags(unsigned xModifiers) const {
@@ -159,6 +133,15 @@ std::uint64_t KeyboardMap::modifierFlags(unsigned xModifiers) const {
   if (xModifiers & optionMask_) flags |= modifier::option;
   if (xModifiers & commandMask_) flags |= modifier::command;
   return flags;
+}
+
+unsigned KeyboardMap::xModifiers(std::uint64_t modifierFlags) const {
+  unsigned modifiers = 0;
+  if (modifierFlags & modifier::shift) modifiers |= XCB_MOD_MASK_SHIFT;
+  if (modifierFlags & modifier::control) modifiers |= XCB_MOD_MASK_CONTROL;
+  if (modifierFlags & modifier::option) modifiers |= optionMask_;
+  if (modifierFlags & modifier::command) modifiers |= commandMask_;
+  return modifiers;
 }
 
 }  // namespace pellow

@@ -1,45 +1,62 @@
 #pragma once
 
+#include <xcb/xproto.h>
+
 #include <array>
 #include <cstdint>
 #include <optional>
-#include <string>
+#include <string_view>
+#include <vector>
 
-#include "platforms/linux/x11/x11_connection.h"
+struct xkb_keymap;
 
 namespace pellow {
 
-// What the X key codes of the keyboard mean to the program. Looking up allocates nothing.
+// What the X key codes of the keyboard mean to the program. Looking up allocates nothing, except
+// where a list is asked for. Any thread.
 class KeyboardMap {
  public:
-  struct Key {
-    // The virtual key code of the ANSI layout, by the place of the key on the keyboard; absent for
-    // modifiers and keys that no Mac has.
-    std::optional<std::uint16_t> keyCode;
-    // What it types in the two layouts of the keyboard, without and with Shift.
-    std::array<std::array<std::string, 2>, 2> characters;
-  };
+  KeyboardMap() = default;  // of a keyboard without keys
+  explicit KeyboardMap(xkb_keymap& keymap);
 
-  // Reads it from the X server; nothing when the server does not answer in time.
-  static std::optional<KeyboardMap> read(X11Connection& connection);
+  // The virtual key code of the ANSI layout, by the place of the key on the keyboard; absent for
+  // modifiers and keys that no Mac has.
+  std::optional<std::uint16_t> keyCode(std::uint8_t xKeycode) const { return keys_[xKeycode].code; }
 
-  const Key& key(std::uint8_t xKeycode) const { return keys_[xKeycode]; }
-  const std::string& characters(std::uint8_t xKeycode, unsigned group, bool shift) const {
-    return keys_[xKeycode].characters[group == 1 ? 1 : 0][shift ? 1 : 0];
+  // What a key types in one of the layouts of the keyboard, with Shift or without; good as long as
+  // this is.
+  std::string_view characters(std::uint8_t xKeycode, unsigned layout, bool shift) const {
+    return keys_[xKeycode].texts[layout % layouts][shift].data();
   }
 
-  // The modifier flags of X modifier bits: Command is Super, Option is Alt, wherever they are.
+  // The keys at the place of a virtual key code; there may be several.
+  std::vector<std::uint8_t> xKeycodes(std::uint16_t keyCode) const;
+
+  // Modifier flags for X modifier bits and back: Command is Super, Option is Alt, wherever they
+  // are.
   std::uint64_t modifierFlags(unsigned xModifiers) const;
+  unsigned xModifiers(std::uint64_t modifierFlags) const;
+
+  // The X modifier bits of Num Lock; 0 when the keyboard has none.
+  unsigned numLock() const { return numLockMask_; }
 
  private:
-  void readPlaces(X11Connection& connection, Deadline deadline);
-  void readSymbols(X11Connection& connection, Deadline deadline);
-  void readModifiers(X11Connection& connection, Deadline deadline);
+  static constexpr unsigned layouts = 4;  // as many as XKB knows
 
-  std::array<Key, 256> keys_;
-  std::array<std::array<xcb_keysym_t, 2>, 256> symbols_{};  // of the first layout
+  using Text = std::array<char, 8>;  // one character in UTF-8, with a zero at its end
+  struct Key {
+    std::optional<std::uint16_t> code;
+    std::array<std::array<Text, 2>, layouts> texts{};
+  };
+
+  static Text textOf(std::uint32_t symbol);
+  void readModifiers(xkb_keymap& keymap);
+  void readTexts(xkb_keymap& keymap, unsigned layout, bool shift);
+
+  std::array<Key, 256> keys_{};
   unsigned optionMask_ = XCB_MOD_MASK_1;
   unsigned commandMask_ = XCB_MOD_MASK_4;
+  unsigned numLockMask_ = 0;
 };
 
 }  // namespace pellow

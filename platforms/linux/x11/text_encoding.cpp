@@ -1,8 +1,6 @@
 #include "platforms/linux/x11/text_encoding.h"
 
-#include <iconv.h>
-
-#include <array>
+#include <cstdint>
 #include <optional>
 
 namespace pellow {
@@ -53,27 +51,18 @@ std::string validUTF8(std::string_view text) {
   return valid;
 }
 
-std::string utf8From(const char* characterSet, std::string_view bytes) {
-  const iconv_t converter = iconv_open("UTF-8", characterSet);
-  if (converter == reinterpret_cast<iconv_t>(-1)) return {};
-  std::string input(bytes);
-  std::string output(bytes.size() * 4, '\0');
-  char* from = input.data();
-  std::size_t fromLeft = input.size();
-  char* to = output.data();
-  std::size_t toLeft = output.size();
-  const auto result = iconv(converter, &from, &fromLeft, &to, &toLeft);
-  iconv_close(converter);
-  if (result == static_cast<std::size_t>(-1)) return {};
-  output.resize(output.size() - toLeft);
-  return output;
-}
-
-std::string utf8FromCodePoint(std::uint32_t codePoint) {
-  const std::array<unsigned char, 4> bigEndian{
-      static_cast<unsigned char>(codePoint >> 24), static_cast<unsigned char>(codePoint >> 16),
-      static_cast<unsigned char>(codePoint >> 8), static_cast<unsigned char>(codePoint)};
-  return utf8From("UTF-32BE", {reinterpret_cast<const char*>(bigEndian.data()), bigEndian.size()});
+std::string utf8FromLatin1(std::string_view bytes) {
+  std::string text;
+  for (const auto byte : bytes) {
+    const auto number = static_cast<unsigned char>(byte);
+    if (number < 0x80) {
+      text += byte;
+    } else {
+      text += static_cast<char>(0xc0 | number >> 6);
+      text += static_cast<char>(0x80 | (number & 0x3f));
+    }
+  }
+  return text;
 }
 
 }  // namespace pellow

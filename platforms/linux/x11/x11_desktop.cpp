@@ -8,7 +8,9 @@
 
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/errands.h"
+#include "platforms/linux/x11/grabs.h"
 #include "platforms/linux/x11/instance_lock.h"
+#include "platforms/linux/x11/keyboard.h"
 #include "platforms/linux/x11/parking_guard.h"
 #include "platforms/linux/x11/window_manager.h"
 #include "platforms/linux/x11/x11_element.h"
@@ -16,6 +18,7 @@
 #include "platforms/linux/x11/x11_screen_capture.h"
 #include "platforms/linux/x11/x11_screens.h"
 #include "platforms/linux/x11/x11_server.h"
+#include "platforms/linux/x11/x11_symbolic_hot_keys.h"
 #include "platforms/linux/x11/x11_workspace.h"
 
 namespace pellow {
@@ -59,7 +62,8 @@ SystemError noWindowManager(const std::string& displayName) {
 // nor delay them.
 struct X11Desktop::Parts {
   Parts(std::unique_ptr<X11Server> x11Server, std::unique_ptr<X11Connection> eventConnection,
-        double scale, Hooks hooks, const Log& desktopLog)
+        std::unique_ptr<X11Connection> keyboardConnection, double scale, Hooks hooks,
+        const Log& desktopLog)
       : log(desktopLog),
         server(std::move(x11Server)),
         events(std::move(eventConnection)),
@@ -67,16 +71,20 @@ struct X11Desktop::Parts {
         pollSet(pollSetOf({xcb_get_file_descriptor(events->raw()), eventSignal.number()})),
         randrEvent(listenToScreen(*events, eventSignal.number())),
         instanceLock(*events),
+        grabs(*server),
         windowManager(*server),
         windowEvents(*server, *events),
         parkingGuard(*server, windowManager.parkedFrames()),
         activeWindow(*server, windowEvents),
         errands(eventSignal.number()),
         accessibility(*server, windowManager, windowEvents, activeWindow, errands),
-        screens(*server, *events, windowEvents, scale),
+        screens(*server, *events, windowEvents, grabs, scale),
         workspace(*server, windowManager.foreground(), windowManager.iconifier(), windowEvents,
                   activeWindow, pollSet.number(), std::move(hooks.loadIcon)),
-        eventMonitors(*server, *events, pollSet.number(), std::move(hooks.ownWindowHasKeyboard)) {}
+        keyboard(std::move(keyboardConnection)),
+        eventMonitors(*server, *events, keyboard, grabs, pollSet.number(),
+                      std::move(hooks.ownWindowHasKeyboard)),
+        symbolicHotKeys(keyboard, grabs) {}
 
   void handle(const xcb_generic_event_t& event);
   void handleRootProperty(xcb_atom_t property);
@@ -89,6 +97,7 @@ struct X11Desktop::Parts {
   FileDescriptor pollSet;
   std::optional<std::uint8_t> randrEvent;
   InstanceLock instanceLock;
+  Grabs grabs;
   WindowManager windowManager;
   WindowEvents windowEvents;
   ParkingGuard parkingGuard;
@@ -97,7 +106,9 @@ struct X11Desktop::Parts {
   X11Accessibility accessibility;
   X11Screens screens;
   X11Workspace workspace;
+  Keyboard keyboard;
   X11EventMonitors eventMonitors;
+  X11SymbolicHotKeys symbolicHotKeys;
 
   // What one round of events has touched; many events make one reaction.
   bool windowsChanged = false;
@@ -113,10 +124,12 @@ std::expected<std::unique_ptr<X11Desktop>, SystemError> X11Desktop::open(
   if (!server) return std::unexpected(server.error());
   auto events = X11Connection::open(displayName);
   if (!events) return std::unexpected(events.error());
+  auto keyboard = X11Connection::open(displayName);
+  if (!keyboard) return std::unexpected(keyboard.error());
   if (!(*server)->readWindowManager()) return std::unexpected(noWindowManager(displayName));
   (*server)->settleWindowManager(deadlineIn(serverPatience));
   return std::unique_ptr<X11Desktop>(new X11Desktop(std::make_unique<Parts>(
-      std::move(*server), std::move(*events), scale, std::move(hooks), log)));
+      std::move(*server), std::move(*events), std::move(*keyboard), scale, std::move(hooks), log)));
 }
 
 X11Desktop::X11Desktop(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
@@ -127,6 +140,7 @@ Accessibility& X11Desktop::accessibility() { return parts_->accessibility; }
 Workspace& X11Desktop::workspace() { return parts_->workspace; }
 Screens& X11Desktop::screens() { return parts_->screens; }
 EventMonitors& X11Desktop::eventMonitors() { return parts_->eventMonitors; }
+SymbolicHotKeys& X11Desktop::symbolicHotKeys() { return parts_->symbolicHotKeys; }
 
 void X11Desktop::setScale(double scale) { parts_->screens.setScale(scale); }
 

@@ -14,6 +14,7 @@
 #include "platform/queues.h"
 #include "platform/screen_capture.h"
 #include "platform/screens.h"
+#include "platform/symbolic_hot_keys.h"
 #include "platform/system_error.h"
 #include "platform/workspace.h"
 #include "platforms/linux/x11/pixel_rect.h"
@@ -48,6 +49,7 @@ class X11Desktop {
   Workspace& workspace();
   Screens& screens();
   EventMonitors& eventMonitors();
+  SymbolicHotKeys& symbolicHotKeys();
 
   // The desktop takes this many pixels for a point from now on.
   void setScale(double scale);

@@ -39,7 +39,8 @@ std::optional<std::uint8_t> findKeyboardExtension(X11Connection& connection) {
 void selectKeyboardEvents(X11Connection& connection) {
   constexpr std::uint16_t states =
       XCB_XKB_STATE_PART_MODIFIER_STATE | XCB_XKB_STATE_PART_GROUP_STATE;
-  constexpr std::uint16_t mapParts = XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP;
+  constexpr std::uint16_t mapParts = XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS |
+                                     XCB_XKB_MAP_PART_MODIFIER_MAP | XCB_XKB_MAP_PART_KEY_ACTIONS;
   xcb_xkb_select_events_details_t details{};
   details.affectState = states;
   details.stateDetails = states;
@@ -53,10 +54,13 @@ void selectKeyboardEvents(X11Connection& connection) {
 
 }  // namespace
 
-X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events, int pollSet,
+X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events, Keyboard& keyboard,
+                                   const Grabs& grabs, int pollSet,
                                    std::function<bool()> ownWindowHasKeyboard)
     : server_(server),
       events_(events),
+      keyboard_(keyboard),
+      grabs_(grabs),
       ownWindowHasKeyboard_(std::move(ownWindowHasKeyboard)),
       inputOpcode_(findInputExtension(events)),
       xkbEvent_(findKeyboardExtension(events)),
@@ -74,7 +78,8 @@ std::optional<Subscription> X11EventMonitors::addGlobalKeyDown(
   const bool isFirst = global_.isEmpty();
   auto subscription = global_.add(std::move(handler));
   if (isFirst) {
-    map();
+    down_.reset();
+    keyboard_.map();
     readModifiers();
   }
   if (!listen()) return std::nullopt;
@@ -106,9 +111,11 @@ bool X11EventMonitors::listen() {
   struct {
     xcb_input_event_mask_t head;
     std::uint32_t mask;
-  } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
-              (keys ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS} : 0) |
-                  (movements ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0)};
+  } selection{
+      {XCB_INPUT_DEVICE_ALL_MASTER, 1},
+      (keys ? XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE
+            : 0u) |
+          (movements ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0)};
   const auto cookie =
       xcb_input_xi_select_events_checked(events_.raw(), events_.root(), 1, &selection.head);
   return events_.check(cookie, deadlineIn(serverPatience)).has_value();
@@ -122,15 +129,6 @@ void X11EventMonitors::readModifiers() {
   if (!state) return;
   modifiers_ = (*state)->mods;
   group_ = (*state)->group;
-}
-
-std::shared_ptr<const KeyboardMap> X11EventMonitors::map() {
-  if (!isMapOutdated_) return map_;
-  if (auto map = KeyboardMap::read(server_.connection())) {
-    map_ = std::make_shared<KeyboardMap>(std::move(*map));
-    isMapOutdated_ = false;
-  }
-  return map_;
 }
 
 bool X11EventMonitors::handle(const xcb_generic_event_t& event) {
@@ -154,7 +152,7 @@ void X11EventMonitors::handleKeyboard(const xcb_generic_event_t& event) {
     }
     case XCB_XKB_MAP_NOTIFY:
     case XCB_XKB_NEW_KEYBOARD_NOTIFY:
-      isMapOutdated_ = true;
+      keyboard_.changed();
       break;
     default:
       break;
@@ -164,25 +162,32 @@ void X11EventMonitors::handleKeyboard(const xcb_generic_event_t& event) {
 void X11EventMonitors::handleRawEvent(const xcb_generic_event_t& event) {
   const auto& generic = reinterpret_cast<const xcb_ge_generic_event_t&>(event);
   if (generic.extension != inputOpcode_) return;
-  if (generic.event_type == XCB_INPUT_RAW_KEY_PRESS) handleRawKey(event);
+  const auto& key = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
+  if (generic.event_type == XCB_INPUT_RAW_KEY_PRESS) handleRawKey(key.detail, true);
+  if (generic.event_type == XCB_INPUT_RAW_KEY_RELEASE) handleRawKey(key.detail, false);
   if (generic.event_type == XCB_INPUT_RAW_MOTION) gatherMovements();
 }
 
-void X11EventMonitors::handleRawKey(const xcb_generic_event_t& event) {
+// The server's own repeats are no raw events, but remote keyboards send theirs as presses.
+void X11EventMonitors::handleRawKey(unsigned keycode, bool isPress) {
   if (global_.isEmpty()) {
     listen();  // for what is left to be heard
     return;
   }
-  const auto& raw = reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event);
-  const bool isRepeat = (raw.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0;
-  if (isRepeat || raw.detail > UINT8_MAX || ownWindowHasKeyboard_()) return;
-  const auto keycode = static_cast<std::uint8_t>(raw.detail);
-  const auto keyboard = map();  // kept for its texts, whatever a handler does
-  const auto code = keyboard->key(keycode).keyCode;
-  if (!code) return;
+  if (keycode >= down_.size()) return;
+  const bool wasDown = down_[keycode];
+  down_[keycode] = isPress;
+  if (isPress && !wasDown) keyPressed(static_cast<std::uint8_t>(keycode));
+}
+
+void X11EventMonitors::keyPressed(std::uint8_t keycode) {
+  if (ownWindowHasKeyboard_()) return;
+  const auto map = keyboard_.map();  // kept for its texts, whatever a handler does
+  const auto code = map->keyCode(keycode);
+  if (!code || grabs_.hideKey(keycode, modifiers_)) return;
   const KeyEvent press{.keyCode = *code,
-                       .modifierFlags = keyboard->modifierFlags(modifiers_),
-                       .charactersIgnoringModifiers = keyboard->characters(
+                       .modifierFlags = map->modifierFlags(modifiers_),
+                       .charactersIgnoringModifiers = map->characters(
                            keycode, group_, (modifiers_ & XCB_MOD_MASK_SHIFT) != 0)};
   global_.notify(press);
 }
@@ -223,12 +228,12 @@ bool X11EventMonitors::isOwnWindowBelowPointer() const {
 
 bool X11EventMonitors::deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state) {
   constexpr unsigned groupShift = 13;  // where XKB puts the layout in the state of an event
-  const auto keyboard = map();         // kept for its texts, whatever a handler does
-  const auto code = keyboard->key(keycode).keyCode;
+  const auto map = keyboard_.map();    // kept for its texts, whatever a handler does
+  const auto code = map->keyCode(keycode);
   if (!code) return true;
   const KeyEvent press{.keyCode = *code,
-                       .modifierFlags = keyboard->modifierFlags(state),
-                       .charactersIgnoringModifiers = keyboard->characters(
+                       .modifierFlags = map->modifierFlags(state),
+                       .charactersIgnoringModifiers = map->characters(
                            keycode, state >> groupShift & 3u, (state & XCB_MOD_MASK_SHIFT) != 0)};
   return local_.newestFirst(press);
 }

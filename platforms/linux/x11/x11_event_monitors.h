@@ -1,27 +1,29 @@
 #pragma once
 
+#include <bitset>
 #include <functional>
-#include <memory>
 
 #include "base/handler_list.h"
 #include "platform/event_monitors.h"
 #include "platforms/linux/system/file_descriptor.h"
-#include "platforms/linux/x11/keyboard_map.h"
+#include "platforms/linux/x11/grabs.h"
+#include "platforms/linux/x11/keyboard.h"
 #include "platforms/linux/x11/x11_server.h"
 
 namespace pellow {
 
 // Key presses for other applications come from raw events of XInput 2, which every client may hear
-// and none can swallow; those for windows of this process come from whoever receives the events of
-// these windows. A key that is held down is one press. Pointer movements are raw events too,
+// and none can swallow; those that somebody has grabbed with the whole keyboard are left out. Those
+// for windows of this process come from whoever receives the events of these windows. A key that is
+// held down is one press. Pointer movements are raw events too,
 // gathered for a moment and told apart by whose window is below the pointer then. Listens to
 // nothing while nobody monitors.
 class X11EventMonitors : public EventMonitors {
  public:
   // `events` is the connection whose events the desktop hands on; `pollSet` an epoll descriptor
   // that the desktop waits on.
-  X11EventMonitors(X11Server& server, X11Connection& events, int pollSet,
-                   std::function<bool()> ownWindowHasKeyboard);
+  X11EventMonitors(X11Server& server, X11Connection& events, Keyboard& keyboard, const Grabs& grabs,
+                   int pollSet, std::function<bool()> ownWindowHasKeyboard);
 
   std::optional<Subscription> addGlobalKeyDown(
       std::function<void(const KeyEvent&)> handler) override;
@@ -47,20 +49,20 @@ class X11EventMonitors : public EventMonitors {
   bool isOwnWindowBelowPointer() const;
   void readModifiers();
   void handleRawEvent(const xcb_generic_event_t& event);
-  void handleRawKey(const xcb_generic_event_t& event);
+  void handleRawKey(unsigned keycode, bool isPress);
+  void keyPressed(std::uint8_t keycode);
   void handleKeyboard(const xcb_generic_event_t& event);
-  std::shared_ptr<const KeyboardMap> map();
 
   X11Server& server_;
   X11Connection& events_;
+  Keyboard& keyboard_;
+  const Grabs& grabs_;
   std::function<bool()> ownWindowHasKeyboard_;
   std::optional<std::uint8_t> inputOpcode_;  // of XInput 2.1 or later
   std::optional<std::uint8_t> xkbEvent_;
-  // As last read, and whether to read it again.
-  std::shared_ptr<const KeyboardMap> map_ = std::make_shared<KeyboardMap>();
-  bool isMapOutdated_ = true;
   unsigned modifiers_ = 0;  // X modifier bits held now
   unsigned group_ = 0;      // the layout in use
+  std::bitset<256> down_;   // by X key code, while keys are heard
   HandlerList<void(const KeyEvent&)> global_;
   HandlerList<bool(const KeyEvent&)> local_;
   FileDescriptor movementTimer_;

@@ -109,8 +109,8 @@ std::vector<PixelRect> rectsOf(const auto& property) {
 }  // namespace
 
 X11Screens::X11Screens(X11Server& server, X11Connection& events, WindowEvents& windowEvents,
-                       double scale)
-    : server_(server), events_(events), windowEvents_(windowEvents), scale_(scale) {
+                       const Grabs& grabs, double scale)
+    : server_(server), events_(events), windowEvents_(windowEvents), grabs_(grabs), scale_(scale) {
   server_.setLayout(read());
 }
 
@@ -133,6 +133,27 @@ std::optional<Screen> X11Screens::main() const {
     if (own) monitor = own;
   }
   return layout.screen(*monitor);
+}
+
+// X knows no lock of the screen; those that there are take keyboard and pointer and cover at least
+// the monitor that the pointer is on. Menus only take both.
+bool X11Screens::areLocked() const {
+  if (!grabs_.hideEverything()) return false;
+  auto& connection = server_.connection();
+  const Deadline deadline = deadlineIn(serverPatience);
+  auto pendingPointer = connection.pending<xcb_query_pointer_reply_t>(
+      xcb_query_pointer(connection.raw(), connection.root()));
+  const auto pointer = pendingPointer.collect(deadline);
+  if (!pointer) return false;
+  auto pendingCover = connection.pending<xcb_get_geometry_reply_t>(
+      xcb_get_geometry(connection.raw(), (*pointer)->child));
+  const auto reply = pendingCover.collect(deadline);
+  if (!reply) return false;
+  const PixelRect cover{(*reply)->x, (*reply)->y, (*reply)->width, (*reply)->height};
+  const PixelRect point{(*pointer)->root_x, (*pointer)->root_y, 1, 1};
+  const auto layout = server_.layout();
+  const auto* monitor = layout.monitorWithMostOf(point);
+  return monitor && cover.intersection(monitor->frame) == monitor->frame;
 }
 
 Subscription X11Screens::onDidChangeParameters(std::function<void()> observer) {

@@ -4,6 +4,7 @@
 
 #include "base/handler_list.h"
 #include "platform/screens.h"
+#include "platforms/linux/x11/grabs.h"
 #include "platforms/linux/x11/window_events.h"
 #include "platforms/linux/x11/x11_server.h"
 
@@ -15,10 +16,12 @@ namespace pellow {
 class X11Screens : public Screens {
  public:
   // `events` is the connection whose events the desktop hands on.
-  X11Screens(X11Server& server, X11Connection& events, WindowEvents& windowEvents, double scale);
+  X11Screens(X11Server& server, X11Connection& events, WindowEvents& windowEvents,
+             const Grabs& grabs, double scale);
 
   std::vector<Screen> all() const override;
   std::optional<Screen> main() const override;
+  bool areLocked() const override;
   Subscription onDidChangeParameters(std::function<void()> observer) override;
 
   // Takes this many pixels for a point from now on, and tells the observers.
@@ -45,6 +48,7 @@ class X11Screens : public Screens {
   X11Server& server_;
   X11Connection& events_;
   WindowEvents& windowEvents_;
+  const Grabs& grabs_;
   double scale_;  // pixels per point
   bool isOutdated_ = false;
   // Not every window manager says it when one of them changes its mind.

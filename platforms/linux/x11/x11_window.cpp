@@ -193,7 +193,7 @@ std::string WindowLook::readTitle() {
   const auto modern = next();
   const auto old = next();
   if (modern.exists()) return validUTF8(modern.bytes);
-  if (old.type == XCB_ATOM_STRING) return utf8From("ISO-8859-1", old.bytes);
+  if (old.type == XCB_ATOM_STRING) return utf8FromLatin1(old.bytes);
   return validUTF8(old.bytes);
 }
 

@@ -12,6 +12,7 @@ class MacScreens final : public Screens {
 
   std::vector<Screen> all() const override;
   std::optional<Screen> main() const override;
+  bool areLocked() const override;
   Subscription onDidChangeParameters(std::function<void()> observer) override;
 
  private:

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "platforms/macos/foundation/cf.h"
 #include "platforms/macos/foundation/geometry.h"
 #include "platforms/macos/foundation/notification.h"
 
@@ -41,6 +42,12 @@ std::optional<Screen> MacScreens::main() const {
   NSScreen* const screen = withKeyboard ? withKeyboard : NSScreen.screens.firstObject;
   if (!screen) return std::nullopt;
   return toScreen(screen);
+}
+
+bool MacScreens::areLocked() const {
+  const auto session = CFOwner<CFDictionaryRef>::adopt(CGSessionCopyCurrentDictionary());
+  id const isLocked = ((__bridge NSDictionary*)session.get())[@"CGSSessionScreenIsLocked"];
+  return [isLocked isKindOfClass:NSNumber.class] && static_cast<NSNumber*>(isLocked).boolValue;
 }
 
 Subscription MacScreens::onDidChangeParameters(std::function<void()> observer) {

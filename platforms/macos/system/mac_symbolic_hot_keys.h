@@ -9,6 +9,8 @@ namespace pellow {
 class MacSymbolicHotKeys final : public SymbolicHotKeys {
  public:
   std::vector<SymbolicHotKey> all() const override;
+  // Nobody can be asked.
+  bool isReserved(std::uint16_t, std::uint64_t) const override { return false; }
 };
 
 }  // namespace pellow
