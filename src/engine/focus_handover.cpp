@@ -31,10 +31,18 @@ Task<> FocusHandover::handOver() {
   around_.echoes.suppressActivationAtLeast(EchoGuard::ownEcho);
   if (!next) co_return around_.workspace.activateDesktop();
   co_await around_.mechanisms.bringToFront(*next);
-  // Whoever asks next for the window with the keyboard means this one.
+  // Whoever asks next for the window with the keyboard means this one. On its way there the
+  // keyboard may be nowhere.
   const auto deadline = around_.clock.now() + patience;
-  while (co_await isKeyboardOffDisplays() && around_.clock.now() < deadline)
+  while (co_await focusedWindow() != next && around_.clock.now() < deadline)
     co_await around_.axQueue.ax([&] { around_.clock.sleep(pause); });
+}
+
+Task<std::optional<TargetWindow>> FocusHandover::focusedWindow() {
+  const auto front = around_.workspace.frontmostApplication();
+  if (front == around_.ownProcess) co_return std::nullopt;
+  co_return co_await around_.axQueue.ax(
+      [&] { return TargetWindow::frontmost(around_.accessibility, front); });
 }
 
 Task<bool> FocusHandover::isKeyboardOffDisplays() {
@@ -47,8 +55,7 @@ Task<bool> FocusHandover::isKeyboardOffDisplays() {
   // Most often that tells it without a question to the application.
   if (!isOffDisplays([&](const TargetWindow& window) { return window.pid == front; }))
     co_return false;
-  const auto focused = co_await around_.axQueue.ax(
-      [&] { return TargetWindow::frontmost(around_.accessibility, front); });
+  const auto focused = co_await focusedWindow();
   co_return focused&& isOffDisplays([&](const TargetWindow& window) { return window == *focused; });
 }
 

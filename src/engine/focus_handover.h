@@ -39,6 +39,7 @@ class FocusHandover {
 
  private:
   Task<bool> isKeyboardOffDisplays();
+  Task<std::optional<TargetWindow>> focusedWindow();
   Task<std::optional<TargetWindow>> firstInSight();
 
   Surroundings around_;

@@ -335,7 +335,7 @@ TEST_F(WindowManagers, FivePresses) {
   const auto guests = openFive();
   ASSERT_NO_FATAL_FAILURE(launch());
   for (int presses = 0; presses < 5; ++presses) press('t');
-  ASSERT_TRUE(hasTabs(5)) << story(guests[0]);
+  ASSERT_TRUE(hasTabs(5)) << pellow->tabCount() << " tabs\n" << story(guests[0]);
   expectAway(guests);
   press('r');
   expectHome(guests);
