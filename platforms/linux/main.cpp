@@ -55,6 +55,7 @@ int run(const RunProgram& program) {
     return EXIT_FAILURE;
   }
   AppDelegate delegate(**platform);
+  application.onSaveSession = [&delegate] { delegate.sessionWillBeSaved(); };
   const auto launch =
       (*platform)->queues().main().async([&delegate] { delegate.applicationDidFinishLaunching(); });
   const int status = application.run();
