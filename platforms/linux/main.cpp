@@ -13,10 +13,14 @@
 #include "platforms/linux/system/log_sink.h"
 #include "platforms/linux/system/programs.h"
 #include "platforms/linux/system/termination_signals.h"
+#include "platforms/linux/x11/x11_desktop.h"
 
 namespace {
 
 using namespace pellow;
+
+// At login Pellow may be started first.
+constexpr Seconds windowManagerPatience = 10;
 
 int print(const PrintAndExit& what) {
   std::fputs(what.text.c_str(), what.isError ? stderr : stdout);
@@ -34,12 +38,14 @@ int run(const RunProgram& program) {
   const auto claim = readClaim();
   const GivenEnvironment environment;  // before Qt and what prepares it change theirs
   std::signal(SIGPIPE, SIG_IGN);       // whoever reads the log may go away
-  TerminationSignals signals;
   const Log log(makeLogSink());
   if (const auto problem = LinuxPlatform::whyNoDisplay()) {
     log.error("{}", problem->sentence);
     return EXIT_FAILURE;
   }
+  // While it waits, a signal ends the process as it always does.
+  X11Desktop::awaitWindowManager("", windowManagerPatience, log);
+  TerminationSignals signals;
 
   QtApplication application;
   const auto platform = LinuxPlatform::open(program.arguments, claim, log, signals);
@@ -48,6 +54,7 @@ int run(const RunProgram& program) {
     return EXIT_FAILURE;
   }
   AppDelegate delegate(**platform);
+  application.onSaveSession = [&delegate] { delegate.sessionWillBeSaved(); };
   const auto launch =
       (*platform)->queues().main().async([&delegate] { delegate.applicationDidFinishLaunching(); });
   const int status = application.run();

@@ -165,6 +165,11 @@ void AppDelegate::installTerminationSignalHandlers() {
   }
 }
 
+void AppDelegate::sessionWillBeSaved() {
+  platform_.log().info("The session is being saved; restoring pellowed windows");
+  controller_.restoreAllAndGoOn();
+}
+
 void AppDelegate::applicationWillTerminate() {
   controller_.restoreAllBlocking();
   hotkeys_.stop();

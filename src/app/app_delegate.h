@@ -35,6 +35,10 @@ class AppDelegate {
   // without a relaunch.
   void applicationDidFinishLaunching();
 
+  // When the session is about to end, or is saved, and before other programs write down where their
+  // windows are: every window comes back before this returns. The session may go on after all.
+  void sessionWillBeSaved();
+
   // Once, when the main loop is about to end: every window comes back before this returns.
   void applicationWillTerminate();
 

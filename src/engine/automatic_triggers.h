@@ -43,7 +43,7 @@ class AutomaticTriggers {
 
   explicit AutomaticTriggers(const Surroundings& surroundings);
 
-  // Begins to follow applications. Once.
+  // Begins to follow applications; or again, when tasks have been ended that were to follow some.
   void start();
 
   // Another application became active.

@@ -59,6 +59,11 @@ void Departures::aWindowIsBack() {
       around_.tasks.start(pellowByPreference(window));
 }
 
+void Departures::tasksHaveEnded() {
+  waitForReturn_.clear();
+  waitForFocus_ = handovers_ = 0;
+}
+
 // A window of an application that comes to the front would show all of it again.
 bool Departures::isOnTheWayBack(const TargetWindow& window, Mechanism mechanism) const {
   return mechanism == Mechanism::hideApp ? around_.ledger.isComingBack(window.pid)

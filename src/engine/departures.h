@@ -87,6 +87,9 @@ class Departures {
   // The window of this tab is minimized and stays so until the tab brings it back.
   void keepInDock(TabItem tab);
 
+  // All tasks have been ended in the middle: nothing is under way any more, and nothing waits.
+  void tasksHaveEnded();
+
   // A window has come back, or its return has failed.
   void aWindowIsBack();
 

@@ -219,6 +219,15 @@ void PellowController::restoreAllBlocking() {
   returns_.restoreAllBlocking();
 }
 
+// The watchers may have waited for an answer when all tasks ended.
+void PellowController::restoreAllAndGoOn() {
+  if (!isStarted_) return;
+  bulkActions_.dropWaiting();
+  returns_.restoreAllAndGoOn();
+  departures_.tasksHaveEnded();
+  triggers_.start();
+}
+
 void PellowController::cacheSnapshot(TargetWindow window) {
   if (isStarted_) tasks_.start(snapshots_.cacheSnapshot(std::move(window)));
 }

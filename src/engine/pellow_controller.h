@@ -120,6 +120,9 @@ class PellowController {
   // Puts back every window that has a tab or is in the ledger, and empties store and journal.
   // Unfinished actions end. Blocks: for the end of the process only.
   void restoreAllBlocking();
+  // The same before something that may end the process or not: everything goes on afterwards. A
+  // window that could not be brought back keeps its tab.
+  void restoreAllAndGoOn();
 
   // Moves every window of every ordinary application that cannot be seen and is not minimized onto
   // the main display; returns how many. Blocks.

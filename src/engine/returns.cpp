@@ -77,28 +77,57 @@ Task<> Returns::restore(const Return& each) {
 }
 
 void Returns::restoreAllBlocking() {
-  const auto start = around_.clock.now();
-  const auto screens = around_.screens.all();
-  auto rest = underWay();
-  std::vector<TabItem> slow;
-  around_.axQueue.dropCallsAnd([&] {
-    slow = putBackAll(around_.tabs.tabs());
-    around_.tasks.cancel();
-  });
-  if (around_.screens.all() != screens) {
-    slow.clear();
-    rest.insert(rest.end(), around_.tabs.tabs().begin(), around_.tabs.tabs().end());
-  }
-  const auto more = putBackAll(rest);
-  slow.insert(slow.end(), more.begin(), more.end());
-  const auto left = AX::timeout::windowChange - (around_.clock.now() - start);
-  for (const auto& tab : putBack(slow, std::max(left, slowAtLeast)))
-    around_.parkedWindows.keepForNextLaunch(tab);
+  for (const auto& [tab, reason] : endAllAndPutBack())
+    if (reason == AXError::cannotComplete) around_.parkedWindows.keepForNextLaunch(tab);
 
   std::vector<UUID> ids;
   for (const auto& tab : around_.tabs.tabs()) ids.push_back(tab.id);
   around_.tabs.remove(ids);
   around_.journal.write({});
+}
+
+// A late minimize gets its tab when it comes.
+void Returns::restoreAllAndGoOn() {
+  const auto& late = around_.lateMinimizes.tabs();
+  std::unordered_set<UUID> away;
+  for (const auto& [tab, reason] : endAllAndPutBack()) {
+    const bool isLate = std::ranges::find(late, tab.id, &TabItem::id) != late.end();
+    if (isLate || reason == AXError::invalidUIElement) continue;
+    away.insert(tab.id);
+    if (!around_.tabs.tab(tab.id)) around_.tabs.add(tab);
+  }
+  std::vector<UUID> back;
+  for (const auto& tab : around_.tabs.tabs())
+    if (!away.contains(tab.id)) back.push_back(tab.id);
+  around_.tabs.remove(back);
+  around_.parkedWindows.dropStaleRecords();
+}
+
+std::vector<Returns::Missing> Returns::endAllAndPutBack() {
+  const auto start = around_.clock.now();
+  const auto screens = around_.screens.all();
+  auto rest = underWay();
+  std::vector<Missing> missing;
+  around_.axQueue.dropCallsAnd([&] {
+    missing = putBackAll(around_.tabs.tabs());
+    around_.tasks.cancel();
+  });
+  if (around_.screens.all() != screens) {
+    missing.clear();
+    rest.insert(rest.end(), around_.tabs.tabs().begin(), around_.tabs.tabs().end());
+  }
+  const auto more = putBackAll(rest);
+  missing.insert(missing.end(), more.begin(), more.end());
+  std::vector<TabItem> slow;
+  std::erase_if(missing, [&](const Missing& each) {
+    if (each.reason != AXError::cannotComplete) return false;
+    slow.push_back(each.tab);
+    return true;
+  });
+  const auto left = AX::timeout::windowChange - (around_.clock.now() - start);
+  const auto stuck = putBack(slow, std::max(left, slowAtLeast));
+  missing.insert(missing.end(), stuck.begin(), stuck.end());
+  return missing;
 }
 
 std::vector<TabItem> Returns::underWay() const {
@@ -110,30 +139,30 @@ std::vector<TabItem> Returns::underWay() const {
 }
 
 // No change of the displays is announced while this blocks, and windows may answer slowly.
-std::vector<TabItem> Returns::putBackAll(const std::vector<TabItem>& tabs) {
-  std::vector<TabItem> slow;
+std::vector<Returns::Missing> Returns::putBackAll(const std::vector<TabItem>& tabs) {
+  std::vector<Missing> missing;
   for (int attempt = 0; attempt < putBacksAtMost; ++attempt) {
     const auto screens = around_.screens.all();
     around_.displays.recordMainHeight();
-    slow = putBack(tabs, AX::timeout::application);
+    missing = putBack(tabs, AX::timeout::application);
     if (around_.screens.all() == screens) break;
   }
-  return slow;
+  return missing;
 }
 
-// Returns the tabs whose applications did not answer. Who only asks the system waits for nobody.
-std::vector<TabItem> Returns::putBack(const std::vector<TabItem>& tabs, Seconds timeout) {
-  std::vector<TabItem> unanswered;
+// Who only asks the system waits for nobody.
+std::vector<Returns::Missing> Returns::putBack(const std::vector<TabItem>& tabs, Seconds timeout) {
+  std::vector<Missing> missing;
   std::set<ProcessID> silent;
   for (const auto& tab : tabs) {
     const bool isSilent = tab.mechanism != Mechanism::hideApp && silent.contains(tab.window.pid);
-    if (!isSilent &&
-        around_.mechanisms.revealBlocking(tab, timeout) != std::unexpected(AXError::cannotComplete))
-      continue;
-    silent.insert(tab.window.pid);
-    unanswered.push_back(tab);
+    const auto done = isSilent ? std::unexpected(AXError::cannotComplete)
+                               : around_.mechanisms.revealBlocking(tab, timeout);
+    if (done) continue;
+    if (done.error() == AXError::cannotComplete) silent.insert(tab.window.pid);
+    missing.push_back({tab, done.error()});
   }
-  return unanswered;
+  return missing;
 }
 
 }  // namespace pellow

@@ -67,6 +67,10 @@ class Returns {
   // stands for all windows of an application, so that one such application costs 5 s in all.
   void restoreAllBlocking();
 
+  // The same for a program that goes on: a window that could not be brought back keeps its tab, or
+  // gets it.
+  void restoreAllAndGoOn();
+
  private:
   // A tab on its way back to being a window.
   struct Return {
@@ -74,11 +78,18 @@ class Returns {
     std::optional<AppKitRect> tabFrame;  // on the screen, for its flight
   };
 
+  // A window that has not come back, and why.
+  struct Missing {
+    TabItem tab;
+    AXError reason;
+  };
+
   Task<> restoreBatch(std::list<Return> returns);
   Task<> restore(const Return& each);
   std::vector<TabItem> underWay() const;
-  std::vector<TabItem> putBackAll(const std::vector<TabItem>& tabs);
-  std::vector<TabItem> putBack(const std::vector<TabItem>& tabs, Seconds timeout);
+  std::vector<Missing> endAllAndPutBack();
+  std::vector<Missing> putBackAll(const std::vector<TabItem>& tabs);
+  std::vector<Missing> putBack(const std::vector<TabItem>& tabs, Seconds timeout);
 
   Surroundings around_;
 };

@@ -80,8 +80,7 @@ TEST_F(Bulk, WindowsThatWillNotSlideAreMinimizedInstead) {
   press('a');
   ASSERT_NO_FATAL_FAILURE(awaitAlert());
   EXPECT_EQ(pellow->timesLogged(sentence), 3);
-  desktop.type({key::escape});  // leaves them
-  ASSERT_NO_FATAL_FAILURE(awaitNoAlert());
+  ASSERT_NO_FATAL_FAILURE(answerAlert(key::escape));  // leaves them
   ASSERT_TRUE(desktop.answersPing(pellow->strip()));
   EXPECT_EQ(pellow->tabCount(), 1);
   expectHome({first, second});

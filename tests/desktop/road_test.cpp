@@ -116,8 +116,7 @@ TEST_F(Road, WhatCannotBeDoneIsToldInAnAlertEachTime) {
     })) << "round "
         << round;
     ASSERT_NO_FATAL_FAILURE(awaitAlert());
-    desktop.type({key::returnKey});
-    ASSERT_NO_FATAL_FAILURE(awaitNoAlert());
+    ASSERT_NO_FATAL_FAILURE(answerAlert());
   }
 }
 
@@ -137,11 +136,27 @@ TEST(Start, SaysWhyItCannot) {
   expectRefusal(*start({{"DISPLAY", ""}}), 1, "display");
   expectRefusal(*start({{"DISPLAY", ":9999"}}), 1, ":9999");
   expectRefusal(*start({{"DISPLAY", ""}, {"WAYLAND_DISPLAY", "wayland-0"}}), 1, "Wayland");
-  expectRefusal(*start({}), 1, "window manager");
 
   const auto unknown = desktop.start({PELLOW_BINARY, "--unknown"});
   EXPECT_EQ(unknown->exitStatus(), 2);
   EXPECT_TRUE(unknown->standardError().contains("Usage"));
+}
+
+// At login it may be started first.
+TEST(Start, WaitsForAWindowManager) {
+  DesktopSession desktop({.windowManager = {}});
+  const auto waits = [](PellowProgram& pellow) {
+    return eventually([&] { return pellow.hasLogged("default Waiting for a window manager"); });
+  };
+  PellowProgram ended(desktop);
+  ASSERT_TRUE(waits(ended));
+  ended.process().send(SIGTERM);
+  EXPECT_EQ(ended.process().exitStatus(), 128 + SIGTERM);
+
+  PellowProgram pellow(desktop);
+  ASSERT_TRUE(waits(pellow));
+  desktop.replaceWindowManager(chosenManager().command);
+  EXPECT_TRUE(pellow.isReady()) << pellow.process().standardError();
 }
 
 TEST_F(Road, OnePellowServesADisplayUntilItsSuccessorTakesOver) {

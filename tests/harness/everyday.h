@@ -157,6 +157,13 @@ class Everyday : public testing::Test {
   void awaitNoAlert() {
     ASSERT_TRUE(eventually([&] { return alert() == 0; }));
   }
+  // At first it takes no key.
+  void answerAlert(KeySym answer = key::returnKey) {
+    ASSERT_TRUE(eventually([&] {
+      if (alert() != 0) desktop.type({answer});
+      return alert() == 0;
+    }));
+  }
 
   // What the table of window managers must say of this story besides that it went well.
   void noteOnce(const std::string& sentence) {

@@ -3,8 +3,11 @@
 #include <fmt/format.h>
 
 #include <QToolTip>
+#include <cstdio>
+#include <cstdlib>
 #include <vector>
 
+#include "tests/linux/notifier_host.h"
 #include "tests/linux/qt_desktop_test.h"
 #include "tests/linux/tray.h"
 
@@ -93,6 +96,67 @@ TEST_F(QtStatusBarTest, TheItemIsLightOnADarkTray) {
   work();
   tray.emplace(desktop.display(), 0x202020U);
   EXPECT_TRUE(untilTray([&] { return contrast(Tray::icon) > 150; })) << contrast(Tray::icon);
+
+  // Another panel takes its place.
+  tray.reset();
+  work();
+  tray.emplace(desktop.display(), 0x202020U);
+  EXPECT_TRUE(untilTray([&] { return contrast(Tray::icon) > 150; })) << contrast(Tray::icon);
+}
+
+constexpr auto guestVariable = "PELLOW_TEST_STATUS_ITEM";
+
+// Qt looks for a host only once in the life of a process: the item is in a process of its own,
+// which runs this test alone.
+TEST(QtStatusItem, IsAdoptedByTheHostThatComesAndByTheNextOne) {
+  if (std::getenv(guestVariable)) {
+    QtApplication application;
+    QtStatusBar bar;
+    const auto item = bar.makeStatusItem();
+    item->setImage({.symbol = "sidebar.trailing", .accessibilityDescription = "Pellow"});
+    item->setTooltip("Two windows");
+    item->setMenu([] { return Menu{{{.title = "Item"}}}; });
+    for (int round = 0; round < 20; ++round) QCoreApplication::processEvents();
+    std::puts("looked");
+    std::fflush(stdout);
+    application.run();
+    return;
+  }
+  DesktopSession desktop;
+  const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
+  const auto daemon = desktop.start(
+      {"dbus-daemon", "--session", "--nofork", "--print-address", "--address=" + address});
+  ASSERT_TRUE(daemon->readLine());
+  const auto guest =
+      desktop.start({"/proc/self/exe", "--gtest_filter=QtStatusItem.*", "--gtest_brief=1"},
+                    {{guestVariable, "1"}});
+  std::string said;
+  while (said != "looked") {
+    const auto line = guest->readLine();
+    ASSERT_TRUE(line) << guest->standardError();
+    said = *line;
+  }
+
+  int count = 1;
+  char name[] = "host";
+  char* arguments[] = {name, nullptr};
+  const QCoreApplication application(count, arguments);
+  NotifierHost host(address);
+  const auto until = [&](const std::function<bool()>& holds) {
+    return eventually([&] {
+      QCoreApplication::processEvents();
+      return holds();
+    });
+  };
+  ASSERT_TRUE(host.startWatcher());
+  ASSERT_TRUE(until([&] { return host.wasAsked(); }));
+  host.startHost();
+  ASSERT_TRUE(until([&] { return !host.items().empty(); })) << guest->standardError();
+  EXPECT_EQ(host.property(host.items().front(), "Id").toString(), "pellow");
+  host.stop();
+  ASSERT_TRUE(host.startWatcher());
+  host.startHost();
+  EXPECT_TRUE(until([&] { return !host.items().empty(); })) << guest->standardError();
 }
 
 }  // namespace

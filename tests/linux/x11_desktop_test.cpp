@@ -25,6 +25,15 @@ TEST_F(X11DesktopTest, NothingWaitsForAServerThatIsGone) {
   EXPECT_FALSE(x11->screens().all().empty());
 }
 
+TEST(X11Desktop, WaitsForAWindowManagerOnlySoLong) {
+  DesktopSession bare({.windowManager = {}});
+  const Log log([](LogLevel, std::string_view) {});
+  X11Desktop::awaitWindowManager(bare.display(), 0.1, log);
+  const auto opened = X11Desktop::open(bare.display(), 1, {}, log);
+  ASSERT_FALSE(opened);
+  EXPECT_TRUE(opened.error().sentence.contains("No window manager")) << opened.error().sentence;
+}
+
 TEST_F(X11DesktopTest, OnlyAnAnsweringServerMakesAProgramTheOnePellow) {
   const auto why = [](const std::expected<void, SystemError>& claimed) {
     return claimed ? "it is the one" : claimed.error().sentence;

@@ -76,6 +76,76 @@ TEST(EndStory, EveryRoadOutBringsEveryWindowBack) {
   }
 }
 
+// In the middle of whatever it does.
+TEST(EndStory, ASessionThatGoesOnFindsTheProgramAtWork) {
+  for (const auto* mechanism : {"minimize", "offscreen", "hideApp"}) {
+    for (Seconds moment = 0; moment < 0.5; moment += 0.01) {
+      simulated::Desktop desktop;
+      desktop.userDefaults().put("mechanism", mechanism);
+      const Windows windows(desktop);
+      windows.notes.answersAfter(0.02);
+      Program program(desktop);
+      windows.pellowAll(program);
+      program.perform(ShortcutAction::restoreAll);
+      program.perform(ShortcutAction::pellowFrontmost);
+      desktop.run(moment);
+      program.sessionIsSaved();
+      windows.expectHome(desktop, fmt::format("{} after {} s", mechanism, moment));
+      desktop.runUntilQuiet();
+      windows.expectHome(desktop, fmt::format("{} after {} s, later", mechanism, moment));
+      EXPECT_TRUE(program.tabs().empty());
+      EXPECT_TRUE(program.journalAfterCrash().empty());
+
+      desktop.run(3);  // longer than what the program does itself echoes
+      windows.list.minimize();
+      desktop.runUntilQuiet();
+      EXPECT_EQ(program.tabs(), std::vector<std::string>{"Shopping"});
+      program.pressRestoreAll();
+      EXPECT_TRUE(program.tabs().empty()) << "a press from before, at " << moment << " s";
+      program.pressEverything();
+      EXPECT_EQ(program.tabs().size(), mechanism == std::string("hideApp") ? 2 : 3);
+      program.quit();
+      desktop.runUntilQuiet();
+      windows.expectHome(desktop, "at the end");
+    }
+  }
+}
+
+// It keeps the tab, and the record.
+TEST(EndStory, ASessionThatGoesOnLosesNoWindowThatDoesNotAnswer) {
+  simulated::Desktop desktop;
+  const Windows windows(desktop);
+  Program program(desktop);
+  windows.pellowAll(program);
+  windows.mail.hangs();
+  windows.letter.failsNext("AXPosition", AXError::failure, simulated::AXCall::write);
+  program.sessionIsSaved();
+  EXPECT_EQ(windows.list.frame().minX(), 100);
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program.tabs(), (std::vector<std::string>{"Inbox", "Letter"}));
+  EXPECT_EQ(program.journalAfterCrash().size(), 2);
+  windows.mail.wakes();
+  program.pressRestoreAll();
+  windows.expectHome(desktop, "once it answers");
+  EXPECT_TRUE(program.journalAfterCrash().empty());
+}
+
+// Its observers were still to be added, behind a call that takes long.
+TEST(EndStory, ASessionThatGoesOnLeavesNoApplicationUnwatched) {
+  simulated::Desktop desktop;
+  desktop.launch("Slow").answersAfter(0.2).openWindow("Report", {300, 200, 400, 300});
+  Program program(desktop);
+  program.perform(ShortcutAction::pellowFrontmost);
+  desktop.run(0.05);
+  const auto draft = desktop.launch("Late").openWindow("Draft", {100, 120, 800, 600});
+  desktop.run(0.05);
+  program.sessionIsSaved();
+  desktop.runUntilQuiet();
+  draft.minimize();
+  desktop.runUntilQuiet();
+  EXPECT_EQ(program.tabs(), std::vector<std::string>{"Draft"});
+}
+
 // Copies the desktop at every call on the way out and back, and launches a new program on each
 // copy.
 TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {

@@ -23,6 +23,7 @@ class Program {
 
   PellowController& controller() { return delegate_.controller(); }
   void quit() { desktop_.process().terminate(); }
+  void sessionIsSaved() { delegate_.sessionWillBeSaved(); }
   // As a menu item would.
   void perform(ShortcutAction action) { delegate_.perform(action); }
 

@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "platforms/linux/qt/display_text.h"
+#include "platforms/linux/qt/key_guard.h"
 
 namespace pellow {
 namespace {
@@ -86,7 +87,8 @@ Subscription QtAlerts::show(Alert alert, std::function<void(std::size_t)> onChos
   // Lives until the alert is answered or taken away.
   struct Showing {
     std::unique_ptr<QDialog> dialog;
-    Subscription answer;
+    std::optional<KeyGuard> keys = {};
+    Subscription answer = {};
 
     // The window's own work may take the alert away.
     ~Showing() {
@@ -105,6 +107,7 @@ Subscription QtAlerts::show(Alert alert, std::function<void(std::size_t)> onChos
   };
   QObject::connect(dialog, &QDialog::finished, dialog, finish);
   const auto window = static_cast<xcb_window_t>(dialog->winId());
+  showing->keys.emplace(*dialog->windowHandle());
   hints_.setName(window, "pellow-alert");
   dialog->show();
   dialog->raise();

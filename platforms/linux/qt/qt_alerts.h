@@ -7,7 +7,7 @@
 namespace pellow {
 
 // Alerts as windows of their own, which stop nothing else. Window managers give the keyboard back
-// by themselves to the window that had it before.
+// by themselves to the window that had it before. A key that was meant for that one answers none.
 class QtAlerts final : public Alerts {
  public:
   explicit QtAlerts(MainQueue& queue) : queue_(queue) {}

@@ -1,11 +1,13 @@
 #include "platforms/linux/qt/qt_application.h"
 
 #include <QPlatformSurfaceEvent>
+#include <QSessionManager>
 #include <QWindow>
 
 #include "platforms/linux/qt/panel_accessible.h"
 #include "platforms/linux/qt/picture_source.h"
 #include "platforms/linux/system/log_sink.h"
+#include "platforms/linux/system/session_manager_link.h"
 
 namespace pellow {
 namespace {
@@ -29,7 +31,7 @@ void logMessageOfQt(QtMsgType type, const QMessageLogContext&, const QString& me
 // Read by Qt when the application is made.
 int& prepare(int& argumentCount) {
   qInstallMessageHandler(logMessageOfQt);
-  qunsetenv("SESSION_MANAGER");
+  outliveSessionManager();
   // No OpenGL for widgets: its libraries cost more than the rest of the program.
   if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) qputenv("QT_XCB_GL_INTEGRATION", "none");
   return argumentCount;
@@ -43,12 +45,30 @@ QtApplication::QtApplication() : application_(prepare(count_), arguments_.data()
   QGuiApplication::setDesktopFileName("pellow");
   ThemeIcon::chooseFallbacks();
   installPanelAccessibility();
-  application_.installEventFilter(&windowFilter_);
+  application_.installEventFilter(&filter_);
+  // Only in these signals there is a session manager to talk to; the first comes at once.
+  const auto neverRestart = [](QSessionManager& session) {
+    session.setRestartHint(QSessionManager::RestartNever);
+  };
+  QObject::connect(&application_, &QGuiApplication::saveStateRequest, &filter_, neverRestart,
+                   Qt::DirectConnection);
+  QObject::connect(
+      &application_, &QGuiApplication::commitDataRequest, &filter_,
+      [this, neverRestart](QSessionManager& session) {
+        neverRestart(session);
+        if (onSaveSession) onSaveSession();
+      },
+      Qt::DirectConnection);
 }
 
-// With a scale factor Qt gives window managers a negative base size, which fluxbox takes for a
-// window of 65,534 pixels.
-bool QtApplication::WindowFilter::eventFilter(QObject* object, QEvent* event) {
+bool QtApplication::Filter::eventFilter(QObject* object, QEvent* event) {
+  // The end of the session. Qt would ask every window to close first.
+  if (event->type() == QEvent::Quit && object == QCoreApplication::instance()) {
+    QCoreApplication::exit();
+    return true;
+  }
+  // With a scale factor Qt gives window managers a negative base size, which fluxbox takes for a
+  // window of 65,534 pixels.
   auto* const window =
       event->type() == QEvent::PlatformSurface ? qobject_cast<QWindow*>(object) : nullptr;
   if (window && static_cast<QPlatformSurfaceEvent*>(event)->surfaceEventType() ==

@@ -3,14 +3,20 @@
 #include <QApplication>
 #include <QObject>
 #include <array>
+#include <functional>
 
 namespace pellow {
 
-// Qt on an X display. It neither ends with its last window nor takes part in the session's own
-// saving and restoring of programs. If the display cannot be opened, Qt ends the process.
+// Qt on an X display. It does not end with its last window. A session manager asks it to save
+// itself and tells it to end, and never starts it again: the login item does. If the display cannot
+// be opened, Qt ends the process.
 class QtApplication {
  public:
   QtApplication();
+
+  // Called when the session is saved, most often because it ends: the session manager waits for the
+  // return, and may then end the program or not.
+  std::function<void()> onSaveSession;
 
   // Runs the main loop until the program is told to terminate.
   int run() { return QApplication::exec(); }
@@ -24,9 +30,9 @@ class QtApplication {
   int count_ = 3;
   QApplication application_;
 
-  struct WindowFilter : QObject {
+  struct Filter : QObject {
     bool eventFilter(QObject* object, QEvent* event) override;
-  } windowFilter_;
+  } filter_;
 };
 
 }  // namespace pellow

@@ -3,35 +3,36 @@
 #include <QCursor>
 #include <QEvent>
 #include <QSystemTrayIcon>
+#include <optional>
 #include <utility>
 
 #include "platforms/linux/qt/display_text.h"
 #include "platforms/linux/qt/qt_menu.h"
 #include "platforms/linux/qt/template_icon.h"
+#include "platforms/linux/qt/tray_watch.h"
 
 namespace pellow {
 
 // The menu is shown by a StatusNotifierItem host, which reads it over D-Bus, or by Qt in the X11
-// tray. A host may show it before asking whether it has changed.
+// tray. A host may show it before asking whether it has changed. Once in the life of the process Qt
+// looks which of them there is, so it is not asked before there is one.
 class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
  public:
   explicit QtStatusItem(const WindowHints& hints) : hints_(hints) {
     nameWhenShown(menu_, hints_);
     menu_.installEventFilter(this);
-    icon_.setContextMenu(&menu_);
     connect(&menu_, &QMenu::aboutToShow, this, [this] { refill(); });
-    connect(&icon_, &QSystemTrayIcon::activated, this, [this](auto reason) {
-      if (reason == QSystemTrayIcon::Trigger) popUp();
-    });
   }
 
   void setImage(const StatusImage& image) override {
     image_ = image;
-    icon_.setIcon(QIcon(new TemplateIcon(image_)));
-    icon_.show();
+    if (icon_) show();
   }
 
-  void setTooltip(const std::string& tooltip) override { icon_.setToolTip(trayText(tooltip)); }
+  void setTooltip(const std::string& tooltip) override {
+    tooltip_ = trayText(tooltip);
+    if (icon_) icon_->setToolTip(tooltip_);
+  }
 
   void setMenu(std::function<Menu()> menu) override {
     provider_ = std::move(menu);
@@ -39,12 +40,30 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
-    if (watched == &menu_ && event->type() == QEvent::PaletteChange && icon_.isVisible())
-      icon_.setIcon(QIcon(new TemplateIcon(image_)));
+    if (watched == &menu_ && event->type() == QEvent::PaletteChange && icon_) show();
     return false;
   }
 
  private:
+  // Qt follows from one host to the next by itself, but not from one tray to the next.
+  void takePlace(TrayWatch::Place place) {
+    if (icon_ && (isExported() || place == TrayWatch::Place::host)) return;
+    icon_.emplace();
+    icon_->setContextMenu(&menu_);
+    icon_->setToolTip(tooltip_);
+    connect(&*icon_, &QSystemTrayIcon::activated, this, [this](auto reason) {
+      if (reason == QSystemTrayIcon::Trigger) popUp();
+    });
+    if (isExported()) refill();
+    show();
+  }
+
+  void show() {
+    if (image_.symbol.empty()) return;
+    icon_->setIcon(QIcon(new TemplateIcon(image_)));
+    icon_->show();
+  }
+
   bool isExported() { return menu_.platformMenu() != nullptr; }
 
   MenuSetting setting(MenuKeys keys) {
@@ -69,7 +88,9 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
   std::function<Menu()> provider_;
   StatusImage image_;
   QMenu menu_;
-  QSystemTrayIcon icon_;
+  QString tooltip_;
+  std::optional<QSystemTrayIcon> icon_;
+  TrayWatch watch_{[this](auto place) { takePlace(place); }};
 };
 
 std::unique_ptr<StatusItem> QtStatusBar::makeStatusItem() {

@@ -5,9 +5,10 @@
 
 namespace pellow {
 
-// Status items in the tray: a StatusNotifierItem if a host for it runs when the item is made, else
-// a window in the X11 tray, which may come later. Without any tray an item is nowhere; that is no
-// error. Outlives its items.
+// Status items in the tray: a StatusNotifierItem or a window in the X11 tray, whichever place is
+// there first, a host for StatusNotifierItems if both are. It may come later, and another one of
+// its kind may follow; the kind stays until the process ends. Without a place an item is nowhere;
+// that is no error. Outlives its items.
 class QtStatusBar final : public StatusBar {
  public:
   std::unique_ptr<StatusItem> makeStatusItem() override;

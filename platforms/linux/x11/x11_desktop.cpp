@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/errands.h"
 #include "platforms/linux/x11/grabs.h"
@@ -117,6 +119,21 @@ struct X11Desktop::Parts {
   bool screensChanged = false;
   bool windowManagerChanged = false;
 };
+
+// What it says of itself is in several properties, and the last need not be one of the root window.
+void X11Desktop::awaitWindowManager(const std::string& displayName, Seconds patience,
+                                    const Log& log) {
+  constexpr Seconds lookEvery = 0.2;
+  const Deadline deadline = deadlineIn(patience);
+  const auto server = X11Server::open(displayName);
+  if (!server || (*server)->readWindowManager()) return;
+  log.standard("Waiting for a window manager");
+  auto& connection = (*server)->connection();
+  const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+  xcb_change_window_attributes(connection.raw(), connection.root(), XCB_CW_EVENT_MASK, &mask);
+  while (!hasPassed(deadline) && !connection.isLost() && !(*server)->readWindowManager())
+    (void)connection.waitForEvent(std::min(deadline, deadlineIn(lookEvery)));
+}
 
 std::expected<std::unique_ptr<X11Desktop>, SystemError> X11Desktop::open(
     const std::string& displayName, double scale, Hooks hooks, const Log& log) {

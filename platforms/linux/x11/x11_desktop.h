@@ -35,6 +35,10 @@ class X11Desktop {
     std::function<bool()> ownWindowHasKeyboard;
   };
 
+  // Returns once a window manager that `open` accepts runs on the display, or after `patience`: a
+  // session may start programs before its window manager. Blocks.
+  static void awaitWindowManager(const std::string& displayName, Seconds patience, const Log& log);
+
   // Opens a display; an empty name stands for the environment's DISPLAY. `scale` is pixels per
   // point, for the whole X screen. The error is one sentence that names the problem and the way
   // out: the display cannot be opened, or no window manager that follows EWMH runs on it.

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <string>
+#include <vector>
+
+namespace pellow::desktop {
+
+// The smallest host for StatusNotifierItems there can be, with the watcher that lists them, on a
+// bus of the test. There is a Qt application.
+class NotifierHost final : public QDBusVirtualObject {
+ public:
+  explicit NotifierHost(const std::string& busAddress)
+      : bus_(QDBusConnection::connectToBus(QString::fromStdString(busAddress), "host")) {
+    bus_.registerVirtualObject(path, this);
+  }
+  ~NotifierHost() override { QDBusConnection::disconnectFromBus("host"); }
+
+  // Only the watcher comes; the host after it; both go.
+  bool startWatcher() { return bus_.registerService(service); }
+  void startHost() {
+    hasHost_ = true;
+    bus_.send(QDBusMessage::createSignal(path, service, "StatusNotifierHostRegistered"));
+  }
+  void stop() {
+    hasHost_ = false;
+    items_.clear();
+    bus_.unregisterService(service);
+  }
+
+  // Whether somebody has asked for a host.
+  bool wasAsked() const { return wasAsked_; }
+
+  // The bus names of the programs that have shown an item here.
+  const std::vector<QString>& items() const { return items_; }
+
+  // A property of an item, asked for on the bus.
+  QVariant property(const QString& item, const char* name) {
+    auto question = QDBusMessage::createMethodCall(item, "/StatusNotifierItem",
+                                                   "org.freedesktop.DBus.Properties", "Get");
+    question << "org.kde.StatusNotifierItem" << name;
+    const auto answer = bus_.call(question);
+    return answer.arguments().isEmpty()
+               ? QVariant()
+               : answer.arguments().constFirst().value<QDBusVariant>().variant();
+  }
+
+  // Qt believes only in what it finds here.
+  QString introspect(const QString&) const override {
+    return QString(
+               "<interface name='%1'><property name='IsStatusNotifierHostRegistered' type='b' "
+               "access='read'/></interface>")
+        .arg(service);
+  }
+  bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+    if (message.member() == "RegisterStatusNotifierItem") {
+      items_.push_back(message.service());
+      return bus.send(message.createReply());
+    }
+    if (message.member() != "Get") return false;
+    wasAsked_ = true;
+    return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(hasHost_))));
+  }
+
+ private:
+  static constexpr auto service = "org.kde.StatusNotifierWatcher";
+  static constexpr auto path = "/StatusNotifierWatcher";
+
+  QDBusConnection bus_;
+  bool hasHost_ = false;
+  bool wasAsked_ = false;
+  std::vector<QString> items_;
+};
+
+}  // namespace pellow::desktop
