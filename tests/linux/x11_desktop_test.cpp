@@ -1,3 +1,4 @@
+#include <array>
 #include <atomic>
 #include <thread>
 
@@ -32,6 +33,24 @@ TEST(X11Desktop, WaitsForAWindowManagerOnlySoLong) {
   const auto opened = X11Desktop::open(bare.display(), 1, {}, log);
   ASSERT_FALSE(opened);
   EXPECT_TRUE(opened.error().sentence.contains("No window manager")) << opened.error().sentence;
+
+  // One that cannot do all that it takes, as those of some Wayland compositors.
+  const auto manager = X11Connection::open(bare.display()).value();
+  const auto atom = [&](const char* name) { return internAtom(manager->raw(), name); };
+  const auto check = xcb_generate_id(manager->raw());
+  xcb_create_window(manager->raw(), 0, check, manager->root(), 0, 0, 1, 1, 0,
+                    XCB_WINDOW_CLASS_INPUT_ONLY, 0, 0, nullptr);
+  for (const auto window : {check, manager->root()})
+    xcb_change_property(manager->raw(), XCB_PROP_MODE_REPLACE, window,
+                        atom("_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW, 32, 1, &check);
+  const std::array hints{atom("_NET_ACTIVE_WINDOW"), atom("_NET_CLIENT_LIST")};
+  xcb_change_property(manager->raw(), XCB_PROP_MODE_REPLACE, manager->root(),
+                      atom("_NET_SUPPORTED"), XCB_ATOM_ATOM, 32, hints.size(), hints.data());
+  manager->flush();
+  const auto lacking = X11Desktop::open(bare.display(), 1, {}, log);
+  ASSERT_FALSE(lacking);
+  EXPECT_TRUE(lacking.error().sentence.contains("lacks _NET_MOVERESIZE_WINDOW,"))
+      << lacking.error().sentence;
 }
 
 TEST_F(X11DesktopTest, OnlyAnAnsweringServerMakesAProgramTheOnePellow) {

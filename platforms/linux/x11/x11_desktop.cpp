@@ -5,6 +5,7 @@
 #include <xcb/randr.h>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -51,11 +52,17 @@ std::optional<std::uint8_t> listenToScreen(X11Connection& connection, int eventS
   return hasRandR ? std::optional(extension->first_event) : std::nullopt;
 }
 
-SystemError noWindowManager(const std::string& displayName) {
+SystemError noWindowManager(const std::string& displayName, const X11Server& server) {
+  const auto display = displayName.empty() ? "" : " \"" + displayName + "\"";
+  if (const auto lacks = server.windowManagerLacks(); !lacks.empty())
+    return {fmt::format(
+        "The window manager of the X display{} lacks {}, without which no window can be put away; "
+        "openbox, KWin and mutter, among others, have it.",
+        display, fmt::join(lacks, ", "))};
   return {
       fmt::format("No window manager that follows EWMH runs on the X display{}; start one, for "
                   "example openbox, and then Pellow.",
-                  displayName.empty() ? "" : " \"" + displayName + "\"")};
+                  display)};
 }
 
 }  // namespace
@@ -143,7 +150,8 @@ std::expected<std::unique_ptr<X11Desktop>, SystemError> X11Desktop::open(
   if (!events) return std::unexpected(events.error());
   auto keyboard = X11Connection::open(displayName);
   if (!keyboard) return std::unexpected(keyboard.error());
-  if (!(*server)->readWindowManager()) return std::unexpected(noWindowManager(displayName));
+  if (!(*server)->readWindowManager())
+    return std::unexpected(noWindowManager(displayName, **server));
   (*server)->settleWindowManager(deadlineIn(serverPatience));
   return std::unique_ptr<X11Desktop>(new X11Desktop(std::make_unique<Parts>(
       std::move(*server), std::move(*events), std::move(*keyboard), scale, std::move(hooks), log)));

@@ -75,8 +75,18 @@ bool X11Server::readWindowManager() {
   const std::lock_guard lock(mutex_);
   supported_ = {hints.begin(), hints.end()};
   windowManager_ = &traitsOf(name ? name->bytes : "");
-  return supported_.contains(atoms_.netMoveResizeWindow) &&
-         supported_.contains(atoms_.netActiveWindow) && supported_.contains(atoms_.netClientList);
+  lacks_.clear();
+  for (const auto& [hint, hintName] :
+       {std::pair(atoms_.netActiveWindow, "_NET_ACTIVE_WINDOW"),
+        std::pair(atoms_.netClientList, "_NET_CLIENT_LIST"),
+        std::pair(atoms_.netMoveResizeWindow, "_NET_MOVERESIZE_WINDOW")})
+    if (!supported_.contains(hint)) lacks_.emplace_back(hintName);
+  return lacks_.empty();
+}
+
+std::vector<std::string> X11Server::windowManagerLacks() const {
+  const std::lock_guard lock(mutex_);
+  return lacks_;
 }
 
 std::optional<X11Server::Reign> X11Server::reign(Deadline deadline) {

@@ -45,8 +45,11 @@ class X11Server {
   const WindowManagerTraits& windowManager() const;
   // Whether it paints the screen itself, and no compositor of another process or none does.
   bool windowManagerComposites(Deadline deadline);
-  // Rereads what the window manager says of itself: false when none that follows EWMH runs.
+  // Rereads what the window manager says of itself: false when none runs that follows EWMH, with
+  // all that it takes to put windows away.
   bool readWindowManager();
+  // What the one that runs lacks for that, for example "_NET_MOVERESIZE_WINDOW".
+  std::vector<std::string> windowManagerLacks() const;
 
   // Whether the window manager that runs has adopted the windows of the one before. Until then,
   // unmanaged windows are not gone: some window managers let go of all windows when another takes
@@ -102,6 +105,7 @@ class X11Server {
   std::map<std::thread::id, std::unique_ptr<X11Connection>> connections_;
   ScreenLayout layout_;
   std::set<xcb_atom_t> supported_;
+  std::vector<std::string> lacks_;
   const WindowManagerTraits* windowManager_ = &traitsOf("");
   std::optional<Reign> settled_;
   std::map<xcb_window_t, ProcessID> owners_;
