@@ -76,7 +76,8 @@ class QtPanels::QtPanel final : public Panel {
   void orderFront() override {
     if (canvas_->isVisible()) return panels_.raise(*canvas_);
     panels_.hints_.prepareForMapping(window(), level_);
-    panels_.hints_.setManaged(window(), !canvas_->ignoresMouseEvents());
+    panels_.hints_.setManaged(window(),
+                              !canvas_->ignoresMouseEvents() && !panels_.stretchesDocks_());
     canvas_->show();
     canvas_->raise();
   }
@@ -122,8 +123,8 @@ class QtPanels::QtPanel final : public Panel {
   PanelLevel level_ = PanelLevel::statusWindow;
 };
 
-QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels)
-    : queue_(queue), toPixels_(std::move(toPixels)) {
+QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels, std::function<bool()> stretchesDocks)
+    : queue_(queue), toPixels_(std::move(toPixels)), stretchesDocks_(std::move(stretchesDocks)) {
   compositor_.onChange([this] {
     for (auto* const panel : panels_) panel->compositorChanged();
   });

@@ -19,8 +19,9 @@ class QtPanels final : public Panels {
  public:
   using ToPixels = std::function<PixelRect(const AppKitRect&)>;
 
-  // `toPixels` says where a rectangle lies on the X screen.
-  QtPanels(MainQueue& queue, ToPixels toPixels);
+  // `toPixels` says where a rectangle lies on the X screen, and `stretchesDocks` whether the window
+  // manager makes a bar of each dock: panels are then left to themselves.
+  QtPanels(MainQueue& queue, ToPixels toPixels, std::function<bool()> stretchesDocks);
   ~QtPanels() override;
 
   std::unique_ptr<Panel> makePanel(std::string name, WindowShadow shadow) override;
@@ -35,6 +36,7 @@ class QtPanels final : public Panels {
 
   MainQueue& queue_;
   ToPixels toPixels_;
+  std::function<bool()> stretchesDocks_;
   PictureSource pictures_;
   WindowHints hints_;
   Compositor compositor_;

@@ -24,6 +24,7 @@ constexpr std::array known{
     WindowManagerTraits{.name = "Mutter", .paintsByItsOwnBook = true},
     WindowManagerTraits{.name = "GNOME Shell", .paintsByItsOwnBook = true},
     WindowManagerTraits{.name = "Muffin", .paintsByItsOwnBook = true},
+    WindowManagerTraits{.name = "i3", .stretchesDocks = true},
     WindowManagerTraits{},
 };
 

@@ -21,6 +21,8 @@ struct WindowManagerTraits {
   // The frame of a window that is minimized or comes back shrinks and grows for a moment, on the
   // way between its place and the taskbar.
   bool framesFly = false;
+  // A dock becomes a bar as wide as the monitor.
+  bool stretchesDocks = false;
   // A window that is asked to move, and not to keep its size, grows by its title bar.
   bool growsOnMoves = false;
 };

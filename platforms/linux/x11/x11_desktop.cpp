@@ -167,6 +167,8 @@ Screens& X11Desktop::screens() { return parts_->screens; }
 EventMonitors& X11Desktop::eventMonitors() { return parts_->eventMonitors; }
 SymbolicHotKeys& X11Desktop::symbolicHotKeys() { return parts_->symbolicHotKeys; }
 
+bool X11Desktop::stretchesDocks() const { return parts_->server->windowManager().stretchesDocks; }
+
 void X11Desktop::setScale(double scale) { parts_->screens.setScale(scale); }
 
 std::unique_ptr<ScreenCapture> X11Desktop::makeScreenCapture(Queues& queues) {

@@ -55,6 +55,9 @@ class X11Desktop {
   EventMonitors& eventMonitors();
   SymbolicHotKeys& symbolicHotKeys();
 
+  // Whether the window manager makes a bar, as wide as a monitor, of each dock.
+  bool stretchesDocks() const;
+
   // The desktop takes this many pixels for a point from now on.
   void setScale(double scale);
 
