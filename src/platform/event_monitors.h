@@ -26,9 +26,9 @@ struct KeyEvent {
   std::string_view charactersIgnoringModifiers;
 };
 
-// The keyboard and the pointer. An event goes to the local monitors when a window of this process
-// has the keyboard, else to the global ones, never to both. A key held down counts once. Main
-// thread.
+// The keyboard and the pointer. A key press goes to the local monitors when this process has the
+// keyboard, be it without a window, else to the global ones, never to both. A key held down counts
+// once. Main thread.
 class EventMonitors {
  public:
   virtual ~EventMonitors() = default;

@@ -44,6 +44,7 @@ struct Showing {
   panel.color = pellow::toNSColor(colour);
   panel.continuous = YES;
   panel.hidesOnDeactivate = NO;
+  panel.acceptsMouseMovedEvents = YES;  // for the local monitors
   panel.collectionBehavior =
       NSWindowCollectionBehaviorMoveToActiveSpace | NSWindowCollectionBehaviorFullScreenAuxiliary;
   _current = showing;

@@ -34,8 +34,8 @@ class Foreground : public std::enable_shared_from_this<Foreground> {
   // The same later, on the main queue, unless a window of ours has the keyboard by then.
   void giveBackLater();
 
-  // What was asked to come to the front now keeps it: until another application has become active,
-  // there is nobody to give back to.
+  // What was asked to come to the front now, this process included, keeps it: until another
+  // application has become active, there is nobody to give back to.
   void passOn();
 
  private:

@@ -110,8 +110,8 @@ bool MacWorkspace::activate(ProcessID pid) {
   return [withPid(pid) activateWithOptions:NSApplicationActivationOptions{}];
 }
 
-// The desktop is a window of the Finder, but where the Finder has others, one of them would get the
-// keyboard: then this process, which has none that takes it.
+// The desktop is a window of the Finder, but where the Finder has others, or would show them, one
+// of them would get the keyboard: then this process, which has none that takes it.
 void MacWorkspace::activateDesktop() {
   NSRunningApplication* const finder =
       [NSRunningApplication runningApplicationsWithBundleIdentifier:@"com.apple.finder"]
@@ -119,8 +119,14 @@ void MacWorkspace::activateDesktop() {
   const auto isFinders = [&](const WindowOnScreen& window) {
     return window.owner == finder.processIdentifier;
   };
-  if (!finder || std::ranges::any_of(windowsOnScreen(), isFinders)) return foreground_->take();
-  [finder activateWithOptions:NSApplicationActivationOptions{}];
+  const bool hasOnlyDesktop =
+      finder && !finder.hidden && std::ranges::none_of(windowsOnScreen(), isFinders);
+  if (hasOnlyDesktop) {
+    [finder activateWithOptions:NSApplicationActivationOptions{}];
+  } else {
+    foreground_->take();
+    foreground_->passOn();
+  }
 }
 
 std::vector<WindowOnScreen> MacWorkspace::windowsOnScreen() {
