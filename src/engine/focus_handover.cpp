@@ -56,7 +56,8 @@ Task<bool> FocusHandover::isKeyboardOffDisplays() {
   if (!isOffDisplays([&](const TargetWindow& window) { return window.pid == front; }))
     co_return false;
   const auto focused = co_await focusedWindow();
-  co_return focused&& isOffDisplays([&](const TargetWindow& window) { return window == *focused; });
+  co_return focused.has_value() &&
+      isOffDisplays([&](const TargetWindow& window) { return window == *focused; });
 }
 
 Task<std::optional<TargetWindow>> FocusHandover::firstInSight() {

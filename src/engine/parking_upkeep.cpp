@@ -72,6 +72,11 @@ Task<> ParkingUpkeep::parkAnew() {
 }
 
 Task<> ParkingUpkeep::move(const TabItem& tab, QuartzPoint target) {
+  // Also when the task is ended in the middle.
+  const struct Ending {
+    std::optional<TabItem>& moving;
+    ~Ending() { moving.reset(); }
+  } ending{moving_};
   moving_ = tab;
   try {
     const auto taken = co_await around_.axQueue.ax(
@@ -81,7 +86,6 @@ Task<> ParkingUpkeep::move(const TabItem& tab, QuartzPoint target) {
   } catch (const PellowError& error) {
     around_.log.standard("{}", error.errorDescription());
   }
-  moving_.reset();
 }
 
 QuartzPoint ParkingUpkeep::place(const TabItem& tab) const {
