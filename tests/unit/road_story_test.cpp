@@ -440,6 +440,25 @@ TEST_F(RoadStory, ParkedWindowsFollowTheDisplays) {
   desktop.runUntilQuiet();
   EXPECT_EQ(program->tabs().size(), 2);
 
+  // An application that does not answer is asked again.
+  desktop.application("Notes").hangs();
+  desktop.screens().plug(3, {1440, 0, 800, 600});
+  desktop.runUntilQuiet();
+  EXPECT_EQ(one.frame().origin, QuartzPoint(1439, 872));
+  desktop.application("Notes").wakes();
+  desktop.run(6);
+  parkedAt(2239, 872);
+  // Where windows stay on the displays, it is no use.
+  desktop.workspace().keepWindowsOnDisplays(true);
+  desktop.screens().unplug(3);
+  desktop.runUntilQuiet();
+  EXPECT_EQ(one.shareOnDisplays(), 1);
+  desktop.workspace().keepWindowsOnDisplays(false);
+  desktop.screens().plug(3, {1440, 0, 900, 600});
+  desktop.screens().unplug(3);
+  desktop.runUntilQuiet();
+  parkedAt(1439, 872);
+
   // One that is restored meanwhile comes back, and one that stays in sight goes home.
   one.answersAfter(0.2);
   two.clampsToDisplay();
@@ -450,6 +469,28 @@ TEST_F(RoadStory, ParkedWindowsFollowTheDisplays) {
   EXPECT_EQ(two.frame(), QuartzRect(300, 200, 800, 600));
   EXPECT_TRUE(program->tabs().empty());
   EXPECT_TRUE(program->journalAfterCrash().empty());
+}
+
+TEST_F(RoadStory, WhoParksAnewGivesWayToWhoBringsBack) {
+  // The last one of them is restored, or the program ends, at every moment of it.
+  for (const bool ends : {false, true}) {
+    for (double moment = 0.01; moment < 1.5; moment += 0.06) {
+      simulated::Desktop slow;
+      const auto application = slow.launch("Notes", "com.example.notes");
+      std::vector<simulated::Window> windows;
+      for (const auto* title : {"One", "Two", "Three"})
+        windows.push_back(application.openWindow(title, {200, 100, 800, 600}));
+      Program own(slow);
+      own.pressEverything();
+      for (const auto& window : windows) window.answersAfter(0.1);
+      slow.screens().plug(2, {1440, 0, 1920, 1080});
+      slow.run(moment);
+      ends ? own.quit() : own.clickTab("One");
+      slow.runUntilQuiet();
+      EXPECT_EQ(windows[0].frame(), QuartzRect(200, 100, 800, 600)) << moment;
+      EXPECT_EQ(windows[2].frame().minX(), ends ? 200 : 3359) << moment;
+    }
+  }
 }
 
 TEST_F(RoadStory, AWindowOnItsWayFollowsTheDisplays) {
