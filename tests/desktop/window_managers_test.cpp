@@ -377,17 +377,9 @@ class RealApplications : public WindowManagers, public testing::WithParamInterfa
     return 0;
   }
 
-  // An application arranges its window for a while; it is done when the frame is the same many
-  // times in a row.
+  // An application arranges its window for a while.
   void awaitCalm(WindowID window) {
-    PixelRect last;
-    int same = 0;
-    ASSERT_TRUE(eventually([&] {
-      const auto now = desktop.frame(window);
-      same = now == last ? same + 1 : 0;
-      last = now;
-      return same >= 200;
-    }));
+    ASSERT_TRUE(comesToRest([&] { return desktop.frame(window); }, std::chrono::milliseconds(400)));
   }
 };
 

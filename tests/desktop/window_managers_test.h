@@ -72,14 +72,10 @@ class WindowManagers : public Everyday {
 
   // The same once it stands still.
   std::vector<std::uint32_t> stillPicture(int sliver) const {
-    auto last = inSight(sliver);
-    int same = 0;
-    EXPECT_TRUE(eventually([&] {
-      const auto before = std::exchange(last, inSight(sliver));
-      same = last == before ? same + 1 : 0;
-      return same >= 20;
-    }));
-    return last;
+    std::vector<std::uint32_t> picture;
+    EXPECT_TRUE(
+        comesToRest([&] { return picture = inSight(sliver); }, std::chrono::milliseconds(400)));
+    return picture;
   }
   // The same without any window; a compositor paints nothing before the first one comes.
   std::vector<std::uint32_t> bareDesktop(int sliver) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 namespace pellow::desktop {
 
@@ -21,6 +22,19 @@ template <class Predicate>
         std::clamp<std::chrono::nanoseconds>(waited / 4, milliseconds(2), milliseconds(250)));
   }
   return true;
+}
+
+// Waits until `read()` has answered the same for so long.
+template <class Read>
+[[nodiscard]] bool comesToRest(Read read, std::chrono::milliseconds rest) {
+  using Clock = std::chrono::steady_clock;
+  auto last = read();
+  auto since = Clock::now();
+  return eventually([&] {
+    const auto before = std::exchange(last, read());
+    if (last != before) since = Clock::now();
+    return Clock::now() - since > rest;
+  });
 }
 
 }  // namespace pellow::desktop
