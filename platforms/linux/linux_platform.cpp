@@ -122,7 +122,9 @@ struct LinuxPlatform::Parts {
                               .workspace = desktop->workspace(),
                               .log = log,
                               .now = secondsSince1970}),
-        panels(queues.main(), [this](const AppKitRect& rect) { return desktop->toPixels(rect); }),
+        panels(
+            queues.main(), [this](const AppKitRect& rect) { return desktop->toPixels(rect); },
+            [this] { return desktop->serverAnswers(); }),
         localKeys([this](std::uint8_t keycode, std::uint16_t state) {
           return desktop->deliverLocalKeyDown(keycode, state);
         }),

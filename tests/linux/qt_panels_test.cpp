@@ -16,7 +16,9 @@ class QtPanelsTest : public QtDesktopTest {
  protected:
   void startQt(int scale) {
     QtDesktopTest::startQt(scale);
-    panels.emplace(queue, [this](const AppKitRect& rect) { return x11->toPixels(rect); });
+    panels.emplace(
+        queue, [this](const AppKitRect& rect) { return x11->toPixels(rect); },
+        [this] { return x11->serverAnswers(); });
   }
   void SetUp() override { startQt(1); }
 

@@ -122,8 +122,8 @@ class QtPanels::QtPanel final : public Panel {
   PanelLevel level_ = PanelLevel::statusWindow;
 };
 
-QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels)
-    : queue_(queue), toPixels_(std::move(toPixels)) {
+QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels, std::function<bool()> serverAnswers)
+    : queue_(queue), toPixels_(std::move(toPixels)), hints_(std::move(serverAnswers)) {
   compositor_.onChange([this] {
     for (auto* const panel : panels_) panel->compositorChanged();
   });

@@ -19,8 +19,9 @@ class QtPanels final : public Panels {
  public:
   using ToPixels = std::function<PixelRect(const AppKitRect&)>;
 
-  // `toPixels` says where a rectangle lies on the X screen.
-  QtPanels(MainQueue& queue, ToPixels toPixels);
+  // `toPixels` says where a rectangle lies on the X screen, `serverAnswers` whether the X server
+  // answers right now.
+  QtPanels(MainQueue& queue, ToPixels toPixels, std::function<bool()> serverAnswers);
   ~QtPanels() override;
 
   std::unique_ptr<Panel> makePanel(std::string name, WindowShadow shadow) override;
