@@ -70,18 +70,13 @@ bool mayHaveKeyboard(const QWindow& window) {
 }
 
 // Qt learns a little late that one of its windows, an alert for example, has got or lost the
-// keyboard; a key pressed in between would go to both chains, or to none. So the server is asked.
-bool ownWindowHasKeyboard() {
+// keyboard; a key pressed in between would go to both chains, or to none. So the server says which.
+bool ownWindowHasKeyboard(std::uint32_t focus) {
   if (QApplication::activePopupWidget()) return true;
   auto windows = QGuiApplication::allWindows();
   windows.removeIf([](const QWindow* window) { return !mayHaveKeyboard(*window); });
-  if (windows.isEmpty()) return false;
-  auto* const connection = qtConnection();
-  const Reply<xcb_get_input_focus_reply_t> focus(
-      xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-  if (!focus) return QGuiApplication::focusWindow();
-  return std::ranges::any_of(
-      windows, [&](const QWindow* window) { return window->winId() == focus->focus; });
+  return std::ranges::any_of(windows,
+                             [&](const QWindow* window) { return window->winId() == focus; });
 }
 
 X11Desktop::Hooks desktopHooks() {
@@ -127,9 +122,10 @@ struct LinuxPlatform::Parts {
                               .workspace = desktop->workspace(),
                               .log = log,
                               .now = secondsSince1970}),
-        panels(
-            queues.main(), [this](const AppKitRect& rect) { return desktop->toPixels(rect); },
-            [this] { return desktop->stretchesDocks(); }),
+        panels(queues.main(),
+               {.toPixels = [this](const AppKitRect& rect) { return desktop->toPixels(rect); },
+                .stretchesDocks = [this] { return desktop->stretchesDocks(); },
+                .serverAnswers = [this] { return desktop->serverAnswers(); }}),
         localKeys([this](std::uint8_t keycode, std::uint16_t state) {
           return desktop->deliverLocalKeyDown(keycode, state);
         }),
@@ -181,6 +177,8 @@ std::expected<std::unique_ptr<LinuxPlatform>, SystemError> LinuxPlatform::open(
 
 LinuxPlatform::LinuxPlatform(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
 LinuxPlatform::~LinuxPlatform() = default;
+
+void LinuxPlatform::setPatient(bool isPatient) { parts_->desktop->setPatient(isPatient); }
 
 Accessibility& LinuxPlatform::accessibility() { return parts_->desktop->accessibility(); }
 Alerts& LinuxPlatform::alerts() { return parts_->alerts; }

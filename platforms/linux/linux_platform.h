@@ -31,6 +31,10 @@ class LinuxPlatform final : public Platform {
 
   ~LinuxPlatform() override;
 
+  // Whether the main thread waits for an X server that somebody else has for himself: at the launch
+  // and at the end, where the windows come first, but not in between.
+  void setPatient(bool isPatient);
+
   Accessibility& accessibility() override;
   Alerts& alerts() override;
   Clock& clock() override;

@@ -54,10 +54,17 @@ int run(const RunProgram& program) {
     return EXIT_FAILURE;
   }
   AppDelegate delegate(**platform);
-  application.onSaveSession = [&delegate] { delegate.sessionWillBeSaved(); };
-  const auto launch =
-      (*platform)->queues().main().async([&delegate] { delegate.applicationDidFinishLaunching(); });
+  application.onSaveSession = [&] {
+    (*platform)->setPatient(true);
+    delegate.sessionWillBeSaved();
+    (*platform)->setPatient(false);
+  };
+  const auto launch = (*platform)->queues().main().async([&] {
+    delegate.applicationDidFinishLaunching();
+    (*platform)->setPatient(false);
+  });
   const int status = application.run();
+  (*platform)->setPatient(true);
   delegate.applicationWillTerminate();
   return status;
 }

@@ -16,9 +16,11 @@ class QtPanelsTest : public QtDesktopTest {
  protected:
   void startQt(int scale) {
     QtDesktopTest::startQt(scale);
-    panels.emplace(
-        queue, [this](const AppKitRect& rect) { return x11->toPixels(rect); },
-        [] { return false; });
+    panels.emplace(queue,
+                   QtPanels::Surroundings{
+                       .toPixels = [this](const AppKitRect& rect) { return x11->toPixels(rect); },
+                       .stretchesDocks = [] { return false; },
+                       .serverAnswers = [this] { return x11->serverAnswers(); }});
   }
   void SetUp() override { startQt(1); }
 

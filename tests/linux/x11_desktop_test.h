@@ -40,7 +40,7 @@ class X11DesktopTest : public testing::Test {
 
   Opened open(const std::string& display, double scale = 1) {
     X11Desktop::Hooks hooks{.loadIcon = [](const std::string&) { return std::nullopt; },
-                            .ownWindowHasKeyboard = [this] { return ownWindowHasKeyboard; }};
+                            .ownWindowHasKeyboard = [this](auto) { return ownWindowHasKeyboard; }};
     return X11Desktop::open(display, scale, std::move(hooks), log);
   }
 

@@ -101,9 +101,9 @@ class X11HitTest : public testing::Test {
   }
 
   void forgetEverything() {
-    x11 = X11Desktop::open(desktop->display(), 1,
-                           {[](const std::string&) { return std::nullopt; }, [] { return false; }},
-                           log)
+    x11 = X11Desktop::open(
+              desktop->display(), 1,
+              {[](const std::string&) { return std::nullopt; }, [](auto) { return false; }}, log)
               .value();
   }
 

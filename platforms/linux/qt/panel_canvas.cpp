@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QTimer>
 #include <QTimerEvent>
 #include <QToolTip>
 #include <QWindow>
@@ -27,6 +28,7 @@ namespace pellow {
 namespace {
 
 constexpr int frameInterval = 16;  // milliseconds
+constexpr int pointerPause = 100;  // while the server does not say where the pointer is
 
 QRegion regionOf(const std::vector<PanelCanvas::Corners>& backdrops, QSize size) {
   QBitmap shape(size);
@@ -256,6 +258,10 @@ void PanelCanvas::lookForPointerSoon() {
 }
 
 void PanelCanvas::lookForPointer() {
+  if (!hints_.serverAnswers()) {
+    QTimer::singleShot(pointerPause, this, [this] { lookForPointer(); });
+    return;
+  }
   willLookForPointer_ = false;
   const auto point = mapFromGlobal(QPointF(QCursor::pos()));
   const bool inside = isVisible() && QRectF(rect()).contains(point) && underMouse();

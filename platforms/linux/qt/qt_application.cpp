@@ -34,6 +34,9 @@ int& prepare(int& argumentCount) {
   outliveSessionManager();
   // No OpenGL for widgets: its libraries cost more than the rest of the program.
   if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION")) qputenv("QT_XCB_GL_INTEGRATION", "none");
+  // With XInput 2 Qt asks the server for the state of wheels whenever the pointer enters a window,
+  // and waits for the answer. Nothing here scrolls more smoothly than by steps.
+  if (!qEnvironmentVariableIsSet("QT_XCB_NO_XI2")) qputenv("QT_XCB_NO_XI2", "1");
   return argumentCount;
 }
 

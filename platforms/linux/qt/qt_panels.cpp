@@ -77,7 +77,7 @@ class QtPanels::QtPanel final : public Panel {
     if (canvas_->isVisible()) return panels_.raise(*canvas_);
     panels_.hints_.prepareForMapping(window(), level_);
     panels_.hints_.setManaged(window(),
-                              !canvas_->ignoresMouseEvents() && !panels_.stretchesDocks_());
+                              !canvas_->ignoresMouseEvents() && !panels_.around_.stretchesDocks());
     canvas_->show();
     canvas_->raise();
   }
@@ -96,14 +96,14 @@ class QtPanels::QtPanel final : public Panel {
     return canvas_ != &other && canvas_->geometry().intersects(other.geometry());
   }
 
-  void placeAnew() { canvas_->placeAnew(toQt(panels_.toPixels_(motion_.shown().frame))); }
+  void placeAnew() { canvas_->placeAnew(toQt(panels_.around_.toPixels(motion_.shown().frame))); }
 
   void compositorChanged() { canvas_->setTranslucent(panels_.compositor_.isRunning()); }
 
  private:
   void show(const PanelLook& look) {
     if (canvas_->windowOpacity() != look.opacity) canvas_->setWindowOpacity(look.opacity);
-    const auto geometry = toQt(panels_.toPixels_(look.frame));
+    const auto geometry = toQt(panels_.around_.toPixels(look.frame));
     if (geometry == canvas_->geometry()) return;
     canvas_->setGeometry(geometry);
     canvas_->lookForPointerSoon();
@@ -123,8 +123,8 @@ class QtPanels::QtPanel final : public Panel {
   PanelLevel level_ = PanelLevel::statusWindow;
 };
 
-QtPanels::QtPanels(MainQueue& queue, ToPixels toPixels, std::function<bool()> stretchesDocks)
-    : queue_(queue), toPixels_(std::move(toPixels)), stretchesDocks_(std::move(stretchesDocks)) {
+QtPanels::QtPanels(MainQueue& queue, Surroundings surroundings)
+    : queue_(queue), around_(std::move(surroundings)), hints_(around_.serverAnswers) {
   compositor_.onChange([this] {
     for (auto* const panel : panels_) panel->compositorChanged();
   });

@@ -17,11 +17,17 @@ namespace pellow {
 // shadows, or none, by their own settings. Outlives its panels.
 class QtPanels final : public Panels {
  public:
-  using ToPixels = std::function<PixelRect(const AppKitRect&)>;
+  // What panels must know of the desktop.
+  struct Surroundings {
+    // Where a rectangle lies on the X screen.
+    std::function<PixelRect(const AppKitRect&)> toPixels;
+    // Whether the window manager makes a bar of each dock: panels are then left to themselves.
+    std::function<bool()> stretchesDocks;
+    // Whether the X server answers right now.
+    std::function<bool()> serverAnswers;
+  };
 
-  // `toPixels` says where a rectangle lies on the X screen, and `stretchesDocks` whether the window
-  // manager makes a bar of each dock: panels are then left to themselves.
-  QtPanels(MainQueue& queue, ToPixels toPixels, std::function<bool()> stretchesDocks);
+  QtPanels(MainQueue& queue, Surroundings surroundings);
   ~QtPanels() override;
 
   std::unique_ptr<Panel> makePanel(std::string name, WindowShadow shadow) override;
@@ -35,8 +41,7 @@ class QtPanels final : public Panels {
   void raise(PanelCanvas& canvas);
 
   MainQueue& queue_;
-  ToPixels toPixels_;
-  std::function<bool()> stretchesDocks_;
+  Surroundings around_;
   PictureSource pictures_;
   WindowHints hints_;
   Compositor compositor_;

@@ -15,8 +15,9 @@ constexpr std::uint32_t allDesktops = 0xFFFFFFFF;
 
 }  // namespace
 
-WindowHints::WindowHints()
-    : connection_(qtConnection()),
+WindowHints::WindowHints(std::function<bool()> serverAnswers)
+    : serverAnswers_(std::move(serverAnswers)),
+      connection_(qtConnection()),
       state_(internAtom(connection_, "_NET_WM_STATE")),
       above_(internAtom(connection_, "_NET_WM_STATE_ABOVE")),
       below_(internAtom(connection_, "_NET_WM_STATE_BELOW")),
@@ -59,6 +60,7 @@ void WindowHints::prepareForMapping(xcb_window_t window, PanelLevel level) const
 }
 
 bool WindowHints::isInFront(xcb_window_t window, const std::set<xcb_window_t>& butFor) const {
+  if (!serverAnswers()) return false;
   const auto cookie = xcb_get_property(connection_, 0, rootWindow(connection_), stacking_,
                                        XCB_ATOM_WINDOW, 0, UINT32_MAX / 4);
   const Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_, cookie, nullptr));

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <set>
 #include <span>
 #include <string>
@@ -16,7 +17,11 @@ namespace pellow {
 // What the window manager and other programs read about the program's own windows. Main thread.
 class WindowHints {
  public:
-  WindowHints();
+  // `serverAnswers` says whether the X server answers right now.
+  explicit WindowHints(std::function<bool()> serverAnswers = [] { return true; });
+
+  // To be asked before a call that waits for the server.
+  bool serverAnswers() const { return serverAnswers_(); }
 
   // WM_CLASS: `name`, for example "pellow-strip", and the class "pellow". For a window that is not
   // mapped yet.
@@ -39,7 +44,8 @@ class WindowHints {
   // Brings an ordinary window to the front and gives it the keyboard, whatever has it now.
   void activate(xcb_window_t window) const;
 
-  // Whether the window manager keeps only windows of this set in front of it.
+  // Whether the window manager keeps only windows of this set in front of it; false while the
+  // server does not answer.
   bool isInFront(xcb_window_t window, const std::set<xcb_window_t>& butFor) const;
 
   // Moves a mapped window to the level.
@@ -51,6 +57,7 @@ class WindowHints {
   void askForState(xcb_window_t window, bool add, xcb_atom_t state) const;
   void ask(xcb_window_t window, xcb_atom_t what, std::array<std::uint32_t, 4> data) const;
 
+  std::function<bool()> serverAnswers_;
   xcb_connection_t* connection_;
   xcb_atom_t state_;
   xcb_atom_t above_;

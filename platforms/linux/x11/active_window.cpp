@@ -12,7 +12,7 @@ ActiveWindow::ActiveWindow(X11Server& server, WindowEvents& windowEvents)
 }
 
 void ActiveWindow::refresh() {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   const auto active = activeWindow(server_, deadline);
   if (!active) return;
   auto found = lookAtAll(server_, {*active}, Facet::state | Facet::kind, deadline);
@@ -30,11 +30,11 @@ void ActiveWindow::refresh() {
 }
 
 void ActiveWindow::windowChanged() {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   const auto now = look(server_, window_, Facet::state, deadline);
   const bool isAway =
       now ? isIconified(server_, now->state, deadline) : now.error() == AXError::invalidUIElement;
-  if (!isAway) return;
+  if (!isAway || hasPassed(deadline)) return;
   window_ = {};
   pid_ = 0;
   windowWatch_.cancel();

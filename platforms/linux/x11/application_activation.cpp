@@ -49,15 +49,18 @@ bool activateApplication(X11Server& server, Foreground& foreground, ProcessID pi
 ApplicationActivation::ApplicationActivation(X11Server& server, ActiveWindow& activeWindow)
     : server_(server),
       activeWatch_(activeWindow.onChange([this](const ActiveWindow::Change& change) {
+        last_ = change.pid;
         if (change.isOfOtherApplication) observers_.notify(change.pid);
       })) {}
 
-std::optional<ProcessID> ApplicationActivation::frontmost() const {
-  const Deadline deadline = deadlineIn(serverPatience);
+std::optional<ProcessID> ApplicationActivation::frontmost() {
+  const Deadline deadline = server_.patience();
   const auto active = activeWindow(server_, deadline);
-  if (!active) return std::nullopt;
-  const ProcessID pid = owningProcesses(server_, {*active}, deadline).front();
-  return pid == 0 ? std::nullopt : std::optional(pid);
+  const ProcessID pid = active ? owningProcesses(server_, {*active}, deadline).front() : 0;
+  const auto now = pid == 0 ? std::nullopt : std::optional(pid);
+  if (!deadline.hold) return now;
+  if (!hasPassed(deadline)) last_ = now;
+  return last_;
 }
 
 }  // namespace pellow

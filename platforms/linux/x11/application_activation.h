@@ -14,12 +14,13 @@ namespace pellow {
 bool activateApplication(X11Server& server, Foreground& foreground, ProcessID pid,
                          Deadline deadline);
 
-// The application that has the keys. Main thread.
+// The application that has the keys. Main thread unless told otherwise.
 class ApplicationActivation {
  public:
   ApplicationActivation(X11Server& server, ActiveWindow& activeWindow);
 
-  std::optional<ProcessID> frontmost() const;
+  // The main loop gets the last one known while the server does not answer. Any thread.
+  std::optional<ProcessID> frontmost();
 
   // Another application has got them.
   Subscription onChange(std::function<void(ProcessID)> observer) {
@@ -28,6 +29,7 @@ class ApplicationActivation {
 
  private:
   X11Server& server_;
+  std::optional<ProcessID> last_;
   Subscription activeWatch_;
   HandlerList<void(ProcessID)> observers_;
 };

@@ -38,9 +38,10 @@ void ApplicationEvents::windowsChanged() {
   std::erase_if(applications_, [](const auto& entry) {
     return entry.second.minimized.isEmpty() && entry.second.focused.isEmpty();
   });
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
   const auto owners = owningProcesses(server_, windows, deadline);
+  if (hasPassed(deadline)) return;
   std::map<xcb_window_t, ProcessID> wanted;
   for (std::size_t i = 0; i < windows.size(); ++i) {
     const auto application = applications_.find(owners[i]);
@@ -56,17 +57,18 @@ void ApplicationEvents::windowsChanged() {
 }
 
 void ApplicationEvents::watch(xcb_window_t window, ProcessID pid) {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   auto changes = windowEvents_.observe(window, [this, window] { windowChanged(window); });
   auto found = lookAtAll(server_, {window}, Facet::state | Facet::kind, deadline);
   giveIdentities(server_, found, deadline);
-  if (found.empty()) return;
+  const bool isMinimizedNow = !found.empty() && isMinimized(server_, found.front().state, deadline);
+  if (found.empty() || hasPassed(deadline)) return;
   auto& watched = watched_[window];
   watched = {.pid = pid, .window = found.front().key()};
   // A dialog goes with its window; that says nothing about the dialog.
   const auto kind = found.front().kind;
   if (kind == WindowKind::furniture || kind == WindowKind::dialog) return;
-  watched.isMinimized = isMinimized(server_, found.front().state, deadline);
+  watched.isMinimized = isMinimizedNow;
   watched.changes = std::move(changes);
 }
 
@@ -74,16 +76,17 @@ void ApplicationEvents::windowChanged(xcb_window_t window) {
   const auto found = watched_.find(window);
   if (found == watched_.end()) return;
   auto& watched = found->second;
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   const auto facts = look(server_, watched.window, Facet::state, deadline);
   if (!facts) {
     if (facts.error() == AXError::invalidUIElement) watched_.erase(found);
     return;
   }
   const bool isNow = isMinimized(server_, facts->state, deadline);
-  const bool wasBefore = std::exchange(watched.isMinimized, isNow);
-  if (wasBefore || !isNow) return;
-  if (!tellsOfMinimizing()) return;
+  const bool isNews = isNow && !watched.isMinimized && tellsOfMinimizing();
+  if (hasPassed(deadline)) return;
+  watched.isMinimized = isNow;
+  if (!isNews) return;
   const auto application = applications_.find(watched.pid);
   if (application == applications_.end()) return;
   // Copies: a handler may change the maps.
@@ -96,7 +99,7 @@ void ApplicationEvents::windowChanged(xcb_window_t window) {
 bool ApplicationEvents::isDesktopShown() const {
   auto& connection = server_.connection();
   const auto property = connection.property(connection.root(), server_.atoms().netShowingDesktop)
-                            .collect(deadlineIn(serverPatience));
+                            .collect(server_.patience());
   return property && property->firstWord().value_or(0) != 0;
 }
 

@@ -48,8 +48,8 @@ std::optional<Image> ApplicationFaces::icon(const DesktopEntry* entry, ProcessID
   if (entry && !entry->icon.empty())
     if (auto image = themeIcon(entry->icon)) return image;
   if (const auto known = windowIcons_.find(pid); known != windowIcons_.end()) return known->second;
-  const auto facts = WindowLook(server_, server_.connection(), window, Facet::icon)
-                         .collect(deadlineIn(serverPatience));
+  const auto facts =
+      WindowLook(server_, server_.connection(), window, Facet::icon).collect(server_.patience());
   const auto image =
       facts ? PixelImage::fromIconProperty(facts->icon, server_.layout().scale) : std::nullopt;
   if (!image) return themeIcon(anyApplicationIcon);

@@ -30,7 +30,7 @@ bool isApplicationHidden(X11Server& server, ProcessID pid, Deadline deadline) {
 ApplicationHiding::ApplicationHiding(X11Server& server, Iconifier& iconifier,
                                      WindowEvents& windowEvents)
     : server_(server), iconifier_(iconifier), windowEvents_(windowEvents) {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
   for (const auto& window : lookAtAll(server_, windows, Facet::state, deadline))
     if (window.state.belongsToHiddenApplication) watch(window.window);
@@ -41,12 +41,12 @@ ApplicationHiding::ApplicationHiding(X11Server& server, Iconifier& iconifier,
 
 bool ApplicationHiding::hide(ProcessID pid) {
   if (pid == getpid()) return false;
-  auto own = lookAtWindowsOf(server_, pid, Facet::state | Facet::kind, deadlineIn(serverPatience));
+  auto own = lookAtWindowsOf(server_, pid, Facet::state | Facet::kind, server_.patience());
   std::erase_if(own,
                 [](const WindowFacts& window) { return window.kind == WindowKind::furniture; });
   if (own.empty()) return false;
 
-  const Deadline deadline = deadlineIn(hidePatience);
+  const Deadline deadline = server_.patience(hidePatience);
   const auto desktop = currentDesktop(server_, deadline);
   std::vector<WindowKey> shown;
   giveIdentities(server_, own, deadline);
@@ -57,6 +57,7 @@ bool ApplicationHiding::hide(ProcessID pid) {
     if (window.state.isOn(desktop) && !isIconified(server_, window.state, deadline))
       shown.push_back(window.key());
   }
+  if (deadline.hasMetSilence()) return false;
   // Before they go, so that nobody ever takes one of these windows for minimized, and none comes
   // back unseen.
   for (const auto& window : shown) {
@@ -64,6 +65,7 @@ bool ApplicationHiding::hide(ProcessID pid) {
     watch(window.window);
   }
   const bool isHidden = iconifier_.iconify(shown, deadline);
+  if (deadline.hasMetSilence()) return false;
   server_.setHidden(pid, isHidden);
   if (!isHidden) takeBack(shown);
   return isHidden;
@@ -73,7 +75,7 @@ bool ApplicationHiding::hide(ProcessID pid) {
 // marks, and are shown again if they do; those it refuses to iconify never do.
 void ApplicationHiding::takeBack(const std::vector<WindowKey>& windows) {
   std::vector<WindowKey> followed;
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   for (const auto& window : windows) {
     const auto facts = look(server_, window, Facet::state, deadline);
     if (facts && isIconified(server_, facts->state, deadline)) {
@@ -87,10 +89,11 @@ void ApplicationHiding::takeBack(const std::vector<WindowKey>& windows) {
 }
 
 bool ApplicationHiding::unhide(ProcessID pid) {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   std::vector<WindowKey> hidden;
-  auto own = lookAtWindowsOf(server_, pid, Facet::state, deadlineIn(serverPatience));
+  auto own = lookAtWindowsOf(server_, pid, Facet::state, deadline);
   giveIdentities(server_, own, deadline);
+  if (deadline.hasMetSilence()) return false;
   for (const auto& window : own) {
     const auto known = hidden_.find(window.window);
     const bool mayFollowYet = known != hidden_.end() && known->second.isToShow &&
@@ -104,7 +107,9 @@ bool ApplicationHiding::unhide(ProcessID pid) {
 }
 
 void ApplicationHiding::showAgain(const std::vector<WindowKey>& windows) {
-  iconifier_.deiconify(windows, deadlineIn(hidePatience));
+  const Deadline deadline = server_.patience(hidePatience);
+  iconifier_.deiconify(windows, deadline);
+  if (deadline.hasMetSilence()) return;
   // The marks go last, for the reason they came first.
   for (const auto& window : windows) mark(window.window, false);
   server_.connection().flush();
@@ -127,7 +132,7 @@ void ApplicationHiding::watch(xcb_window_t window) {
 void ApplicationHiding::windowChanged(xcb_window_t window) {
   const auto known = hidden_.find(window);
   if (known == hidden_.end()) return;
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   const auto facts =
       WindowLook(server_, server_.connection(), window, Facet::state).collect(deadline);
   if (!facts) {
@@ -141,7 +146,8 @@ void ApplicationHiding::windowChanged(xcb_window_t window) {
   }
   // Everything is looked at again once a window manager that takes over has settled.
   if (!server_.isWindowManagerSettled(deadline)) return;
-  if (isIconified(server_, facts->state, deadline) != known->second.isToShow) return;
+  const bool isAway = isIconified(server_, facts->state, deadline);
+  if (isAway != known->second.isToShow || deadline.hasMetSilence()) return;
   const ProcessID owner = owningProcesses(server_, {window}, deadline).front();
   if (owner != 0) unhide(owner);
 }

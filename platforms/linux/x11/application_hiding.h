@@ -20,7 +20,7 @@ class ApplicationHiding {
   // Takes over the applications that a crashed Pellow had hidden.
   ApplicationHiding(X11Server& server, Iconifier& iconifier, WindowEvents& windowEvents);
 
-  // As `Workspace` has it.
+  // As `Workspace` has it. Half done when the server falls silent: then to be called once more.
   bool hide(ProcessID pid);
   bool unhide(ProcessID pid);
 

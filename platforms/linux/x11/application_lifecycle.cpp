@@ -31,10 +31,11 @@ ApplicationLifecycle::ApplicationLifecycle(X11Server& server, int pollSet)
 }
 
 void ApplicationLifecycle::windowsChanged() {
-  const auto windows =
-      clientList(server_, server_.atoms().netClientList, deadlineIn(serverPatience));
-  auto owners = ownersOf(windows);
-  keepClientsWithoutProcess(owners);
+  const Deadline deadline = server_.patience();
+  auto owners = ownersOf(clientList(server_, server_.atoms().netClientList, deadline), deadline);
+  keepClientsWithoutProcess(owners, deadline);
+  const auto launches = launchesAmong(owners, deadline);
+  if (hasPassed(deadline)) return;
   std::set<ProcessID> now;
   for (const auto& [window, pid] : owners) now.insert(pid);
   std::vector<ProcessID> gone;
@@ -42,12 +43,15 @@ void ApplicationLifecycle::windowsChanged() {
   for (const auto pid : now) leaving_.erase(pid);
   withWindows_ = std::move(now);
   for (const auto pid : gone) watchForEnd(pid);
-  notice(owners);
+  owners_ = std::move(owners);
+  server_.setOwners(owners_);
+  for (const auto pid : launches)
+    if (regular_.insert(pid).second) launchObservers_.notify(pid);
 }
 
 ApplicationLifecycle::Owners ApplicationLifecycle::ownersOf(
-    const std::vector<xcb_window_t>& windows) const {
-  const auto processes = owningProcesses(server_, windows, deadlineIn(serverPatience));
+    const std::vector<xcb_window_t>& windows, Deadline deadline) const {
+  const auto processes = owningProcesses(server_, windows, deadline);
   Owners owners;
   for (std::size_t i = 0; i < windows.size(); ++i)
     if (processes[i] != 0 && processes[i] != getpid()) owners[windows[i]] = processes[i];
@@ -56,8 +60,7 @@ ApplicationLifecycle::Owners ApplicationLifecycle::ownersOf(
 
 // Only its windows tell whether such a client lives on, and a window manager that takes over may
 // list none of them for a moment.
-void ApplicationLifecycle::keepClientsWithoutProcess(Owners& now) const {
-  const Deadline deadline = deadlineIn(serverPatience);
+void ApplicationLifecycle::keepClientsWithoutProcess(Owners& now, Deadline deadline) const {
   for (const auto& [window, pid] : owners_) {
     if (pid > 0 || now.contains(window)) continue;
     const auto facts = WindowLook(server_, server_.connection(), window, Facet{}).collect(deadline);
@@ -65,20 +68,18 @@ void ApplicationLifecycle::keepClientsWithoutProcess(Owners& now) const {
   }
 }
 
-void ApplicationLifecycle::notice(const Owners& now) {
+std::vector<ProcessID> ApplicationLifecycle::launchesAmong(const Owners& now,
+                                                           Deadline deadline) const {
   std::vector<xcb_window_t> fresh;
   for (const auto& [window, pid] : now) {
     const auto before = owners_.find(window);
     const bool isKnown = before != owners_.end() && before->second == pid;
     if (!isKnown && !regular_.contains(pid)) fresh.push_back(window);
   }
-  owners_ = now;
-  server_.setOwners(now);
   std::vector<ProcessID> launches;
-  for (const auto& window : lookAtAll(server_, fresh, taskbarFacets, deadlineIn(serverPatience)))
-    if (const auto pid = now.at(window.window); isInTaskbar(window) && regular_.insert(pid).second)
-      launches.push_back(pid);
-  for (const auto pid : launches) launchObservers_.notify(pid);
+  for (const auto& window : lookAtAll(server_, fresh, taskbarFacets, deadline))
+    if (isInTaskbar(window)) launches.push_back(now.at(window.window));
+  return launches;
 }
 
 void ApplicationLifecycle::watchForEnd(ProcessID pid) {

@@ -39,9 +39,9 @@ class ApplicationLifecycle {
  private:
   using Owners = std::map<xcb_window_t, ProcessID>;
 
-  Owners ownersOf(const std::vector<xcb_window_t>& windows) const;
-  void keepClientsWithoutProcess(Owners& now) const;
-  void notice(const Owners& now);
+  Owners ownersOf(const std::vector<xcb_window_t>& windows, Deadline deadline) const;
+  void keepClientsWithoutProcess(Owners& now, Deadline deadline) const;
+  std::vector<ProcessID> launchesAmong(const Owners& now, Deadline deadline) const;
   void watchForEnd(ProcessID pid);
   void end(ProcessID pid);
 

@@ -60,7 +60,7 @@ class Announcement {
 
 std::optional<std::string> gsettingsText(const std::string& schema, const std::string& key,
                                          Deadline deadline) {
-  const auto output = outputOf({"gsettings", "get", schema, key}, deadline);
+  const auto output = outputOf({"gsettings", "get", schema, key}, deadline.end);
   if (!output) return std::nullopt;
   const auto quoted = trimmed(*output);
   if (quoted.size() < 2 || quoted.front() != '\'' || quoted.back() != '\'') return std::nullopt;

@@ -28,8 +28,8 @@ std::expected<void, AXError> Foreground::raise(const WindowKey& window, Deadline
 
 void Foreground::activate(xcb_window_t window) {
   auto& connection = server_.connection();
-  const auto facts =
-      WindowLook(server_, connection, window, Facet::state).collect(deadlineIn(activatePatience));
+  const auto facts = WindowLook(server_, connection, window, Facet::state)
+                         .collect(server_.patience(activatePatience));
   connection.sendToWindowManager(window, server_.atoms().netActiveWindow,
                                  {sourcePager, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0});
   // Many window managers unshade what they activate.

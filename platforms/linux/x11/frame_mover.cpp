@@ -40,7 +40,7 @@ std::expected<FrameMover::Moved, AXError> FrameMover::askAndLook(const WindowFac
                                                                  Deadline deadline) {
   WindowWatch watch(server_, window.key());
   ask(window, target);
-  const Deadline prompt = std::min(deadlineIn(promptPatience), deadline);
+  const Deadline prompt = deadline.orIn(promptPatience);
   const auto hasMoved = [&](const WindowFacts& now) {
     return now.frame.origin() != window.frame.origin();
   };

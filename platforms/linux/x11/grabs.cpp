@@ -33,18 +33,18 @@ Grabs::Grabs(X11Server& server)
       hasXInput_(findXInput(server.connection())) {}
 
 bool Grabs::isReserved(std::uint8_t keycode, const std::vector<unsigned>& modifiers) const {
-  return isReserved(keycode, modifiers, deadlineIn(serverPatience));
+  return isReserved(keycode, modifiers, server_.patience());
 }
 
 bool Grabs::hideKey(std::uint8_t keycode, unsigned modifiers) const {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   const auto [keyboard, pointer] = taken(deadline);
   if (!keyboard || pointer) return keyboard;
   return !isReserved(keycode, {modifiers}, deadline) && !isOtherHeldKeyReserved(keycode, deadline);
 }
 
 bool Grabs::hideEverything() const {
-  const auto [keyboard, pointer] = taken(deadlineIn(serverPatience));
+  const auto [keyboard, pointer] = taken(server_.patience());
   return keyboard && pointer;
 }
 

@@ -86,18 +86,18 @@ std::optional<HeaderBars::Buttons> HeaderBars::buttons(const WindowFacts& window
   const auto key = window.key();
   const auto& content = window.content;
   const PixelSize size{content.width, content.height};
-  const auto now = std::chrono::steady_clock::now();
   const auto isThis = [&](const Reading& reading) { return reading.window == key; };
   std::optional<Buttons> told;
   std::unique_lock lock(mutex_);
-  std::erase_if(readings_, [&](const Reading& reading) { return reading.expiry <= now; });
+  std::erase_if(readings_, [&](const Reading& reading) { return hasPassed(reading.expiry); });
   const auto known = std::ranges::find_if(readings_, isThis);
   // An application that has told nothing would tell no more about another size.
   if (known != readings_.end() && (!known->buttons || known->size == size)) {
     told = known->buttons;
   } else {
     lock.unlock();
-    told = ask(window, now + (deadline - now) / 2);
+    const auto now = Deadline::Clock::now();
+    told = ask(window, {now + (deadline.end - now) / 2});
     if (told) moveBy(*told, -content.x, -content.y);
     lock.lock();
     std::erase_if(readings_, isThis);
@@ -115,7 +115,7 @@ std::optional<HeaderBars::Buttons> HeaderBars::ask(const WindowFacts& window, De
   if (!address || !address->exists()) return std::nullopt;
   const auto pid = owningProcesses(server_, {window.window}, deadline).front();
   if (pid <= 0) return std::nullopt;
-  const auto bus = AccessibilityBus::open(address->bytes, deadline);
+  const auto bus = AccessibilityBus::open(address->bytes, deadline.end);
   if (!bus) return std::nullopt;
   const auto application = bus->application(pid);
   if (!application) return std::nullopt;

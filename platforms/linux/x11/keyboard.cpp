@@ -9,7 +9,7 @@ namespace pellow {
 Keyboard::~Keyboard() { shutdown(xcb_get_file_descriptor(connection_->raw()), SHUT_RDWR); }
 
 Keyboard::Map Keyboard::map() {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   if (reading_.valid()) collect(deadline);
   if (isOutdated_ && !reading_.valid()) {
     isOutdated_ = false;
@@ -20,7 +20,11 @@ Keyboard::Map Keyboard::map() {
 }
 
 void Keyboard::collect(Deadline deadline) {
-  if (reading_.wait_until(deadline) != std::future_status::ready) return;
+  const auto isThere = [&](auto end) {
+    return reading_.wait_until(end) == std::future_status::ready;
+  };
+  while (!isThere(deadline.hold ? deadline.orIn(ServerHold::patience).end : deadline.end))
+    if (!deadline.hold || hasPassed(deadline) || !server_.answers()) return;
   if (auto map = reading_.get())
     map_ = std::move(map);
   else

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platforms/linux/x11/keyboard_map.h"
-#include "platforms/linux/x11/x11_connection.h"
+#include "platforms/linux/x11/x11_server.h"
 
 namespace pellow {
 
@@ -13,8 +13,8 @@ namespace pellow {
 // is a connection that nothing else waits for. Main thread.
 class Keyboard {
  public:
-  explicit Keyboard(std::unique_ptr<X11Connection> connection)
-      : connection_(std::move(connection)) {}
+  Keyboard(X11Server& server, std::unique_ptr<X11Connection> connection)
+      : server_(server), connection_(std::move(connection)) {}
   ~Keyboard();
   Keyboard(const Keyboard&) = delete;
   Keyboard& operator=(const Keyboard&) = delete;
@@ -31,6 +31,7 @@ class Keyboard {
   static Map read(xcb_connection_t* connection);
   void collect(Deadline deadline);
 
+  X11Server& server_;
   std::unique_ptr<X11Connection> connection_;
   Map map_ = std::make_shared<KeyboardMap>();
   bool isOutdated_ = true;

@@ -48,10 +48,18 @@ class ParkedFrames {
   void noteMoved(const WindowKey& window, Deadline deadline);
 
  private:
+  using Turn = std::unique_lock<std::timed_mutex>;
+
+  // None if the one who has it waits for a server that does not answer the main thread.
+  Turn turn(Deadline deadline);
+  std::optional<Parked> parked(const WindowKey& window) const;
+  void set(const WindowKey& window, const std::optional<Parked>& parked);
+
   X11Server& server_;
   WindowStates& states_;
   FrameMover& mover_;
-  mutable std::mutex mutex_;
+  std::timed_mutex turns_;    // of those that look and then act
+  mutable std::mutex mutex_;  // held by nobody who waits
   std::map<xcb_window_t, Parked> parked_;
 };
 

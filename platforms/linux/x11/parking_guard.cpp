@@ -27,16 +27,19 @@ void ParkingGuard::handle(const xcb_generic_event_t& event) {
 }
 
 void ParkingGuard::dispatch() {
+  if (moved_.empty() || !server_.answers()) return;
   const auto moved = std::exchange(moved_, {});
   const auto perhapsBack = std::exchange(perhapsBack_, {});
-  const bool isArranged = std::chrono::steady_clock::now() < arrangementEnd_;
-  if (moved.empty()) return;
-  const Deadline deadline = deadlineIn(serverPatience);
+  const bool isArranged = !hasPassed(arrangementEnd_);
+  const Deadline deadline = server_.patience();
   for (const auto& [window, isManagerLate] : frames_.all()) {
     const auto& concerned = isArranged || isManagerLate ? moved : perhapsBack;
     if (!concerned.contains(window.window)) continue;
     isArranged ? frames_.parkAgain(window, deadline) : frames_.noteMoved(window, deadline);
   }
+  if (!hasPassed(deadline)) return;
+  moved_.insert(moved.begin(), moved.end());
+  perhapsBack_.insert(perhapsBack.begin(), perhapsBack.end());
 }
 
 }  // namespace pellow

@@ -326,7 +326,7 @@ ButtonLayout TitleBars::layoutOf(const TitleBarStyle& style, Deadline deadline) 
   {
     const std::lock_guard lock(mutex_);
     const auto& reading = readings_[&style];
-    if (reading.expiry > std::chrono::steady_clock::now()) return reading.layout;
+    if (!hasPassed(reading.expiry)) return reading.layout;
   }
   auto layout = style.readLayout(server_, deadline);
   const bool isInTime = !hasPassed(deadline);

@@ -15,7 +15,9 @@ void WindowEvents::select(xcb_window_t window) {
       xcb_change_window_attributes_checked(events_.raw(), window, XCB_CW_EVENT_MASK, &mask);
   // Waits, so that no look at the window over another connection overtakes the selection. The
   // window may be gone; the look finds out.
-  (void)events_.check(cookie, deadlineIn(serverPatience));
+  const Deadline deadline = server_.patience();
+  (void)events_.check(cookie, deadline);
+  if (hasPassed(deadline)) changed_.insert(window);
 }
 
 void WindowEvents::handle(const xcb_generic_event_t& event) {
@@ -50,13 +52,18 @@ void WindowEvents::noteAll() {
 }
 
 void WindowEvents::dispatch() {
-  for (const auto window : std::exchange(changed_, {})) {
+  if (!changed_.empty() && !server_.answers()) return;
+  const Deadline deadline = server_.patience();
+  const auto changed = std::exchange(changed_, {});
+  for (const auto window : changed) {
     const auto found = observers_.find(window);
     if (found == observers_.end()) continue;
     // A copy shares the handlers: they may change the map.
     const auto observers = found->second;
     observers.notify();
   }
+  // Some of them may not have found out what has changed.
+  if (hasPassed(deadline)) changed_.insert(changed.begin(), changed.end());
   forgetUnobserved();
 }
 

@@ -72,7 +72,7 @@ void WindowParking::finishInterruptedMoves() {
   // What the dead Pellow asked for happens before anybody looks, and before windows of this process
   // may get the numbers of its windows.
   awaitWindowManager(server_);
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   const auto windows = clientList(server_, server_.atoms().netClientList, deadline);
   const auto layout = server_.layout();
   for (const auto& window : lookAtAll(server_, windows, placeFacets, deadline)) {

@@ -329,7 +329,7 @@ void WindowPhotographer::awaitRepaint(const Redirection& redirection, const Subj
                                       Coverage& missing) {
   const Deadline end = deadlineIn(repaintPatience);
   Deadline settled = deadlineIn(leastRepaintTime);
-  while (steady_clock::now() < end) {
+  while (!hasPassed(end)) {
     const auto event = connection_.waitForEvent(missing.isComplete() ? settled : end);
     if (!event) return;
     const auto area = redirection.painted(*event);

@@ -39,7 +39,7 @@ std::expected<WindowFacts, AXError> WindowWatch::lookUntil(Facet facets, Seconds
   for (;;) {
     auto facts = look(server_, window_, facets, deadline);
     if (!facts || condition(*facts)) return facts;
-    if (!end) end = std::min(deadlineIn(patience), deadline);
+    if (!end) end = deadline.orIn(patience);
     if (!wait(*end)) return facts;
   }
 }
@@ -54,7 +54,7 @@ std::expected<WindowFacts, AXError> WindowWatch::lookAfterManagerActed(Deadline 
     const bool isAnswered = isAnswered_;
     auto facts = look(server_, window_, placeFacets, deadline);
     if (!facts || isAnswered || isDone(*facts)) return facts;
-    if (!end) end = std::min(deadlineIn(stepPatience), deadline);
+    if (!end) end = deadline.orIn(stepPatience);
     if (!wait(*end)) return facts;
   }
 }

@@ -10,16 +10,29 @@
 
 #include <fmt/format.h>
 
+#include "platforms/linux/x11/server_hold.h"
+
 namespace pellow {
 
 using std::chrono::steady_clock;
 
 Deadline deadlineIn(Seconds seconds) {
-  return steady_clock::now() + std::chrono::duration_cast<steady_clock::duration>(
-                                   std::chrono::duration<double>(std::clamp(seconds, 0.0, 3600.0)));
+  return {steady_clock::now() +
+          std::chrono::duration_cast<steady_clock::duration>(
+              std::chrono::duration<double>(std::clamp(seconds, 0.0, 3600.0)))};
 }
 
-bool hasPassed(Deadline deadline) { return steady_clock::now() >= deadline; }
+Deadline Deadline::orIn(Seconds seconds) const {
+  auto earlier = *this;
+  earlier.end = std::min(end, deadlineIn(seconds).end);
+  return earlier;
+}
+
+bool Deadline::hasMetSilence() const { return hold && hold->unanswered() != unanswered; }
+
+bool hasPassed(Deadline deadline) {
+  return deadline.hasMetSilence() || steady_clock::now() >= deadline.end;
+}
 
 std::vector<std::uint32_t> XProperty::words() const {
   if (format != 32) return {};
@@ -89,19 +102,24 @@ void X11Connection::flush() {
   while (auto* event = xcb_poll_for_queued_event(connection_)) keep(event);
 }
 
+void X11Connection::signalEvent() const { eventfd_write(eventSignal_, 1); }
+
 void X11Connection::keep(xcb_generic_event_t* event) {
   events_.emplace_back(event);
   if (eventSignal_ >= 0)
-    eventfd_write(eventSignal_, 1);
+    signalEvent();
   else if (constexpr std::size_t most = 10'000; events_.size() > most)
     events_.pop_front();  // nobody waits for them: errors about windows that are gone
 }
 
+bool X11Connection::isAnswered(Deadline deadline) {
+  auto question = pending<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_));
+  return question.collect(deadline).has_value();
+}
+
 std::expected<void, AXError> X11Connection::check(xcb_void_cookie_t cookie, Deadline deadline) {
   // A reply to a later request tells that the checked one has been handled.
-  auto fence = pending<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection_));
-  const auto handled = fence.collect(deadline);
-  if (!handled) return std::unexpected(handled.error());
+  if (!isAnswered(deadline)) return std::unexpected(AXError::cannotComplete);
   const XReply<xcb_generic_error_t> error(xcb_request_check(connection_, cookie));
   if (error) return std::unexpected(axError(*error));
   return {};
@@ -121,24 +139,41 @@ void X11Connection::sendToWindowManager(xcb_window_t window, xcb_atom_t type,
 }
 
 std::expected<void*, AXError> X11Connection::waitForReply(unsigned sequence, Deadline deadline) {
-  flush();
-  for (;;) {
-    void* reply = nullptr;
-    xcb_generic_error_t* rawError = nullptr;
-    const int answered = xcb_poll_for_reply(connection_, sequence, &reply, &rawError);
-    const XReply<xcb_generic_error_t> error(rawError);
-    if (reply) return reply;
-    if (error) return std::unexpected(axError(*error));
-    if (answered || isLost()) return std::unexpected(AXError::cannotComplete);
-    if (read(deadline)) continue;
-    xcb_discard_reply(connection_, sequence);
-    return std::unexpected(AXError::cannotComplete);
+  auto* const hold = deadline.hold;
+  if (!hold || !hold->isOn()) {
+    flush();
+    const Deadline end = hold ? deadline.orIn(ServerHold::patience) : deadline;
+    do {
+      if (const auto answer = pollForReply(sequence)) return *answer;
+    } while (read(end));
   }
+  xcb_discard_reply(connection_, sequence);
+  if (hold) hold->noteUnanswered();
+  return std::unexpected(AXError::cannotComplete);
+}
+
+std::optional<std::expected<void*, AXError>> X11Connection::pollForReply(unsigned sequence) {
+  void* reply = nullptr;
+  xcb_generic_error_t* rawError = nullptr;
+  const int answered = xcb_poll_for_reply(connection_, sequence, &reply, &rawError);
+  const XReply<xcb_generic_error_t> error(rawError);
+  if (reply) return reply;
+  if (error) return std::unexpected(axError(*error));
+  if (answered || isLost()) return std::unexpected(AXError::cannotComplete);
+  return std::nullopt;
+}
+
+bool X11Connection::hasReply(unsigned sequence) {
+  read({});
+  const auto answer = pollForReply(sequence);
+  if (answer && *answer) std::free(**answer);
+  return answer.has_value();
 }
 
 bool X11Connection::read(Deadline deadline) {
   for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - steady_clock::now());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline.end - steady_clock::now());
     pollfd poller{xcb_get_file_descriptor(connection_), POLLIN, 0};
     const int ready = poll(&poller, 1, static_cast<int>(std::max<long>(left.count(), 0)));
     if (ready < 0 && errno == EINTR) continue;
@@ -158,10 +193,12 @@ XEvent X11Connection::pollForEvent() {
 
 XEvent X11Connection::waitForEvent(Deadline deadline) {
   flush();
-  do {
+  for (;;) {
     if (auto event = pollForEvent()) return event;
-  } while (read(deadline));
-  return nullptr;
+    if (read(deadline.hold ? deadline.orIn(ServerHold::patience) : deadline)) continue;
+    const bool goesOn = deadline.hold && !hasPassed(deadline) && isAnswered(deadline);
+    if (!goesOn) return nullptr;
+  }
 }
 
 void X11Connection::dropEvents() {

@@ -28,8 +28,26 @@ template <class Reply>
 using XReply = std::unique_ptr<Reply, FreeDeleter>;
 using XEvent = XReply<xcb_generic_event_t>;
 
-// The moment until which something is waited for.
-using Deadline = std::chrono::steady_clock::time_point;
+class ServerHold;
+
+// The moment until which something is waited for; for the main loop also the moment at which the
+// server falls silent, if that is earlier.
+struct Deadline {
+  using Clock = std::chrono::steady_clock;
+
+  Clock::time_point end;
+  ServerHold* hold = nullptr;
+  unsigned unanswered = 0;  // questions, when this deadline was set
+
+  static Deadline max() { return {Clock::time_point::max()}; }
+  // Whether the server has let a question of the main loop go unanswered since it was set.
+  bool hasMetSilence() const;
+  // The same, but after so many seconds at the latest.
+  Deadline orIn(Seconds seconds) const;
+
+  auto operator<=>(const Deadline& other) const { return end <=> other.end; }
+  bool operator==(const Deadline& other) const { return end == other.end; }
+};
 Deadline deadlineIn(Seconds seconds);
 
 // How long to wait for the server, and how long where a wrong answer would be worse than a long
@@ -78,6 +96,8 @@ class PendingReply {
 
   // Waits for the reply; once.
   std::expected<XReply<Reply>, AXError> collect(Deadline deadline);
+  // Whether the reply, which nobody wants to collect any more, has come or never will.
+  bool hasBeenAnswered();
 
  private:
   X11Connection* connection_;  // null once collected
@@ -138,6 +158,10 @@ class X11Connection {
   // Counts up this eventfd when events arrive while a reply is waited for or requests are sent:
   // they have left the socket, and a main loop that waits for it would miss them.
   void setEventSignal(int eventDescriptor) { eventSignal_ = eventDescriptor; }
+  void signalEvent() const;
+
+  // Whether the server answers a question; an easy one.
+  bool isAnswered(Deadline deadline);
 
   // The next event, in order of arrival; nothing when none comes before the deadline.
   XEvent waitForEvent(Deadline deadline);
@@ -153,6 +177,9 @@ class X11Connection {
   X11Connection(xcb_connection_t* connection, int screenNumber);
 
   std::expected<void*, AXError> waitForReply(unsigned sequence, Deadline deadline);
+  // Nothing as long as it has not come.
+  std::optional<std::expected<void*, AXError>> pollForReply(unsigned sequence);
+  bool hasReply(unsigned sequence);
   // Takes in what the server has sent, after waiting for it; false at the deadline or the end.
   bool read(Deadline deadline);
   void keep(xcb_generic_event_t* event);
@@ -175,6 +202,12 @@ std::expected<XReply<Reply>, AXError> PendingReply<Reply>::collect(Deadline dead
   const auto reply = connection->waitForReply(sequence_, deadline);
   if (!reply) return std::unexpected(reply.error());
   return XReply<Reply>(static_cast<Reply*>(*reply));
+}
+
+template <class Reply>
+bool PendingReply<Reply>::hasBeenAnswered() {
+  if (connection_ && connection_->hasReply(sequence_)) connection_ = nullptr;
+  return !connection_;
 }
 
 }  // namespace pellow

@@ -15,6 +15,7 @@
 #include "platforms/linux/x11/instance_lock.h"
 #include "platforms/linux/x11/keyboard.h"
 #include "platforms/linux/x11/parking_guard.h"
+#include "platforms/linux/x11/server_hold.h"
 #include "platforms/linux/x11/window_manager.h"
 #include "platforms/linux/x11/x11_element.h"
 #include "platforms/linux/x11/x11_event_monitors.h"
@@ -79,6 +80,7 @@ struct X11Desktop::Parts {
         eventSignal(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
         pollSet(pollSetOf({xcb_get_file_descriptor(events->raw()), eventSignal.number()})),
         randrEvent(listenToScreen(*events, eventSignal.number())),
+        hold(*events),
         instanceLock(*events),
         grabs(*server),
         windowManager(*server),
@@ -90,7 +92,7 @@ struct X11Desktop::Parts {
         screens(*server, *events, windowEvents, grabs, scale),
         workspace(*server, windowManager.foreground(), windowManager.iconifier(), windowEvents,
                   activeWindow, pollSet.number(), std::move(hooks.loadIcon)),
-        keyboard(std::move(keyboardConnection)),
+        keyboard(*server, std::move(keyboardConnection)),
         eventMonitors(*server, *events, keyboard, grabs, pollSet.number(),
                       std::move(hooks.ownWindowHasKeyboard)),
         symbolicHotKeys(keyboard, grabs) {}
@@ -98,6 +100,8 @@ struct X11Desktop::Parts {
   void handle(const xcb_generic_event_t& event);
   void handleRootProperty(xcb_atom_t property);
   void actOnChanges();
+  // Keeps the flag for a later round if the server falls silent meanwhile.
+  void react(bool& flag, const std::function<void()>& act);
 
   const Log& log;
   std::unique_ptr<X11Server> server;
@@ -105,6 +109,7 @@ struct X11Desktop::Parts {
   FileDescriptor eventSignal;
   FileDescriptor pollSet;
   std::optional<std::uint8_t> randrEvent;
+  ServerHold hold;
   InstanceLock instanceLock;
   Grabs grabs;
   WindowManager windowManager;
@@ -125,6 +130,8 @@ struct X11Desktop::Parts {
   bool currentDesktopChanged = false;
   bool screensChanged = false;
   bool windowManagerChanged = false;
+  // What other threads asked to observe, while the server fell silent.
+  bool observersOutdated = false;
 };
 
 // What it says of itself is in several properties, and the last need not be one of the root window.
@@ -139,7 +146,7 @@ void X11Desktop::awaitWindowManager(const std::string& displayName, Seconds pati
   const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
   xcb_change_window_attributes(connection.raw(), connection.root(), XCB_CW_EVENT_MASK, &mask);
   while (!hasPassed(deadline) && !connection.isLost() && !(*server)->readWindowManager())
-    (void)connection.waitForEvent(std::min(deadline, deadlineIn(lookEvery)));
+    (void)connection.waitForEvent(deadline.orIn(lookEvery));
 }
 
 std::expected<std::unique_ptr<X11Desktop>, SystemError> X11Desktop::open(
@@ -169,6 +176,13 @@ SymbolicHotKeys& X11Desktop::symbolicHotKeys() { return parts_->symbolicHotKeys;
 
 bool X11Desktop::stretchesDocks() const { return parts_->server->windowManager().stretchesDocks; }
 
+void X11Desktop::setPatient(bool isPatient) {
+  parts_->server->setHold(isPatient ? nullptr : &parts_->hold);
+  if (isPatient) parts_->workspace.catchUp();
+}
+
+bool X11Desktop::serverAnswers() { return parts_->server->answers(); }
+
 void X11Desktop::setScale(double scale) { parts_->screens.setScale(scale); }
 
 std::unique_ptr<ScreenCapture> X11Desktop::makeScreenCapture(Queues& queues) {
@@ -180,11 +194,16 @@ int X11Desktop::fileDescriptor() const { return parts_->pollSet.number(); }
 bool X11Desktop::processEvents() {
   eventfd_t signals = 0;
   eventfd_read(parts_->eventSignal.number(), &signals);
-  parts_->errands.run();
+  if (!parts_->hold.isOn()) {
+    const Deadline deadline = parts_->server->patience();
+    parts_->errands.run();
+    parts_->observersOutdated |= deadline.hasMetSilence();
+  }
   while (const auto event = parts_->events->pollForEvent()) parts_->handle(*event);
+  parts_->workspace.catchUp();
   parts_->actOnChanges();
   parts_->workspace.processEnded();
-  parts_->eventMonitors.tellOfMovements();
+  parts_->eventMonitors.dispatch();
   parts_->events->flush();
   return !parts_->events->isLost();
 }
@@ -229,23 +248,35 @@ void X11Desktop::Parts::handleRootProperty(xcb_atom_t property) {
   if (property == atoms.netSupportingWMCheck) server->unsettleWindowManager();
 }
 
+void X11Desktop::Parts::react(bool& flag, const std::function<void()>& act) {
+  if (!std::exchange(flag, false)) return;
+  const Deadline deadline = server->patience();
+  act();
+  flag |= deadline.hasMetSilence();
+}
+
 void X11Desktop::Parts::actOnChanges() {
-  if (events->isLost()) return;
-  if (std::exchange(windowManagerChanged, false)) server->readWindowManager();
-  if (windowsChanged && server->settleWindowManager(deadlineIn(serverPatience))) {
+  if (events->isLost() || hold.isOn()) return;
+  const Deadline deadline = server->patience();
+  react(windowManagerChanged, [this] { server->readWindowManager(); });
+  if (windowsChanged && server->settleWindowManager(deadline)) {
     windowEvents.noteAll();
     parkingGuard.arrangementBegins();
   }
+  if (deadline.hasMetSilence()) return;
   screensChanged |= screens.isOutdated();
-  if (std::exchange(screensChanged, false) && screens.refresh()) parkingGuard.arrangementBegins();
+  react(screensChanged, [this] {
+    if (screens.refresh()) parkingGuard.arrangementBegins();
+  });
   if (std::exchange(currentDesktopChanged, false)) workspace.currentDesktopChanged();
   windowEvents.dispatch();
   parkingGuard.dispatch();
-  if (std::exchange(windowsChanged, false)) {
+  react(windowsChanged, [this] {
     accessibility.windowsChanged();
     workspace.windowsChanged();
-  }
-  if (std::exchange(activeWindowChanged, false)) activeWindow.refresh();
+  });
+  react(observersOutdated, [this] { accessibility.windowsChanged(); });
+  react(activeWindowChanged, [this] { activeWindow.refresh(); });
 }
 
 SystemError X11Desktop::connectionError() const {

@@ -31,8 +31,8 @@ class X11Desktop {
   struct Hooks {
     // The picture of a theme icon ("firefox") or an icon file ("/opt/x/x.png").
     std::function<std::optional<Image>(const std::string& iconName)> loadIcon;
-    // Whether a window of this process has the keyboard.
-    std::function<bool()> ownWindowHasKeyboard;
+    // Whether a window of this process has the keyboard; `focus` is the one that has it for X.
+    std::function<bool(std::uint32_t focus)> ownWindowHasKeyboard;
   };
 
   // Returns once a window manager that `open` accepts runs on the display, or after `patience`: a
@@ -63,6 +63,16 @@ class X11Desktop {
 
   // Takes pictures on a serial queue of its own; ends before this.
   std::unique_ptr<ScreenCapture> makeScreenCapture(Queues& queues);
+
+  // How the main thread takes it that somebody else has the server for himself (XGrabServer).
+  // Patient, as it is at first, it waits, seconds if need be. Else it waits for a few hundredths of
+  // a second and goes on: until the server answers again, ports answer what they last knew, and
+  // what they are asked to do, and the news of the desktop, are put off. Nothing is lost by that.
+  void setPatient(bool isPatient);
+
+  // Whether the server answers right now. A main thread that is not patient asks this before a call
+  // of somebody else's that waits for the server.
+  bool serverAnswers();
 
   // Readable when `processEvents` has something to do.
   int fileDescriptor() const;

@@ -74,8 +74,9 @@ class WindowElement : public X11Element {
   Outcome performAction(std::string_view action, Seconds timeout) override;
 
   const WindowKey& key() const { return window_; }
-  bool isGone(Seconds timeout) const {
-    const auto found = facts(Facet::state, deadlineIn(timeout));
+  bool isGone(Seconds timeout) const { return isGone(deadlineIn(timeout)); }
+  bool isGone(Deadline deadline) const {
+    const auto found = facts(Facet::state, deadline);
     return !found && found.error() == AXError::invalidUIElement;
   }
 
@@ -387,9 +388,9 @@ std::expected<Subscription, AXError> X11Accessibility::observeWindow(const AXEle
                                                                      Handler handler,
                                                                      Seconds timeout) {
   const auto& window = dynamic_cast<const WindowElement&>(element.object());
-  const auto tellIfGone = [element, &window, handler = std::move(handler),
+  const auto tellIfGone = [this, element, &window, handler = std::move(handler),
                            isTold = std::make_shared<bool>(false)] {
-    if (*isTold || !window.isGone(serverPatience)) return;
+    if (*isTold || !window.isGone(server_.patience())) return;
     *isTold = true;
     handler(element);
   };
@@ -430,7 +431,7 @@ std::expected<Subscription, AXError> X11Accessibility::observeApplication(
 }
 
 ApplicationEvents::Minimized X11Accessibility::minimizedWindows(ProcessID pid) {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   ApplicationEvents::Minimized minimized;
   for (const auto& window :
        lookAtAll(server_, windowsOf(server_, pid, deadline), Facet::state, deadline))

@@ -56,7 +56,7 @@ void selectKeyboardEvents(X11Connection& connection) {
 
 X11EventMonitors::X11EventMonitors(X11Server& server, X11Connection& events, Keyboard& keyboard,
                                    const Grabs& grabs, int pollSet,
-                                   std::function<bool()> ownWindowHasKeyboard)
+                                   OwnWindowHasKeyboard ownWindowHasKeyboard)
     : server_(server),
       events_(events),
       keyboard_(keyboard),
@@ -118,14 +118,15 @@ bool X11EventMonitors::listen() {
           (movements ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0)};
   const auto cookie =
       xcb_input_xi_select_events_checked(events_.raw(), events_.root(), 1, &selection.head);
-  return events_.check(cookie, deadlineIn(serverPatience)).has_value();
+  const Deadline deadline = server_.patience();
+  return events_.check(cookie, deadline).has_value() || deadline.hasMetSilence();
 }
 
 void X11EventMonitors::readModifiers() {
   auto& connection = server_.connection();
   auto pending = connection.pending<xcb_xkb_get_state_reply_t>(
       xcb_xkb_get_state(connection.raw(), coreKeyboard));
-  const auto state = pending.collect(deadlineIn(serverPatience));
+  const auto state = pending.collect(server_.patience());
   if (!state) return;
   modifiers_ = (*state)->mods;
   group_ = (*state)->group;
@@ -177,19 +178,39 @@ void X11EventMonitors::handleRawKey(unsigned keycode, bool isPress) {
   if (keycode >= down_.size()) return;
   const bool wasDown = down_[keycode];
   down_[keycode] = isPress;
-  if (isPress && !wasDown) keyPressed(static_cast<std::uint8_t>(keycode));
+  if (isPress && !wasDown)
+    presses_.push_back({static_cast<std::uint8_t>(keycode), modifiers_, group_});
 }
 
-void X11EventMonitors::keyPressed(std::uint8_t keycode) {
-  if (ownWindowHasKeyboard_()) return;
-  const auto map = keyboard_.map();  // kept for its texts, whatever a handler does
-  const auto code = map->keyCode(keycode);
-  if (!code || grabs_.hideKey(keycode, modifiers_)) return;
-  const KeyEvent press{.keyCode = *code,
-                       .modifierFlags = map->modifierFlags(modifiers_),
-                       .charactersIgnoringModifiers = map->characters(
-                           keycode, group_, (modifiers_ & XCB_MOD_MASK_SHIFT) != 0)};
-  global_.notify(press);
+void X11EventMonitors::dispatch() {
+  tellOfKeys();
+  tellOfMovements();
+}
+
+void X11EventMonitors::tellOfKeys() {
+  while (!presses_.empty() && server_.answers()) {
+    const Deadline deadline = server_.patience();
+    const auto press = presses_.front();
+    const auto map = keyboard_.map();  // kept for its texts, whatever a handler does
+    const auto code = map->keyCode(press.keycode);
+    const bool isForOthers = code && isForOtherApplications(press);
+    if (deadline.hasMetSilence()) return;
+    presses_.pop_front();
+    if (!isForOthers) continue;
+    global_.notify({.keyCode = *code,
+                    .modifierFlags = map->modifierFlags(press.modifiers),
+                    .charactersIgnoringModifiers = map->characters(
+                        press.keycode, press.group, (press.modifiers & XCB_MOD_MASK_SHIFT) != 0)});
+  }
+}
+
+bool X11EventMonitors::isForOtherApplications(const Press& press) const {
+  auto& connection = server_.connection();
+  auto pending =
+      connection.pending<xcb_get_input_focus_reply_t>(xcb_get_input_focus(connection.raw()));
+  const auto focus = pending.collect(server_.patience());
+  return focus && !ownWindowHasKeyboard_((*focus)->focus) &&
+         !grabs_.hideKey(press.keycode, press.modifiers);
 }
 
 void X11EventMonitors::gatherMovements() {
@@ -204,15 +225,19 @@ void X11EventMonitors::gatherMovements() {
 
 void X11EventMonitors::tellOfMovements() {
   std::uint64_t expirations = 0;
-  if (read(movementTimer_.number(), &expirations, sizeof expirations) < 0) return;
-  areMovementsGathered_ = false;
-  const auto& handlers = isOwnWindowBelowPointer() ? localMoved_ : globalMoved_;
+  if (read(movementTimer_.number(), &expirations, sizeof expirations) > 0)
+    areMovementsToBeTold_ = true;
+  if (!areMovementsToBeTold_) return;
+  const Deadline deadline = server_.patience();
+  const bool isOwn = server_.answers() && isOwnWindowBelowPointer(deadline);
+  if (deadline.hasMetSilence()) return;
+  areMovementsToBeTold_ = areMovementsGathered_ = false;
+  const auto& handlers = isOwn ? localMoved_ : globalMoved_;
   handlers.notify();
 }
 
-bool X11EventMonitors::isOwnWindowBelowPointer() const {
+bool X11EventMonitors::isOwnWindowBelowPointer(Deadline deadline) const {
   auto& connection = server_.connection();
-  const Deadline deadline = deadlineIn(serverPatience);
   auto deepest = connection.root();
   for (auto child = deepest; child != XCB_WINDOW_NONE;) {
     deepest = child;
@@ -242,10 +267,9 @@ AppKitPoint X11EventMonitors::pointerLocation() const {
   auto& connection = server_.connection();
   auto pending = connection.pending<xcb_query_pointer_reply_t>(
       xcb_query_pointer(connection.raw(), connection.root()));
-  const auto pointer = pending.collect(deadlineIn(serverPatience));
-  const auto layout = server_.layout();
-  if (!pointer) return layout.toAppKit(PixelPoint{});
-  return layout.toAppKit(PixelPoint{(*pointer)->root_x, (*pointer)->root_y});
+  const auto pointer = pending.collect(server_.patience());
+  if (pointer) pointer_ = {(*pointer)->root_x, (*pointer)->root_y};
+  return server_.layout().toAppKit(pointer_);
 }
 
 }  // namespace pellow

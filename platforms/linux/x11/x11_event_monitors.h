@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bitset>
+#include <deque>
 #include <functional>
 
 #include "base/handler_list.h"
@@ -20,10 +21,13 @@ namespace pellow {
 // nothing while nobody monitors.
 class X11EventMonitors : public EventMonitors {
  public:
+  // Whether a window of this process has the keyboard; `focus` is the one that has it for X.
+  using OwnWindowHasKeyboard = std::function<bool(xcb_window_t focus)>;
+
   // `events` is the connection whose events the desktop hands on; `pollSet` an epoll descriptor
   // that the desktop waits on.
   X11EventMonitors(X11Server& server, X11Connection& events, Keyboard& keyboard, const Grabs& grabs,
-                   int pollSet, std::function<bool()> ownWindowHasKeyboard);
+                   int pollSet, OwnWindowHasKeyboard ownWindowHasKeyboard);
 
   std::optional<Subscription> addGlobalKeyDown(
       std::function<void(const KeyEvent&)> handler) override;
@@ -39,34 +43,46 @@ class X11EventMonitors : public EventMonitors {
   // A key press for a window of this process; false when a handler swallowed it.
   bool deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state);
 
-  // The moment for which movements are gathered may be over.
-  void tellOfMovements();
+  // Tells of the key presses, and of the movements once the moment for which they are gathered is
+  // over. Those whose receiver the server does not name yet wait.
+  void dispatch();
 
  private:
+  struct Press {
+    std::uint8_t keycode;
+    unsigned modifiers;
+    unsigned group;
+  };
+
   // Asks the server for what is monitored; once it answers true, nothing is missed.
   bool listen();
   void gatherMovements();
-  bool isOwnWindowBelowPointer() const;
+  void tellOfKeys();
+  void tellOfMovements();
+  bool isOwnWindowBelowPointer(Deadline deadline) const;
   void readModifiers();
   void handleRawEvent(const xcb_generic_event_t& event);
   void handleRawKey(unsigned keycode, bool isPress);
-  void keyPressed(std::uint8_t keycode);
+  bool isForOtherApplications(const Press& press) const;
   void handleKeyboard(const xcb_generic_event_t& event);
 
   X11Server& server_;
   X11Connection& events_;
   Keyboard& keyboard_;
   const Grabs& grabs_;
-  std::function<bool()> ownWindowHasKeyboard_;
+  OwnWindowHasKeyboard ownWindowHasKeyboard_;
   std::optional<std::uint8_t> inputOpcode_;  // of XInput 2.1 or later
   std::optional<std::uint8_t> xkbEvent_;
-  unsigned modifiers_ = 0;  // X modifier bits held now
-  unsigned group_ = 0;      // the layout in use
-  std::bitset<256> down_;   // by X key code, while keys are heard
+  unsigned modifiers_ = 0;     // X modifier bits held now
+  unsigned group_ = 0;         // the layout in use
+  std::bitset<256> down_;      // by X key code, while keys are heard
+  std::deque<Press> presses_;  // to be told of
   HandlerList<void(const KeyEvent&)> global_;
   HandlerList<bool(const KeyEvent&)> local_;
   FileDescriptor movementTimer_;
   bool areMovementsGathered_ = false;
+  bool areMovementsToBeTold_ = false;
+  mutable PixelPoint pointer_;  // where it was last
   HandlerList<void()> globalMoved_;
   HandlerList<void()> localMoved_;
 };

@@ -124,23 +124,35 @@ std::vector<Screen> X11Screens::all() const {
 std::optional<Screen> X11Screens::main() const {
   const auto layout = server_.layout();
   if (layout.monitors.empty()) return std::nullopt;
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   const auto* monitor = &layout.monitors.front();
+  if (!server_.answers()) {
+    const auto last = std::ranges::find(layout.monitors, lastMain_, &Monitor::displayID);
+    return layout.screen(last == layout.monitors.end() ? *monitor : *last);
+  }
   if (const auto active = activeWindow(server_, deadline)) {
     const auto window =
         WindowLook(server_, server_.connection(), *active, Facet::frame).collect(deadline);
     const auto* own = window ? layout.monitorWithMostOf(window->frame) : nullptr;
     if (own) monitor = own;
   }
+  lastMain_ = monitor->displayID;
   return layout.screen(*monitor);
 }
 
 // X knows no lock of the screen; those that there are take keyboard and pointer and cover at least
 // the monitor that the pointer is on. Menus only take both.
 bool X11Screens::areLocked() const {
+  const Deadline deadline = server_.patience();
+  const bool now = server_.answers() && isSomethingLocking();
+  if (!hasPassed(deadline)) wereLocked_ = now;
+  return wereLocked_;
+}
+
+bool X11Screens::isSomethingLocking() const {
   if (!grabs_.hideEverything()) return false;
   auto& connection = server_.connection();
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   auto pendingPointer = connection.pending<xcb_query_pointer_reply_t>(
       xcb_query_pointer(connection.raw(), connection.root()));
   const auto pointer = pendingPointer.collect(deadline);
@@ -176,18 +188,17 @@ void X11Screens::setScale(double scale) {
 }
 
 ScreenLayout X11Screens::read() {
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = server_.patience();
   ScreenLayout layout{.monitors = readMonitors(deadline), .scale = scale_};
   const auto docks = cutStruts(layout.monitors, deadline);
   cutWorkAreas(layout.monitors, deadline);
   isOutdated_ = hasPassed(deadline);
-  if (isOutdated_) {
+  if (isOutdated_ && !deadline.hold) {
     // Its reply will wake the main loop.
     events_.pending<xcb_get_input_focus_reply_t>(xcb_get_input_focus(events_.raw()));
     events_.flush();
-  } else {
-    watchDocks(docks);
   }
+  if (!isOutdated_) watchDocks(docks);
   return layout;
 }
 

@@ -44,6 +44,7 @@ class X11Screens : public Screens {
   void watchDocks(const std::vector<xcb_window_t>& docks);
   void cutWorkAreas(std::vector<ScreenLayout::Monitor>& monitors, Deadline deadline) const;
   bool hasMonitors(Deadline deadline) const;
+  bool isSomethingLocking() const;
 
   X11Server& server_;
   X11Connection& events_;
@@ -51,6 +52,8 @@ class X11Screens : public Screens {
   const Grabs& grabs_;
   double scale_;  // pixels per point
   bool isOutdated_ = false;
+  mutable DisplayID lastMain_ = 0;
+  mutable bool wereLocked_ = false;
   // Not every window manager says it when one of them changes its mind.
   std::map<xcb_window_t, Subscription> docks_;
   HandlerList<void()> observers_;

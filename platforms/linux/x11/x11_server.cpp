@@ -35,6 +35,23 @@ X11Connection& X11Server::connection() {
   return *connections_.emplace(thread, std::move(opened)).first->second;
 }
 
+Deadline X11Server::patience(Seconds most) const {
+  auto deadline = deadlineIn(most);
+  auto* const hold = hold_.load();
+  if (!hold || std::this_thread::get_id() != mainThread_) return deadline;
+  deadline.hold = hold;
+  deadline.unanswered = hold->unanswered();
+  return deadline;
+}
+
+bool X11Server::answers() {
+  const Deadline deadline = patience();
+  if (!deadline.hold) return true;
+  if (!deadline.hold->isOn()) return connection().isAnswered(deadline);
+  deadline.hold->noteUnanswered();
+  return false;
+}
+
 ScreenLayout X11Server::layout() const {
   const std::lock_guard lock(mutex_);
   return layout_;
@@ -57,7 +74,7 @@ const WindowManagerTraits& X11Server::windowManager() const {
 
 bool X11Server::readWindowManager() {
   auto& own = connection();
-  const Deadline deadline = deadlineIn(serverPatience);
+  const Deadline deadline = patience();
   auto pendingCheck = own.property(own.root(), atoms_.netSupportingWMCheck);
   auto pendingSupported = own.property(own.root(), atoms_.netSupported);
   const auto check = pendingCheck.collect(deadline);

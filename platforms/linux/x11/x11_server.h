@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <expected>
 #include <map>
 #include <memory>
@@ -11,6 +12,7 @@
 
 #include "platform/ax_element.h"
 #include "platforms/linux/x11/screen_layout.h"
+#include "platforms/linux/x11/server_hold.h"
 #include "platforms/linux/x11/window_manager_traits.h"
 #include "platforms/linux/x11/x11_connection.h"
 
@@ -33,6 +35,15 @@ class X11Server {
 
   // The calling thread's own connection. One that cannot be opened is returned as a lost one.
   X11Connection& connection();
+
+  // With a hold, the main thread waits for the server only for a moment; without, as long as any.
+  void setHold(ServerHold* hold) { hold_ = hold; }
+  // Until when the calling thread waits for the server, by itself and at most. What it has found
+  // out is whole if that has not passed.
+  Deadline patience(Seconds most = serverPatience) const;
+  // Whether the calling thread is to ask anything: false while somebody else has the server. What
+  // asks much asks this first.
+  bool answers();
 
   const X11Atoms& atoms() const { return atoms_; }
 
@@ -97,6 +108,8 @@ class X11Server {
   std::optional<Reign> reign(Deadline deadline);
 
   const std::string displayName_;
+  const std::thread::id mainThread_ = std::this_thread::get_id();
+  std::atomic<ServerHold*> hold_ = nullptr;
   const X11Atoms atoms_;
   const xcb_atom_t windowManagerSelection_;
   const xcb_atom_t compositorSelection_;

@@ -244,7 +244,7 @@ std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& win
                                          Deadline deadline) {
   constexpr Seconds patience = 1;
   constexpr std::chrono::milliseconds step{5};
-  const Deadline end = std::min(deadlineIn(patience), deadline);
+  const Deadline end = deadline.orIn(patience);
   const bool framesFly = server.windowManager().framesFly;
   for (;;) {
     auto motion = FrameMotion::none;
@@ -256,7 +256,7 @@ std::expected<WindowFacts, AXError> look(X11Server& server, const WindowKey& win
     if (facts && has(facets, Facet::frame)) server.setParent(window.window, facts->parent);
     if (!facts || motion == FrameMotion::none) return facts;
     if (motion == FrameMotion::rolledUp && isShaded(server, window.window, deadline)) return facts;
-    if (std::chrono::steady_clock::now() + step > end) return facts;
+    if (Deadline::Clock::now() + step > end.end) return facts;
     if (motion != FrameMotion::happened) std::this_thread::sleep_for(step);
   }
 }

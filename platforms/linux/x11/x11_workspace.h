@@ -1,5 +1,7 @@
 #pragma once
 
+#include <deque>
+#include <functional>
 #include <vector>
 
 #include "platform/workspace.h"
@@ -12,7 +14,8 @@
 namespace pellow {
 
 // Applications are the processes that own windows in the window manager's list. One that has closed
-// its last window is no longer an application.
+// its last window is no longer an application. While the server does not answer the main loop, the
+// ports answer what they last knew, and what they are asked to do is put off.
 class X11Workspace : public Workspace {
  public:
   // `pollSet` is an epoll descriptor that the desktop waits on, for processes that are about to
@@ -27,7 +30,7 @@ class X11Workspace : public Workspace {
   bool hide(ProcessID pid) override;
   bool unhide(ProcessID pid) override;
   bool activate(ProcessID pid) override;
-  void activateDesktop() override { keyboardRest_.take(); }
+  void activateDesktop() override;
   std::vector<WindowOnScreen> windowsOnScreen() override;
   bool keepsWindowsOnDisplays() override;
   bool hasWindowsOnOtherSpaces(ProcessID pid) override;
@@ -37,6 +40,9 @@ class X11Workspace : public Workspace {
   Subscription onDidTerminateApplication(std::function<void(ProcessID)> observer) override;
   Subscription onDidChangeActiveSpace(std::function<void()> observer) override;
 
+  // Does what was asked while the server did not answer. What is asked before that waits behind it.
+  void catchUp();
+
   // Another desktop is shown.
   void currentDesktopChanged() { spaceObservers_.notify(); }
   // The list of clients has changed.
@@ -45,6 +51,16 @@ class X11Workspace : public Workspace {
   void processEnded() { lifecycle_.processEnded(); }
 
  private:
+  struct Request {
+    ProcessID pid;
+    std::function<bool(ProcessID)> act;
+  };
+
+  // Carries out the request, or puts it off until the server answers; then the answer is that of
+  // one that goes well.
+  bool perform(Request request);
+  std::optional<RunningApplication> lookFor(ProcessID pid, Deadline deadline);
+  std::vector<RunningApplication> lookForAll(Deadline deadline);
   RunningApplication describe(ProcessID pid, const std::vector<WindowFacts>& windows);
   RunningApplication thisProcess() const;
 
@@ -57,6 +73,11 @@ class X11Workspace : public Workspace {
   ApplicationActivation activation_;
   KeyboardRest keyboardRest_;
   HandlerList<void()> spaceObservers_;
+  std::deque<Request> requests_;  // put off
+  // What was last known, for as long as the server does not answer.
+  std::vector<RunningApplication> applications_;
+  std::vector<WindowOnScreen> onScreen_;
+  bool areWindowsKept_ = false;
 };
 
 }  // namespace pellow
