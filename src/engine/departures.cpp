@@ -30,15 +30,18 @@ bool contains(const std::vector<TargetWindow>& windows, const TargetWindow& wind
 // Nothing asks this process about itself: its windows belong to the main thread.
 Task<> Departures::pellowFocused(std::optional<ProcessID> frontmostApplication) {
   if (frontmostApplication == around_.ownProcess) frontmostApplication.reset();
+  const bool isHandedOver = handovers_ > 0;
   auto window = co_await around_.axQueue.ax(
       [&] { return TargetWindow::frontmost(around_.accessibility, frontmostApplication); });
   // One that comes back is about to get the keyboard.
   if (!window) window = around_.ledger.lastComingBack();
-  if (!window) throw PellowError::noFocusedWindow();
-  if (isLeavingKeyboard(*window)) {
+  // On its way to the next window the keyboard may be nowhere.
+  if (window ? isLeavingKeyboard(*window) : handovers_ > 0) {
     ++waitForFocus_;
     co_return;
   }
+  if (!window && isHandedOver) co_return co_await pellowNextFocused();
+  if (!window) throw PellowError::noFocusedWindow();
   if (isOnTheWayBack(*window, around_.preferences.mechanism()))
     waitForReturn_.push_back(*window);
   else

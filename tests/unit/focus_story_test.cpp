@@ -56,6 +56,19 @@ TEST_F(FocusStory, PressesInARowEachMeanTheWindowOfTheirTime) {
   EXPECT_EQ(desktop.alerts().showing().size(), 1u);
 }
 
+// On its way to the next window the keyboard may be nowhere.
+TEST_F(FocusStory, APressMeanwhileWaitsForTheNextWindow) {
+  notes.openWindow("First", {100, 120, 500, 400}).answersAfter(0.05);
+  mail.openWindow("Second", {150, 150, 500, 400});
+  launch();
+  desktop.keyboard().press(17, Program::modifiers);
+  while (program->tabs().empty()) desktop.run(0.01);
+  desktop.workspace().activateDesktop();
+  desktop.keyboard().press(17, Program::modifiers);
+  desktop.runUntilQuiet();
+  EXPECT_TRUE(desktop.alerts().showing().empty());
+}
+
 TEST_F(FocusStory, FocusStaysWhereTheUserTookIt) {
   const auto first = notes.openWindow("First", {100, 120, 500, 400});
   const auto second = mail.openWindow("Second", {150, 150, 500, 400});
