@@ -57,7 +57,7 @@ Task<> ParkingUpkeep::parkAnew() {
   const auto states = co_await around_.axQueue.ax([&] { return statesOf(tabs); });
   std::vector<ParkedWindows::Place> places;
   for (std::size_t i = 0; i < tabs.size(); ++i) {
-    const auto& [title, frame, isMinimized, answers] = states[i];
+    const auto& frame = states[i].frame;
     const auto target = place(tabs[i]);
     if (frame && frame->origin != target && around_.tabs.tab(tabs[i].id))
       places.push_back({tabs[i], target});
