@@ -104,7 +104,8 @@ void WindowStates::change(const WindowFacts& window, const LeftState& states, bo
   if (shaded && add) ask(atoms.netWMStateShaded, 0);
 }
 
-// The state changes before the frame does, and some window managers answer in between.
+// The state changes before the frame does, and some window managers answer in between. Once it has
+// changed, a look that comes too late for the frame is no failure.
 std::expected<WindowFacts, AXError> WindowStates::lookAfterChange(const WindowFacts& before,
                                                                   Deadline deadline) {
   const auto window = before.key();
@@ -115,11 +116,15 @@ std::expected<WindowFacts, AXError> WindowStates::lookAfterChange(const WindowFa
       WindowWatch(server_, window).lookUntil(placeFacets, stepPatience, deadline, hasNewState);
   if (!facts || !hasNewState(*facts)) return facts;
   const auto never = [](const WindowFacts&) { return false; };
-  facts = WindowWatch(server_, window).lookAfterManagerActed(deadline, never);
+  const auto latestOr = [&](std::expected<WindowFacts, AXError> latest) {
+    return latest || latest.error() != AXError::cannotComplete ? latest : facts;
+  };
+  facts = latestOr(WindowWatch(server_, window).lookAfterManagerActed(deadline, never));
   if (!facts || facts->state.isExpanded() == before.state.isExpanded()) return facts;
-  return WindowWatch(server_, window)
-      .lookUntil(placeFacets, settlePatience, deadline,
-                 [&](const WindowFacts& now) { return now.frame != before.frame; });
+  return latestOr(
+      WindowWatch(server_, window)
+          .lookUntil(placeFacets, settlePatience, deadline,
+                     [&](const WindowFacts& now) { return now.frame != before.frame; }));
 }
 
 }  // namespace pellow
