@@ -199,13 +199,12 @@ TEST_F(WindowManagers, Shaded) {
   const auto isShaded = [&] { return desktop.hasState(guest.window, "_NET_WM_STATE_SHADED"); };
   desktop.changeState(guest.window, "_NET_WM_STATE_SHADED", true);
   ASSERT_TRUE(eventually([&] { return isShaded() && isOutOfSight(guest); }));
-  ASSERT_TRUE(eventually([&] { return desktop.activeWindow() == guest.window; }));
   // Its title bar is all there is to see.
   const auto shaded = stillPicture(outline);
   EXPECT_NE(shaded, without);
   for (const bool byClick : {true, false}) {
-    // To activate it again would unshade it.
-    press('t');
+    // To activate it would unshade it, and mutter gives the keyboard to nobody.
+    press('a');
     ASSERT_TRUE(hasTabs(1)) << story(guest);
     EXPECT_TRUE(eventually([&] { return inSight(outline) == without; })) << story(guest);
     keepPicture();
@@ -290,6 +289,8 @@ TEST_F(WindowManagers, ShowDesktop) {
   if (!desktop.supports("_NET_SHOWING_DESKTOP")) return noteOnce("cannot show the bare desktop.");
   const auto guest = open(client, "Guest", place);
   const auto other = open(client, "Other", {700, 200, 300, 200});
+  // KWin only raises the desktop's own window.
+  client.openTyped("DESKTOP", "Desktop", desktop.screen());
   ASSERT_NO_FATAL_FAILURE(launch());
   ASSERT_NO_FATAL_FAILURE(putOffScreen(guest));
   ASSERT_TRUE(desktop.showBareDesktop(true));

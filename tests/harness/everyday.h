@@ -47,6 +47,12 @@ class Everyday : public testing::Test {
   Guest open(TestClient& client, std::string_view title, PixelRect place) const {
     return guestOf(client.open(title, place));
   }
+  // No animation is left to be interrupted by what comes next.
+  void awaitStillness() const {
+    if (!chosenManager().composites) return;
+    EXPECT_TRUE(comesToRest([&] { return desktop.picture(desktop.screen()).pixels; },
+                            std::chrono::milliseconds(300)));
+  }
 
   // Control-Option-Command with the letter.
   void press(char letter) {
@@ -60,6 +66,7 @@ class Everyday : public testing::Test {
     press('t');
     ASSERT_TRUE(hasTabs(tabs + 1)) << story(guest);
     EXPECT_TRUE(eventually([&] { return isOutOfSight(guest); })) << story(guest);
+    awaitStillness();
     keepPicture();
   }
   void putOffScreen(const Guest& guest) {
@@ -122,11 +129,13 @@ class Everyday : public testing::Test {
   void expectAway(const std::vector<Guest>& guests) {
     for (const auto& guest : guests)
       EXPECT_TRUE(eventually([&] { return isAway(guest); })) << story(guest);
+    awaitStillness();
     keepPicture();
   }
   void expectHome(const std::vector<Guest>& guests) {
     for (const auto& guest : guests)
       EXPECT_TRUE(eventually([&] { return isHome(guest); })) << story(guest);
+    awaitStillness();
   }
 
   // Where it is, and what the program said.

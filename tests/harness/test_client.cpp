@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tests/harness/eventually.h"
+#include "tests/harness/window_manager_choice.h"
 
 namespace pellow::desktop {
 TestClient::TestClient(DesktopSession& desktop, std::string windowClass)
@@ -20,6 +21,12 @@ void TestClient::grabServer(int milliseconds) {
 WindowID TestClient::shown(WindowID window) {
   if (!desktop_.activate(window))
     throw std::runtime_error("the window manager does not show a new window");
+  if (!chosenManager().composites) return window;
+  // mutter paints a window for good as it was in the middle of its first animation, if the next one
+  // comes before the end.
+  const bool isPainted = eventually(
+      [&] { return desktop_.picture(desktop_.content(window)).count(colourOf(window)) > 0; });
+  if (!isPainted) throw std::runtime_error("the window manager does not paint a new window");
   return window;
 }
 
