@@ -9,7 +9,7 @@ namespace {
 
 // How long a desktop may take to move the keyboard, and how often to look.
 constexpr Seconds patience = 0.5;
-constexpr Seconds pause = 0.005;
+constexpr Seconds pauseTime = 0.005;
 
 // The windows of an application that stand there.
 std::vector<TargetWindow> windowsAt(Accessibility& accessibility, const WindowOnScreen& place) {
@@ -24,6 +24,8 @@ std::vector<TargetWindow> windowsAt(Accessibility& accessibility, const WindowOn
 }  // namespace
 
 Task<> FocusHandover::handOver() {
+  auto deadline = around_.clock.now() + patience;
+  while (co_await systemMovesIt() && around_.clock.now() < deadline) co_await pause();
   if (!co_await isKeyboardOffDisplays()) co_return;
   const auto next = co_await firstInSight();
   // Meanwhile the user may have turned to something else.
@@ -33,9 +35,18 @@ Task<> FocusHandover::handOver() {
   co_await around_.mechanisms.bringToFront(*next);
   // Whoever asks next for the window with the keyboard means this one. On its way there the
   // keyboard may be nowhere.
-  const auto deadline = around_.clock.now() + patience;
-  while (co_await focusedWindow() != next && around_.clock.now() < deadline)
-    co_await around_.axQueue.ax([&] { around_.clock.sleep(pause); });
+  deadline = around_.clock.now() + patience;
+  while (co_await focusedWindow() != next && around_.clock.now() < deadline) co_await pause();
+}
+
+// The system takes the keyboard from a window that it minimizes, in its own time. Meanwhile it may
+// be nowhere.
+Task<bool> FocusHandover::systemMovesIt() {
+  const auto& tabs = around_.tabs.tabs();
+  if (tabs.empty() || tabs.back().mechanism != Mechanism::minimize) co_return false;
+  if (const auto focused = co_await focusedWindow())
+    co_return mechanismOf(*focused) == Mechanism::minimize;
+  co_return (co_await firstInSight()).has_value();
 }
 
 Task<std::optional<TargetWindow>> FocusHandover::focusedWindow() {
@@ -46,18 +57,23 @@ Task<std::optional<TargetWindow>> FocusHandover::focusedWindow() {
 }
 
 Task<bool> FocusHandover::isKeyboardOffDisplays() {
-  const auto isOffDisplays = [this](auto matches) {
-    return std::ranges::any_of(around_.tabs.tabs(), [&](const TabItem& tab) {
-      return tab.mechanism == Mechanism::offscreen && matches(tab.window);
-    });
-  };
   const auto front = around_.workspace.frontmostApplication();
   // Most often that tells it without a question to the application.
-  if (!isOffDisplays([&](const TargetWindow& window) { return window.pid == front; }))
+  const auto& tabs = around_.tabs.tabs();
+  if (std::ranges::none_of(tabs, [&](const auto& tab) { return tab.window.pid == front; }))
     co_return false;
   const auto focused = co_await focusedWindow();
-  co_return focused.has_value() &&
-      isOffDisplays([&](const TargetWindow& window) { return window == *focused; });
+  co_return focused&& mechanismOf(*focused) == Mechanism::offscreen;
+}
+
+std::optional<Mechanism> FocusHandover::mechanismOf(const TargetWindow& window) const {
+  const auto& tabs = around_.tabs.tabs();
+  const auto tab = std::ranges::find(tabs, window, &TabItem::window);
+  return tab == tabs.end() ? std::nullopt : std::optional(tab->mechanism);
+}
+
+Task<> FocusHandover::pause() {
+  co_await around_.axQueue.ax([&] { around_.clock.sleep(pauseTime); });
 }
 
 Task<std::optional<TargetWindow>> FocusHandover::firstInSight() {

@@ -34,13 +34,18 @@ class FocusHandover {
   explicit FocusHandover(const Surroundings& surroundings) : around_(surroundings) {}
 
   // If a window off the displays has the keyboard, it goes to the front window that can be seen;
-  // without one, to the desktop. Ends when the window has it, or half a second later.
+  // without one, to the desktop. Ends when the window has it, or half a second later. So long, too,
+  // the system may take to move it on from a window that was minimized.
   Task<> handOver();
 
  private:
+  Task<bool> systemMovesIt();
   Task<bool> isKeyboardOffDisplays();
   Task<std::optional<TargetWindow>> focusedWindow();
   Task<std::optional<TargetWindow>> firstInSight();
+  // How the window was put away; nothing if it was not.
+  std::optional<Mechanism> mechanismOf(const TargetWindow& window) const;
+  Task<> pause();
 
   Surroundings around_;
 };
