@@ -170,7 +170,7 @@ TEST_F(WindowManagers, Replaced) {
 
   const auto manager = chosenManager();
   if (manager.replace.empty()) {
-    noteOnce("can neither take over nor be replaced; killed and started again instead.");
+    noteOnce("does not take over from another one; killed and started again instead.");
     desktop.restartWindowManager();
   } else {
     auto successor = manager.command;

@@ -12,7 +12,7 @@ using Command = std::vector<std::string>;
 
 struct Manager {
   Command command;
-  // The option to take over from another one; empty if there is none.
+  // The option to take over from another one; empty if there is none that works.
   std::string replace = "--replace";
   // A program of its own paints the screen.
   Command compositor = {};
@@ -58,6 +58,7 @@ inline Manager managerNamed(const std::string& name) {
         .composites = true}},
       {"mutter",
        {.command = withBus(withoutSettings({"mutter", "--x11"})),
+        .replace = "",
         .composites = true,
         .keepsWindowsOnDisplays = true}},
       {"i3", {{"i3", "-c", "/dev/null"}}},
