@@ -353,6 +353,11 @@ bool DesktopSession::hasKeyboard(WindowID window) const {
   return false;
 }
 
+bool DesktopSession::standsStill() const {
+  return !options_.windowManager.composites ||
+         comesToRest([&] { return picture(screen()).pixels; }, std::chrono::milliseconds(300));
+}
+
 Picture DesktopSession::picture(PixelRect part) const {
   const auto whole = screen();
   const int left = std::clamp(part.x, 0, whole.width);

@@ -138,6 +138,8 @@ class DesktopSession {
 
   // As people see it, whoever paints the screen.
   Picture picture(PixelRect part) const;
+  // Waits until no animation is left that the next act could interrupt.
+  [[nodiscard]] bool standsStill() const;
 
   // Presses the keys in this order and releases them in reverse.
   void type(std::initializer_list<KeySym> chord);

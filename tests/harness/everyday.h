@@ -47,12 +47,6 @@ class Everyday : public testing::Test {
   Guest open(TestClient& client, std::string_view title, PixelRect place) const {
     return guestOf(client.open(title, place));
   }
-  // No animation is left to be interrupted by what comes next.
-  void awaitStillness() const {
-    if (!chosenManager().composites) return;
-    EXPECT_TRUE(comesToRest([&] { return desktop.picture(desktop.screen()).pixels; },
-                            std::chrono::milliseconds(300)));
-  }
 
   // Control-Option-Command with the letter.
   void press(char letter) {
@@ -66,7 +60,7 @@ class Everyday : public testing::Test {
     press('t');
     ASSERT_TRUE(hasTabs(tabs + 1)) << story(guest);
     EXPECT_TRUE(eventually([&] { return isOutOfSight(guest); })) << story(guest);
-    awaitStillness();
+    EXPECT_TRUE(desktop.standsStill());
     keepPicture();
   }
   void putOffScreen(const Guest& guest) {
@@ -129,13 +123,13 @@ class Everyday : public testing::Test {
   void expectAway(const std::vector<Guest>& guests) {
     for (const auto& guest : guests)
       EXPECT_TRUE(eventually([&] { return isAway(guest); })) << story(guest);
-    awaitStillness();
+    EXPECT_TRUE(desktop.standsStill());
     keepPicture();
   }
   void expectHome(const std::vector<Guest>& guests) {
     for (const auto& guest : guests)
       EXPECT_TRUE(eventually([&] { return isHome(guest); })) << story(guest);
-    awaitStillness();
+    EXPECT_TRUE(desktop.standsStill());
   }
 
   // Where it is, and what the program said.

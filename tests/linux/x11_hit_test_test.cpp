@@ -169,6 +169,7 @@ class X11HitTest : public testing::Test {
       ASSERT_TRUE(parent.setAttribute("AXMinimized", false, patience));
       ASSERT_TRUE(desktop->activate(window));
       ASSERT_TRUE(eventually([&] { return desktop->frame(window) == home; }));
+      ASSERT_TRUE(desktop->standsStill());
     }
   }
 

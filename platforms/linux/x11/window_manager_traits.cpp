@@ -21,8 +21,10 @@ constexpr std::array known{
         .name = "Marco", .titleBar = TitleBarKind::marco, .paintsByItsOwnBook = true},
     WindowManagerTraits{
         .name = "Metacity", .titleBar = TitleBarKind::metacity, .paintsByItsOwnBook = true},
-    WindowManagerTraits{.name = "Mutter", .paintsByItsOwnBook = true},
-    WindowManagerTraits{.name = "GNOME Shell", .paintsByItsOwnBook = true},
+    WindowManagerTraits{
+        .name = "Mutter", .titleBar = TitleBarKind::metacity, .paintsByItsOwnBook = true},
+    WindowManagerTraits{
+        .name = "GNOME Shell", .titleBar = TitleBarKind::metacity, .paintsByItsOwnBook = true},
     WindowManagerTraits{.name = "Muffin", .paintsByItsOwnBook = true},
     WindowManagerTraits{.name = "i3", .stretchesDocks = true},
     WindowManagerTraits{},
