@@ -61,7 +61,10 @@ inline Manager managerNamed(const std::string& name) {
         .replace = "",
         .composites = true,
         .keepsWindowsOnDisplays = true}},
-      {"i3", {{"i3", "-c", "/dev/null"}}},
+      {"i3-floating",
+       {{"sh", "-c",
+         R"(printf '# i3 config file (v4)\nfor_window [class=".*"] floating enable\n' >"$HOME/i3" &&)"
+         R"( exec i3 -c "$HOME/i3")"}}},
   };
   const auto found = managers.find(name);
   if (found == managers.end()) throw std::runtime_error("unknown window manager " + name);
