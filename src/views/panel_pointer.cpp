@@ -24,8 +24,9 @@ void PanelPointer::pressed(ViewPoint at, AppKitPoint onScreen) {
   Press press;
   press.clicks = innermost(nodes, [](const auto& node) { return bool(node.actions.onClick); });
   press.from = onScreen;
-  if (const auto node = innermost(nodes, [](const auto& each) { return bool(each.actions.drag); }))
-    press.drag = node->actions.drag;
+  // A view with a click and no drag keeps out the drags of those that it stands on.
+  const auto answers = [](const auto& node) { return node.actions.onClick || node.actions.drag; };
+  if (const auto node = innermost(nodes, answers)) press.drag = node->actions.drag;
   press_ = std::move(press);
   needsDisplay(press_->clicks);
 }

@@ -16,7 +16,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// A strip to be dragged by its handle, with two tabs on it:
+// A strip to be clicked and dragged by its handle, with two tabs on it to be clicked:
 //
 //   handle 0…120 ┌─────────────────┐ 80
 //                │ [tab-1] [tab-2] │
@@ -51,7 +51,8 @@ class PanelPointerTest : public testing::Test {
 
   View strip(const std::string& generation = "") {
     View root{.key = "strip", .frame = {0, 0, 120, 80}};
-    root.actions = {.onHoverChanged = noteHover("strip"),
+    root.actions = {.onClick = note("click strip" + generation),
+                    .onHoverChanged = noteHover("strip"),
                     .drag = {.onBegan = note("began" + generation),
                              .onDragged =
                                  [=, this, life = begin()](AppKitVector by) {
@@ -95,7 +96,6 @@ TEST_F(PanelPointerTest, AClickIsPressedAndReleasedInsideTheSameView) {
   click(tab2);
   EXPECT_EQ(told(), Lines{"click tab-2"}) << "a badge leaves it to the tab it stands on";
   EXPECT_EQ(drawn, std::vector<ViewRect>(2, {70, 20, 40, 40}));
-  click(handle);
   press(tab1);
   pointer->released({51, 40});
   EXPECT_EQ(told(), Lines{});
@@ -125,18 +125,36 @@ TEST_F(PanelPointerTest, AClickIsPressedAndReleasedInsideTheSameView) {
   EXPECT_FALSE(pointer->isPressing(*node)) << "a release would not click it";
 }
 
-TEST_F(PanelPointerTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfItsView) {
+TEST_F(PanelPointerTest, AViewWithAClickKeepsDragsOut) {
   pointer->isAt(tab1);
   told();
   press(tab1);
-  move({32, 42});
-  EXPECT_EQ(told(), Lines{}) << "less than three points away";
-  pointer->released(tab1);
+  move({12, 58});
+  EXPECT_TRUE(pointer->isPressing(*tree.root()->children[0]));
+  pointer->released({48, 22});
   EXPECT_EQ(told(), Lines{"click tab-1"});
+  auto root = strip();
+  root.children[0].children.push_back(
+      {.key = "grip", .frame = {0, 0, 40, 40}, .actions = {.drag = {.onBegan = note("grip")}}});
+  tree.update(root);
   press(tab1);
+  move({12, 58});
+  pointer->released({12, 58});
+  EXPECT_EQ(told(), Lines{"grip"}) << "a drag that stands on it does begin";
+}
+
+TEST_F(PanelPointerTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfItsView) {
+  pointer->isAt(handle);
+  told();
+  press(handle);
+  move({7, 7});
+  EXPECT_EQ(told(), Lines{}) << "less than three points away";
+  pointer->released(handle);
+  EXPECT_EQ(told(), Lines{"click strip"});
+  press(handle);
   drawn.clear();
-  move({32, 43});
-  EXPECT_EQ(drawn, (std::vector<ViewRect>{{10, 20, 40, 40}})) << "no longer pressed";
+  move({7, 8});
+  EXPECT_EQ(drawn, (std::vector<ViewRect>{{0, 0, 120, 80}})) << "no longer pressed";
   tree.update(strip(" anew"));
   move(tab2);
   tree.update(empty());
@@ -144,7 +162,7 @@ TEST_F(PanelPointerTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfIt
   EXPECT_EQ(pointer->contextMenuAt(tab1), std::nullopt);
   move({-200, 400});
   pointer->released({-200, 400});
-  EXPECT_EQ(told(), (Lines{"began", "by 2 3", "by 60 0", "by -230 360", "ended"}))
+  EXPECT_EQ(told(), (Lines{"began", "by 2 3", "by 85 35", "by -205 395", "ended"}))
       << "no click, and nothing is entered or left";
 
   tree.update(strip());
