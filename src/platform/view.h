@@ -98,13 +98,15 @@ struct DragActions {
 struct ViewActions {
   std::function<void()> onClick;  // pressed and released inside, without a drag
 
-  // Views are left from the inside out, then others are entered. Not while a drag runs; a view that
-  // is taken away is not told.
+  // Views are left from the inside out, then others are entered. Not while a drag runs or a context
+  // menu of the panel is open; a view that is taken away is not told.
   std::function<void(bool inside)> onHoverChanged;
 
   DragActions drag;
 
-  // Asked for at every secondary click, unless the primary button is down.
+  // Asked for at every secondary click, unless the primary button is down. Until the menu has
+  // closed and what was chosen from it is done, all views of the panel stay hovered or not as they
+  // are, wherever the pointer goes; then it is looked for.
   std::function<Menu()> contextMenu;
 };
 

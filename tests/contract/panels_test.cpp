@@ -172,6 +172,15 @@ TEST_F(PanelsUnderThePointer, AContextMenuIsAskedForAtEverySecondaryClick) {
   EXPECT_EQ(asked, 2);
 }
 
+TEST_F(PanelsUnderThePointer, AnOpenContextMenuHoldsTheHoverOfItsPanel) {
+  const auto menu = [&] { return Menu{{{.title = "The only item", .onChosen = note("chosen")}}}; };
+  const auto panel = show(
+      view("root", {0, 0, 200, 100}, {.onHoverChanged = noteHover("root"), .contextMenu = menu}));
+  host->chooseFromContextMenu(at(195, 50), "The only item");  // which is beside the panel
+  host->movePointer({600, 30});
+  EXPECT_TRUE(hears({"into root", "chosen", "out of root"}));
+}
+
 TEST_F(PanelsUnderThePointer, ThePointerGoesThroughAPanelThatIgnoresIt) {
   const auto below = show(view("root", {0, 0, 200, 100},
                                {.onClick = note("below"), .onHoverChanged = noteHover("below")}));

@@ -159,7 +159,7 @@ TEST_F(PanelPointerTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfIt
   move(tab2);
   tree.update(empty());
   pointer->isAt(std::nullopt);
-  EXPECT_EQ(pointer->contextMenuAt(tab1), std::nullopt);
+  EXPECT_FALSE(pointer->contextMenuAt(tab1));
   move({-200, 400});
   pointer->released({-200, 400});
   EXPECT_EQ(told(), (Lines{"began", "by 2 3", "by 85 35", "by -205 395", "ended"}))
@@ -221,11 +221,37 @@ TEST_F(PanelPointerTest, HoverLivesOnWithTheView) {
 TEST_F(PanelPointerTest, AContextMenuIsForTheInnermostViewThatHasOne) {
   // Making the menu replaces the very view that it is for.
   onHeard = [&] { tree.update(strip()); };
-  EXPECT_EQ(pointer->contextMenuAt(tab2)->items.at(0).title, "tab-2");
-  EXPECT_EQ(pointer->contextMenuAt(handle), std::nullopt);
+  EXPECT_EQ(pointer->contextMenuAt(tab2)->menu.items.at(0).title, "tab-2");
+  EXPECT_EQ(told(), (Lines{"into strip", "into tab-2", "asked"}));
+  EXPECT_FALSE(pointer->contextMenuAt(handle));
   press(handle);
-  EXPECT_EQ(pointer->contextMenuAt(tab2), std::nullopt) << "the primary button is down";
-  EXPECT_EQ(told(), Lines{"asked"});
+  EXPECT_FALSE(pointer->contextMenuAt(tab2)) << "the primary button is down";
+  EXPECT_EQ(told(), Lines{"out of tab-2"});
+}
+
+TEST_F(PanelPointerTest, AnOpenContextMenuHoldsTheHover) {
+  int looks = 0;
+  pointer->onNeedsPointer = [&] { ++looks; };
+  auto first = pointer->contextMenuAt(tab1);
+  told();
+  pointer->isAt(std::nullopt);
+  tree.update(strip(" anew"));
+  pointer->isAt(tab2);
+  EXPECT_EQ(told(), Lines{});
+  auto second = pointer->contextMenuAt(tab2);
+  EXPECT_EQ(told(), (Lines{"out of tab-1", "into tab-2", "asked"}));
+  first.reset();
+  pointer->isAt(tab1);
+  EXPECT_EQ(told(), Lines{}) << "the second is still open";
+  looks = 0;
+  second.reset();
+  EXPECT_EQ(looks, 1);
+  pointer->isAt(std::nullopt);
+  EXPECT_EQ(told(), (Lines{"out of tab-2", "out of strip"}));
+  auto last = pointer->contextMenuAt(tab1);
+  pointer.reset();
+  last.reset();
+  EXPECT_EQ(looks, 1) << "the panel has gone before its menu";
 }
 
 TEST_F(PanelPointerTest, NothingIsCalledOnceACallbackHasEndedThePanel) {
@@ -242,7 +268,7 @@ TEST_F(PanelPointerTest, NothingIsCalledOnceACallbackHasEndedThePanel) {
         pointer->isAt(tab1);
         press(tab1);
         pointer->endPress();
-        EXPECT_EQ(pointer->contextMenuAt(tab2), std::nullopt);
+        EXPECT_FALSE(pointer->contextMenuAt(tab2));
         EXPECT_FALSE(pointer->call(note("a chosen menu item")));
         EXPECT_EQ(told(), Lines{});
       }
@@ -257,7 +283,13 @@ TEST_F(PanelPointerTest, NothingIsCalledOnceACallbackHasEndedThePanel) {
     check("began");
     click(tab1);
     check("click tab-1");
-    EXPECT_EQ(pointer->contextMenuAt(tab2), std::nullopt);
+    EXPECT_FALSE(pointer->contextMenuAt(tab2));
+    check("into strip");
+    const auto end = std::exchange(onHeard, nullptr);
+    pointer->isAt(tab2);
+    told();
+    onHeard = end;
+    EXPECT_FALSE(pointer->contextMenuAt(tab2));
     check("asked");
     pointer->call(note("a chosen menu item"));
     check("a chosen menu item");

@@ -109,6 +109,40 @@ TEST_F(SimulatedPointerTest, APressBelongsToItsPanel) {
             (Lines{"began", "by 10 0"}));
 }
 
+TEST_F(SimulatedPointerTest, AnOpenContextMenuHoldsTheHoverOfItsPanel) {
+  auto content = strip();
+  content.children[0].children[0].actions.contextMenu = [&] {
+    return Menu{{{.title = "Pin", .onChosen = [&] { done.emplace_back("pinned"); }}}};
+  };
+  panel->setContent(content);
+  const auto other = desktop.panels().makePanel("pellow-palette", WindowShadow::yes);
+  const auto hover = [&](bool inside) {
+    done.emplace_back(inside ? "enter other" : "leave other");
+  };
+  other->setContent(
+      {.key = "other", .frame = {0, 0, 10, 10}, .actions = {.onHoverChanged = hover}});
+  other->setFrame({600, 300, 10, 10});
+  other->orderFront();
+  constexpr AppKitPoint tab1{230, 340};
+  constexpr AppKitPoint tab2{290, 340};
+  constexpr AppKitPoint onOther{605, 305};
+
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().secondaryClick(tab1); }), Lines{"enter tab-1"});
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().move(onOther); }), Lines{"enter other"});
+  EXPECT_EQ(doneAfter([&] { desktop.menu().choose({"Pin"}); }), (Lines{"pinned", "leave tab-1"}));
+
+  doneAfter([&] { desktop.pointer().secondaryClick(tab1); });
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().move(tab2); }), Lines{});
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().click(tab2); }),
+            (Lines{"leave tab-1", "enter tab-2"}))
+      << "the click only closes the menu";
+
+  doneAfter([&] { desktop.pointer().secondaryClick(tab1); });
+  EXPECT_TRUE(desktop.menu().isOpen());
+  EXPECT_EQ(doneAfter([&] { panel = nullptr; }), Lines{});
+  EXPECT_FALSE(desktop.menu().isOpen());
+}
+
 TEST_F(SimulatedPointerTest, PanelsFlyInVirtualTime) {
   const auto& shown = desktop.panels().panel("pellow-strip");
   const auto arrived = [&](std::string what) {
