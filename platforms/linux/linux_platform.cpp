@@ -22,6 +22,7 @@
 #include "platforms/linux/qt/qt_panels.h"
 #include "platforms/linux/qt/qt_process.h"
 #include "platforms/linux/qt/qt_status_bar.h"
+#include "platforms/linux/qt/qt_system_colours.h"
 #include "platforms/linux/system/autostart_entry.h"
 #include "platforms/linux/system/environment.h"
 #include "platforms/linux/system/file_user_defaults.h"
@@ -93,6 +94,7 @@ struct LinuxPlatform::Parts {
   QtStatusBar statusBar;
   QtFormWindows formWindows;
   QtColourPanel colourPanel;
+  QtSystemColours systemColours;
   AutostartEntry loginItem = AutostartEntry::ofEnvironment();
   LinuxQueues queues;
   std::unique_ptr<X11Desktop> desktop;
@@ -195,6 +197,7 @@ ScreenCapture& LinuxPlatform::screenCapture() { return *parts_->screenCapture; }
 Screens& LinuxPlatform::screens() { return parts_->desktop->screens(); }
 StatusBar& LinuxPlatform::statusBar() { return parts_->statusBar; }
 SymbolicHotKeys& LinuxPlatform::symbolicHotKeys() { return parts_->desktop->symbolicHotKeys(); }
+SystemColours& LinuxPlatform::systemColours() { return parts_->systemColours; }
 UpdateFramework& LinuxPlatform::updateFramework() { return parts_->updates; }
 UserDefaults& LinuxPlatform::userDefaults() { return parts_->userDefaults; }
 UUIDSource& LinuxPlatform::uuidSource() { return parts_->uuidSource; }

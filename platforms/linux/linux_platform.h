@@ -50,6 +50,7 @@ class LinuxPlatform final : public Platform {
   Screens& screens() override;
   StatusBar& statusBar() override;
   SymbolicHotKeys& symbolicHotKeys() override;
+  SystemColours& systemColours() override;
   UpdateFramework& updateFramework() override;
   UserDefaults& userDefaults() override;
   UUIDSource& uuidSource() override;

@@ -30,6 +30,7 @@ class MacPlatform final : public Platform {
   Screens& screens() override;
   StatusBar& statusBar() override;
   SymbolicHotKeys& symbolicHotKeys() override;
+  SystemColours& systemColours() override;
   UpdateFramework& updateFramework() override;
   UserDefaults& userDefaults() override;
   UUIDSource& uuidSource() override;

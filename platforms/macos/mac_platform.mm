@@ -8,6 +8,7 @@
 #include "platforms/macos/appkit/mac_event_monitors.h"
 #include "platforms/macos/appkit/mac_panels.h"
 #include "platforms/macos/appkit/mac_status_bar.h"
+#include "platforms/macos/appkit/mac_system_colours.h"
 #include "platforms/macos/capture/mac_screen_capture.h"
 #include "platforms/macos/foundation/foreground.h"
 #include "platforms/macos/system/mac_clock.h"
@@ -44,6 +45,7 @@ struct MacPlatform::Parts {
   MacPanels panels{queues.main(), [this] { eventMonitors.pointerMovedOverPanel(); }};
   MacStatusBar statusBar;
   MacColourPanel colourPanel{foreground};
+  MacSystemColours systemColours;
   MacAlerts alerts{foreground};
   MacFormWindows formWindows{foreground};
 
@@ -70,6 +72,7 @@ ScreenCapture& MacPlatform::screenCapture() { return parts_->screenCapture; }
 Screens& MacPlatform::screens() { return parts_->screens; }
 StatusBar& MacPlatform::statusBar() { return parts_->statusBar; }
 SymbolicHotKeys& MacPlatform::symbolicHotKeys() { return parts_->symbolicHotKeys; }
+SystemColours& MacPlatform::systemColours() { return parts_->systemColours; }
 UpdateFramework& MacPlatform::updateFramework() { return parts_->updates; }
 UserDefaults& MacPlatform::userDefaults() { return parts_->userDefaults; }
 UUIDSource& MacPlatform::uuidSource() { return parts_->uuidSource; }

@@ -28,6 +28,7 @@
 #include "platforms/simulated/status_bar.h"
 #include "platforms/simulated/symbolic_hot_keys.h"
 #include "platforms/simulated/system.h"
+#include "platforms/simulated/system_colours.h"
 #include "platforms/simulated/update_framework.h"
 #include "platforms/simulated/user_defaults.h"
 #include "platforms/simulated/uuid_source.h"
@@ -84,6 +85,7 @@ class Desktop final : public pellow::Platform {
   Screens& screens() override { return screens_; }
   StatusBar& statusBar() override { return statusBar_; }
   SymbolicHotKeys& symbolicHotKeys() override { return symbolicHotKeys_; }
+  SystemColours& systemColours() override { return systemColours_; }
   UpdateFramework& updateFramework() override { return updateFramework_; }
   UserDefaults& userDefaults() override { return userDefaults_; }
   UUIDSource& uuidSource() override { return uuidSource_; }
@@ -153,6 +155,7 @@ class Desktop final : public pellow::Platform {
   Screens screens_;
   StatusBar statusBar_;
   SymbolicHotKeys symbolicHotKeys_;
+  SystemColours systemColours_;
   UpdateFramework updateFramework_;
   UserDefaults userDefaults_;
   UUIDSource uuidSource_;

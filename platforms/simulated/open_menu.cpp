@@ -17,15 +17,19 @@ namespace {
 
 }  // namespace
 
-void OpenMenu::open(Menu menu) {
-  if (!menu.items.empty()) open_ = std::move(menu);
+Subscription OpenMenu::open(Menu menu, Subscription whileOpen) {
+  if (menu.items.empty()) return {};
+  open_ = std::make_shared<Open>(std::move(menu), std::move(whileOpen));
+  return Subscription([this, opened = std::weak_ptr(open_)] {
+    if (open_ && open_ == opened.lock()) close();
+  });
 }
 
 bool OpenMenu::isOpen() const { return open_ && system_.processRuns(); }
 
 const Menu& OpenMenu::menuAt(Steps path) const {
   if (!isOpen()) throw std::out_of_range("no menu is open");
-  if (path.empty()) return *open_;
+  if (path.empty()) return open_->menu;
   const auto& head = itemAt(path);
   if (!head.submenu) refuse(path, "has no submenu");
   return *head.submenu;
@@ -45,8 +49,11 @@ void OpenMenu::choose(Path path) {
     if (!itemAt(steps.first(depth)).isEnabled) refuse(steps, "is disabled");
   const auto onChosen = itemAt(steps).onChosen;
   if (!onChosen) refuse(steps, "cannot be chosen");
-  close();
-  system_.mainLoop.post(onChosen);
+  const auto closed = std::exchange(open_, nullptr);
+  system_.mainLoop.post([onChosen, whileOpen = std::move(closed->whileOpen)]() mutable {
+    onChosen();
+    whileOpen.cancel();
+  });
 }
 
 std::vector<std::string> OpenMenu::lines(Path path) const {

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <initializer_list>
-#include <optional>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/subscription.h"
 #include "platform/menu.h"
 
 namespace pellow::simulated {
@@ -21,9 +22,10 @@ class OpenMenu {
 
   explicit OpenMenu(System& system) : system_(system) {}
 
-  // A menu without items does not open.
-  void open(Menu menu);
-  void close() { open_ = std::nullopt; }
+  // A menu without items does not open. Dropping the answer closes the menu. `whileOpen` is dropped
+  // once it has closed and the chosen item has been told.
+  Subscription open(Menu menu, Subscription whileOpen = {});
+  void close() { open_ = nullptr; }
   bool isOpen() const;
 
   // These throw when no menu is open or it has no such item.
@@ -38,12 +40,16 @@ class OpenMenu {
 
  private:
   using Steps = std::span<const std::string_view>;
+  struct Open {
+    Menu menu;
+    Subscription whileOpen;
+  };
 
   const Menu& menuAt(Steps path) const;
   const MenuItem& itemAt(Steps path) const;
 
   System& system_;
-  std::optional<Menu> open_;
+  std::shared_ptr<Open> open_;
 };
 
 }  // namespace pellow::simulated

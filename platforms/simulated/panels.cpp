@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platforms/simulated/open_menu.h"
+
 namespace pellow::simulated {
 namespace {
 
@@ -36,6 +38,7 @@ double eased(double progress, AnimationTiming timing) {
 
 Panel::Panel(Panels& panels, PanelID id, std::string name, WindowShadow shadow)
     : panels_(panels), id_(id), name_(std::move(name)), shadow_(shadow), motion_(panels.queue_) {
+  pointer_.onNeedsPointer = [this] { panels_.changed(); };
   panels_.toFront(*this);
 }
 
@@ -118,6 +121,11 @@ AppKitPoint Panel::centre(std::string_view path) const {
   const auto panel = frameNow();
   const auto area = tree_.stretchTo(panel.size).toPanel(tree_.areaOf(*found).value());
   return panel.origin + AppKitVector{area.midX(), area.midY()};
+}
+
+void Panel::openContextMenu(OpenMenu& menu, AppKitPoint at) {
+  if (auto context = pointer_.contextMenuAt(toContent(at)))
+    contextMenu_ = menu.open(std::move(context->menu), std::move(context->hover));
 }
 
 ViewPoint Panel::toContent(AppKitPoint onScreen) const {
@@ -221,10 +229,14 @@ void Panels::updateHover() {
   if (auto* const panel = find(hovered_)) panel->pointer().isAt(panel->toContent(point));
 }
 
+// Not only the last one is left: a context menu may have held the hover of another.
 void Panels::goOver(PanelID panel) {
-  const auto before = std::exchange(hovered_, panel);
-  auto* const left = find(before);
-  if (left && before != panel) left->pointer().isAt(std::nullopt);
+  hovered_ = panel;
+  std::vector<PanelID> others;
+  for (const auto* const each : frontToBack_)
+    if (each->id() != panel) others.push_back(each->id());
+  for (const auto other : others)
+    if (auto* const left = find(other)) left->pointer().isAt(std::nullopt);
 }
 
 bool Panels::press() {
@@ -240,11 +252,6 @@ void Panels::release() {
   auto* const panel = find(std::exchange(pressed_, noPanel));
   changed();
   if (panel) panel->pointer().released(panel->toContent(system_.state.pointer));
-}
-
-std::optional<Menu> Panels::contextMenuAt(AppKitPoint point) {
-  auto* const panel = panelAt(point);
-  return panel ? panel->pointer().contextMenuAt(panel->toContent(point)) : std::nullopt;
 }
 
 void Panels::clickView(const std::string& panelName, const std::string& path) {

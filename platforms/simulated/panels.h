@@ -16,6 +16,7 @@
 
 namespace pellow::simulated {
 
+class OpenMenu;
 class Panels;
 
 using PanelID = int;
@@ -56,6 +57,8 @@ class Panel final : public pellow::Panel {
   const ViewNode* viewNamed(std::string_view accessibleName) const;
   // Where the middle of the view at a path is on the screen; throws when there is none.
   AppKitPoint centre(std::string_view path) const;
+  // Of the topmost view there that has one.
+  void openContextMenu(OpenMenu& menu, AppKitPoint at);
   // A point of the screen in the panel's content.
   ViewPoint toContent(AppKitPoint onScreen) const;
 
@@ -76,6 +79,7 @@ class Panel final : public pellow::Panel {
   WindowShadow shadow_;
   ViewTree tree_;
   PanelPointer pointer_{tree_};
+  Subscription contextMenu_;
   PanelMotion motion_;
   std::optional<Animation> animation_;
   PanelLevel level_ = PanelLevel::statusWindow;
@@ -108,8 +112,6 @@ class Panels final : public pellow::Panels {
   // The primary button, where the pointer is. Pressing answers false when no panel is there.
   bool press();
   void release();
-  // Of the topmost view there that has one.
-  std::optional<Menu> contextMenuAt(AppKitPoint point);
   // A click on the view at a path of keys, wherever it lies, in the front panel of the name that
   // has one; throws when there is none.
   void clickView(const std::string& panelName, const std::string& path);

@@ -49,7 +49,8 @@ void Pointer::secondaryClick(AppKitPoint at) {
   system_.mainLoop.post([this] {
     if (holder_ != Holder::nobody) return;
     menu_.close();
-    if (auto menu = panels_.contextMenuAt(system_.state.pointer)) menu_.open(std::move(*menu));
+    const auto point = system_.state.pointer;
+    if (auto* const panel = panels_.panelAt(point)) panel->openContextMenu(menu_, point);
   });
 }
 

@@ -27,7 +27,7 @@ void StatusBar::openMenu() {
   system_.mainLoop.post([this] {
     if (items_.size() != 1 || !items_.front()->menu()) return;
     const auto menu = items_.front()->menu();
-    menu_.open(menu());
+    opened_ = menu_.open(menu());
   });
 }
 

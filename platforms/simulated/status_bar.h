@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/subscription.h"
 #include "platform/status_bar.h"
 
 namespace pellow::simulated {
@@ -53,6 +54,7 @@ class StatusBar final : public pellow::StatusBar {
   System& system_;
   OpenMenu& menu_;
   std::vector<StatusItem*> items_;
+  Subscription opened_;
 };
 
 }  // namespace pellow::simulated

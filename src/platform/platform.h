@@ -15,6 +15,7 @@
 #include "platform/screens.h"
 #include "platform/status_bar.h"
 #include "platform/symbolic_hot_keys.h"
+#include "platform/system_colours.h"
 #include "platform/update_framework.h"
 #include "platform/user_defaults.h"
 #include "platform/uuid_source.h"
@@ -43,6 +44,7 @@ class Platform {
   virtual Screens& screens() = 0;
   virtual StatusBar& statusBar() = 0;
   virtual SymbolicHotKeys& symbolicHotKeys() = 0;
+  virtual SystemColours& systemColours() = 0;
   virtual UpdateFramework& updateFramework() = 0;
   virtual UserDefaults& userDefaults() = 0;
   virtual UUIDSource& uuidSource() = 0;

@@ -80,9 +80,10 @@ struct ViewLook {
   bool operator==(const ViewLook&) const = default;
 };
 
-// A drag that began with a press of the primary button inside a view. It goes on wherever the
-// pointer goes and whatever becomes of the view and the content, with the callbacks the view had at
-// the press. Hiding the panel ends it at once; so does the panel's end, but without `onEnded`.
+// A drag that began with a press of the primary button inside a view, where no view with a click
+// stands in front of it. It goes on wherever the pointer goes and whatever becomes of the view and
+// the content, with the callbacks the view had at the press. Hiding the panel ends it at once; so
+// does the panel's end, but without `onEnded`.
 struct DragActions {
   std::function<void()> onBegan;                        // 3 points away from the press
   std::function<void(AppKitVector movedBy)> onDragged;  // since the press, on the screen
@@ -92,17 +93,20 @@ struct DragActions {
 };
 
 // What a view does. Main thread; a callback may replace the content of its own panel. An action it
-// lacks goes to the view it stands on.
+// lacks goes to the view it stands on, except a drag when it has a click: that stays one however
+// far the pointer wobbles.
 struct ViewActions {
   std::function<void()> onClick;  // pressed and released inside, without a drag
 
-  // Views are left from the inside out, then others are entered. Not while a drag runs; a view that
-  // is taken away is not told.
+  // Views are left from the inside out, then others are entered. Not while a drag runs or a context
+  // menu of the panel is open; a view that is taken away is not told.
   std::function<void(bool inside)> onHoverChanged;
 
   DragActions drag;
 
-  // Asked for at every secondary click, unless the primary button is down.
+  // Asked for at every secondary click, unless the primary button is down. Until the menu has
+  // closed and what was chosen from it is done, all views of the panel stay hovered or not as they
+  // are, wherever the pointer goes; then it is looked for.
   std::function<Menu()> contextMenu;
 };
 

@@ -24,8 +24,9 @@ void PanelPointer::pressed(ViewPoint at, AppKitPoint onScreen) {
   Press press;
   press.clicks = innermost(nodes, [](const auto& node) { return bool(node.actions.onClick); });
   press.from = onScreen;
-  if (const auto node = innermost(nodes, [](const auto& each) { return bool(each.actions.drag); }))
-    press.drag = node->actions.drag;
+  // A view with a click and no drag keeps out the drags of those that it stands on.
+  const auto answers = [](const auto& node) { return node.actions.onClick || node.actions.drag; };
+  if (const auto node = innermost(nodes, answers)) press.drag = node->actions.drag;
   press_ = std::move(press);
   needsDisplay(press_->clicks);
 }
@@ -68,7 +69,7 @@ bool PanelPointer::dragTo(AppKitPoint onScreen) {
 }
 
 void PanelPointer::isAt(std::optional<ViewPoint> point) {
-  if (calls_->haveEnded || isDragging()) return;
+  if (calls_->haveEnded || isDragging() || !hoverHold_.expired()) return;
   const auto now = point ? tree_.at(*point) : ViewTree::Nodes();
   ViewTree::Nodes left;
   ViewTree::Nodes entered;
@@ -95,15 +96,28 @@ bool PanelPointer::tellHover(const ViewTree::Nodes& nodes, bool inside) {
   return true;
 }
 
-std::optional<Menu> PanelPointer::contextMenuAt(ViewPoint point) {
+std::optional<PanelPointer::ContextMenu> PanelPointer::contextMenuAt(ViewPoint point) {
   if (press_) return std::nullopt;
+  hoverHold_.reset();
+  const auto calls = calls_;
+  isAt(point);
+  if (calls->haveEnded) return std::nullopt;
   const auto node =
       innermost(tree_.at(point), [](const auto& each) { return bool(each.actions.contextMenu); });
   if (!node) return std::nullopt;
   Menu menu;
   const auto ask = [&menu, contextMenu = node->actions.contextMenu] { menu = contextMenu(); };
   if (!call(ask) || menu.items.empty()) return std::nullopt;
-  return menu;
+  return ContextMenu{std::move(menu), holdHover()};
+}
+
+Subscription PanelPointer::holdHover() {
+  auto hold = std::make_shared<HoverHold>();
+  hoverHold_ = hold;
+  return Subscription([this, calls = calls_, hold = std::move(hold)]() mutable {
+    hold = nullptr;
+    if (!calls->haveEnded && onNeedsPointer) onNeedsPointer();
+  });
 }
 
 bool PanelPointer::call(const std::function<void()>& callback) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/subscription.h"
 #include "platform/clock.h"
 #include "views/view_tree.h"
 
@@ -16,6 +17,13 @@ namespace pellow {
 // thread.
 class PanelPointer {
  public:
+  struct ContextMenu {
+    Menu menu;
+    // Views stay hovered or not as they are until this is dropped: once the menu has closed and
+    // what was chosen from it is done, or if it is not shown. Dropping it calls `onNeedsPointer`.
+    Subscription hover;
+  };
+
   // The tree outlives it.
   explicit PanelPointer(const ViewTree& tree) : tree_(tree) {}
   PanelPointer(const PanelPointer&) = delete;
@@ -26,6 +34,8 @@ class PanelPointer {
   std::function<void(const ViewRect& area)> onNeedsDisplay;
   // Highlights change from now on: call `advanceHighlights` until they are through.
   std::function<void()> onHighlightsBegin;
+  // Look for the pointer and call `isAt`, once the current work is done.
+  std::function<void()> onNeedsPointer;
 
   // The primary button goes down, the pointer moves, with the button or without, and it goes up.
   void pressed(ViewPoint at, AppKitPoint onScreen);
@@ -36,11 +46,12 @@ class PanelPointer {
   void endPress();
 
   // The pointer is found there, or nowhere in the panel: it has left, or views have moved. Changes
-  // nothing while a drag runs.
+  // nothing while a drag runs or a context menu holds the hover.
   void isAt(std::optional<ViewPoint> point);
 
-  // What a secondary click there opens, if anything; nothing while the primary button is down.
-  std::optional<Menu> contextMenuAt(ViewPoint point);
+  // What a secondary click there opens, if anything; nothing while the primary button is down. Of a
+  // menu opened before, the hover is held no longer.
+  std::optional<ContextMenu> contextMenuAt(ViewPoint point);
 
   // A click by other means than the pointer.
   void click(const ViewNode& node) { call(node.actions.onClick); }
@@ -72,14 +83,18 @@ class PanelPointer {
     bool haveEnded = false;
   };
 
+  struct HoverHold {};
+
   bool dragTo(AppKitPoint onScreen);
   bool finishPress();
   bool tellHover(const ViewTree::Nodes& nodes, bool inside);
+  Subscription holdHover();
   void needsDisplay(const std::shared_ptr<ViewNode>& node) const;
 
   const ViewTree& tree_;
   std::optional<Press> press_;
   std::vector<std::weak_ptr<ViewNode>> hovered_;  // from the outside in
+  std::weak_ptr<HoverHold> hoverHold_;            // of the latest context menu, while it is open
   std::shared_ptr<Calls> calls_ = std::make_shared<Calls>();
 };
 

@@ -69,8 +69,9 @@ class PanelsUnderThePointer : public PanelsContract {
 };
 
 TEST_F(PanelsUnderThePointer, TheInnermostViewWithTheActionGetsIt) {
-  auto root = view("root", {0, 0, 200, 100},
-                   {.onClick = note("root"), .onHoverChanged = noteHover("root")});
+  auto root = view(
+      "root", {0, 0, 200, 100},
+      {.onClick = note("root"), .onHoverChanged = noteHover("root"), .drag = noteDrag("root")});
   auto half = view("half", {100, 0, 100, 100}, {.onHoverChanged = noteHover("half")});
   half.children.push_back(view("button", {50, 0, 50, 100}, {.onClick = note("button")}));
   root.children.push_back(std::move(half));
@@ -85,7 +86,8 @@ TEST_F(PanelsUnderThePointer, TheInnermostViewWithTheActionGetsIt) {
   host->movePointer(at(120, 50));
   host->releaseButton();
   host->movePointer({600, 30});
-  EXPECT_TRUE(hears({"out of half", "out of root"})) << "released elsewhere, it is no click";
+  EXPECT_TRUE(hears({"out of half", "out of root"}))
+      << "released elsewhere, it is no click, and no drag either";
 }
 
 TEST_F(PanelsUnderThePointer, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfTheView) {
@@ -168,6 +170,15 @@ TEST_F(PanelsUnderThePointer, AContextMenuIsAskedForAtEverySecondaryClick) {
   host->chooseFromContextMenu(at(60, 50), "First");
   EXPECT_TRUE(hears({"first"}));
   EXPECT_EQ(asked, 2);
+}
+
+TEST_F(PanelsUnderThePointer, AnOpenContextMenuHoldsTheHoverOfItsPanel) {
+  const auto menu = [&] { return Menu{{{.title = "The only item", .onChosen = note("chosen")}}}; };
+  const auto panel = show(
+      view("root", {0, 0, 200, 100}, {.onHoverChanged = noteHover("root"), .contextMenu = menu}));
+  host->chooseFromContextMenu(at(195, 50), "The only item");  // which is beside the panel
+  host->movePointer({600, 30});
+  EXPECT_TRUE(hears({"into root", "chosen", "out of root"}));
 }
 
 TEST_F(PanelsUnderThePointer, ThePointerGoesThroughAPanelThatIgnoresIt) {

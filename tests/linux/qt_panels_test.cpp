@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <QTimer>
+#include <algorithm>
 #include <cmath>
 
 #include "tests/harness/monitors.h"
@@ -136,6 +138,56 @@ TEST_F(QtPanelsTest, AContextMenuIsChosenFromByKeyboardAndByPointer) {
   desktop.type({key::escape});
   EXPECT_TRUE(isClosed());
   EXPECT_TRUE(heard.empty());
+}
+
+TEST_F(QtPanelsTest, AnOpenContextMenuHoldsTheHoverOfItsPanel) {
+  const auto menu = [&] {
+    heard.emplace_back("asked");
+    return Menu{{{.title = "The only item", .onChosen = note("chosen")}}};
+  };
+  auto panel =
+      show("pellow-strip",
+           view("root", {0, 0, 200, 100}, {.onHoverChanged = noteHover("it"), .contextMenu = menu}),
+           place);
+  const auto other =
+      show("pellow-palette", view("root", {0, 0, 200, 100}, {.onHoverChanged = noteHover("other")}),
+           {600, 100, 200, 100});
+  const auto isOpen = [&] { return shown("pellow-menu") != 0; };
+  const auto closes = [&] { return until([&] { return !isOpen(); }); };
+  const auto open = [&] {
+    desktop.click(150, 650, rightButton);
+    EXPECT_TRUE(until(isOpen));
+  };
+
+  open();
+  for (const int x : {155, 110}) {  // to the menu, with the panel below, and beside the menu
+    desktop.movePointer(x, 655);
+    desktop.type({key::escape});
+    EXPECT_TRUE(closes());
+    open();
+  }
+  EXPECT_TRUE(hears({"into it", "asked", "asked", "asked"})) << "it was not left in between";
+  desktop.movePointer(700, 650);
+  desktop.type({key::escape});
+  EXPECT_TRUE(closes());
+  EXPECT_TRUE(until([&] { return heard.size() == 2; }));
+  std::ranges::sort(heard);  // the panels are told one by one, each when its turn comes
+  EXPECT_TRUE(hears({"into other", "out of it"}));
+
+  open();
+  EXPECT_TRUE(hears({"out of other", "into it", "asked"}));
+  desktop.movePointer(900, 50);
+  desktop.type({key::down, key::returnKey});
+  QTimer::singleShot(100, [] { QApplication::exit(); });
+  QApplication::exec();  // where Qt deletes what is to be deleted, as in the program
+  EXPECT_TRUE(hears({"chosen", "out of it"}));
+
+  open();
+  EXPECT_TRUE(hears({"into it", "asked"}));
+  panel.reset();
+  EXPECT_TRUE(closes());
+  desktop.movePointer(700, 650);
+  EXPECT_TRUE(hears({"into other"}));
 }
 
 TEST_F(QtPanelsTest, AnAnimationArrivesOnceUnlessItIsCutShort) {

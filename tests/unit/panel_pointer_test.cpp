@@ -16,7 +16,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// A strip to be dragged by its handle, with two tabs on it:
+// A strip to be clicked and dragged by its handle, with two tabs on it to be clicked:
 //
 //   handle 0…120 ┌─────────────────┐ 80
 //                │ [tab-1] [tab-2] │
@@ -51,7 +51,8 @@ class PanelPointerTest : public testing::Test {
 
   View strip(const std::string& generation = "") {
     View root{.key = "strip", .frame = {0, 0, 120, 80}};
-    root.actions = {.onHoverChanged = noteHover("strip"),
+    root.actions = {.onClick = note("click strip" + generation),
+                    .onHoverChanged = noteHover("strip"),
                     .drag = {.onBegan = note("began" + generation),
                              .onDragged =
                                  [=, this, life = begin()](AppKitVector by) {
@@ -95,7 +96,6 @@ TEST_F(PanelPointerTest, AClickIsPressedAndReleasedInsideTheSameView) {
   click(tab2);
   EXPECT_EQ(told(), Lines{"click tab-2"}) << "a badge leaves it to the tab it stands on";
   EXPECT_EQ(drawn, std::vector<ViewRect>(2, {70, 20, 40, 40}));
-  click(handle);
   press(tab1);
   pointer->released({51, 40});
   EXPECT_EQ(told(), Lines{});
@@ -125,26 +125,44 @@ TEST_F(PanelPointerTest, AClickIsPressedAndReleasedInsideTheSameView) {
   EXPECT_FALSE(pointer->isPressing(*node)) << "a release would not click it";
 }
 
-TEST_F(PanelPointerTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfItsView) {
+TEST_F(PanelPointerTest, AViewWithAClickKeepsDragsOut) {
   pointer->isAt(tab1);
   told();
   press(tab1);
-  move({32, 42});
-  EXPECT_EQ(told(), Lines{}) << "less than three points away";
-  pointer->released(tab1);
+  move({12, 58});
+  EXPECT_TRUE(pointer->isPressing(*tree.root()->children[0]));
+  pointer->released({48, 22});
   EXPECT_EQ(told(), Lines{"click tab-1"});
+  auto root = strip();
+  root.children[0].children.push_back(
+      {.key = "grip", .frame = {0, 0, 40, 40}, .actions = {.drag = {.onBegan = note("grip")}}});
+  tree.update(root);
   press(tab1);
+  move({12, 58});
+  pointer->released({12, 58});
+  EXPECT_EQ(told(), Lines{"grip"}) << "a drag that stands on it does begin";
+}
+
+TEST_F(PanelPointerTest, ADragBeginsAfterThreePointsAndGoesOnWhateverBecomesOfItsView) {
+  pointer->isAt(handle);
+  told();
+  press(handle);
+  move({7, 7});
+  EXPECT_EQ(told(), Lines{}) << "less than three points away";
+  pointer->released(handle);
+  EXPECT_EQ(told(), Lines{"click strip"});
+  press(handle);
   drawn.clear();
-  move({32, 43});
-  EXPECT_EQ(drawn, (std::vector<ViewRect>{{10, 20, 40, 40}})) << "no longer pressed";
+  move({7, 8});
+  EXPECT_EQ(drawn, (std::vector<ViewRect>{{0, 0, 120, 80}})) << "no longer pressed";
   tree.update(strip(" anew"));
   move(tab2);
   tree.update(empty());
   pointer->isAt(std::nullopt);
-  EXPECT_EQ(pointer->contextMenuAt(tab1), std::nullopt);
+  EXPECT_FALSE(pointer->contextMenuAt(tab1));
   move({-200, 400});
   pointer->released({-200, 400});
-  EXPECT_EQ(told(), (Lines{"began", "by 2 3", "by 60 0", "by -230 360", "ended"}))
+  EXPECT_EQ(told(), (Lines{"began", "by 2 3", "by 85 35", "by -205 395", "ended"}))
       << "no click, and nothing is entered or left";
 
   tree.update(strip());
@@ -203,11 +221,37 @@ TEST_F(PanelPointerTest, HoverLivesOnWithTheView) {
 TEST_F(PanelPointerTest, AContextMenuIsForTheInnermostViewThatHasOne) {
   // Making the menu replaces the very view that it is for.
   onHeard = [&] { tree.update(strip()); };
-  EXPECT_EQ(pointer->contextMenuAt(tab2)->items.at(0).title, "tab-2");
-  EXPECT_EQ(pointer->contextMenuAt(handle), std::nullopt);
+  EXPECT_EQ(pointer->contextMenuAt(tab2)->menu.items.at(0).title, "tab-2");
+  EXPECT_EQ(told(), (Lines{"into strip", "into tab-2", "asked"}));
+  EXPECT_FALSE(pointer->contextMenuAt(handle));
   press(handle);
-  EXPECT_EQ(pointer->contextMenuAt(tab2), std::nullopt) << "the primary button is down";
-  EXPECT_EQ(told(), Lines{"asked"});
+  EXPECT_FALSE(pointer->contextMenuAt(tab2)) << "the primary button is down";
+  EXPECT_EQ(told(), Lines{"out of tab-2"});
+}
+
+TEST_F(PanelPointerTest, AnOpenContextMenuHoldsTheHover) {
+  int looks = 0;
+  pointer->onNeedsPointer = [&] { ++looks; };
+  auto first = pointer->contextMenuAt(tab1);
+  told();
+  pointer->isAt(std::nullopt);
+  tree.update(strip(" anew"));
+  pointer->isAt(tab2);
+  EXPECT_EQ(told(), Lines{});
+  auto second = pointer->contextMenuAt(tab2);
+  EXPECT_EQ(told(), (Lines{"out of tab-1", "into tab-2", "asked"}));
+  first.reset();
+  pointer->isAt(tab1);
+  EXPECT_EQ(told(), Lines{}) << "the second is still open";
+  looks = 0;
+  second.reset();
+  EXPECT_EQ(looks, 1);
+  pointer->isAt(std::nullopt);
+  EXPECT_EQ(told(), (Lines{"out of tab-2", "out of strip"}));
+  auto last = pointer->contextMenuAt(tab1);
+  pointer.reset();
+  last.reset();
+  EXPECT_EQ(looks, 1) << "the panel has gone before its menu";
 }
 
 TEST_F(PanelPointerTest, NothingIsCalledOnceACallbackHasEndedThePanel) {
@@ -224,7 +268,7 @@ TEST_F(PanelPointerTest, NothingIsCalledOnceACallbackHasEndedThePanel) {
         pointer->isAt(tab1);
         press(tab1);
         pointer->endPress();
-        EXPECT_EQ(pointer->contextMenuAt(tab2), std::nullopt);
+        EXPECT_FALSE(pointer->contextMenuAt(tab2));
         EXPECT_FALSE(pointer->call(note("a chosen menu item")));
         EXPECT_EQ(told(), Lines{});
       }
@@ -239,7 +283,13 @@ TEST_F(PanelPointerTest, NothingIsCalledOnceACallbackHasEndedThePanel) {
     check("began");
     click(tab1);
     check("click tab-1");
-    EXPECT_EQ(pointer->contextMenuAt(tab2), std::nullopt);
+    EXPECT_FALSE(pointer->contextMenuAt(tab2));
+    check("into strip");
+    const auto end = std::exchange(onHeard, nullptr);
+    pointer->isAt(tab2);
+    told();
+    onHeard = end;
+    EXPECT_FALSE(pointer->contextMenuAt(tab2));
     check("asked");
     pointer->call(note("a chosen menu item"));
     check("a chosen menu item");

@@ -67,8 +67,9 @@ TEST_F(SimulatedPointerTest, AClickIsNoDragAndADragNoClick) {
   EXPECT_EQ(tab, (AppKitPoint{230, 340}));
   EXPECT_EQ(doneAfter([&] { desktop.pointer().drag(tab, {232, 342}); }),
             (Lines{"enter tab-1", "click tab-1"}));
-  EXPECT_EQ(doneAfter([&] { desktop.pointer().drag(tab, {500, 700}, 2); }),
-            (Lines{"began", "by 135 180", "by 270 360", "ended", "leave tab-1"}));
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().drag(tab, {500, 700}, 2); }), Lines{"leave tab-1"});
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().drag({205, 305}, {505, 705}, 2); }),
+            (Lines{"began", "by 150 200", "by 300 400", "ended"}));
   EXPECT_EQ(doneAfter([&] { desktop.pointer().drag({500, 700}, tab, 2); }), Lines{"enter tab-1"})
       << "a press elsewhere is nobody's here";
 
@@ -106,6 +107,40 @@ TEST_F(SimulatedPointerTest, APressBelongsToItsPanel) {
   onDragged = [&] { panel = nullptr; };
   EXPECT_EQ(doneAfter([&] { desktop.pointer().drag({205, 305}, {225, 305}, 2); }),
             (Lines{"began", "by 10 0"}));
+}
+
+TEST_F(SimulatedPointerTest, AnOpenContextMenuHoldsTheHoverOfItsPanel) {
+  auto content = strip();
+  content.children[0].children[0].actions.contextMenu = [&] {
+    return Menu{{{.title = "Pin", .onChosen = [&] { done.emplace_back("pinned"); }}}};
+  };
+  panel->setContent(content);
+  const auto other = desktop.panels().makePanel("pellow-palette", WindowShadow::yes);
+  const auto hover = [&](bool inside) {
+    done.emplace_back(inside ? "enter other" : "leave other");
+  };
+  other->setContent(
+      {.key = "other", .frame = {0, 0, 10, 10}, .actions = {.onHoverChanged = hover}});
+  other->setFrame({600, 300, 10, 10});
+  other->orderFront();
+  constexpr AppKitPoint tab1{230, 340};
+  constexpr AppKitPoint tab2{290, 340};
+  constexpr AppKitPoint onOther{605, 305};
+
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().secondaryClick(tab1); }), Lines{"enter tab-1"});
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().move(onOther); }), Lines{"enter other"});
+  EXPECT_EQ(doneAfter([&] { desktop.menu().choose({"Pin"}); }), (Lines{"pinned", "leave tab-1"}));
+
+  doneAfter([&] { desktop.pointer().secondaryClick(tab1); });
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().move(tab2); }), Lines{});
+  EXPECT_EQ(doneAfter([&] { desktop.pointer().click(tab2); }),
+            (Lines{"leave tab-1", "enter tab-2"}))
+      << "the click only closes the menu";
+
+  doneAfter([&] { desktop.pointer().secondaryClick(tab1); });
+  EXPECT_TRUE(desktop.menu().isOpen());
+  EXPECT_EQ(doneAfter([&] { panel = nullptr; }), Lines{});
+  EXPECT_FALSE(desktop.menu().isOpen());
 }
 
 TEST_F(SimulatedPointerTest, PanelsFlyInVirtualTime) {

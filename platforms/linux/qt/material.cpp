@@ -76,4 +76,8 @@ QColor toQColor(const Colour& colour) {
                           static_cast<float>(colour.blue()), static_cast<float>(colour.alpha()));
 }
 
+Colour toColour(const QColor& colour) {
+  return {colour.redF(), colour.greenF(), colour.blueF(), colour.alphaF()};
+}
+
 }  // namespace pellow

@@ -26,5 +26,6 @@ struct Material {
 };
 
 QColor toQColor(const Colour& colour);
+Colour toColour(const QColor& colour);
 
 }  // namespace pellow

@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QCursor>
 #include <QEnterEvent>
+#include <QGuiApplication>
 #include <QHelpEvent>
 #include <QHideEvent>
 #include <QMouseEvent>
@@ -15,6 +16,7 @@
 #include <QTimerEvent>
 #include <QToolTip>
 #include <QWindow>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -62,6 +64,7 @@ PanelCanvas::PanelCanvas(const std::string& name, PictureSource& pictures, const
   setWindowTitle(QString::fromStdString(name));
   pointer_.onNeedsDisplay = [this](const auto& area) { update(toPanel(area).toAlignedRect()); };
   pointer_.onHighlightsBegin = [this] { beginHighlights(); };
+  pointer_.onNeedsPointer = [this] { lookForPointerSoon(); };
   chooseMaterial();
 }
 
@@ -239,12 +242,14 @@ void PanelCanvas::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void PanelCanvas::showContextMenu(QPointF point, QPoint onScreen) {
-  const auto menu = pointer_.contextMenuAt(toContent(point));
-  if (!menu) return;
+  auto context = pointer_.contextMenuAt(toContent(point));
+  if (!context) return;
   QToolTip::hideText();
   const auto choose = [this](const auto& onChosen) { pointer_.call(onChosen); };
-  auto* const shown = makeMenu(*menu, {.owner = *this, .hints = hints_, .choose = choose});
-  connect(shown, &QMenu::aboutToHide, this, [this] { lookForPointerSoon(); });
+  auto* const shown = makeMenu(context->menu, {.owner = *this, .hints = hints_, .choose = choose});
+  const auto hover = std::make_shared<Subscription>(std::move(context->hover));
+  // A choice is queued only after `aboutToHide`; here it is ahead of the look for the pointer.
+  connect(shown, &QObject::destroyed, this, [hover] { hover->cancel(); });
   shown->popup(onScreen);
 }
 
@@ -257,15 +262,19 @@ void PanelCanvas::lookForPointerSoon() {
   QMetaObject::invokeMethod(this, [this] { lookForPointer(); }, Qt::QueuedConnection);
 }
 
+// Qt may not know yet that the pointer is here, as after a menu above the panel; it soon will.
 void PanelCanvas::lookForPointer() {
   if (!hints_.serverAnswers()) {
     QTimer::singleShot(pointerPause, this, [this] { lookForPointer(); });
     return;
   }
   willLookForPointer_ = false;
-  const auto point = mapFromGlobal(QPointF(QCursor::pos()));
-  const bool inside = isVisible() && QRectF(rect()).contains(point) && underMouse();
-  pointer_.isAt(inside ? std::optional(toContent(point)) : std::nullopt);
+  const auto onScreen = QCursor::pos();
+  const auto point = mapFromGlobal(QPointF(onScreen));
+  const bool inside = isVisible() && QRectF(rect()).contains(point) &&
+                      QGuiApplication::topLevelAt(onScreen) == windowHandle();
+  if (!inside) return pointer_.isAt(std::nullopt);
+  if (underMouse()) pointer_.isAt(toContent(point));
 }
 
 void PanelCanvas::beginHighlights() {

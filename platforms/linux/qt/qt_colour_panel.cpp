@@ -29,7 +29,7 @@ void QtColourPanel::tell(const QColor& colour) {
   const auto showing = current_.lock();
   if (!showing) return;
   const auto onChange = showing->onChange;  // it may show the panel for somebody else
-  onChange({colour.redF(), colour.greenF(), colour.blueF(), colour.alphaF()});
+  onChange(toColour(colour));
 }
 
 Subscription QtColourPanel::show(Colour colour, std::function<void(Colour)> onChange) {

@@ -14,7 +14,6 @@
 #include "platforms/macos/foundation/text.h"
 #include "views/panel_pointer.h"
 
-using pellow::Menu;
 using pellow::PanelPointer;
 using pellow::ViewNode;
 using pellow::ViewPoint;
@@ -56,6 +55,7 @@ struct GivenElement final : ViewNode::NativePart {
   __weak PellowViewCanvas* const canvas = _canvas;
   _pointer->onNeedsDisplay = [canvas](const auto& area) { [canvas contentNeedsDisplayIn:area]; };
   _pointer->onHighlightsBegin = [highlights = &*_highlights] { highlights->begin(); };
+  _pointer->onNeedsPointer = [] { [PellowPanelContent lookForPointerSoon]; };
   [self addTrackingArea:[[NSTrackingArea alloc]
                             initWithRect:NSZeroRect
                                  options:NSTrackingMouseEnteredAndExited | NSTrackingMouseMoved |
@@ -166,15 +166,16 @@ struct GivenElement final : ViewNode::NativePart {
 // Context menus
 
 - (void)showContextMenu:(NSEvent*)event {
-  std::optional<Menu> menu;
-  pellow::runInPool([&] { menu = _pointer->contextMenuAt([self pointOf:event]); });
-  if (!menu) return;
+  std::optional<PanelPointer::ContextMenu> context;
+  pellow::runInPool([&] { context = _pointer->contextMenuAt([self pointOf:event]); });
+  if (!context) return;
   __weak PellowPanelContent* const weakSelf = self;
-  NSMenu* const shown =
-      pellow::makeMenu(*menu, [weakSelf](const auto& chosen) { [weakSelf callBack:chosen]; });
+  NSMenu* const shown = pellow::makeMenu(
+      context->menu, [weakSelf](const auto& chosen) { [weakSelf callBack:chosen]; });
   _contextMenu = shown;
   [NSMenu popUpContextMenu:shown withEvent:event forView:self];
-  [PellowPanelContent lookForPointerSoon];
+  // The choice may still be to come, and so may an exit of the pointer.
+  pellow::whenIdle([hover = std::move(context->hover)]() mutable { hover.cancel(); });
 }
 
 - (void)callBack:(const std::function<void()>&)chosen {

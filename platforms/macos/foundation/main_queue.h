@@ -12,9 +12,11 @@ void hopToMain(Function<void()> work);
 // process here, where the stack still tells whose it is; dispatch and AppKit let none pass.
 void runInPool(Function<void()> work) noexcept;
 
+// Runs `work` once the main run loop is outside of all events, as `runInPool` does. Main thread.
+void whenIdle(Function<void()> work);
+
 // Keeps an object that AppKit may still be working with: a control whose action takes it away, a
-// window that ends in one of its own events. Gone once the main run loop is outside of all of them.
-// Main thread.
+// window that ends in one of its own events. Main thread.
 void keepUntilIdle(id object);
 
 }  // namespace pellow

@@ -6,13 +6,20 @@
 #include <utility>
 
 namespace pellow {
+namespace {
+
+// A block copies what it holds, and work cannot be copied.
+dispatch_block_t blockOf(Function<void()> work) {
+  const auto held = std::make_shared<Function<void()>>(std::move(work));
+  return ^{
+    runInPool(std::move(*held));
+  };
+}
+
+}  // namespace
 
 void hopToMain(Function<void()> work) {
-  // A block copies what it holds, and work cannot be copied.
-  const auto held = std::make_shared<Function<void()>>(std::move(work));
-  dispatch_async(dispatch_get_main_queue(), ^{
-    runInPool(std::move(*held));
-  });
+  dispatch_async(dispatch_get_main_queue(), blockOf(std::move(work)));
 }
 
 void runInPool(Function<void()> work) noexcept {
@@ -23,12 +30,12 @@ void runInPool(Function<void()> work) noexcept {
 }
 
 // Events are handled, and their tracking loops run, outside of the default mode.
+void whenIdle(Function<void()> work) {
+  [NSRunLoop.mainRunLoop performInModes:@[ NSDefaultRunLoopMode ] block:blockOf(std::move(work))];
+}
+
 void keepUntilIdle(id object) {
-  if (!object) return;
-  [NSRunLoop.mainRunLoop performInModes:@[ NSDefaultRunLoopMode ]
-                                  block:^{
-                                    (void)object;
-                                  }];
+  if (object) whenIdle([object] { (void)object; });
 }
 
 }  // namespace pellow

@@ -87,7 +87,10 @@ class SimulatedHost final : public Host {
     choose(title);
   }
   void chooseFromContextMenu(QuartzPoint at, const std::string& title) override {
-    desktop_.pointer().secondaryClick(desktop_.state().toAppKit(at));
+    const auto point = desktop_.state().toAppKit(at);
+    desktop_.pointer().secondaryClick(point);
+    until([&] { return desktop_.menu().isOpen(); });
+    desktop_.pointer().move(point + AppKitVector{50, -10});  // to the item
     choose(title);
   }
 
