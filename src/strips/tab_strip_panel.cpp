@@ -68,7 +68,8 @@ View TabStripPanel::makeTabs(const StripGeometry& geometry, const StripChrome& c
   View tabs{.key = "tabs", .frame = {chrome.tabsOrigin, chrome.tabsSize}};
   tabs.children.reserve(entries.size());
   for (std::size_t index = 0; index < entries.size(); ++index) {
-    auto tab = tabItemView(entries[index], geometry.layouts()[index], geometry.itemOrigin(index));
+    auto tab = tabItemView(entries[index], geometry.layouts()[index], geometry.itemOrigin(index),
+                           shown_->pictureTabs);
     tab.actions.onClick = [this, id = entries[index].tabIDs.front()] { activate(id); };
     tabs.children.push_back(std::move(tab));
   }
