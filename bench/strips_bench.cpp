@@ -11,9 +11,9 @@
 #include "platforms/simulated/named_image.h"
 #include "strips/tab_strip_controller.h"
 
-// What one change of one tab costs while there are many: to decide what the strips show, and to
-// compare it with what they show, by a platform that paints nothing. Processor time, so that other
-// programs do not count.
+// What one change of one tab costs while there are many, and the preview of one is to be seen: to
+// decide what the strips show, and to compare it with what they show, by a platform that paints
+// nothing. Processor time, so that other programs do not count.
 
 namespace {
 
@@ -39,6 +39,8 @@ class Bench {
       tabs_.add(std::move(tab));
     }
     strips_.start();
+    desktop_.pointer().move(desktop_.panels().panel("pellow-strip").centre(changedTab()));
+    desktop_.run(1);
   }
 
   // Milliseconds of the median round.
@@ -58,11 +60,14 @@ class Bench {
 
   // Whether what is drawn follows the last change.
   bool isShown() {
-    const auto* const tab = desktop_.panels().panel("pellow-strip").view("tabs/" + changed_.text());
-    return tab && tab->children.size() == (tabs_.tab(changed_)->showsTitle == true ? 2 : 1);
+    const auto* const tab = desktop_.panels().panel("pellow-strip").view(changedTab());
+    return tab && tab->children.size() == (tabs_.tab(changed_)->showsTitle == true ? 2 : 1) &&
+           desktop_.panels().visible("pellow-preview").size() == 1;
   }
 
  private:
+  std::string changedTab() const { return "tabs/" + changed_.text(); }
+
   simulated::Desktop desktop_;
   simulated::Window window_ = desktop_.launch("Application", "org.example.application")
                                   .openWindow("Document", {0, 0, 300, 200});
@@ -73,7 +78,8 @@ class Bench {
   TabStore tabs_{notifications_, desktop_.workspace()};
   TabStripController strips_{{tabs_, zones_, preferences_, desktop_.clock(),
                               desktop_.queues().main(), desktop_.screens(), desktop_.panels(),
-                              notifications_}};
+                              desktop_.eventMonitors(), desktop_.colourPanel(),
+                              desktop_.systemColours(), notifications_}};
   UUID changed_;
 };
 

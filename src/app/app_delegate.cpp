@@ -57,6 +57,9 @@ AppDelegate::AppDelegate(Platform& platform)
                .mainQueue = platform.queues().main(),
                .screens = platform.screens(),
                .panels = platform.panels(),
+               .pointer = platform.eventMonitors(),
+               .colourPanel = platform.colourPanel(),
+               .systemColours = platform.systemColours(),
                .notifications = notifications_}),
       controller_({.accessibility = platform.accessibility(),
                    .alerts = alerts_,
@@ -81,7 +84,30 @@ AppDelegate::AppDelegate(Platform& platform)
         platform_.log().error("The explanation of a permission could not be shown");
       }) {
   platform_.process().becomeAccessory();
-  strips_.onActivate = [this](const std::vector<UUID>& tabs) { controller_.restore(tabs); };
+  connectStrips();
+}
+
+void AppDelegate::connectStrips() {
+  using Tabs = std::vector<UUID>;
+  strips_.onActivate = [this](const Tabs& tabs) { controller_.restore(tabs); };
+  strips_.onPellowRest = [this](UUID tab, UUID zone) {
+    if (const auto* const of = tabs_.tab(tab)) controller_.pellowApp(of->window, zone);
+  };
+  strips_.onSetSize = [this](const Tabs& tabs, auto size) { tabs_.setSize(size, tabs); };
+  strips_.onSetShowsTitle = [this](const Tabs& tabs, auto shows) {
+    tabs_.setShowsTitle(shows, tabs);
+  };
+  strips_.onSetZone = [this](const Tabs& tabs, UUID zone) { tabs_.setZone(zone, tabs); };
+  strips_.onGatherPinned = [this](const std::string& bundleID, UUID zone) {
+    tabs_.setZone(zone, tabs_.idsOf(bundleID));
+  };
+  strips_.onMove = [this](UUID id, ZonePosition position, auto snap, auto display) {
+    zones_.change(id, [&](TabZone& zone) {
+      zone.position = position;
+      zone.snap = snap;
+      zone.displayID = display;
+    });
+  };
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

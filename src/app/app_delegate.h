@@ -46,6 +46,7 @@ class AppDelegate {
   void perform(ShortcutAction action);
 
  private:
+  void connectStrips();
   void promptForPermission();
   void permissionGranted();
   void begin();

@@ -23,9 +23,22 @@ bool ParkedWindows::record(const std::vector<Place>& places) {
   return false;
 }
 
+bool ParkedWindows::recordMove(const std::vector<Place>& places) {
+  for (const auto& place : places) {
+    const auto known = std::ranges::find(recorded_, place.tab.id, &Recorded::tab);
+    if (known != recorded_.end()) leaving_.push_back(*known);
+  }
+  return record(places);
+}
+
+void ParkedWindows::haveMoved() {
+  if (!std::exchange(leaving_, {}).empty()) write();
+}
+
 void ParkedWindows::forget(const TabItem& tab) {
-  if (std::erase_if(recorded_, [&](const Recorded& each) { return each.tab == tab.id; }) > 0)
-    write();
+  const auto isOfTab = [&](const Recorded& each) { return each.tab == tab.id; };
+  std::erase_if(leaving_, isOfTab);
+  if (std::erase_if(recorded_, isOfTab) > 0) write();
 }
 
 void ParkedWindows::keepForNextLaunch(const TabItem& tab) {
@@ -45,8 +58,9 @@ void ParkedWindows::dropStaleRecords() {
 
 bool ParkedWindows::write() {
   std::vector<ParkingRecord> records;
-  records.reserve(recorded_.size());
-  for (const auto& each : recorded_) records.push_back(each.record);
+  records.reserve(recorded_.size() + leaving_.size());
+  for (const auto* const list : {&recorded_, &leaving_})
+    for (const auto& each : *list) records.push_back(each.record);
   return journal_.write(std::move(records));
 }
 

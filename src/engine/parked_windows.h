@@ -28,6 +28,11 @@ class ParkedWindows {
   // records of the same tabs. False, with nothing recorded, when that cannot be kept.
   bool record(const std::vector<Place>& places);
 
+  // The same for windows that are parked elsewhere now: what was recorded of them before stays,
+  // too, until `haveMoved`.
+  bool recordMove(const std::vector<Place>& places);
+  void haveMoved();
+
   // The tab's window is no longer parked.
   void forget(const TabItem& tab);
 
@@ -53,6 +58,7 @@ class ParkedWindows {
   const TabStore& store_;
   const Ledger& ledger_;
   std::vector<Recorded> recorded_;  // in the order parked
+  std::vector<Recorded> leaving_;   // before the move that is under way
 };
 
 }  // namespace pellow

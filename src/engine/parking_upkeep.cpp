@@ -66,7 +66,12 @@ Task<> ParkingUpkeep::parkAnew() {
     askAgain_.cancel();
   else if (!askAgain_)
     askAgain_ = around_.mainQueue.every(askAgainEvery, [this] { begin(); });
-  if (!around_.parkedWindows.record(places)) co_return;
+  // Also when the task is ended in the middle.
+  const struct Ending {
+    ParkedWindows& parked;
+    ~Ending() { parked.haveMoved(); }
+  } ending{around_.parkedWindows};
+  if (!around_.parkedWindows.recordMove(places)) co_return;
   for (const auto& [tab, target] : places)
     if (around_.tabs.tab(tab.id)) co_await move(tab, target);
 }

@@ -25,6 +25,13 @@ const TabItem* TabStore::tab(UUID id) const {
   return found == tabs_.end() ? nullptr : &*found;
 }
 
+std::vector<UUID> TabStore::idsOf(std::string_view bundleID) const {
+  std::vector<UUID> ids;
+  for (const auto& tab : tabs_)
+    if (tab.bundleID == bundleID) ids.push_back(tab.id);
+  return ids;
+}
+
 bool TabStore::contains(const TargetWindow& window) const {
   return std::ranges::find(tabs_, window, &TabItem::window) != tabs_.end();
 }

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "base/notification_center.h"
@@ -25,6 +26,9 @@ class TabStore {
 
   // Nothing when there is no such tab; valid until the next change.
   const TabItem* tab(UUID id) const;
+
+  // The tabs of an application.
+  std::vector<UUID> idsOf(std::string_view bundleID) const;
 
   // Whether some tab stands for this window, whatever process either was recorded with.
   bool contains(const TargetWindow& window) const;

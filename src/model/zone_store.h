@@ -53,6 +53,16 @@ class ZoneStore {
   // Replaces the zone with the same id; does and posts nothing if there is none.
   void update(const TabZone& zone);
 
+  // Updates the zone with this id by `change(zone)`, likewise.
+  template <class Change>
+  void change(UUID id, Change change) {
+    if (const auto* const found = find(id)) {
+      auto zone = *found;
+      change(zone);
+      update(zone);
+    }
+  }
+
   // Removes the zone with its pins and answers the default zone after that, to which the caller
   // moves the tabs. Does and answers nothing for an unknown zone and for the last one.
   std::optional<UUID> remove(UUID id);

@@ -24,6 +24,8 @@ std::string groupKey(const TabItem& tab) {
 void addToGroup(StripEntry& entry, const StripEntry& other) {
   entry.tooltip += "\n" + other.tooltip;
   entry.count += other.count;
+  if (!entry.image) entry.image = other.image;
+  if (!entry.previewImage) entry.previewImage = other.previewImage;
   entry.tabIDs.insert(entry.tabIDs.end(), other.tabIDs.begin(), other.tabIDs.end());
   if (other.hasOwnTitleSetting) {
     entry.showsTitle = other.showsTitle || (entry.hasOwnTitleSetting && entry.showsTitle);
@@ -89,6 +91,8 @@ class EntryMaker {
     return {.title = title,
             .tooltip = title,
             .icon = tab.icon,
+            .image = tab.snapshot,
+            .previewImage = tab.snapshot,
             .tabIDs = {tab.id},
             .zoneID = strip.zoneID,
             .size = tab.size.value_or(strip.tabSize),
@@ -97,6 +101,7 @@ class EntryMaker {
             .hasOwnTitleSetting = tab.showsTitle.has_value(),
             .screenID = tab.screenID,
             .appName = tab.appName,
+            .bundleID = tab.bundleID,
             .isPinned = isPinned(tab, strip.zoneID)};
   }
 

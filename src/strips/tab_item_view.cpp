@@ -19,6 +19,25 @@ View iconView(const StripEntry& entry, const StripLayout& layout) {
   return view;
 }
 
+// Beside a title, the picture has the room of a tab without one.
+View pictureView(const StripEntry& entry, const StripLayout& layout) {
+  constexpr double margin = 4;
+  constexpr double aspect = 2 / 1.35;  // of such a tab
+  const auto [tabWidth, height] = layout.itemSize;
+  const auto width = entry.showsTitle ? height * aspect : tabWidth;
+  return {.key = "picture",
+          .frame = {margin, margin, width - 2 * margin, height - 2 * margin},
+          .look = {.content = Picture{*entry.image}, .cornerRadius = 4}};
+}
+
+// Over the top right corner of the picture.
+View cornerIconView(const StripEntry& entry, const ViewRect& picture) {
+  constexpr double side = 14;
+  View view{.key = "icon", .frame = {picture.maxX() - 11, picture.maxY() - 11, side, side}};
+  if (entry.icon) view.look.content = Picture{*entry.icon};
+  return view;
+}
+
 View titleView(const StripEntry& entry, const StripLayout& layout, double from) {
   return {.key = "title",
           .frame = {from, 0, layout.itemSize.width - from - titleGap, layout.itemSize.height},
@@ -56,7 +75,8 @@ View countView(const StripEntry& entry, const StripLayout& layout) {
 
 }  // namespace
 
-View tabItemView(const StripEntry& entry, const StripLayout& layout, ViewPoint origin) {
+View tabItemView(const StripEntry& entry, const StripLayout& layout, ViewPoint origin,
+                 bool pictureTabs) {
   View tab{.key = entry.tabIDs.front().text(),
            .frame = {origin, layout.itemSize},
            .look = {.cornerRadius = 7,
@@ -64,10 +84,15 @@ View tabItemView(const StripEntry& entry, const StripLayout& layout, ViewPoint o
                     .tooltip = entry.tooltip,
                     .accessibleName = entry.title}};
   // There may be a thousand tabs, and views are not small.
-  tab.children.reserve(1U + entry.showsTitle + entry.isPinned + (entry.count > 1));
-  tab.children.push_back(iconView(entry, layout));
-  const auto icon = tab.children.back().frame;
-  if (entry.showsTitle) tab.children.push_back(titleView(entry, layout, icon.maxX() + titleGap));
+  tab.children.reserve(2U + entry.showsTitle + entry.isPinned + (entry.count > 1));
+  if (pictureTabs && entry.image) {
+    tab.children.push_back(pictureView(entry, layout));
+    tab.children.push_back(cornerIconView(entry, tab.children.back().frame));
+  } else {
+    tab.children.push_back(iconView(entry, layout));
+  }
+  const auto end = tab.children.back().frame.maxX();
+  if (entry.showsTitle) tab.children.push_back(titleView(entry, layout, end + titleGap));
   if (entry.isPinned) tab.children.push_back(pinView(layout));
   if (entry.count > 1) tab.children.push_back(countView(entry, layout));
   return tab;

@@ -15,6 +15,15 @@ constexpr Seconds timeForTab = 0.0005;
 
 }  // namespace
 
+TabStripController::TabStripController(const Surroundings& surroundings)
+    : around_(surroundings),
+      colours_(around_.colourPanel, around_.zones),
+      menus_({.zones = around_.zones,
+              .callbacks = *this,
+              .colours = colours_,
+              .systemColours = around_.systemColours,
+              .refresh = [this] { refresh(); }}) {}
+
 void TabStripController::start() {
   const auto observe = [this](const char* name, void (TabStripController::*react)()) {
     subscriptions_.push_back(
@@ -23,7 +32,7 @@ void TabStripController::start() {
   observe(TabStore::didChange, &TabStripController::tabsDidChange);
   observe(ZoneStore::didChange, &TabStripController::rebuildAndRefresh);
   observe(Preferences::didChange, &TabStripController::rebuildAndRefresh);
-  subscriptions_.push_back(around_.screens.onDidChangeParameters([this] { screensDidChange(); }));
+  subscriptions_.push_back(around_.screens.onDidChangeParameters([this] { rebuildAndRefresh(); }));
   rebuildAndRefresh();
 }
 
@@ -32,13 +41,6 @@ void TabStripController::tabsDidChange() {
   const auto wait = nextFrame_ - around_.clock.now();
   if (wait <= 0) return refresh();
   refreshSoon_ = around_.mainQueue.after(wait, [this] { refresh(); });
-}
-
-// The same frame may stand elsewhere on the glass: the primary display is at the origin wherever it
-// is.
-void TabStripController::screensDidChange() {
-  for (const auto& [key, panel] : panels_) panel->renderAnew();
-  rebuildAndRefresh();
 }
 
 void TabStripController::rebuildAndRefresh() {
@@ -60,11 +62,15 @@ void TabStripController::rebuildPanels() {
 }
 
 std::unique_ptr<TabStripPanel> TabStripController::makePanel() {
-  auto panel = std::make_unique<TabStripPanel>(around_.panels, around_.preferences);
-  panel->onActivate = [this](const std::vector<UUID>& ids) {
-    if (onActivate) onActivate(ids);
-  };
-  return panel;
+  return std::make_unique<TabStripPanel>(
+      TabStripPanel::Surroundings{.panels = around_.panels,
+                                  .preferences = around_.preferences,
+                                  .screens = around_.screens,
+                                  .clock = around_.clock,
+                                  .mainQueue = around_.mainQueue,
+                                  .pointer = around_.pointer,
+                                  .callbacks = *this,
+                                  .menus = menus_});
 }
 
 void TabStripController::refresh() {

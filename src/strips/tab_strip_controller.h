@@ -1,7 +1,6 @@
 #pragma once
 
 #include <compare>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -16,39 +15,47 @@
 #include "model/tab_store.h"
 #include "model/zone_store.h"
 #include "platform/clock.h"
+#include "platform/colour_panel.h"
+#include "platform/event_monitors.h"
 #include "platform/panels.h"
 #include "platform/queues.h"
 #include "platform/screens.h"
+#include "platform/system_colours.h"
+#include "strips/strip_callbacks.h"
 #include "strips/strip_entries.h"
 #include "strips/strip_entry.h"
 #include "strips/strip_geometry.h"
+#include "strips/strip_menus.h"
 #include "strips/tab_strip_panel.h"
+#include "strips/zone_colour_editor.h"
 
 namespace pellow {
 
 // Keeps one strip panel for every zone on every display that shows it, follows the stores, the
 // preferences and the displays, and reports what the user does on a strip. Main thread.
-class TabStripController {
+class TabStripController : public StripCallbacks {
  public:
   // What the strips show and where; all of it outlives the controller.
   struct Surroundings {
     const TabStore& tabs;
-    const ZoneStore& zones;
+    ZoneStore& zones;
     const Preferences& preferences;
     Clock& clock;
     MainQueue& mainQueue;
     Screens& screens;
     Panels& panels;
+    EventMonitors& pointer;
+    ColourPanel& colourPanel;
+    const SystemColours& systemColours;
     NotificationCenter& notifications;
   };
 
-  explicit TabStripController(const Surroundings& surroundings) : around_(surroundings) {}
+  explicit TabStripController(const Surroundings& surroundings);
+  TabStripController(const TabStripController&) = delete;
+  TabStripController& operator=(const TabStripController&) = delete;
 
   // Shows the strips and begins to follow. Once, after launch.
   void start();
-
-  // The user clicked an entry that stands for these tabs.
-  std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
 
   // Gives every panel what it should show now, even one whose display was the main one when it was
   // made and is not any more. Tabs that come and go by the hundred are shown once per frame of the
@@ -81,7 +88,6 @@ class TabStripController {
 
   void tabsDidChange();
   void rebuildPanels();
-  void screensDidChange();
   void rebuildAndRefresh();
   std::unique_ptr<TabStripPanel> makePanel();
   std::vector<Screen> screensWithPanel(const TabZone& zone) const;
@@ -90,6 +96,8 @@ class TabStripController {
                          const Screen& screen) const;
 
   Surroundings around_;
+  ZoneColourEditor colours_;
+  StripMenus menus_;
   std::map<PanelKey, std::unique_ptr<TabStripPanel>> panels_;
   std::vector<Subscription> subscriptions_;
   Subscription refreshSoon_;

@@ -1,9 +1,10 @@
 #include "strips/tab_strip_panel.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <string>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 #include "strips/tab_item_view.h"
 #include "strips/zone_name_view.h"
@@ -13,6 +14,9 @@ namespace {
 
 constexpr double cornerRadius = 10;
 constexpr double colourOpacity = 0.45;
+constexpr double snapDistance = 48;  // points
+constexpr Seconds slideDuration = 0.18;
+constexpr Seconds collapseDelay = 0.35;
 
 View background(std::string key, Size size, ViewContent content) {
   return {.key = std::move(key),
@@ -20,67 +24,253 @@ View background(std::string key, Size size, ViewContent content) {
           .look = {.content = std::move(content), .cornerRadius = cornerRadius}};
 }
 
+// The first of those that hold the largest part of the frame; `otherwise` when there are none.
+Screen screenWithMostOf(const AppKitRect& frame, const std::vector<Screen>& all,
+                        const Screen& otherwise) {
+  const auto largest = std::ranges::max_element(
+      all, {}, [&](const Screen& screen) { return screen.frame.intersectionArea(frame); });
+  return largest == all.end() ? otherwise : *largest;
+}
+
 }  // namespace
 
-TabStripPanel::TabStripPanel(Panels& panels, const Preferences& preferences)
-    : preferences_(preferences), panel_(panels.makePanel("pellow-strip", WindowShadow::yes)) {}
+TabStripPanel::TabStripPanel(const Surroundings& surroundings)
+    : around_(surroundings),
+      panel_(around_.panels.makePanel("pellow-strip", WindowShadow::yes)),
+      preview_({around_.panels, around_.mainQueue, around_.pointer}) {
+  preview_.onHidden = [this] {
+    previewing_.clear();
+    if (!isHovered_ && !collapseWork_) pointerLeft();  // the preview held the strip out
+  };
+}
 
 bool TabStripPanel::Shown::operator==(const Shown& other) const {
   const auto rest = [](const Shown& shown) {
-    return std::tie(shown.screen, shown.zone, shown.pictureTabs, shown.floatsAboveWindows);
+    return std::tie(shown.screen, shown.zone, shown.pictureTabs);
   };
   return rest(*this) == rest(other) && *entries == *other.entries;
 }
 
 void TabStripPanel::render(const SharedEntries& entries, const Screen& screen,
                            const TabZone& zone) {
-  Shown next{entries, screen, zone, preferences_.pictureTabs(),
-             preferences_.value(preference::floatAboveWindows)};
-  if (!std::exchange(isStale_, false) && shown_ == next) return;
-  shown_ = std::move(next);
-
-  const auto run = StripRun::make(zone.snap, screen.visibleFrame, shown_->pictureTabs);
-  const auto geometry = StripGeometry::make(items(*entries), run);
-  const auto chrome = StripChrome::make(geometry, zone);
-  panel_->setLevel(shown_->floatsAboveWindows ? PanelLevel::statusWindow
-                                              : PanelLevel::desktopIcons);
-  panel_->setFrame(stripFrame(zone, chrome.totalSize, screen.visibleFrame, true));
-  panel_->setContent(makeContent(geometry, chrome));
+  const auto& preferences = around_.preferences;
+  Shown next{entries, screen, zone, preferences.pictureTabs()};
+  const bool looksDifferent = shown_ != next;
+  if (looksDifferent) layOut(std::move(next));
+  panel_->setLevel(preferences.value(preference::floatAboveWindows) ? PanelLevel::statusWindow
+                                                                    : PanelLevel::desktopIcons);
+  const bool wasExpanded = std::exchange(isExpanded_, shouldBeExpanded());
+  if (wasExpanded != isExpanded_) slidesUntil_ = 0;
+  place();
+  if (looksDifferent) panel_->setContent(makeContent());
   panel_->orderFront();
+  updatePreview();
 }
 
-View TabStripPanel::makeContent(const StripGeometry& geometry, const StripChrome& chrome) const {
+void TabStripPanel::layOut(Shown next) {
+  shown_ = std::move(next);
+  const auto& [entries, screen, zone, pictureTabs] = *shown_;
+  geometry_ = StripGeometry::make(items(*entries),
+                                  StripRun::make(zone.snap, screen.visibleFrame, pictureTabs));
+  chrome_ = StripChrome::make(geometry_, zone);
+}
+
+View TabStripPanel::makeContent() {
   const auto& zone = shown_->zone;
-  View content{.key = "strip", .frame = {{}, chrome.totalSize}};
-  content.children.push_back(background("backdrop", chrome.totalSize, Backdrop{}));
+  const auto size = chrome_.totalSize;
+  View content{
+      .key = "strip",
+      .frame = {{}, size},
+      .look = {.tooltip = "Drag anywhere between the tabs to move this zone. Right-click for zone "
+                          "options.",
+               .accessibleName = zone.name},
+      .actions = {.onHoverChanged = [this](bool inside) { hoverChanged(inside); },
+                  .drag = {.onBegan = [this] { beginDrag(); },
+                           .onDragged = [this](AppKitVector movedBy) { drag(movedBy); },
+                           .onEnded = [this] { endDrag(); }},
+                  .contextMenu = [this] { return zoneMenu(); }}};
+  content.children.push_back(background("backdrop", size, Backdrop{}));
   if (const auto colour = Colour::parse(zone.colorHex.value_or("")))
-    content.children.push_back(
-        background("colour", chrome.totalSize, Fill{colour->withAlpha(colourOpacity)}));
+    content.children.push_back(background("colour", size, Fill{colour->withAlpha(colourOpacity)}));
   if (zone.showsName)
     content.children.push_back(
-        zoneNameView(zone.name, chrome.nameBand, /*rotated=*/!chrome.nameBandAcross));
-  content.children.push_back(makeTabs(geometry, chrome));
+        zoneNameView(zone.name, chrome_.nameBand, /*rotated=*/!chrome_.nameBandAcross));
+  content.children.push_back(makeTabs());
   return content;
 }
 
-View TabStripPanel::makeTabs(const StripGeometry& geometry, const StripChrome& chrome) const {
-  const auto& entries = *shown_->entries;
-  View tabs{.key = "tabs", .frame = {chrome.tabsOrigin, chrome.tabsSize}};
-  tabs.children.reserve(entries.size());
-  for (std::size_t index = 0; index < entries.size(); ++index) {
-    auto tab = tabItemView(entries[index], geometry.layouts()[index], geometry.itemOrigin(index));
-    tab.actions.onClick = [this, id = entries[index].tabIDs.front()] { activate(id); };
-    tabs.children.push_back(std::move(tab));
-  }
+View TabStripPanel::makeTabs() {
+  const auto count = shown_->entries->size();
+  View tabs{.key = "tabs", .frame = {chrome_.tabsOrigin, chrome_.tabsSize}};
+  tabs.children.reserve(count);
+  for (std::size_t index = 0; index < count; ++index) tabs.children.push_back(makeTab(index));
   return tabs;
 }
 
-// `onActivate` may change the entries.
-void TabStripPanel::activate(UUID firstTab) const {
-  const auto entries = shown_->entries;
-  const auto entry = std::ranges::find(*entries, firstTab,
-                                       [](const StripEntry& each) { return each.tabIDs.front(); });
-  if (entry != entries->end() && onActivate) onActivate(entry->tabIDs);
+// Its actions know the tab by its place: with every other place the view gets others.
+View TabStripPanel::makeTab(std::size_t index) {
+  const auto& entry = (*shown_->entries)[index];
+  auto tab = tabItemView(entry, geometry_.layouts()[index], geometry_.itemOrigin(index),
+                         shown_->pictureTabs);
+  tab.actions.onClick = [this, index] { activate((*shown_->entries)[index].tabIDs); };
+  tab.actions.onHoverChanged = [this, index](bool inside) { tabHoverChanged(index, inside); };
+  tab.actions.contextMenu = [this, index] { return tabMenu(index); };
+  return tab;
+}
+
+void TabStripPanel::activate(std::vector<UUID> tabIDs) {
+  preview_.dismiss();
+  callIfSet(around_.callbacks.onActivate, tabIDs);
+}
+
+Menu TabStripPanel::zoneMenu() {
+  preview_.dismiss();
+  return around_.menus.zoneMenu(shown_->zone);
+}
+
+Menu TabStripPanel::tabMenu(std::size_t index) {
+  preview_.dismiss();
+  return around_.menus.menu((*shown_->entries)[index]);
+}
+
+AppKitRect TabStripPanel::targetFrame(bool expanded) const {
+  return stripFrame(shown_->zone, chrome_.totalSize, shown_->screen.visibleFrame, expanded);
+}
+
+bool TabStripPanel::autoHides() const {
+  return shown_->zone.snap && around_.preferences.value(preference::autoHideStrip);
+}
+
+bool TabStripPanel::shouldBeExpanded() const {
+  if (!autoHides() || drag_ || isHovered_ || preview_.isUnderPointer()) return true;
+  if (isExpanded_ && isPointerBehind()) return true;
+  return targetFrame(true).contains(around_.pointer.pointerLocation());
+}
+
+// A slide goes on, a strip that is dragged stays under the pointer.
+void TabStripPanel::place() {
+  const auto target = targetFrame(isExpanded_);
+  if (drag_) {
+    drag_->start = target;
+    return drag(drag_->movedBy);
+  }
+  const auto left = slidesUntil_ - around_.clock.now();
+  if (left <= 0) return panel_->setFrame(target);
+  if (panel_->frame() != target) panel_->animate(target, 1, left, AnimationTiming::easeOut, {});
+}
+
+void TabStripPanel::slide(bool expanded) {
+  isExpanded_ = expanded;
+  slidesUntil_ = around_.clock.now() + slideDuration;
+  place();
+}
+
+void TabStripPanel::hoverChanged(bool inside) {
+  isHovered_ = inside;
+  inside ? pointerArrived() : pointerLeft();
+}
+
+void TabStripPanel::pointerArrived() {
+  collapseWork_.cancel();
+  pointerMoves_.clear();
+  if (!isExpanded_) slide(true);
+}
+
+void TabStripPanel::pointerLeft() {
+  if (!autoHides()) return;
+  collapseWork_ = around_.mainQueue.after(collapseDelay, [this] {
+    collapseWork_.cancel();
+    collapse();
+  });
+}
+
+void TabStripPanel::collapse() {
+  pointerMoves_.clear();
+  if (!isExpanded_ || drag_ || preview_.isUnderPointer()) return;
+  isPointerBehind() ? waitForPointer() : slide(false);
+}
+
+// Between the strip and its edge of the display. Were the strip to slide out now, the pointer would
+// be on it, and it would slide in again, over and over.
+bool TabStripPanel::isPointerBehind() const {
+  return targetFrame(false).contains(around_.pointer.pointerLocation());
+}
+
+void TabStripPanel::waitForPointer() {
+  const auto moved = [this] {
+    if (!collapseWork_ && !isPointerBehind()) pointerLeft();
+  };
+  for (auto moves : {&EventMonitors::addGlobalPointerMoved, &EventMonitors::addLocalPointerMoved})
+    if (auto monitor = (around_.pointer.*moves)(moved))
+      pointerMoves_.push_back(std::move(*monitor));
+}
+
+void TabStripPanel::beginDrag() {
+  preview_.dismiss();
+  collapseWork_.cancel();
+  slidesUntil_ = 0;
+  isExpanded_ = true;
+  drag_ = Drag{.start = panel_->frame(), .movedBy = {}};
+}
+
+void TabStripPanel::drag(AppKitVector movedBy) {
+  drag_->movedBy = movedBy;
+  panel_->setFrame({drag_->start.origin + movedBy, chrome_.totalSize});
+}
+
+// The zone's new place may end this panel, so it is told once the drag is over.
+void TabStripPanel::endDrag() {
+  drag_ = std::nullopt;
+  const auto frame = panel_->frame();
+  const auto screen = screenWithMostOf(frame, around_.screens.all(), shown_->screen);
+  const auto placement = StripPlacement::forDropped(frame, screen.visibleFrame, snapDistance);
+  dropWork_ = around_.mainQueue.async([&callbacks = around_.callbacks, zone = shown_->zone.id,
+                                       placement, display = screen.displayID] {
+    callIfSet(callbacks.onMove, zone, placement.position, placement.snap, display);
+  });
+}
+
+void TabStripPanel::tabHoverChanged(std::size_t index, bool inside) {
+  if (!inside) return preview_.scheduleHide();
+  if (entryWith(previewing_) == index) return preview_.keep();
+  preview_.scheduleShow(
+      [this, tabIDs = (*shown_->entries)[index].tabIDs] { return makePreview(tabIDs); });
+}
+
+// The first one that stands for any of these tabs.
+std::optional<std::size_t> TabStripPanel::entryWith(const std::vector<UUID>& tabIDs) const {
+  if (tabIDs.empty()) return std::nullopt;
+  const auto& entries = *shown_->entries;
+  const auto found = std::ranges::find_if(entries, [&](const StripEntry& entry) {
+    return std::ranges::find_first_of(entry.tabIDs, tabIDs) != entry.tabIDs.end();
+  });
+  if (found == entries.end()) return std::nullopt;
+  return static_cast<std::size_t>(found - entries.begin());
+}
+
+std::optional<TabPreview> TabStripPanel::makePreview(const std::vector<UUID>& tabIDs) {
+  const auto index = entryWith(tabIDs);
+  if (!index || !around_.preferences.value(preference::previewOnHover)) return std::nullopt;
+  const auto& entry = (*shown_->entries)[*index];
+  previewing_ = entry.tabIDs;
+  const auto tab = geometry_.itemFrame(*index);
+  const auto corner = panel_->frame().origin + AppKitVector{chrome_.tabsOrigin.x + tab.minX(),
+                                                            chrome_.tabsOrigin.y + tab.minY()};
+  return TabPreview{
+      .entry = entry,
+      .tabFrame = {corner, tab.size},
+      .snap = shown_->zone.snap,
+      .visibleFrame = shown_->screen.visibleFrame,
+      .width = around_.preferences.value(preference::previewSize),
+      .actions = {.onClick = [this, ids = entry.tabIDs] { activate(ids); },
+                  .contextMenu = [this, entry] { return around_.menus.menu(entry); }}};
+}
+
+// The preview stays as long as its entry lives.
+void TabStripPanel::updatePreview() {
+  if (!preview_.isVisible()) return;
+  const auto preview = makePreview(previewing_);
+  preview ? preview_.update(*preview) : preview_.hide();
 }
 
 }  // namespace pellow

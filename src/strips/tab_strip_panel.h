@@ -1,54 +1,106 @@
 #pragma once
 
-#include <functional>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <vector>
 
+#include "base/subscription.h"
 #include "base/uuid.h"
 #include "model/preferences.h"
 #include "model/tab_zone.h"
+#include "platform/clock.h"
+#include "platform/event_monitors.h"
 #include "platform/panels.h"
+#include "platform/queues.h"
 #include "platform/screens.h"
+#include "strips/strip_callbacks.h"
 #include "strips/strip_entry.h"
 #include "strips/strip_geometry.h"
+#include "strips/strip_menus.h"
+#include "strips/tab_preview_panel.h"
 
 namespace pellow {
 
-// The panel that shows one zone's tabs on one display. Main thread.
+// The panel that shows one zone's tabs on one display: slides out of sight where the user wants
+// that, can be dragged to another place, and has menus. Main thread.
 class TabStripPanel {
  public:
-  TabStripPanel(Panels& panels, const Preferences& preferences);
+  // All of it outlives the panel.
+  struct Surroundings {
+    Panels& panels;
+    const Preferences& preferences;
+    Screens& screens;
+    Clock& clock;
+    MainQueue& mainQueue;
+    EventMonitors& pointer;
+    const StripCallbacks& callbacks;
+    const StripMenus& menus;
+  };
 
-  // The user clicked an entry that stands for these tabs.
-  std::function<void(const std::vector<UUID>& tabIDs)> onActivate;
+  explicit TabStripPanel(const Surroundings& surroundings);
 
-  // Shows these entries of the zone at the zone's place on the display; does nothing if they are
-  // shown already.
+  // Shows these entries of the zone at the zone's place on the display, in front.
   void render(const SharedEntries& entries, const Screen& screen, const TabZone& zone);
-  // The next call of `render` does something in any case.
-  void renderAnew() { isStale_ = true; }
 
  private:
-  // All that the look of the panel depends on.
+  // All that the content of the panel depends on.
   struct Shown {
     SharedEntries entries;
     Screen screen;
     TabZone zone;
     bool pictureTabs = false;
-    bool floatsAboveWindows = false;
 
     bool operator==(const Shown& other) const;
   };
+  struct Drag {
+    AppKitRect start;  // of the panel
+    AppKitVector movedBy;
+  };
 
-  View makeContent(const StripGeometry& geometry, const StripChrome& chrome) const;
-  View makeTabs(const StripGeometry& geometry, const StripChrome& chrome) const;
-  void activate(UUID firstTab) const;
+  void layOut(Shown next);
+  View makeContent();
+  View makeTabs();
+  View makeTab(std::size_t index);
+  Menu zoneMenu();
+  Menu tabMenu(std::size_t index);
+  void activate(std::vector<UUID> tabIDs);
 
-  const Preferences& preferences_;
+  AppKitRect targetFrame(bool expanded) const;
+  bool autoHides() const;
+  bool shouldBeExpanded() const;
+  void place();
+  void slide(bool expanded);
+  void hoverChanged(bool inside);
+  void pointerArrived();
+  void pointerLeft();
+  void collapse();
+  bool isPointerBehind() const;
+  void waitForPointer();
+
+  void beginDrag();
+  void drag(AppKitVector movedBy);
+  void endDrag();
+
+  void tabHoverChanged(std::size_t index, bool inside);
+  std::optional<std::size_t> entryWith(const std::vector<UUID>& tabIDs) const;
+  std::optional<TabPreview> makePreview(const std::vector<UUID>& tabIDs);
+  void updatePreview();
+
+  Surroundings around_;
   std::unique_ptr<Panel> panel_;
+  TabPreviewPanel preview_;
+  std::vector<UUID> previewing_;  // the tabs of the entry whose preview is to be seen
   std::optional<Shown> shown_;
-  bool isStale_ = false;
+  StripGeometry geometry_{{}, {}};
+  StripChrome chrome_;
+  bool isExpanded_ = true;
+  bool isHovered_ = false;  // also while a menu of the strip is open
+  Seconds slidesUntil_ = 0;
+  Subscription collapseWork_;
+  std::vector<Subscription> pointerMoves_;  // while the pointer is behind the strip
+  std::optional<Drag> drag_;
+  Subscription dropWork_;
 };
 
 }  // namespace pellow

@@ -37,6 +37,10 @@ constexpr auto rows = std::to_array<Row>({
     {Verb::killApplication, "kill-application", 1, 2},
     {Verb::press, "press", 1, 120},
     {Verb::tab, "tab", 1, 90},
+    {Verb::rest, "rest", 1, 12},
+    {Verb::menu, "menu", 2, 25},
+    {Verb::item, "item", 2, 5},
+    {Verb::drag, "drag", 3, 8},
     {Verb::minimize, "minimize", 1, 20},
     {Verb::unminimize, "unminimize", 1, 10},
     {Verb::close, "close", 1, 6},
@@ -166,6 +170,10 @@ class Generator {
       case Verb::quit:
       case Verb::signal:
         return plan({Verb::start}, 4);
+      case Verb::menu:
+        add(Verb::run).numbers[0] = number(300);
+        add(Verb::item);
+        return;
       default:
         if (canBeLater(step.verb) && oneIn(8)) step.later = between(1, 1500);
         // By then what was asked for is under way, or done.

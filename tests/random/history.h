@@ -28,6 +28,10 @@ enum class Verb {
   // The user
   press,       // a shortcut of the program
   tab,         // clicks a tab
+  rest,        // the pointer goes to a tab and stays
+  menu,        // opens the menu of a tab or of its strip: which, whose
+  item,        // chooses from the open menu: item, and item of its submenu
+  drag,        // a strip, to a place: which, where
   minimize,    // a window
   unminimize,  // a window
   close,       // a window

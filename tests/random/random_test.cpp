@@ -45,6 +45,7 @@ TEST(RandomHistories, StayMended) {
            "seed 6956; launch; open; open; prefer 0 2; start; run; minimize; settle; press 3; "
            "press 1;"
            "quiet",
+           "seed 1; launch; open; start; press; quiet; drag; dock; run 100",
        }) {
     const auto history = parse(mended);
     ASSERT_TRUE(history) << mended;

@@ -56,6 +56,10 @@ class World {
   std::string unplug(int which);
   std::string press(int key);
   std::string clickTab(int which);
+  std::string restOn(int which);
+  std::string openMenu(int which, int whose);
+  std::string chooseItem(int item, int subitem);
+  std::string dragStrip(int which, int x, int y);
   std::string answer(int button);
   std::string prefer(int setting, int value);
   std::string zones(int count, int edge);
@@ -81,6 +85,15 @@ class World {
   std::optional<Window> window(int which) const;
   std::optional<Application> application(int which) const;
   std::optional<Application> usualApplication(int which) const;
+
+  // A tab of some strip, counted from the front strip to the back.
+  struct Tab {
+    const simulated::Panel* strip;
+    std::string path;
+    std::string name;
+  };
+  std::optional<Tab> tab(int which) const;
+  const simulated::Panel* strip(int which) const;
 
   struct Crash {
     simulated::DesktopState left;

@@ -10,6 +10,7 @@
 #include "base/json.h"
 #include "model/preferences.h"
 #include "model/zone_store.h"
+#include "tests/random/pick.h"
 #include "tests/random/world.h"
 
 // What each verb does to the desktop.
@@ -55,12 +56,6 @@ struct Change {
   std::string words;
   std::function<void()> make;
 };
-
-// An element by number, round and round.
-template <class List>
-const auto& pick(const List& list, int number) {
-  return list[static_cast<std::size_t>(number) % list.size()];
-}
 
 QuartzPoint placeOn(const simulated::DesktopState& desktop, int number, std::size_t among) {
   const auto offset = places[static_cast<std::size_t>(number) % among];
@@ -119,6 +114,14 @@ std::string World::actOnDesktop(const Step& step) {
       return press(first);
     case Verb::tab:
       return clickTab(first);
+    case Verb::rest:
+      return restOn(first);
+    case Verb::menu:
+      return openMenu(first, second);
+    case Verb::item:
+      return chooseItem(first, second);
+    case Verb::drag:
+      return dragStrip(first, second, third);
     case Verb::answer:
       return answer(first);
     case Verb::prefer:
@@ -368,19 +371,6 @@ std::string World::press(int key) {
       {14, "pellow all the rest"},
       {15, "restore all"}};
   return fmt::format("the user presses the keys for: {}", actions.at(code));
-}
-
-std::string World::clickTab(int which) {
-  if (!programRuns()) return "";
-  std::vector<std::pair<std::string, std::string>> tabs;
-  for (const auto* panel : desktop_->panels().visible("pellow-strip"))
-    if (const auto* block = panel->view("tabs"))
-      for (const auto& tab : block->children)
-        tabs.emplace_back("tabs/" + tab->key, tab->look.accessibleName);
-  if (tabs.empty()) return "";
-  const auto& [path, name] = pick(tabs, which);
-  desktop_->panels().clickView("pellow-strip", path);
-  return fmt::format("the user clicks the tab \"{}\"", name);
 }
 
 std::string World::answer(int button) {

@@ -50,9 +50,10 @@ class Program {
 
   // The middle of a tab on the screen.
   AppKitPoint tab(const std::string& title) const {
-    const auto& panel = desktop_.panels().panel("pellow-strip");
-    const auto* const view = panel.viewNamed(title);
-    return view ? panel.centre("tabs/" + view->key) : throw std::out_of_range("no tab " + title);
+    for (const auto* const panel : desktop_.panels().visible("pellow-strip"))
+      if (const auto* const view = panel->viewNamed(title))
+        return panel->centre("tabs/" + view->key);
+    throw std::out_of_range("no tab " + title);
   }
   void clickTab(const std::string& title) {
     desktop_.pointer().click(tab(title));

@@ -42,7 +42,8 @@ class Strips : public testing::Test {
   ZoneStore zones{desktop.userDefaults(), preferences, notifications, desktop.uuidSource()};
   TabStore store{notifications, desktop.workspace()};
   TabStripController strips{{store, zones, preferences, desktop.clock(), desktop.queues().main(),
-                             desktop.screens(), desktop.panels(), notifications}};
+                             desktop.screens(), desktop.panels(), desktop.eventMonitors(),
+                             desktop.colourPanel(), desktop.systemColours(), notifications}};
 };
 
 TEST_F(Strips, AnEmptyZoneIsAShortStrip) {
@@ -157,6 +158,27 @@ TEST_F(Strips, AGroupKeepsItsOwnTitleSettingWhenAnotherWindowComes) {
     EXPECT_EQ(showsTitle(), preferred) << "gone with the tab that was told";
     store.remove(store.tabs().front());
   }
+}
+
+TEST_F(Strips, AZoneMayGoWhileItsStripIsDragged) {
+  int drops = 0;
+  strips.onMove = [&](auto&&...) { ++drops; };
+  const auto drag = [&](bool goesFirst) {
+    const auto zone = zones.add("Second");
+    desktop.runUntilQuiet();
+    const auto strip = desktop.panels().visible("pellow-strip").at(0)->frame();
+    desktop.pointer().press({strip.minX() + 2, strip.midY()});
+    desktop.pointer().move({600, 400});
+    desktop.run(0.01);
+    if (goesFirst) zones.remove(zone.id);
+    desktop.pointer().release();
+    desktop.runUntilQuiet();
+    zones.remove(zone.id);
+  };
+  drag(false);
+  EXPECT_EQ(drops, 1);
+  drag(true);
+  EXPECT_EQ(drops, 1);
 }
 
 TEST_F(Strips, ZonesHavePanelsOnTheirDisplays) {
