@@ -135,6 +135,30 @@ TEST_F(WindowManagers, Strip) {
   EXPECT_NE(desktop.activeWindow(), pellow->strip());
 }
 
+TEST_F(WindowManagers, HidingStrip) {
+  const auto area = desktop.workArea();
+  const auto right = area.x + area.width;
+  const auto below = open(client, "Below", {right - 420, area.y + 40, 400, 600});
+  client.open("Beside", {100, 300, 200, 100});
+  ASSERT_NO_FATAL_FAILURE(launch({{"autoHideStrip", true}}));
+  const auto middle = area.y + area.height / 2;
+  // Of 40 by 20 points where it stands when it is out, and where its sliver is.
+  const auto isOut = [&] { return pixelsOf(below, {right - 46, middle - 10, 36, 20}) == 0; };
+  const auto isIn = [&] {
+    return pixelsOf(below, {right - 60, middle - 10, 40, 20}) == 40 * 20 &&
+           desktop.content(pellow->strip()).x == right - 10;
+  };
+  desktop.movePointer(150, middle);
+  EXPECT_TRUE(eventually(isIn)) << desktop.content(pellow->strip());
+  for (int round = 0; round < 2; ++round) {
+    desktop.movePointer(right - 4, middle);
+    EXPECT_TRUE(eventually(isOut)) << desktop.content(pellow->strip());
+    keepPicture();
+    desktop.movePointer(150, middle);
+    EXPECT_TRUE(eventually(isIn)) << desktop.content(pellow->strip());
+  }
+}
+
 TEST_F(WindowManagers, AfterCrash) {
   const auto maximized = client.open("Large", {200, 200, 400, 250});
   client.maximize(maximized);
