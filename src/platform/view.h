@@ -75,7 +75,7 @@ struct ViewLook {
   std::optional<Shadow> shadow;  // of the content's shape
   bool highlightsOnHover = false;
   std::string tooltip;
-  std::string accessibleName;  // empty: the view is decoration
+  std::string accessibleName;  // empty: the view is decoration; the root's is the panel's, too
 
   bool operator==(const ViewLook&) const = default;
 };

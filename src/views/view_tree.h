@@ -74,6 +74,14 @@ class ViewTree {
 
   const std::shared_ptr<ViewNode>& root() const { return root_; }  // empty at first
 
+  // Whether assistive programs see the view by itself: it has a name, which is not only the
+  // panel's.
+  bool isAccessible(const ViewNode& node) const {
+    return !node.look.accessibleName.empty() && (&node != root_.get() || node.actions.onClick);
+  }
+  // Of the panel; may be empty.
+  std::string accessibleName() const { return root_ ? root_->look.accessibleName : ""; }
+
  private:
   std::shared_ptr<ViewNode> root_;
 };

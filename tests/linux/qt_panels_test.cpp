@@ -2,10 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <QAccessible>
 #include <QTimer>
+#include <QWidget>
 #include <algorithm>
 #include <cmath>
 
+#include "platforms/linux/qt/panel_accessible.h"
 #include "tests/harness/monitors.h"
 #include "tests/linux/qt_desktop_test.h"
 
@@ -75,6 +78,28 @@ TEST_F(QtPanelsTest, ADragGoesOnBesideThePanelAndEndsWhenItIsHidden) {
   panel->orderOut();
   EXPECT_TRUE(hears({"ended"})) << "nothing of it comes to a window that is not shown";
   desktop.release();
+}
+
+TEST_F(QtPanelsTest, AssistiveProgramsReadAndPressTabs) {
+  installPanelAccessibility();
+  auto root = view("root", {0, 0, 200, 100});
+  root.look.accessibleName = "Work";
+  root.children.push_back(view("tab", {10, 10, 40, 40}, {.onClick = note("click")}));
+  root.children[0].look.accessibleName = "Letter";
+  root.children.push_back(view("backdrop", {0, 0, 5, 5}));
+  const auto panel = show("pellow-strip", root, place);
+  auto* const strip =
+      QAccessible::queryAccessibleInterface(QWidget::find(static_cast<WId>(shown("pellow-strip"))));
+  ASSERT_TRUE(strip);
+  EXPECT_EQ(strip->role(), QAccessible::ToolBar);
+  EXPECT_EQ(strip->text(QAccessible::Name), "Work");
+  ASSERT_EQ(strip->childCount(), 1);
+  auto* const tab = strip->child(0);
+  EXPECT_EQ(tab->text(QAccessible::Name), "Letter");
+  EXPECT_EQ(tab->role(), QAccessible::Button);
+  EXPECT_EQ(tab->rect(), QRect(110, 650, 40, 40));
+  tab->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_TRUE(hears({"click"}));
 }
 
 TEST_F(QtPanelsTest, ThePointerMeetsViewsWhereTheyAreDrawn) {

@@ -87,6 +87,12 @@ class AccessiblePanel final : public QAccessibleWidget {
     for (const auto& [node, view] : views_) QAccessible::deleteAccessibleInterface(view);
   }
 
+  QString text(QAccessible::Text kind) const override {
+    const auto name = canvas_->tree().accessibleName();
+    if (kind == QAccessible::Name && !name.empty()) return QString::fromStdString(name);
+    return QAccessibleWidget::text(kind);
+  }
+
   int childCount() const override { return static_cast<int>(named().size()); }
 
   QAccessibleInterface* child(int index) const override {
@@ -98,7 +104,7 @@ class AccessiblePanel final : public QAccessibleWidget {
   QAccessibleInterface* childAt(int x, int y) const override {
     QAccessibleInterface* found = nullptr;
     for (const auto& node : canvas_->nodesAt(canvas_->mapFromGlobal(QPoint(x, y))))
-      if (!node->look.accessibleName.empty()) found = viewOf(node);
+      if (canvas_->tree().isAccessible(*node)) found = viewOf(node);
     return found;
   }
 
@@ -114,7 +120,7 @@ class AccessiblePanel final : public QAccessibleWidget {
   std::vector<std::shared_ptr<ViewNode>> named() const {
     std::vector<std::shared_ptr<ViewNode>> nodes;
     canvas_->tree().visit([&](const auto& node, const ViewTransform&) {
-      if (!node->look.accessibleName.empty()) nodes.push_back(node);
+      if (canvas_->tree().isAccessible(*node)) nodes.push_back(node);
     });
     return nodes;
   }

@@ -243,10 +243,14 @@ struct GivenElement final : ViewNode::NativePart {
   return NSAccessibilityToolbarRole;
 }
 
+- (NSString*)accessibilityLabel {
+  return pellow::toNSString(_tree->accessibleName());
+}
+
 - (NSArray*)accessibilityChildren {
   NSMutableArray* const children = [[NSMutableArray alloc] init];
   _tree->visit([&](const auto& node, const ViewTransform&) {
-    if (!node->look.accessibleName.empty()) [children addObject:[self elementOf:node]];
+    if (_tree->isAccessible(*node)) [children addObject:[self elementOf:node]];
   });
   return children;
 }
@@ -254,7 +258,7 @@ struct GivenElement final : ViewNode::NativePart {
 - (id)accessibilityHitTest:(NSPoint)onScreen {
   const NSPoint inWindow = [self.window convertPointFromScreen:onScreen];
   const auto node = innermost(_tree->at([self toContent:[self convertPoint:inWindow fromView:nil]]),
-                              [](const auto& each) { return !each.look.accessibleName.empty(); });
+                              [&](const auto& each) { return _tree->isAccessible(each); });
   return node ? [self elementOf:node] : self;
 }
 
