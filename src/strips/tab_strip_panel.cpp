@@ -232,7 +232,6 @@ void TabStripPanel::endDrag() {
 
 void TabStripPanel::tabHoverChanged(std::size_t index, bool inside) {
   if (!inside) return preview_.scheduleHide();
-  if (entryWith(previewing_) == index) return preview_.keep();
   preview_.scheduleShow(
       [this, tabIDs = (*shown_->entries)[index].tabIDs] { return makePreview(tabIDs); });
 }
