@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platforms/linux/qt/hairline_style.h"
 #include "platforms/linux/system/ini_file.h"
 #include "platforms/linux/system/user_folders.h"
 
@@ -39,6 +40,8 @@ bool isDarkTheme(std::string_view themeName) {
 }  // namespace
 
 DesktopAppearance::DesktopAppearance() : isOurs_(!hasColoursOfItsOwn()) {
+  if (!isOurs_) return;
+  QApplication::setStyle(new HairlineStyle);
   choose();
 }
 
