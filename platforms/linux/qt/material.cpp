@@ -57,11 +57,11 @@ Material Material::of(const QPalette& palette, bool translucent) {
   material.isDark = dark;
   material.backdrop = withAlpha(surface, translucent ? 0.86 : 1.0);
   material.rim = dark ? withAlpha(Qt::black, 0.65) : withAlpha(Qt::black, 0.22);
-  material.gleam = withAlpha(Qt::white, dark ? 0.14 : 0.75);
+  material.gleam = withAlpha(Qt::white, dark ? 0.18 : 0.75);
   material.hover = withAlpha(text, dark ? 0.11 : 0.08);
   material.pressed = withAlpha(text, dark ? 0.19 : 0.16);
   material.label = text;
-  material.secondaryLabel = mixed(text, surface, 0.35);
+  material.secondaryLabel = withAlpha(text, 0.65);
   material.accent = palette.color(QPalette::Active, QPalette::Highlight);
   return material;
 }

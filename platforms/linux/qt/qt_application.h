@@ -5,6 +5,8 @@
 #include <array>
 #include <functional>
 
+#include "platforms/linux/qt/desktop_appearance.h"
+
 namespace pellow {
 
 // Qt on an X display. It does not end with its last window. A session manager asks it to save
@@ -29,6 +31,7 @@ class QtApplication {
   std::array<char*, 4> arguments_{name_.data(), option_.data(), platform_.data(), nullptr};
   int count_ = 3;
   QApplication application_;
+  DesktopAppearance appearance_;
 
   struct Filter : QObject {
     bool eventFilter(QObject* object, QEvent* event) override;
