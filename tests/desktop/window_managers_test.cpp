@@ -171,7 +171,7 @@ TEST_F(WindowManagers, AfterCrash) {
 
   ASSERT_NO_FATAL_FAILURE(launch());
   if (minimizesInstead) {
-    noteOnce("what was minimized stays so, in the taskbar.");
+    noteOnce("What was minimized stays so, in the taskbar.");
     expectAway({guest, large});
     for (const auto& each : {large, guest}) ASSERT_TRUE(desktop.activate(each.window));
   }
