@@ -83,9 +83,10 @@ View tabItemView(const StripEntry& entry, const StripLayout& layout, ViewPoint o
                     .highlightsOnHover = true,
                     .tooltip = entry.tooltip,
                     .accessibleName = entry.title}};
+  const bool showsPicture = pictureTabs && entry.image;
   // There may be a thousand tabs, and views are not small.
-  tab.children.reserve(2U + entry.showsTitle + entry.isPinned + (entry.count > 1));
-  if (pictureTabs && entry.image) {
+  tab.children.reserve(1U + showsPicture + entry.showsTitle + entry.isPinned + (entry.count > 1));
+  if (showsPicture) {
     tab.children.push_back(pictureView(entry, layout));
     tab.children.push_back(cornerIconView(entry, tab.children.back().frame));
   } else {
