@@ -62,7 +62,11 @@ void TabStripPanel::render(const SharedEntries& entries, const Screen& screen,
   const bool wasExpanded = std::exchange(isExpanded_, shouldBeExpanded());
   if (wasExpanded != isExpanded_) slidesUntil_ = 0;
   place();
-  if (looksDifferent) panel_->setContent(makeContent());
+  if (looksDifferent) {
+    // What comes beneath a pointer at rest was not pointed at.
+    if (isHovered_) restsAt_ = around_.pointer.pointerLocation();
+    panel_->setContent(makeContent());
+  }
   panel_->orderFront();
   updatePreview();
 }
@@ -232,6 +236,7 @@ void TabStripPanel::endDrag() {
 
 void TabStripPanel::tabHoverChanged(std::size_t index, bool inside) {
   if (!inside) return preview_.scheduleHide();
+  if (restsAt_ && restsAt_ == around_.pointer.pointerLocation()) return;
   preview_.scheduleShow(
       [this, tabIDs = (*shown_->entries)[index].tabIDs] { return makePreview(tabIDs); });
 }

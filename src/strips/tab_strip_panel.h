@@ -96,6 +96,7 @@ class TabStripPanel {
   StripChrome chrome_;
   bool isExpanded_ = true;
   bool isHovered_ = false;  // also while a menu of the strip is open
+  std::optional<AppKitPoint> restsAt_;  // the pointer, when other tabs came
   Seconds slidesUntil_ = 0;
   Subscription collapseWork_;
   std::vector<Subscription> pointerMoves_;  // while the pointer is behind the strip
