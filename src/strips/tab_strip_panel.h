@@ -95,7 +95,7 @@ class TabStripPanel {
   StripGeometry geometry_{{}, {}};
   StripChrome chrome_;
   bool isExpanded_ = true;
-  bool isHovered_ = false;  // also while a menu of the strip is open
+  bool isHovered_ = false;              // also while a menu of the strip is open
   std::optional<AppKitPoint> restsAt_;  // the pointer, when other tabs came
   Seconds slidesUntil_ = 0;
   Subscription collapseWork_;
