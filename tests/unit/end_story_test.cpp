@@ -170,6 +170,19 @@ TEST(EndStory, ACrashAtAnyCallIsRepairedByTheNextLaunch) {
   EXPECT_GT(recoveries, 0);
 }
 
+TEST(EndStory, AWindowOfADisplayThatIsGoneIsBroughtToAnotherByTheNextLaunch) {
+  simulated::Desktop desktop;
+  desktop.screens().plug(2, {-1920, 0, 1920, 1080});
+  const auto far = desktop.launch("Notes", "n").openWindow("Far", {-1800, 100, 800, 600});
+  Program program(desktop);
+  program.pressPellow();
+  simulated::Desktop next(desktop.snapshot());
+  next.screens().unplug(2);
+  Program relaunched(next);
+  EXPECT_EQ(next.counterpart(far).frame(), QuartzRect(0, 100, 800, 600));
+  EXPECT_TRUE(relaunched.journalAfterCrash().empty());
+}
+
 TEST(EndStory, SiblingsWithOneTitleAreToldApart) {
   simulated::Desktop desktop;
   const auto shell = desktop.launch("Shell", "com.example.shell");
@@ -271,6 +284,20 @@ TEST(EndStory, AWindowComesBackWhereEnoughOfItCanBeSeen) {
   const ParkingPlaces places(displays);
   EXPECT_EQ(places.restoreOrigin({1440 - 600, 100, 1000, 300}), (QuartzPoint{1440 - 600, 100}));
   EXPECT_EQ(places.restoreOrigin({1440 - 599, 100, 1000, 300}), (QuartzPoint{1440 - 1000, 100}));
+}
+
+TEST(EndStory, OfDisplaysAboveEachOtherTheOutermostOneCounts) {
+  simulated::Desktop desktop;
+  Displays displays(desktop.screens());
+  displays.recordMainHeight();
+  const ParkingPlaces places(displays);
+  const QuartzRect window{100, 120, 800, 600};
+  desktop.screens().plug(2, {0, 900, 1440, 600});
+  EXPECT_EQ(places.parkOrigin(window, StripEdge::right), (QuartzPoint{1439, 872})) << "the first";
+  desktop.screens().unplug(2);
+  desktop.screens().plug(3, {300, 900, 1440, 600});
+  EXPECT_EQ(places.parkOrigin(window, StripEdge::right), (QuartzPoint{1739, -28}));
+  EXPECT_EQ(places.parkOrigin(window, StripEdge::left), (QuartzPoint{1 - 800, 872}));
 }
 
 TEST(EndStory, AnEmptyJournalAsksNobody) {

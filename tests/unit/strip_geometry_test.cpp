@@ -208,14 +208,5 @@ TEST(StripPlacement, DroppingSnapsToANearEdge) {
       << "too large to slide";
 }
 
-TEST(StripPlacement, ADroppedStripStaysWhereItWasDropped) {
-  const AppKitRect frame(1333.25, -333, 100, 200);
-  const auto [position, snap] = StripPlacement::forDropped(frame, visible, 48);
-  const auto again = stripFrame(zoneAt(position, snap), frame.size, visible, true);
-  EXPECT_EQ(snap, std::nullopt);
-  EXPECT_NEAR(again.minX(), 1333.25, near);
-  EXPECT_NEAR(again.minY(), -333, near);
-}
-
 }  // namespace
 }  // namespace pellow

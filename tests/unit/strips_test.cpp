@@ -46,13 +46,6 @@ class Strips : public testing::Test {
                              desktop.colourPanel(), desktop.systemColours(), notifications}};
 };
 
-TEST_F(Strips, AnEmptyZoneIsAShortStrip) {
-  // Snapped right, half way down the visible frame of 1440 × 805 above the Dock.
-  EXPECT_EQ(desktop.panels().panel("pellow-strip").frame(),
-            AppKitRect(1390, 70 + (805 - 60) / 2.0, 44, 60));
-  EXPECT_TRUE(tabs().children.empty());
-}
-
 TEST_F(Strips, TabsFollowTheStore) {
   const auto first = tab("First", "a");
   const auto second = tab("Second", "b");
@@ -78,16 +71,6 @@ TEST_F(Strips, TabsFollowTheStore) {
   EXPECT_EQ(strips.frames(std::array{first.id, desktop.uuidSource().next(), third.id}),
             (std::map{std::pair{first.id, *strips.frame(first.id)}, {third.id, *projected}}));
   EXPECT_EQ(strips.frame(desktop.uuidSource().next()), std::nullopt);
-
-  std::vector<UUID> clicked;
-  strips.onActivate = [&](const std::vector<UUID>& ids) {
-    clicked = ids;
-    store.remove(ids);  // and with it the view that was clicked
-  };
-  desktop.panels().clickView("pellow-strip", "tabs/" + second.id.text());
-  desktop.runUntilQuiet();
-  EXPECT_EQ(clicked, std::vector{second.id});
-  EXPECT_EQ(tabs().children.size(), 2);
 }
 
 TEST_F(Strips, SizesAndTitlesAreTheTabsOwnThenTheZonesThenThePreferences) {
@@ -201,16 +184,6 @@ TEST_F(Strips, ZonesHavePanelsOnTheirDisplays) {
   EXPECT_EQ(onSecondDisplay(), 2);
   prefer("tabsOnAllScreens", false);
   EXPECT_EQ(desktop.panels().visible("pellow-strip").size(), 2);
-
-  // Its display goes and comes back; the zone does not forget it.
-  desktop.screens().unplug(7);
-  desktop.runUntilQuiet();
-  EXPECT_EQ(desktop.panels().visible("pellow-strip").size(), 2);
-  EXPECT_EQ(onSecondDisplay(), 0);
-  EXPECT_EQ(zones.zone(second.id).displayID, 7);
-  desktop.screens().plug(7, {1440, 0, 1920, 1080});
-  desktop.runUntilQuiet();
-  EXPECT_EQ(onSecondDisplay(), 1);
 
   // A tab outlives its zone, in the default one.
   auto orphan = tab("Orphan", "a");
