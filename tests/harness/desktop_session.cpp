@@ -173,6 +173,13 @@ void DesktopSession::startCompositor() {
     throw std::runtime_error(manager.command[0] + " composites, or does not, against the plan");
 }
 
+std::unique_ptr<ChildProcess> DesktopSession::startSessionBus() const {
+  auto bus = start({"dbus-daemon", "--session", "--nofork", "--print-address",
+                    "--address=" + environment().at("DBUS_SESSION_BUS_ADDRESS")});
+  if (!bus->readLine()) throw std::runtime_error("no session bus: " + bus->standardError());
+  return bus;
+}
+
 void DesktopSession::replaceWindowManager(Command command) {
   const auto predecessor = windowManagerCheck();
   const auto old = std::move(windowManager_);

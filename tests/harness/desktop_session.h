@@ -24,7 +24,6 @@ using WindowID = std::uint32_t;  // an X window; 0 is none
 using KeySym = std::uint32_t;    // for a letter its lower-case ASCII code
 
 namespace key {
-inline constexpr KeySym tab = 0xff09;
 inline constexpr KeySym returnKey = 0xff0d;
 inline constexpr KeySym escape = 0xff1b;
 inline constexpr KeySym down = 0xff54;
@@ -96,6 +95,8 @@ class DesktopSession {
   // Starts a program on this desktop; `changes` go over `environment()`.
   std::unique_ptr<ChildProcess> start(const std::vector<std::string>& command,
                                       const Environment& changes = {}) const;
+  // The session bus at the address in `environment()`; it ends with the result.
+  std::unique_ptr<ChildProcess> startSessionBus() const;
 
   // Starts this window manager to take over from the running one; returns once it manages.
   void replaceWindowManager(Command command);

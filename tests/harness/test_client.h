@@ -69,8 +69,7 @@ class TestClient {
     tell("state", window, "_NET_WM_STATE_MAXIMIZED_VERT");
   }
   void makeFullScreen(WindowID window) { tell("state", window, "_NET_WM_STATE_FULLSCREEN"); }
-  // Map or destroy the window, and wait for nothing.
-  void map(WindowID window) { tell("map", window); }
+  // Waits for nothing.
   void destroy(WindowID window) { tell("destroy", window); }
 
   // Closes the connection to the server with all windows. The windows that it opens from now on get

@@ -46,15 +46,20 @@ TEST_F(KeyboardTest, FollowsFourLayouts) {
   EXPECT_EQ(all, "yYυΥнНzZ");
 
   std::string heard;
-  const auto global = x11->eventMonitors().addGlobalKeyDown(
-      [&](const KeyEvent& press) { heard += press.charactersIgnoringModifiers; });
+  std::uint64_t flags = 0;
+  const auto global = x11->eventMonitors().addGlobalKeyDown([&](const KeyEvent& press) {
+    heard += press.charactersIgnoringModifiers;
+    flags = press.modifierFlags;
+  });
   for (const auto layout : std::initializer_list<std::uint8_t>{3, 1, 2}) {
     const auto before = heard.size();
     lockLayout(layout);
     desktop.type({'y'});
     ASSERT_TRUE(until([&] { return heard.size() > before; }));
   }
-  EXPECT_EQ(heard, "zυн");
+  desktop.type({key::shift, 'y'});
+  ASSERT_TRUE(until([&] { return flags == modifier::shift; }));
+  EXPECT_EQ(heard, "zυнН");
 }
 
 TEST_F(KeyboardTest, KeysWithoutLettersTypeWhatAppKitReports) {

@@ -6,7 +6,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -39,19 +38,6 @@ class PollableMainQueueTest : public testing::Test {
   std::vector<std::string> story_;
 };
 
-TEST_F(PollableMainQueueTest, RunsWorkOfAnyThreadInOrderAndOnlyWhenAsked) {
-  EXPECT_FALSE(isReadable());
-  const auto first = queue_.async(tell("first"));
-  Subscription second;
-  std::jthread([&] { second = queue_.async(tell("second, from another thread")); }).join();
-  const auto third = queue_.async(tell("third"));
-  EXPECT_TRUE(isReadable());
-  EXPECT_TRUE(story_.empty());
-  queue_.runPending();
-  EXPECT_EQ(story_, (std::vector<std::string>{"first", "second, from another thread", "third"}));
-  EXPECT_FALSE(isReadable());
-}
-
 TEST_F(PollableMainQueueTest, DroppedWorkNeverRunsNeverWakesAndFreesItsCapturesAtOnce) {
   const auto capture = std::make_shared<int>();
   auto work = queue_.async([capture] {});
@@ -78,22 +64,6 @@ TEST_F(PollableMainQueueTest, WorkMayRunTheQueueAndWhatItPutsInWaitsForTheNextTu
   EXPECT_EQ(story_, (std::vector<std::string>{"outer begins", "inner", "outer ends"}));
   runUntil(4);
   EXPECT_EQ(story_.back(), "next turn");
-}
-
-TEST_F(PollableMainQueueTest, DelayedWorkComesInTheOrderOfItsMomentsAndNeverEarly) {
-  const auto begin = clock_.now();
-  Seconds lateCame = 0;
-  const auto late = queue_.after(10 * moment, [&] {
-    lateCame = clock_.now();
-    tell("late")();
-  });
-  const auto early = queue_.after(moment, tell("early"));
-  auto dropped = queue_.after(5 * moment, tell("dropped"));
-  const auto dropper = queue_.after(2 * moment, [&] { dropped.cancel(); });
-  runUntil(2);
-  EXPECT_EQ(story_, (std::vector<std::string>{"early", "late"}));
-  EXPECT_GE(lateCame - begin, 10 * moment);
-  EXPECT_FALSE(isReadable(20));
 }
 
 TEST_F(PollableMainQueueTest, RepeatedWorkLeavesOutMissedTicksAndGoesOnUntilItDropsItself) {

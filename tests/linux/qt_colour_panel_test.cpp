@@ -1,7 +1,6 @@
 #include "platforms/linux/qt/qt_colour_panel.h"
 
 #include <QColorDialog>
-#include <vector>
 
 #include "tests/harness/test_client.h"
 #include "tests/linux/qt_desktop_test.h"
@@ -9,33 +8,19 @@
 namespace pellow::desktop {
 namespace {
 
-TEST_F(QtDesktopTest, TheColourPanelTellsItsNewestAskerWhatTheUserTries) {
+TEST_F(QtDesktopTest, TheColourPanelShowsItsColourUntilItsNewestAskerHasEnough) {
   QtColourPanel panel;
-  std::vector<Colour> first;
-  std::vector<Colour> second;
   const auto dialog = [] {
     for (auto* const window : QApplication::topLevelWidgets())
       if (auto* const found = qobject_cast<QColorDialog*>(window)) return found;
     return static_cast<QColorDialog*>(nullptr);
   };
   const auto isShown = [&] { return shown("pellow-colours") != 0; };
-  // The dialog's palette of basic colours begins in its upper left corner.
-  const auto tryAColour = [&] { click(placeOf(*dialog(), {80, 60})); };
-
-  auto one = panel.show({1, 0, 0, 1}, [&](Colour colour) { first.push_back(colour); });
+  auto one = panel.show({1, 0, 0, 1}, [](Colour) {});
   ASSERT_TRUE(until([&] { return isInFront("pellow-colours"); }));
   EXPECT_EQ(dialog()->currentColor(), QColor(Qt::red));
-  EXPECT_TRUE(first.empty());
-  tryAColour();
-  ASSERT_TRUE(until([&] { return !first.empty(); }));
-  EXPECT_NE(first.back(), (Colour{1, 0, 0, 1}));
-
-  first.clear();
-  auto two = panel.show({0, 0, 1, 1}, [&](Colour colour) { second.push_back(colour); });
-  tryAColour();
-  ASSERT_TRUE(until([&] { return !second.empty(); }));
+  auto two = panel.show({0, 0, 1, 1}, [](Colour) {});
   one.cancel();
-  EXPECT_TRUE(first.empty());
   work();
   EXPECT_TRUE(isShown()) << "the panel is the second's";
 

@@ -152,9 +152,7 @@ TEST(QtAppearancePortal, IsFollowedAndNeverWaitedFor) {
   }
   DesktopSession desktop;
   const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
-  const auto daemon = desktop.start(
-      {"dbus-daemon", "--session", "--nofork", "--print-address", "--address=" + address});
-  ASSERT_TRUE(daemon->readLine());
+  const auto bus = desktop.startSessionBus();
   int count = 1;
   char name[] = "portal";
   char* arguments[] = {name, nullptr};

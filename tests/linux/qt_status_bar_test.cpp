@@ -1,7 +1,5 @@
 #include "platforms/linux/qt/qt_status_bar.h"
 
-#include <fmt/format.h>
-
 #include <QToolTip>
 #include <cstdio>
 #include <cstdlib>
@@ -40,16 +38,10 @@ class QtStatusBarTest : public QtDesktopTest {
 
 TEST_F(QtStatusBarTest, TheItemAppearsInATrayThatComesLaterAndSuitsItsColour) {
   QtStatusBar bar;
-  int asked = 0;
-  std::vector<std::string> chosen;
   auto item = bar.makeStatusItem();
   item->setImage({.symbol = "sidebar.trailing", .accessibilityDescription = "Pellow"});
-  item->setMenu([&] {
-    const auto title = fmt::format("Item {}", ++asked);
-    return Menu{{{.title = title, .onChosen = [&, title] { chosen.push_back(title); }}}};
-  });
+  item->setMenu([&] { return Menu{{{.title = "Item", .onChosen = note("chosen")}}}; });
   work();
-  EXPECT_EQ(asked, 0);
   const auto whole = Tray::icon;
   tray.emplace(desktop.display(), 0xe8e8e8U);
   ASSERT_TRUE(untilTray([&] { return tray->docked() != 0; }));
@@ -68,17 +60,10 @@ TEST_F(QtStatusBarTest, TheItemAppearsInATrayThatComesLaterAndSuitsItsColour) {
   EXPECT_TRUE(untilTray([&] { return filled() == 25; })) << filled();
 
   const auto menu = [&] { return shown("pellow-menu"); };
-  for (const auto button : {std::uint8_t{1}, std::uint8_t{3}}) {
-    const int before = asked;
-    desktop.click(whole.x + 12, whole.y + 12, button);
-    ASSERT_TRUE(untilTray([&] { return menu() != 0; })) << "button " << int{button};
-    EXPECT_EQ(asked, before + 1);
-    desktop.type({key::down});
-    desktop.type({key::returnKey});
-    ASSERT_TRUE(untilTray([&] { return menu() == 0 && !chosen.empty(); }));
-    EXPECT_EQ(chosen, (std::vector{fmt::format("Item {}", asked)}));
-    chosen.clear();
-  }
+  desktop.click(whole.x + 12, whole.y + 12, 3);
+  ASSERT_TRUE(untilTray([&] { return menu() != 0; })) << "the secondary button opens it, too";
+  for (const auto press : {key::down, key::returnKey}) desktop.type({press});
+  EXPECT_TRUE(untilTray([&] { return heard == std::vector<std::string>{"chosen"}; }));
 
   item->setTooltip("<b>Two</b> windows");
   desktop.movePointer(whole.x + 6, whole.y + 6);
@@ -124,9 +109,7 @@ TEST(QtStatusItem, IsAdoptedByTheHostThatComesAndByTheNextOne) {
   }
   DesktopSession desktop;
   const auto address = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
-  const auto daemon = desktop.start(
-      {"dbus-daemon", "--session", "--nofork", "--print-address", "--address=" + address});
-  ASSERT_TRUE(daemon->readLine());
+  const auto bus = desktop.startSessionBus();
   const auto guest =
       desktop.start({"/proc/self/exe", "--gtest_filter=QtStatusItem.*", "--gtest_brief=1"},
                     {{guestVariable, "1"}});

@@ -76,17 +76,6 @@ class X11DesktopTest : public testing::Test {
     EXPECT_EQ(read<QuartzPoint>(window, "AXPosition"), (QuartzPoint{x, y}));
   }
 
-  void expectGone(const AXElement& window) {
-    for (const auto* attribute : {"AXRole", "AXSubrole", "AXTitle", "AXPosition", "AXMinimized"})
-      EXPECT_EQ(errorOf(window.copyAttribute(attribute, patience)), AXError::invalidUIElement)
-          << attribute;
-    EXPECT_EQ(errorOf(window.setAttribute("AXPosition", QuartzPoint{5, 5}, patience)),
-              AXError::invalidUIElement);
-    EXPECT_EQ(errorOf(window.setAttribute("AXMinimized", true, patience)),
-              AXError::invalidUIElement);
-    EXPECT_EQ(errorOf(window.performAction("AXRaise", patience)), AXError::invalidUIElement);
-  }
-
   DesktopSession desktop;
   bool ownWindowHasKeyboard = false;
   Log log{[](LogLevel, std::string_view message) { ADD_FAILURE() << message; }};

@@ -241,15 +241,6 @@ class X11HeaderBarTest : public X11HitTest {
     bar.height = 75;
   }
 
-  // The first application on it starts the accessibility bus.
-  std::unique_ptr<ChildProcess> startSessionBus() {
-    auto bus =
-        desktop->start({"dbus-daemon", "--session", "--nofork", "--print-address",
-                        "--address=" + desktop->environment().at("DBUS_SESSION_BUS_ADDRESS")});
-    EXPECT_TRUE(bus->readLine());
-    return bus;
-  }
-
   // Puts GTK's buttons where nobody would look for them.
   void arrange(const std::string& layout) {
     const auto folder = desktop->configHome() / "gtk-3.0";
@@ -282,7 +273,8 @@ TEST_F(X11HeaderBarTest, HeaderBar) {
 
 TEST_F(X11HeaderBarTest, SaysItselfWhereItsButtonsAre) {
   start();
-  auto bus = startSessionBus();
+  // The first application on it starts the accessibility bus.
+  auto bus = desktop->startSessionBus();
   PixelRect told;
   for (const auto* layout : {"close,minimize:maximize", "menu:minimize,maximize,close"}) {
     SCOPED_TRACE(layout);

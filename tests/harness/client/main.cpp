@@ -11,7 +11,6 @@
 //   strut ID SIDE DEPTH                   changes how much a dock keeps
 //   title ID TEXT
 //   state ID ATOM [ATOM]                  asks the window manager to set window states
-//   map ID
 //   destroy ID
 //   reconnect                             loses all windows and starts anew, with the same XIDs
 //   grab MILLISECONDS                     answers "grabbed"; has the server for itself that long
@@ -122,7 +121,6 @@ class Client {
       line >> first >> second;
       addState(number, first, second);
     }
-    if (command == "map") xcb_map_window(connection_, number);
     if (command == "destroy") xcb_destroy_window(connection_, number);
     if (command == "grab") grab(std::chrono::milliseconds(number));
     if (command == "storm") storm(static_cast<int>(number));
