@@ -248,6 +248,9 @@ TEST_F(ScaledQtPanelsTest, PanelsStandWhereTheyAreAskedToOnEveryMonitor) {
   EXPECT_TRUE(hears({"drag began", "drag by 10 0"}));
   desktop.movePointer(840, 130);
   EXPECT_TRUE(hears({"drag by 400 -50"}));
+  panel->setFrame({80, 270, 40, 30});  // it follows the pointer, which changes nothing
+  desktop.movePointer(860, 130);
+  EXPECT_TRUE(hears({"drag by 410 -50"}));
   desktop.release();
 }
 
