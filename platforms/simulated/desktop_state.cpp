@@ -273,10 +273,7 @@ AppKitPoint DesktopState::toAppKit(QuartzPoint point) const {
 }
 
 const Screen* DesktopState::screenOf(const QuartzRect& rect) const {
-  if (screens.empty()) return nullptr;
-  const auto frame = flip().toAppKit(rect);
-  return &*std::ranges::max_element(
-      screens, {}, [&](const Screen& screen) { return screen.frame.intersectionArea(frame); });
+  return screenWithMostOf(flip().toAppKit(rect), screens);
 }
 
 const Screen* DesktopState::mainScreen() const {

@@ -40,12 +40,8 @@ bool Displays::isHidden(const QuartzRect& window) const {
 
 std::optional<DisplayID> Displays::screenID(const QuartzRect& window) const {
   const auto screens = screens_.all();
-  if (screens.empty()) return std::nullopt;
-  const auto frame = flip_.toAppKit(window);
-  const auto* most = &screens.front();
-  for (const auto& screen : screens)
-    if (screen.frame.intersectionArea(frame) > most->frame.intersectionArea(frame)) most = &screen;
-  return most->displayID;
+  const auto* const most = screenWithMostOf(flip_.toAppKit(window), screens);
+  return most ? most->displayID : std::nullopt;
 }
 
 }  // namespace pellow

@@ -63,7 +63,8 @@ Task<bool> FocusHandover::isKeyboardOffDisplays() {
   if (std::ranges::none_of(tabs, [&](const auto& tab) { return tab.window.pid == front; }))
     co_return false;
   const auto focused = co_await focusedWindow();
-  co_return focused&& mechanismOf(*focused) == Mechanism::offscreen;
+  if (!focused) co_return false;
+  co_return mechanismOf(*focused) == Mechanism::offscreen;
 }
 
 std::optional<Mechanism> FocusHandover::mechanismOf(const TargetWindow& window) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -19,6 +20,13 @@ struct Screen {
 
   bool operator==(const Screen&) const = default;
 };
+
+// The first of those that hold the largest part of the frame; none when there are no screens.
+inline const Screen* screenWithMostOf(const AppKitRect& frame, const std::vector<Screen>& screens) {
+  const auto most = std::ranges::max_element(
+      screens, {}, [&](const Screen& screen) { return screen.frame.intersectionArea(frame); });
+  return most == screens.end() ? nullptr : &*most;
+}
 
 // The displays. The first is the primary one, at the origin of AppKit space. Main thread.
 class Screens {

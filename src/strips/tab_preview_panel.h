@@ -55,9 +55,6 @@ class TabPreviewPanel {
   // The pointer left the tab or the preview: it goes after 0.25 s, unless the pointer is inside.
   void scheduleHide();
 
-  // The pointer came back before it went.
-  void keep() { hideWork_.cancel(); }
-
   // What shows has changed, and perhaps moved away beneath the pointer.
   void update(const TabPreview& preview);
 
@@ -75,6 +72,8 @@ class TabPreviewPanel {
  private:
   void render(const TabPreview& preview);
   void hoverChanged(bool inside);
+  // The pointer came back before it went.
+  void keep() { hideWork_.cancel(); }
 
   Surroundings around_;
   std::unique_ptr<Panel> panel_;  // made when it is first to be seen

@@ -24,14 +24,6 @@ View background(std::string key, Size size, ViewContent content) {
           .look = {.content = std::move(content), .cornerRadius = cornerRadius}};
 }
 
-// The first of those that hold the largest part of the frame; `otherwise` when there are none.
-Screen screenWithMostOf(const AppKitRect& frame, const std::vector<Screen>& all,
-                        const Screen& otherwise) {
-  const auto largest = std::ranges::max_element(
-      all, {}, [&](const Screen& screen) { return screen.frame.intersectionArea(frame); });
-  return largest == all.end() ? otherwise : *largest;
-}
-
 }  // namespace
 
 TabStripPanel::TabStripPanel(const Surroundings& surroundings)
@@ -226,7 +218,9 @@ void TabStripPanel::drag(AppKitVector movedBy) {
 void TabStripPanel::endDrag() {
   drag_ = std::nullopt;
   const auto frame = panel_->frame();
-  const auto screen = screenWithMostOf(frame, around_.screens.all(), shown_->screen);
+  const auto all = around_.screens.all();
+  const auto* const most = screenWithMostOf(frame, all);
+  const auto& screen = most ? *most : shown_->screen;
   const auto placement = StripPlacement::forDropped(frame, screen.visibleFrame, snapDistance);
   dropWork_ = around_.mainQueue.async([&callbacks = around_.callbacks, zone = shown_->zone.id,
                                        placement, display = screen.displayID] {
