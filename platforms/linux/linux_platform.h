@@ -51,6 +51,7 @@ class LinuxPlatform final : public Platform {
   StatusBar& statusBar() override;
   SymbolicHotKeys& symbolicHotKeys() override;
   SystemColours& systemColours() override;
+  const Texts& texts() override { return x11Texts; }
   UpdateFramework& updateFramework() override;
   UserDefaults& userDefaults() override;
   UUIDSource& uuidSource() override;

@@ -31,6 +31,7 @@ class MacPlatform final : public Platform {
   StatusBar& statusBar() override;
   SymbolicHotKeys& symbolicHotKeys() override;
   SystemColours& systemColours() override;
+  const Texts& texts() override { return macTexts; }
   UpdateFramework& updateFramework() override;
   UserDefaults& userDefaults() override;
   UUIDSource& uuidSource() override;

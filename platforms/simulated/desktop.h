@@ -86,6 +86,9 @@ class Desktop final : public pellow::Platform {
   StatusBar& statusBar() override { return statusBar_; }
   SymbolicHotKeys& symbolicHotKeys() override { return symbolicHotKeys_; }
   SystemColours& systemColours() override { return systemColours_; }
+  const Texts& texts() override { return *system_.state.texts; }
+  // Of another system from now on, for a program that is launched then.
+  void setTexts(const Texts& texts) { system_.state.texts = &texts; }
   UpdateFramework& updateFramework() override { return updateFramework_; }
   UserDefaults& userDefaults() override { return userDefaults_; }
   UUIDSource& uuidSource() override { return uuidSource_; }

@@ -13,6 +13,7 @@
 
 #include "base/geometry.h"
 #include "base/log.h"
+#include "base/texts.h"
 #include "platform/ax_element.h"
 #include "platform/ax_names.h"
 #include "platform/screens.h"
@@ -141,6 +142,7 @@ struct DesktopState {
   bool trustsProcess = true;
   bool ignoresActivations = false;
   bool keepsWindowsOnDisplays = false;
+  const Texts* texts = &macTexts;
   bool allowsCapture = true;
   bool allowsMonitors = true;
   int trustPrompts = 0;     // how often the system asked the user for the permission

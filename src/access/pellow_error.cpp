@@ -46,8 +46,8 @@ PellowError PellowError::windowGone() {
   return {Code::windowGone, "That window no longer exists."};
 }
 
-PellowError PellowError::hideFailed() {
-  return {Code::hideFailed, "macOS refused to hide that app."};
+PellowError PellowError::hideFailed(const Texts& texts) {
+  return {Code::hideFailed, std::string(texts.hideRefused)};
 }
 
 PellowError PellowError::noFocusedWindow() {
@@ -60,10 +60,8 @@ PellowError PellowError::nothingPinned() {
           "pin one."};
 }
 
-PellowError PellowError::screenRecordingDenied() {
-  return {Code::screenRecordingDenied,
-          "Window thumbnails need Screen Recording permission. Enable Pellow in System Settings > "
-          "Privacy & Security > Screen Recording, or turn thumbnails off in the Pellow menu."};
+PellowError PellowError::screenRecordingDenied(const Texts& texts) {
+  return {Code::screenRecordingDenied, std::string(texts.screenRecordingDenied)};
 }
 
 PellowError PellowError::captureFailed() {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "base/texts.h"
 #include "platform/ax_error.h"
 
 namespace pellow {
@@ -33,10 +34,10 @@ class PellowError : public std::exception {
   static PellowError moveRefused(std::string applicationName);
   static PellowError accessibilityDenied();
   static PellowError windowGone();
-  static PellowError hideFailed();
+  static PellowError hideFailed(const Texts& texts);
   static PellowError noFocusedWindow();
   static PellowError nothingPinned();
-  static PellowError screenRecordingDenied();
+  static PellowError screenRecordingDenied(const Texts& texts);
   static PellowError captureFailed();
 
   Code code() const { return code_; }

@@ -14,29 +14,11 @@ constexpr std::string_view accessibilitySettings =
 constexpr std::string_view screenRecordingSettings =
     "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture";
 
-Alert permissionAlert(std::string messageText, std::string informativeText) {
+Alert permissionAlert(std::string messageText, const Text& informativeText, const Texts& texts) {
   return {.style = AlertStyle::informational,
           .messageText = std::move(messageText),
-          .informativeText = std::move(informativeText),
-          .buttons = {"Open System Settings", "Later"}};
-}
-
-Alert accessibilityAlert() {
-  return permissionAlert(
-      "Pellow needs Accessibility permission",
-      "Pellow controls windows belonging to other apps, which macOS only allows with the "
-      "Accessibility permission.\n\nOpen System Settings > Privacy & Security > Accessibility and "
-      "enable Pellow. It will start working the moment you do, with no relaunch needed.");
-}
-
-Alert screenRecordingAlert() {
-  return permissionAlert(
-      "Pellow needs Screen Recording permission",
-      "You have real window images switched on, so Pellow photographs each window as you pellow it "
-      "and flies that picture to its tab, the way the Dock does. macOS calls that Screen "
-      "Recording.\n\nThe picture is taken once, while the window is still on screen, and never "
-      "leaves your Mac. Nothing is recorded continuously.\n\nEnable Pellow in System Settings > "
-      "Privacy & Security > Screen Recording, then relaunch Pellow from its menu.");
+          .informativeText = std::string(informativeText),
+          .buttons = {std::string(texts.openSystemSettings), "Later"}};
 }
 
 }  // namespace
@@ -74,6 +56,7 @@ AppDelegate::AppDelegate(Platform& platform)
                    .screens = platform.screens(),
                    .strips = strips_,
                    .tabs = tabs_,
+                   .texts = platform.texts(),
                    .userDefaults = platform.userDefaults(),
                    .uuids = platform.uuidSource(),
                    .workspace = platform.workspace(),
@@ -123,7 +106,10 @@ void AppDelegate::promptForPermission() {
   platform_.accessibility().isProcessTrustedWithPrompt();
   grantPoll_ = AccessibilityPermission::waitForGrant(
       platform_.accessibility(), platform_.queues().main(), 1.0, [this] { permissionGranted(); });
-  permissionAlert_.start(explainPermission(accessibilityAlert(), accessibilitySettings));
+  permissionAlert_.start(
+      explainPermission(permissionAlert("Pellow needs Accessibility permission",
+                                        platform_.texts().accessibilityNeeded, platform_.texts()),
+                        accessibilitySettings));
 }
 
 void AppDelegate::permissionGranted() {
@@ -154,7 +140,10 @@ void AppDelegate::checkScreenRecordingIfNeeded() {
   if (!preferences_.value(preference::useThumbnails)) return;
   if (screenCapture.preflightAccess()) return;
   screenCapture.requestAccess();
-  permissionAlert_.start(explainPermission(screenRecordingAlert(), screenRecordingSettings));
+  permissionAlert_.start(
+      explainPermission(permissionAlert("Pellow needs Screen Recording permission",
+                                        platform_.texts().screenRecordingNeeded, platform_.texts()),
+                        screenRecordingSettings));
 }
 
 void AppDelegate::logPermissions() {
@@ -173,10 +162,11 @@ void AppDelegate::installHotkeys() {
 void AppDelegate::warnOfSharedShortcuts() {
   for (const auto action : allCases<ShortcutAction>()) {
     const auto& shortcut = shortcuts_.shortcut(action);
-    const auto owner = SystemShortcuts::conflictDescription(platform_.symbolicHotKeys(), shortcut);
+    const auto owner = SystemShortcuts::conflictDescription(platform_.symbolicHotKeys(), shortcut,
+                                                            platform_.texts());
     if (owner)
-      platform_.log().warning("{} belongs to {} too: both will act on it", shortcut.display(),
-                              *owner);
+      platform_.log().warning("{} belongs to {} too: both will act on it",
+                              shortcut.display(platform_.texts()), *owner);
   }
 }
 

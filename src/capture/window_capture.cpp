@@ -69,7 +69,8 @@ std::optional<ShareableWindow> WindowCapture::bestMatch(std::span<const Shareabl
 
 Task<std::expected<Image, SystemError>> WindowCapture::capture(ProcessID pid, std::string title,
                                                                QuartzRect frame) {
-  if (!screenCapture_.preflightAccess()) co_return failure(PellowError::screenRecordingDenied());
+  if (!screenCapture_.preflightAccess())
+    co_return failure(PellowError::screenRecordingDenied(texts_));
   auto windows = co_await Answer<Windows>(inTime<Windows>(mainQueue_, [this](auto onWindows) {
     return screenCapture_.shareableWindows(std::move(onWindows));
   }));

@@ -8,6 +8,7 @@
 
 #include "base/geometry.h"
 #include "base/task.h"
+#include "base/texts.h"
 #include "platform/image.h"
 #include "platform/queues.h"
 #include "platform/screen_capture.h"
@@ -20,8 +21,8 @@ namespace pellow {
 // and frame. Main thread.
 class WindowCapture {
  public:
-  WindowCapture(ScreenCapture& screenCapture, MainQueue& mainQueue)
-      : screenCapture_(screenCapture), mainQueue_(mainQueue) {}
+  WindowCapture(ScreenCapture& screenCapture, MainQueue& mainQueue, const Texts& texts)
+      : screenCapture_(screenCapture), mainQueue_(mainQueue), texts_(texts) {}
 
   // A picture of a window on the screen, one pixel for a point; `title` and `frame` as
   // Accessibility reports them. The error is a sentence. No answer within 2 s is a failure, since
@@ -41,6 +42,7 @@ class WindowCapture {
  private:
   ScreenCapture& screenCapture_;
   MainQueue& mainQueue_;
+  const Texts& texts_;
 };
 
 }  // namespace pellow

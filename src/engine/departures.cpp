@@ -147,7 +147,7 @@ Mechanism Departures::practicable(Mechanism mechanism) {
 
 // Its tab stayed when the application was unhidden from outside.
 void Departures::hideAgain(ProcessID pid) {
-  if (!around_.workspace.hide(pid)) around_.failures.report(PellowError::hideFailed());
+  if (!around_.workspace.hide(pid)) around_.failures.report(PellowError::hideFailed(around_.texts));
   around_.echoes.settle(pid, EchoGuard::settleTime);
 }
 

@@ -10,6 +10,7 @@
 #include "access/target_window.h"
 #include "base/log.h"
 #include "base/task.h"
+#include "base/texts.h"
 #include "base/uuid.h"
 #include "engine/departure.h"
 #include "engine/displays.h"
@@ -61,6 +62,7 @@ class Departures {
     Snapshots& snapshots;
     TabStore& tabs;
     TaskScope& tasks;
+    const Texts& texts;
     UUIDSource& uuids;
     Workspace& workspace;
     const ZoneStore& zones;

@@ -22,23 +22,23 @@ std::string listed(const std::vector<PellowError>& failures) {
 }  // namespace
 
 void FailureReports::report(const std::vector<PellowError>& failures) {
-  for (const auto& failure : failures) log_.error("{}", failure.errorDescription());
+  for (const auto& failure : failures) around_.log.error("{}", failure.errorDescription());
   if (!collection_) return show(failures);
   auto& collected = collection_->failures;
   collected.insert(collected.end(), failures.begin(), failures.end());
 }
 
 void FailureReports::show(const std::vector<PellowError>& failures) {
-  if (!failures.empty()) tasks_.start(tell(failures.front(), failures.size() - 1));
+  if (!failures.empty()) around_.tasks.start(tell(failures.front(), failures.size() - 1));
 }
 
 Task<> FailureReports::tell(PellowError first, std::size_t additional) {
   auto text = first.errorDescription();
   if (additional > 0) text += fmt::format("\n\nAnd {} more.", additional);
-  co_await alerts_.present({.style = AlertStyle::warning,
-                            .messageText = "Pellow could not complete that action",
-                            .informativeText = std::move(text),
-                            .buttons = {"OK"}});
+  co_await around_.alerts.present({.style = AlertStyle::warning,
+                                   .messageText = "Pellow could not complete that action",
+                                   .informativeText = std::move(text),
+                                   .buttons = {"OK"}});
 }
 
 void FailureReports::noteRefusal(const TargetWindow& window) {
@@ -52,12 +52,11 @@ Task<bool> FailureReports::offerToMinimize(const std::vector<TargetWindow>& wind
   auto message = windows.size() == 1
                      ? std::string("One window would not slide off-screen")
                      : fmt::format("{} windows would not slide off-screen", windows.size());
-  const auto chosen = co_await alerts_.present(
+  const auto chosen = co_await around_.alerts.present(
       {.style = AlertStyle::warning,
        .messageText = std::move(message),
-       .informativeText = listed(failures) +
-                          "\n\nThey can be minimized to their tabs instead, which puts them away "
-                          "but leaves them in the Dock.",
+       .informativeText = fmt::format("{}\n\n{}", listed(failures),
+                                      std::string_view(around_.texts.minimizeInstead)),
        .buttons = {"Minimize Them", "Leave Them"}});
   co_return chosen == 0;
 }

@@ -7,6 +7,7 @@
 #include "access/target_window.h"
 #include "base/log.h"
 #include "base/task.h"
+#include "base/texts.h"
 #include "views/alert_presenter.h"
 
 namespace pellow {
@@ -15,9 +16,14 @@ namespace pellow {
 // all in one. Main thread.
 class FailureReports {
  public:
-  // `tasks` runs the alerts that nobody waits for.
-  FailureReports(AlertPresenter& alerts, const Log& log, TaskScope& tasks)
-      : alerts_(alerts), log_(log), tasks_(tasks) {}
+  struct Surroundings {
+    AlertPresenter& alerts;
+    const Log& log;
+    TaskScope& tasks;  // runs the alerts that nobody waits for
+    const Texts& texts;
+  };
+
+  explicit FailureReports(const Surroundings& surroundings) : around_(surroundings) {}
 
   // While it lives, keeps failures instead of showing an alert for each. One at a time.
   class Collection {
@@ -54,9 +60,7 @@ class FailureReports {
  private:
   Task<> tell(PellowError first, std::size_t additional);
 
-  AlertPresenter& alerts_;
-  const Log& log_;
-  TaskScope& tasks_;
+  Surroundings around_;
   Collection* collection_ = nullptr;
 };
 

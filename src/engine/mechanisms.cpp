@@ -52,12 +52,13 @@ Task<Mechanisms::Hiding> Mechanisms::hide(Departure& departure) {
 Task<Mechanisms::Hiding> Mechanisms::hideApplication(ProcessID pid) {
   if (!around_.workspace.hide(pid)) {
     const bool runs = around_.workspace.application(pid).has_value();
-    co_return Hiding{.failure = runs ? PellowError::hideFailed() : PellowError::windowGone()};
+    co_return Hiding{.failure =
+                         runs ? PellowError::hideFailed(around_.texts) : PellowError::windowGone()};
   }
   const auto hidden = co_await isHidden(pid, true);
   if (hidden.value_or(true)) co_return Hiding{.mayBeHidden = true};
   around_.workspace.unhide(pid);
-  co_return Hiding{.failure = PellowError::hideFailed()};
+  co_return Hiding{.failure = PellowError::hideFailed(around_.texts)};
 }
 
 // What the application says once it is as `expected` or has had time to be; nothing when it does

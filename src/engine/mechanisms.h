@@ -9,6 +9,7 @@
 #include "access/pellow_error.h"
 #include "base/log.h"
 #include "base/task.h"
+#include "base/texts.h"
 #include "engine/departure.h"
 #include "engine/displays.h"
 #include "engine/echo_guard.h"
@@ -34,6 +35,7 @@ class Mechanisms {
     const Log& log;
     ParkedWindows& parkedWindows;
     const ParkingPlaces& places;
+    const Texts& texts;
     Workspace& workspace;
   };
 

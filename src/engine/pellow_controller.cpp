@@ -12,7 +12,8 @@ PellowController::PellowController(const Surroundings& surroundings)
       parkedWindows_(journal_, around_.tabs, ledger_),
       echoes_(around_.clock),
       axQueue_(around_.queues),
-      failures_(around_.alerts, around_.log, tasks_),
+      failures_(
+          {.alerts = around_.alerts, .log = around_.log, .tasks = tasks_, .texts = around_.texts}),
       flights_({.animator = around_.animator,
                 .displays = around_.displays,
                 .places = places_,
@@ -26,6 +27,7 @@ PellowController::PellowController(const Surroundings& surroundings)
                    .log = around_.log,
                    .parkedWindows = parkedWindows_,
                    .places = places_,
+                   .texts = around_.texts,
                    .workspace = around_.workspace}),
       focus_({.accessibility = around_.accessibility,
               .axQueue = axQueue_,
@@ -43,7 +45,8 @@ PellowController::PellowController(const Surroundings& surroundings)
                   .log = around_.log,
                   .mainQueue = around_.queues.main(),
                   .preferences = around_.preferences,
-                  .screenCapture = around_.screenCapture}),
+                  .screenCapture = around_.screenCapture,
+                  .texts = around_.texts}),
       upkeep_({.accessibility = around_.accessibility,
                .axQueue = axQueue_,
                .mainQueue = around_.queues.main(),
@@ -78,6 +81,7 @@ PellowController::PellowController(const Surroundings& surroundings)
                    .snapshots = snapshots_,
                    .tabs = around_.tabs,
                    .tasks = tasks_,
+                   .texts = around_.texts,
                    .uuids = around_.uuids,
                    .workspace = around_.workspace,
                    .zones = around_.zones,
@@ -144,7 +148,7 @@ PellowController::~PellowController() { around_.alerts.onClosed = nullptr; }
 
 void PellowController::setCallbacks() {
   snapshots_.onScreenRecordingDenied = [this] {
-    failures_.report(PellowError::screenRecordingDenied());
+    failures_.report(PellowError::screenRecordingDenied(around_.texts));
   };
   parkingUpkeep_.onStaysInSight = [this](UUID tab) { returns_.restore({tab}); };
   returns_.onArrived = [this] { departures_.aWindowIsBack(); };

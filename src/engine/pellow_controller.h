@@ -10,6 +10,7 @@
 #include "base/notification_center.h"
 #include "base/subscription.h"
 #include "base/task.h"
+#include "base/texts.h"
 #include "capture/flight_animator.h"
 #include "engine/automatic_triggers.h"
 #include "engine/bulk_actions.h"
@@ -70,6 +71,7 @@ class PellowController {
     Screens& screens;
     const TabStripController& strips;
     TabStore& tabs;
+    const Texts& texts;
     UserDefaults& userDefaults;
     UUIDSource& uuids;
     Workspace& workspace;

@@ -10,6 +10,7 @@
 #include "base/geometry.h"
 #include "base/log.h"
 #include "base/task.h"
+#include "base/texts.h"
 #include "capture/window_capture.h"
 #include "model/preferences.h"
 #include "platform/clock.h"
@@ -33,10 +34,11 @@ class Snapshots {
     MainQueue& mainQueue;
     const Preferences& preferences;
     ScreenCapture& screenCapture;
+    const Texts& texts;
   };
 
   explicit Snapshots(const Surroundings& surroundings)
-      : around_(surroundings), capture_(around_.screenCapture, around_.mainQueue) {}
+      : around_(surroundings), capture_(around_.screenCapture, around_.mainQueue, around_.texts) {}
 
   // Called once, when the user wants pictures and the system does not allow them.
   std::function<void()> onScreenRecordingDenied;

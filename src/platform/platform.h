@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/texts.h"
 #include "platform/accessibility.h"
 #include "platform/alerts.h"
 #include "platform/clock.h"
@@ -45,6 +46,7 @@ class Platform {
   virtual StatusBar& statusBar() = 0;
   virtual SymbolicHotKeys& symbolicHotKeys() = 0;
   virtual SystemColours& systemColours() = 0;
+  virtual const Texts& texts() = 0;
   virtual UpdateFramework& updateFramework() = 0;
   virtual UserDefaults& userDefaults() = 0;
   virtual UUIDSource& uuidSource() = 0;

@@ -6,12 +6,15 @@
 
 namespace pellow {
 
-std::string Shortcut::display() const {
+std::string Shortcut::display(const Texts& texts) const {
   std::string text;
-  if (modifiers & modifier::control) text += "⌃";
-  if (modifiers & modifier::option) text += "⌥";
-  if (modifiers & modifier::shift) text += "⇧";
-  if (modifiers & modifier::command) text += "⌘";
+  const auto add = [&](std::uint64_t key, const Text& name) {
+    if (modifiers & key) text.append(name).append(texts.betweenKeys);
+  };
+  add(modifier::control, texts.control);
+  add(modifier::option, texts.option);
+  add(modifier::shift, texts.shift);
+  add(modifier::command, texts.command);
   return text + upperCased(characters);
 }
 

@@ -5,6 +5,8 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "base/texts.h"
+
 namespace pellow {
 
 // A key combination.
@@ -15,8 +17,8 @@ struct Shortcut {
 
   bool operator==(const Shortcut&) const = default;
 
-  // As menus and buttons show it: "⌃⌥⇧⌘T".
-  std::string display() const;
+  // As menus and buttons show it: "⌃⌥⇧⌘T" on a Mac.
+  std::string display(const Texts& texts) const;
 };
 
 // The stored form; reading throws when the value is not a shortcut.

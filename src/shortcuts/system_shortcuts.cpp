@@ -44,27 +44,30 @@ bool owns(const SymbolicHotKey& hotKey, char32_t character, std::uint64_t modifi
          static_cast<std::uint64_t>(flags) == modifiers;
 }
 
-std::optional<std::string> listedOwner(const SymbolicHotKeys& hotKeys, const Shortcut& shortcut) {
+std::string_view nameOf(std::string_view symbolicHotKey, const Texts& texts) {
+  for (const auto& feature : features)
+    if (feature.identifier == symbolicHotKey) return feature.name;
+  return texts.systemShortcut;
+}
+
+std::optional<std::string> listedOwner(const SymbolicHotKeys& hotKeys, const Shortcut& shortcut,
+                                       const Texts& texts) {
   const auto character = firstScalar(shortcut.characters);
   if (!character) return std::nullopt;
   for (const auto& hotKey : hotKeys.all())
-    if (owns(hotKey, *character, shortcut.modifiers)) return std::string(name(hotKey.identifier));
+    if (owns(hotKey, *character, shortcut.modifiers))
+      return std::string(nameOf(hotKey.identifier, texts));
   return std::nullopt;
 }
 
 }  // namespace
 
 std::optional<std::string> conflictDescription(const SymbolicHotKeys& hotKeys,
-                                               const Shortcut& shortcut) {
-  if (auto owner = listedOwner(hotKeys, shortcut)) return owner;
-  if (hotKeys.isReserved(shortcut.keyCode, shortcut.modifiers)) return "a desktop shortcut";
+                                               const Shortcut& shortcut, const Texts& texts) {
+  if (auto owner = listedOwner(hotKeys, shortcut, texts)) return owner;
+  if (hotKeys.isReserved(shortcut.keyCode, shortcut.modifiers))
+    return std::string(texts.systemShortcut);
   return std::nullopt;
-}
-
-std::string_view name(std::string_view symbolicHotKey) {
-  for (const auto& feature : features)
-    if (feature.identifier == symbolicHotKey) return feature.name;
-  return "a macOS shortcut";
 }
 
 }  // namespace pellow::SystemShortcuts

@@ -36,15 +36,16 @@ TEST_F(ShortcutStoreTest, EveryActionHasItsDefault) {
   for (const auto action : allCases<ShortcutAction>()) {
     EXPECT_FALSE(store.isCustom(action));
     EXPECT_EQ(fromRawValue<ShortcutAction>(rawValue(action)), action);
-    displays += store.shortcut(action).display() + " ";
+    displays += store.shortcut(action).display(macTexts) + " ";
     keyCodes.push_back(store.shortcut(action).keyCode);
   }
   EXPECT_EQ(displays, "⌃⌥⌘T ⌃⌥⌘F ⌃⌥⌘P ⌃⌥⌘A ⌃⌥⌘E ⌃⌥⌘R ");
   EXPECT_EQ(keyCodes, (std::vector{17, 3, 35, 0, 14, 15}));
 
   // Modifiers appear in the usual order of macOS.
-  EXPECT_EQ((Shortcut{7, "x", 0x1E0000}).display(), "⌃⌥⇧⌘X");
-  EXPECT_EQ((Shortcut{27, "ß", 0x100000}).display(), "⌘SS");
+  EXPECT_EQ((Shortcut{7, "x", 0x1E0000}).display(macTexts), "⌃⌥⇧⌘X");
+  EXPECT_EQ((Shortcut{27, "ß", 0x100000}).display(macTexts), "⌘SS");
+  EXPECT_EQ((Shortcut{7, "x", 0x1E0000}).display(x11Texts), "Ctrl+Alt+Shift+Super+X");
 }
 
 TEST_F(ShortcutStoreTest, BindingsSurviveARelaunchInTheirStoredForm) {
@@ -57,7 +58,7 @@ TEST_F(ShortcutStoreTest, BindingsSurviveARelaunchInTheirStoredForm) {
   const auto relaunched = stored();
   EXPECT_EQ(noticed(), 0) << "loading tells nobody";
   EXPECT_TRUE(relaunched.isCustom(ShortcutAction::focusMode));
-  EXPECT_EQ(relaunched.shortcut(ShortcutAction::focusMode).display(), "⌥⌘E");
+  EXPECT_EQ(relaunched.shortcut(ShortcutAction::focusMode).display(macTexts), "⌥⌘E");
 
   store.set(ShortcutAction::focusMode, defaultShortcut(ShortcutAction::focusMode));
   EXPECT_TRUE(store.isCustom(ShortcutAction::focusMode)) << "be it to its default";
@@ -73,8 +74,8 @@ TEST_F(ShortcutStoreTest, DamagedEntriesDoNotHideDefaults) {
       "focusMode": {"keyCode": 0, "characters": "", "modifiers": 1048576},
       "restoreAll": {"keyCode": 0, "characters": "A", "modifiers": 1048576},
       "ofTheFuture": {"keyCode": 5, "characters": "g", "modifiers": 1048576}})");
-  EXPECT_EQ(store.shortcut(ShortcutAction::pellowAll).display(), "⌘A");
-  EXPECT_EQ(store.shortcut(ShortcutAction::focusMode).display(), "⌃⌥⌘E");
+  EXPECT_EQ(store.shortcut(ShortcutAction::pellowAll).display(macTexts), "⌘A");
+  EXPECT_EQ(store.shortcut(ShortcutAction::focusMode).display(macTexts), "⌃⌥⌘E");
   EXPECT_FALSE(store.isCustom(ShortcutAction::restoreAll));
   EXPECT_TRUE(store.overrides().contains("ofTheFuture"));
   EXPECT_EQ(store.overrides().size(), 2u);
@@ -94,12 +95,12 @@ TEST_F(ShortcutStoreTest, WhatCannotBeReadIsNoBinding) {
 TEST_F(ShortcutStoreTest, TakesOverTheBindingsOfTheSettingsFile) {
   auto store = stored();
   store.set(ShortcutAction::focusMode, {5, "g", controlOptionCommand});
-  EXPECT_EQ(store.shortcut(ShortcutAction::focusMode).display(), "⌃⌥⌘G");
+  EXPECT_EQ(store.shortcut(ShortcutAction::focusMode).display(macTexts), "⌃⌥⌘G");
   noticed();
   store.replaceOverrides({{"restoreAll", {14, "e", 0x100000}}});
   EXPECT_EQ(noticed(), 1);
-  EXPECT_EQ(store.shortcut(ShortcutAction::focusMode).display(), "⌃⌥⌘E");
-  EXPECT_EQ(stored().shortcut(ShortcutAction::restoreAll).display(), "⌘E");
+  EXPECT_EQ(store.shortcut(ShortcutAction::focusMode).display(macTexts), "⌃⌥⌘E");
+  EXPECT_EQ(stored().shortcut(ShortcutAction::restoreAll).display(macTexts), "⌘E");
 
   const auto before = data(defaults, "shortcuts");
   store.set(ShortcutAction::focusMode, {5, "\xFF", controlOptionCommand});
@@ -112,7 +113,7 @@ class SystemShortcutsTest : public testing::Test {
   std::optional<std::string> conflict(std::vector<SymbolicHotKey> hotKeys,
                                       const Shortcut& shortcut = {49, " ", 0x100000}) {
     desktop.symbolicHotKeys().set(std::move(hotKeys));
-    return SystemShortcuts::conflictDescription(desktop.symbolicHotKeys(), shortcut);
+    return SystemShortcuts::conflictDescription(desktop.symbolicHotKeys(), shortcut, macTexts);
   }
 
   simulated::Desktop desktop;
@@ -131,8 +132,8 @@ TEST_F(SystemShortcutsTest, GoByCharacterAndModifiers) {
 
 TEST_F(SystemShortcutsTest, MayBeKnownToBeThereOnly) {
   desktop.symbolicHotKeys().reserve(49, 0x100000);
-  EXPECT_EQ(conflict({}), "a desktop shortcut");
-  EXPECT_EQ(conflict({}, {49, "", 0x100000}), "a desktop shortcut") << "it goes by the key";
+  EXPECT_EQ(conflict({}), "a macOS shortcut");
+  EXPECT_EQ(conflict({}, {49, "", 0x100000}), "a macOS shortcut") << "it goes by the key";
   EXPECT_EQ(conflict({{"64", true, {32, 49, 0x100000}}}), "Spotlight");
   EXPECT_EQ(conflict({}, {49, " ", 0x120000}), std::nullopt);
 }
