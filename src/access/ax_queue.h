@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -15,17 +16,17 @@
 
 namespace pellow {
 
-// Takes blocking calls off the main thread: everything that changes another application's window
-// runs on one serial queue, one call at a time, in the order submitted. It adds no time limit: the
-// messaging timeouts bound each call.
+// Takes blocking calls off the main thread: they run on a serial queue, one at a time, in the order
+// submitted. It adds no time limit: the messaging timeouts bound each call.
 //
 //   const auto frame = co_await axQueue.ax([&] { return AX::frame(window.element); });
 //
 // Must outlive every coroutine that waits for it. Main thread.
 class AXQueue {
  public:
-  explicit AXQueue(Queues& queues)
-      : main_(queues.main()), queue_(queues.makeSerialQueue("com.velloway.pellow.actions")) {}
+  // `label` names the serial queue in tools.
+  AXQueue(Queues& queues, std::string label)
+      : main_(queues.main()), queue_(queues.makeSerialQueue(std::move(label))) {}
 
   template <class Body>
   class Awaiter;

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "access/ax_queue.h"
+#include "access/displays.h"
 #include "access/target_window.h"
 #include "base/log.h"
 #include "base/task.h"
 #include "base/uuid.h"
 #include "engine/departures.h"
-#include "engine/displays.h"
 #include "engine/echo_guard.h"
 #include "engine/late_minimizes.h"
 #include "engine/ledger.h"

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "access/ax_queue.h"
+#include "access/displays.h"
 #include "access/pellow_error.h"
 #include "access/target_window.h"
 #include "base/log.h"
@@ -13,7 +14,6 @@
 #include "base/texts.h"
 #include "base/uuid.h"
 #include "engine/departure.h"
-#include "engine/displays.h"
 #include "engine/echo_guard.h"
 #include "engine/failure_reports.h"
 #include "engine/flights.h"

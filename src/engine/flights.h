@@ -4,10 +4,10 @@
 #include <optional>
 #include <vector>
 
+#include "access/displays.h"
 #include "base/geometry.h"
 #include "base/uuid.h"
 #include "capture/flight_animator.h"
-#include "engine/displays.h"
 #include "engine/parking_places.h"
 #include "model/preferences.h"
 #include "model/tab_item.h"

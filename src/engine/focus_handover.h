@@ -1,9 +1,9 @@
 #pragma once
 
 #include "access/ax_queue.h"
+#include "access/displays.h"
 #include "access/target_window.h"
 #include "base/task.h"
-#include "engine/displays.h"
 #include "engine/echo_guard.h"
 #include "engine/ledger.h"
 #include "engine/mechanisms.h"

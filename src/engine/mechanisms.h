@@ -6,12 +6,12 @@
 #include <optional>
 
 #include "access/ax_queue.h"
+#include "access/displays.h"
 #include "access/pellow_error.h"
 #include "base/log.h"
 #include "base/task.h"
 #include "base/texts.h"
 #include "engine/departure.h"
-#include "engine/displays.h"
 #include "engine/echo_guard.h"
 #include "engine/parked_windows.h"
 #include "engine/parking_places.h"

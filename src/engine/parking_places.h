@@ -2,9 +2,9 @@
 
 #include <optional>
 
+#include "access/displays.h"
 #include "base/geometry.h"
 #include "base/log.h"
-#include "engine/displays.h"
 #include "model/strip_edge.h"
 #include "model/tab_zone.h"
 

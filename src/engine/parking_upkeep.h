@@ -4,12 +4,12 @@
 #include <optional>
 
 #include "access/ax_queue.h"
+#include "access/displays.h"
 #include "base/geometry.h"
 #include "base/log.h"
 #include "base/subscription.h"
 #include "base/task.h"
 #include "base/uuid.h"
-#include "engine/displays.h"
 #include "engine/parked_windows.h"
 #include "engine/parking_places.h"
 #include "model/tab_item.h"

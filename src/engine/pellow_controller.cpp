@@ -11,7 +11,7 @@ PellowController::PellowController(const Surroundings& surroundings)
       journal_(around_.userDefaults, around_.log),
       parkedWindows_(journal_, around_.tabs, ledger_),
       echoes_(around_.clock),
-      axQueue_(around_.queues),
+      axQueue_(around_.queues, "com.velloway.pellow.actions"),
       failures_(
           {.alerts = around_.alerts, .log = around_.log, .tasks = tasks_, .texts = around_.texts}),
       flights_({.animator = around_.animator,

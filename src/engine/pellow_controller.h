@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "access/ax_queue.h"
+#include "access/displays.h"
 #include "access/target_window.h"
 #include "base/log.h"
 #include "base/notification_center.h"
@@ -15,7 +16,6 @@
 #include "engine/automatic_triggers.h"
 #include "engine/bulk_actions.h"
 #include "engine/departures.h"
-#include "engine/displays.h"
 #include "engine/echo_guard.h"
 #include "engine/failure_reports.h"
 #include "engine/flights.h"

@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "access/ax_queue.h"
+#include "access/displays.h"
 #include "base/geometry.h"
 #include "base/log.h"
 #include "base/task.h"
 #include "base/uuid.h"
-#include "engine/displays.h"
 #include "engine/echo_guard.h"
 #include "engine/failure_reports.h"
 #include "engine/flights.h"

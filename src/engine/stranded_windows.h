@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "access/ax_queue.h"
+#include "access/displays.h"
 #include "access/pellow_error.h"
 #include "access/target_window.h"
 #include "base/log.h"
 #include "base/subscription.h"
 #include "base/task.h"
-#include "engine/displays.h"
 #include "engine/ledger.h"
 #include "engine/parking_journal.h"
 #include "engine/parking_places.h"

@@ -170,7 +170,7 @@ TEST_F(TargetWindowMove, FailsWithTheErrorOfTheWriteOrOfNoAnswer) {
 class AXQueueTest : public testing::Test {
  protected:
   simulated::Desktop desktop;
-  AXQueue queue{desktop.queues()};
+  AXQueue queue{desktop.queues(), "queue"};
   std::vector<std::string> story;
   TaskScope tasks{[this](std::exception_ptr error) {
     try {

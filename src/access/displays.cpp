@@ -1,4 +1,4 @@
-#include "engine/displays.h"
+#include "access/displays.h"
 
 namespace pellow {
 namespace {
