@@ -28,6 +28,11 @@ std::optional<Subscription> EventMonitors::addLocalPointerMoved(std::function<vo
   return localPointer_.add(std::move(handler));
 }
 
+std::optional<Subscription> EventMonitors::addGlobalMouseDown(std::function<void()> handler) {
+  if (!system_.state.allowsMonitors) return std::nullopt;
+  return globalMouseDown_.add(std::move(handler));
+}
+
 void EventMonitors::allow(bool allowed) { system_.state.allowsMonitors = allowed; }
 
 void EventMonitors::pointerMoved(bool isLocal) const {

@@ -23,6 +23,7 @@ class EventMonitors final : public pellow::EventMonitors {
       std::function<bool(const KeyEvent&)> handler) override;
   std::optional<Subscription> addGlobalPointerMoved(std::function<void()> handler) override;
   std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) override;
+  std::optional<Subscription> addGlobalMouseDown(std::function<void()> handler) override;
   AppKitPoint pointerLocation() const override;
 
   // Whether any can be added from now on.
@@ -30,6 +31,7 @@ class EventMonitors final : public pellow::EventMonitors {
   // Local monitors hear what is for the program, global ones the rest.
   void keyPressed(const KeyEvent& event, bool isLocal) const;
   void pointerMoved(bool isLocal) const;
+  void mouseDownElsewhere() const { globalMouseDown_.notify(); }
 
  private:
   System& system_;
@@ -37,6 +39,7 @@ class EventMonitors final : public pellow::EventMonitors {
   HandlerList<bool(const KeyEvent&)> local_;
   HandlerList<void()> globalPointer_;
   HandlerList<void()> localPointer_;
+  HandlerList<void()> globalMouseDown_;
 };
 
 }  // namespace pellow::simulated

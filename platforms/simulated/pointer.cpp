@@ -50,7 +50,8 @@ void Pointer::secondaryClick(AppKitPoint at) {
     if (holder_ != Holder::nobody) return;
     menu_.close();
     const auto point = system_.state.pointer;
-    if (auto* const panel = panels_.panelAt(point)) panel->openContextMenu(menu_, point);
+    if (auto* const panel = panels_.panelAt(point)) return panel->openContextMenu(menu_, point);
+    if (!isOverProgram()) monitors_.mouseDownElsewhere();
   });
 }
 
@@ -62,6 +63,7 @@ void Pointer::pressed() {
     return;
   }
   holder_ = Holder::others;
+  if (!isOverProgram()) monitors_.mouseDownElsewhere();
   pressedButton_ = minimizeButtonBelow();
   if (!pressedButton_) pressedOnWindow();
 }

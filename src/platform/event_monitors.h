@@ -50,6 +50,9 @@ class EventMonitors {
   virtual std::optional<Subscription> addGlobalPointerMoved(std::function<void()> handler) = 0;
   virtual std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) = 0;
 
+  // A button of the mouse, whichever, went down over another application.
+  virtual std::optional<Subscription> addGlobalMouseDown(std::function<void()> handler) = 0;
+
   virtual AppKitPoint pointerLocation() const = 0;
 };
 

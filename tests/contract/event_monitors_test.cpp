@@ -65,7 +65,11 @@ TEST_F(EventMonitorsContract, ThePointerIsFollowedOverPanelsAndOverEverythingEls
   guest->open("Document", {300, 150, 400, 300});
   ASSERT_TRUE(bringToFront(*guest));
   const auto panel = platform.panels().makePanel("pellow-strip", WindowShadow::no);
-  panel->setContent({.key = "root", .frame = {0, 0, 100, 100}, .look = {.content = Backdrop{}}});
+  int clicks = 0;
+  panel->setContent({.key = "root",
+                     .frame = {0, 0, 100, 100},
+                     .look = {.content = Backdrop{}},
+                     .actions = {.onClick = [&] { ++clicks; }}});
   panel->setFrame({50, 200, 100, 100});
   panel->orderFront();
   ASSERT_TRUE(until([&] { return host->showsPanel("pellow-strip"); }));
@@ -84,6 +88,20 @@ TEST_F(EventMonitorsContract, ThePointerIsFollowedOverPanelsAndOverEverythingEls
   EXPECT_TRUE(tells(overGuest, "global"));
   EXPECT_TRUE(tells(overPanel, "local"));
   EXPECT_TRUE(tells(overGuest, "global"));
+
+  const auto downs = monitors.addGlobalMouseDown([&] { last = "down elsewhere"; });
+  ASSERT_TRUE(downs);
+  const auto pressAt = [&](QuartzPoint point) {
+    host->movePointer(point);
+    host->pressButton();
+    host->releaseButton();
+  };
+  pressAt(overPanel);
+  ASSERT_TRUE(until([&] { return clicks == 1; }));
+  EXPECT_NE(last, "down elsewhere");
+  pressAt(overGuest);
+  EXPECT_TRUE(until([&] { return last == "down elsewhere"; }));
+
   global->cancel();
   last.clear();
   host->movePointer({410, 360});

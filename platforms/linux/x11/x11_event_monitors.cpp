@@ -105,9 +105,17 @@ std::optional<Subscription> X11EventMonitors::addLocalPointerMoved(std::function
   return subscription;
 }
 
+std::optional<Subscription> X11EventMonitors::addGlobalMouseDown(std::function<void()> handler) {
+  if (!inputOpcode_ || events_.isLost()) return std::nullopt;
+  auto subscription = globalMouseDown_.add(std::move(handler));
+  if (!listen()) return std::nullopt;
+  return subscription;
+}
+
 bool X11EventMonitors::listen() {
   const bool keys = !global_.isEmpty();
   const bool movements = !globalMoved_.isEmpty() || !localMoved_.isEmpty();
+  const bool buttons = !globalMouseDown_.isEmpty();
   struct {
     xcb_input_event_mask_t head;
     std::uint32_t mask;
@@ -115,7 +123,8 @@ bool X11EventMonitors::listen() {
       {XCB_INPUT_DEVICE_ALL_MASTER, 1},
       (keys ? XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE
             : 0u) |
-          (movements ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0)};
+          (movements ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_MOTION} : 0) |
+          (buttons ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS} : 0)};
   const auto cookie =
       xcb_input_xi_select_events_checked(events_.raw(), events_.root(), 1, &selection.head);
   const Deadline deadline = server_.patience();
@@ -167,6 +176,7 @@ void X11EventMonitors::handleRawEvent(const xcb_generic_event_t& event) {
   if (generic.event_type == XCB_INPUT_RAW_KEY_PRESS) handleRawKey(key.detail, true);
   if (generic.event_type == XCB_INPUT_RAW_KEY_RELEASE) handleRawKey(key.detail, false);
   if (generic.event_type == XCB_INPUT_RAW_MOTION) gatherMovements();
+  if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS) handleRawButton(key.detail);
 }
 
 // The server's own repeats are no raw events, but remote keyboards send theirs as presses.
@@ -182,8 +192,18 @@ void X11EventMonitors::handleRawKey(unsigned keycode, bool isPress) {
     presses_.push_back({static_cast<std::uint8_t>(keycode), modifiers_, group_});
 }
 
+// A wheel turns by presses of buttons 4 to 7.
+void X11EventMonitors::handleRawButton(unsigned button) {
+  if (globalMouseDown_.isEmpty()) {
+    listen();
+    return;
+  }
+  if (button < 4 || button > 7) areButtonsToBeTold_ = true;
+}
+
 void X11EventMonitors::dispatch() {
   tellOfKeys();
+  tellOfButtons();
   tellOfMovements();
 }
 
@@ -211,6 +231,15 @@ bool X11EventMonitors::isForOtherApplications(const Press& press) const {
   const auto focus = pending.collect(server_.patience());
   return focus && !ownWindowHasKeyboard_((*focus)->focus) &&
          !grabs_.hideKey(press.keycode, press.modifiers);
+}
+
+void X11EventMonitors::tellOfButtons() {
+  if (!areButtonsToBeTold_) return;
+  const Deadline deadline = server_.patience();
+  const bool isOwn = server_.answers() && isOwnWindowBelowPointer(deadline);
+  if (deadline.hasMetSilence()) return;
+  areButtonsToBeTold_ = false;
+  if (!isOwn) globalMouseDown_.notify();
 }
 
 void X11EventMonitors::gatherMovements() {

@@ -16,9 +16,8 @@ namespace pellow {
 // Key presses for other applications come from raw events of XInput 2, which every client may hear
 // and none can swallow; those that somebody has grabbed with the whole keyboard are left out. Those
 // for windows of this process come from whoever receives the events of these windows. A key that is
-// held down is one press. Pointer movements are raw events too,
-// gathered for a moment and told apart by whose window is below the pointer then. Listens to
-// nothing while nobody monitors.
+// held down is one press. Pointer movements, gathered for a moment, and buttons are raw events too,
+// told apart by whose window is below the pointer then. Listens to nothing while nobody monitors.
 class X11EventMonitors : public EventMonitors {
  public:
   // Whether a window of this process has the keyboard; `focus` is the one that has it for X.
@@ -35,6 +34,7 @@ class X11EventMonitors : public EventMonitors {
       std::function<bool(const KeyEvent&)> handler) override;
   std::optional<Subscription> addGlobalPointerMoved(std::function<void()> handler) override;
   std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) override;
+  std::optional<Subscription> addGlobalMouseDown(std::function<void()> handler) override;
   AppKitPoint pointerLocation() const override;
 
   // Whether the event was one of the keyboard's or the pointer's.
@@ -43,8 +43,8 @@ class X11EventMonitors : public EventMonitors {
   // A key press for a window of this process; false when a handler swallowed it.
   bool deliverLocalKeyDown(std::uint8_t keycode, std::uint16_t state);
 
-  // Tells of the key presses, and of the movements once the moment for which they are gathered is
-  // over. Those whose receiver the server does not name yet wait.
+  // Tells of the presses, and of the movements once the moment for which they are gathered is over.
+  // Those whose receiver the server does not name yet wait.
   void dispatch();
 
  private:
@@ -58,11 +58,13 @@ class X11EventMonitors : public EventMonitors {
   bool listen();
   void gatherMovements();
   void tellOfKeys();
+  void tellOfButtons();
   void tellOfMovements();
   bool isOwnWindowBelowPointer(Deadline deadline) const;
   void readModifiers();
   void handleRawEvent(const xcb_generic_event_t& event);
   void handleRawKey(unsigned keycode, bool isPress);
+  void handleRawButton(unsigned button);
   bool isForOtherApplications(const Press& press) const;
   void handleKeyboard(const xcb_generic_event_t& event);
 
@@ -85,6 +87,8 @@ class X11EventMonitors : public EventMonitors {
   mutable PixelPoint pointer_;  // where it was last
   HandlerList<void()> globalMoved_;
   HandlerList<void()> localMoved_;
+  bool areButtonsToBeTold_ = false;
+  HandlerList<void()> globalMouseDown_;
 };
 
 }  // namespace pellow

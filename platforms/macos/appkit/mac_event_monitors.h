@@ -22,6 +22,7 @@ class MacEventMonitors final : public EventMonitors {
       std::function<bool(const KeyEvent&)> handler) override;
   std::optional<Subscription> addGlobalPointerMoved(std::function<void()> handler) override;
   std::optional<Subscription> addLocalPointerMoved(std::function<void()> handler) override;
+  std::optional<Subscription> addGlobalMouseDown(std::function<void()> handler) override;
   AppKitPoint pointerLocation() const override;
 
   // The pointer moved over a panel: while the application is not active, only the panel is told.
@@ -46,18 +47,20 @@ class MacEventMonitors final : public EventMonitors {
 
   void globalKeyDown(NSEvent* event) noexcept;
   NSEvent* localKeyDown(NSEvent* event) noexcept;
-  void pointerMoved(const HandlerList<void()>& handlers, Monitor& monitor) noexcept;
+  void pointerActed(const HandlerList<void()>& handlers, Monitor& monitor) noexcept;
 
   HandlerList<void(const KeyEvent&)> globalKeys_;
   HandlerList<bool(const KeyEvent&)> localKeys_;
   HandlerList<void()> globalPointer_;
   HandlerList<void()> localPointer_;
+  HandlerList<void()> globalMouseDown_;
   std::optional<std::uint16_t> swallowedKey_;  // the latest local press, if a handler swallowed it
   // They go first: their blocks point at the rest.
   Monitor globalKeyMonitor_;
   Monitor localKeyMonitor_;
   Monitor globalPointerMonitor_;
   Monitor localPointerMonitor_;
+  Monitor globalMouseDownMonitor_;
 };
 
 }  // namespace pellow

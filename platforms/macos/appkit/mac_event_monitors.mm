@@ -11,6 +11,8 @@ namespace pellow {
 namespace {
 
 constexpr NSEventMask pointerMask = NSEventMaskMouseMoved | NSEventMaskLeftMouseDragged;
+constexpr NSEventMask mouseDownMask =
+    NSEventMaskLeftMouseDown | NSEventMaskRightMouseDown | NSEventMaskOtherMouseDown;
 
 }  // namespace
 
@@ -55,7 +57,7 @@ std::optional<Subscription> MacEventMonitors::addGlobalPointerMoved(std::functio
     id const token = [NSEvent
         addGlobalMonitorForEventsMatchingMask:pointerMask
                                       handler:^(NSEvent*) {
-                                        pointerMoved(globalPointer_, globalPointerMonitor_);
+                                        pointerActed(globalPointer_, globalPointerMonitor_);
                                       }];
     if (!globalPointerMonitor_.begin(token)) return std::nullopt;
   }
@@ -67,12 +69,24 @@ std::optional<Subscription> MacEventMonitors::addLocalPointerMoved(std::function
     id const token =
         [NSEvent addLocalMonitorForEventsMatchingMask:pointerMask
                                               handler:^NSEvent*(NSEvent* event) {
-                                                pointerMoved(localPointer_, localPointerMonitor_);
+                                                pointerActed(localPointer_, localPointerMonitor_);
                                                 return event;
                                               }];
     if (!localPointerMonitor_.begin(token)) return std::nullopt;
   }
   return localPointer_.add(std::move(handler));
+}
+
+std::optional<Subscription> MacEventMonitors::addGlobalMouseDown(std::function<void()> handler) {
+  if (globalMouseDown_.isEmpty()) {
+    id const token = [NSEvent
+        addGlobalMonitorForEventsMatchingMask:mouseDownMask
+                                      handler:^(NSEvent*) {
+                                        pointerActed(globalMouseDown_, globalMouseDownMonitor_);
+                                      }];
+    if (!globalMouseDownMonitor_.begin(token)) return std::nullopt;
+  }
+  return globalMouseDown_.add(std::move(handler));
 }
 
 AppKitPoint MacEventMonitors::pointerLocation() const {
@@ -108,7 +122,7 @@ NSEvent* MacEventMonitors::localKeyDown(NSEvent* event) noexcept {
   }
 }
 
-void MacEventMonitors::pointerMoved(const HandlerList<void()>& handlers,
+void MacEventMonitors::pointerActed(const HandlerList<void()>& handlers,
                                     Monitor& monitor) noexcept {
   @autoreleasepool {
     if (handlers.isEmpty()) return monitor.end();
