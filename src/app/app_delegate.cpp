@@ -62,12 +62,27 @@ AppDelegate::AppDelegate(Platform& platform)
                    .workspace = platform.workspace(),
                    .zones = zones_,
                    .ownProcess = platform.process().pid()}),
+      palette_({.mainQueue = platform.queues().main(),
+                .monitors = platform.eventMonitors(),
+                .panels = platform.panels(),
+                .preferences = preferences_,
+                .screens = platform.screens(),
+                .workspace = platform.workspace(),
+                .zones = zones_}),
+      hoverTrigger_({.accessibility = platform.accessibility(),
+                     .clock = platform.clock(),
+                     .displays = displays_,
+                     .log = platform.log(),
+                     .monitors = platform.eventMonitors(),
+                     .queues = platform.queues(),
+                     .ownProcess = platform.process().pid()}),
       hotkeys_(platform.eventMonitors(), shortcuts_, platform.log()),
       permissionAlert_([this](std::exception_ptr) {
         platform_.log().error("The explanation of a permission could not be shown");
       }) {
   platform_.process().becomeAccessory();
   connectStrips();
+  connectPalette();
 }
 
 void AppDelegate::connectStrips() {
@@ -91,6 +106,28 @@ void AppDelegate::connectStrips() {
       zone.displayID = display;
     });
   };
+}
+
+void AppDelegate::connectPalette() {
+  hoverTrigger_.onEnter = [this](const TargetWindow& window, const AppKitRect& button) {
+    palette_.show(window, button);
+    hoverTrigger_.protectedRect = palette_.protectedRect();
+  };
+  hoverTrigger_.onExit = [this] { palette_.scheduleHide(); };
+  hoverTrigger_.onWindowUnderCursor = [this](const TargetWindow& window) {
+    controller_.cacheSnapshot(window);
+  };
+  palette_.onHidden = [this] { hoverTrigger_.reset(); };
+  palette_.onPellowWindow = [this](const TargetWindow& window, UUID zone) {
+    controller_.pellow(window, zone);
+  };
+  palette_.onPellowApp = [this](const TargetWindow& window, UUID zone) {
+    controller_.pellowApp(window, zone);
+  };
+  // By whatever means its window goes.
+  tabChanges_ = notifications_.observe(TabStore::didChange, [this] {
+    if (palette_.window() && tabs_.contains(*palette_.window())) palette_.hideImmediately();
+  });
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -130,6 +167,7 @@ void AppDelegate::begin() {
   logPermissions();
   strips_.start();
   controller_.start();
+  hoverTrigger_.start();
   installHotkeys();
   installTerminationSignalHandlers();
   checkScreenRecordingIfNeeded();
@@ -187,6 +225,7 @@ void AppDelegate::sessionWillBeSaved() {
 }
 
 void AppDelegate::applicationWillTerminate() {
+  hoverTrigger_.stop();
   controller_.restoreAllBlocking();
   hotkeys_.stop();
 }

@@ -3,15 +3,17 @@
 #include <string_view>
 #include <vector>
 
+#include "access/displays.h"
 #include "base/notification_center.h"
 #include "base/subscription.h"
 #include "base/task.h"
 #include "capture/flight_animator.h"
-#include "engine/displays.h"
 #include "engine/pellow_controller.h"
 #include "model/preferences.h"
 #include "model/tab_store.h"
 #include "model/zone_store.h"
+#include "palette/action_palette.h"
+#include "palette/hover_trigger.h"
 #include "platform/platform.h"
 #include "shortcuts/hotkey_manager.h"
 #include "shortcuts/shortcut_action.h"
@@ -47,6 +49,7 @@ class AppDelegate {
 
  private:
   void connectStrips();
+  void connectPalette();
   void promptForPermission();
   void permissionGranted();
   void begin();
@@ -70,6 +73,9 @@ class AppDelegate {
   FlightAnimator animator_;
   TabStripController strips_;
   PellowController controller_;
+  ActionPalette palette_;
+  HoverTrigger hoverTrigger_;
+  Subscription tabChanges_;
   HotkeyManager hotkeys_;
   std::vector<Subscription> signalSources_;
   Subscription grantPoll_;

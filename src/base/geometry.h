@@ -108,6 +108,7 @@ struct Flip {
   QuartzRect toQuartz(const AppKitRect& rect) const {
     return {rect.minX(), primaryHeight - rect.maxY(), rect.width(), rect.height()};
   }
+  QuartzPoint toQuartz(AppKitPoint point) const { return {point.x, primaryHeight - point.y}; }
   AppKitRect toAppKit(const QuartzRect& rect) const {
     return {rect.minX(), primaryHeight - rect.maxY(), rect.width(), rect.height()};
   }

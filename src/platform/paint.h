@@ -10,6 +10,7 @@ namespace pellow {
 enum class SystemColour {
   label,
   secondaryLabel,
+  separator,
   accent,
   red,
   orange,

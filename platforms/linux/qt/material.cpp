@@ -23,6 +23,8 @@ QColor systemColour(SystemColour colour, const Material& material) {
       return material.label;
     case SystemColour::secondaryLabel:
       return material.secondaryLabel;
+    case SystemColour::separator:
+      return withAlpha(material.label, material.isDark ? 0.2 : 0.14);
     case SystemColour::accent:
       return material.accent;
     case SystemColour::red:

@@ -17,6 +17,8 @@ NSColor* toNSColor(SystemColour colour) {
       return NSColor.labelColor;
     case SystemColour::secondaryLabel:
       return NSColor.secondaryLabelColor;
+    case SystemColour::separator:
+      return NSColor.separatorColor;
     case SystemColour::accent:
       return NSColor.controlAccentColor;
     case SystemColour::red:
