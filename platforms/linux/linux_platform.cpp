@@ -30,9 +30,11 @@
 #include "platforms/linux/system/pollable_main_queue.h"
 #include "platforms/linux/system/random_uuid_source.h"
 #include "platforms/linux/system/thread_serial_queue.h"
+#include "platforms/linux/system/user_folders.h"
 #include "platforms/linux/updates/feed_updates.h"
 #include "platforms/linux/x11/display_name.h"
 #include "platforms/linux/x11/x11_desktop.h"
+#include "platforms/posix/posix_files.h"
 
 namespace pellow {
 namespace {
@@ -91,6 +93,7 @@ struct LinuxPlatform::Parts {
   const Log& log;
   MonotonicClock clock;
   RandomUUIDSource uuidSource;
+  PosixFiles files{homeFolder(), temporaryFolder()};
   QtStatusBar statusBar;
   QtFormWindows formWindows;
   QtColourPanel colourPanel;
@@ -187,6 +190,7 @@ Alerts& LinuxPlatform::alerts() { return parts_->alerts; }
 Clock& LinuxPlatform::clock() { return parts_->clock; }
 ColourPanel& LinuxPlatform::colourPanel() { return parts_->colourPanel; }
 EventMonitors& LinuxPlatform::eventMonitors() { return parts_->desktop->eventMonitors(); }
+Files& LinuxPlatform::files() { return parts_->files; }
 FormWindows& LinuxPlatform::formWindows() { return parts_->formWindows; }
 const Log& LinuxPlatform::log() { return parts_->log; }
 LoginItem& LinuxPlatform::loginItem() { return parts_->loginItem; }

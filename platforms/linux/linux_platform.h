@@ -40,6 +40,7 @@ class LinuxPlatform final : public Platform {
   Clock& clock() override;
   ColourPanel& colourPanel() override;
   EventMonitors& eventMonitors() override;
+  Files& files() override;
   FormWindows& formWindows() override;
   const Log& log() override;
   LoginItem& loginItem() override;

@@ -11,6 +11,7 @@
 #include "platforms/macos/appkit/mac_system_colours.h"
 #include "platforms/macos/capture/mac_screen_capture.h"
 #include "platforms/macos/foundation/foreground.h"
+#include "platforms/macos/foundation/text.h"
 #include "platforms/macos/system/mac_clock.h"
 #include "platforms/macos/system/mac_login_item.h"
 #include "platforms/macos/system/mac_process.h"
@@ -23,6 +24,7 @@
 #include "platforms/macos/updates/mac_update_framework.h"
 #include "platforms/macos/windows/mac_alerts.h"
 #include "platforms/macos/windows/mac_form_windows.h"
+#include "platforms/posix/posix_files.h"
 
 namespace pellow {
 
@@ -34,6 +36,7 @@ struct MacPlatform::Parts {
   MacAccessibility accessibility;
   MacClock clock;
   MacUUIDSource uuidSource;
+  PosixFiles files{toText(NSHomeDirectory()), toText(NSTemporaryDirectory())};
   MacUserDefaults userDefaults;
   MacSymbolicHotKeys symbolicHotKeys;
   MacLoginItem loginItem;
@@ -62,6 +65,7 @@ Alerts& MacPlatform::alerts() { return parts_->alerts; }
 Clock& MacPlatform::clock() { return parts_->clock; }
 ColourPanel& MacPlatform::colourPanel() { return parts_->colourPanel; }
 EventMonitors& MacPlatform::eventMonitors() { return parts_->eventMonitors; }
+Files& MacPlatform::files() { return parts_->files; }
 FormWindows& MacPlatform::formWindows() { return parts_->formWindows; }
 const Log& MacPlatform::log() { return parts_->log; }
 LoginItem& MacPlatform::loginItem() { return parts_->loginItem; }

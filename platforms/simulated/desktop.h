@@ -15,6 +15,7 @@
 #include "platforms/simulated/colour_panel.h"
 #include "platforms/simulated/desktop_state.h"
 #include "platforms/simulated/event_monitors.h"
+#include "platforms/simulated/files.h"
 #include "platforms/simulated/form_windows.h"
 #include "platforms/simulated/keyboard.h"
 #include "platforms/simulated/login_item.h"
@@ -72,6 +73,7 @@ class Desktop final : public pellow::Platform {
   Clock& clock() override { return clock_; }
   ColourPanel& colourPanel() override { return colourPanel_; }
   EventMonitors& eventMonitors() override { return eventMonitors_; }
+  Files& files() override { return files_; }
   FormWindows& formWindows() override { return formWindows_; }
   Keyboard& keyboard() { return keyboard_; }
   const Log& log() override { return log_; }
@@ -145,6 +147,7 @@ class Desktop final : public pellow::Platform {
   Clock clock_;
   ColourPanel colourPanel_;
   EventMonitors eventMonitors_;
+  Files files_;
   FormWindows formWindows_;
   Keyboard keyboard_;
   Log log_;

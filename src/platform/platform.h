@@ -7,6 +7,7 @@
 #include "platform/clock.h"
 #include "platform/colour_panel.h"
 #include "platform/event_monitors.h"
+#include "platform/files.h"
 #include "platform/form_windows.h"
 #include "platform/login_item.h"
 #include "platform/panels.h"
@@ -35,6 +36,7 @@ class Platform {
   virtual Clock& clock() = 0;
   virtual ColourPanel& colourPanel() = 0;
   virtual EventMonitors& eventMonitors() = 0;
+  virtual Files& files() = 0;
   virtual FormWindows& formWindows() = 0;
   virtual const Log& log() = 0;
   virtual LoginItem& loginItem() = 0;

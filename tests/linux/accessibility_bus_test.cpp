@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platforms/linux/system/file_descriptor.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 namespace {

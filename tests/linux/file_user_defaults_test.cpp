@@ -17,8 +17,8 @@
 #include <thread>
 #include <vector>
 
-#include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/display_name.h"
+#include "platforms/posix/file_descriptor.h"
 #include "tests/harness/eventually.h"
 
 namespace pellow {

@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <string>
 
-#include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/system/log_sink.h"
 #include "platforms/linux/system/termination_signals.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 namespace {

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platforms/linux/system/file_descriptor.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 

@@ -12,8 +12,8 @@
 #include <string>
 
 #include "platforms/linux/system/environment.h"
-#include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/text_encoding.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 namespace {

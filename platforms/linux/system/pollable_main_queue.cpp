@@ -13,7 +13,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platforms/linux/system/file_descriptor.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 namespace {

@@ -15,8 +15,8 @@
 #include <system_error>
 
 #include "platforms/linux/system/environment.h"
-#include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/system/user_folders.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 

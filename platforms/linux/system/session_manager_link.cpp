@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include "base/log.h"
-#include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/system/log_sink.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 namespace {

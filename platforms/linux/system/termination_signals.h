@@ -6,7 +6,7 @@
 
 #include "base/subscription.h"
 #include "platform/process.h"
-#include "platforms/linux/system/file_descriptor.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 

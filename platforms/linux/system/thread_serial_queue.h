@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/queues.h"
-#include "platforms/threads/serial_work.h"
+#include "platforms/posix/serial_work.h"
 
 namespace pellow {
 

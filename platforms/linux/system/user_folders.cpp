@@ -30,6 +30,8 @@ std::vector<fs::path> withShared(fs::path own, const char* variable, std::string
 
 fs::path homeFolder() { return folder("HOME", "/"); }
 
+fs::path temporaryFolder() { return folder("TMPDIR", "/tmp"); }
+
 fs::path configurationFolder() { return folder("XDG_CONFIG_HOME", homeFolder() / ".config"); }
 
 std::vector<fs::path> configurationFolders() {

@@ -11,6 +11,9 @@ namespace pellow {
 
 std::filesystem::path homeFolder();
 
+// Of TMPDIR, else /tmp.
+std::filesystem::path temporaryFolder();
+
 // Of XDG_CONFIG_HOME, else ~/.config.
 std::filesystem::path configurationFolder();
 

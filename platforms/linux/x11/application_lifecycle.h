@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "base/handler_list.h"
-#include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/x11_server.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 
-#include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/errands.h"
 #include "platforms/linux/x11/grabs.h"
 #include "platforms/linux/x11/instance_lock.h"
@@ -24,6 +23,7 @@
 #include "platforms/linux/x11/x11_server.h"
 #include "platforms/linux/x11/x11_symbolic_hot_keys.h"
 #include "platforms/linux/x11/x11_workspace.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 

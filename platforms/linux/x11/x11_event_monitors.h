@@ -6,10 +6,10 @@
 
 #include "base/handler_list.h"
 #include "platform/event_monitors.h"
-#include "platforms/linux/system/file_descriptor.h"
 #include "platforms/linux/x11/grabs.h"
 #include "platforms/linux/x11/keyboard.h"
 #include "platforms/linux/x11/x11_server.h"
+#include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "platform/queues.h"
-#include "platforms/threads/serial_work.h"
+#include "platforms/posix/serial_work.h"
 
 namespace pellow {
 

@@ -1,0 +1,104 @@
+#include "platforms/posix/posix_files.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "platforms/posix/file_descriptor.h"
+
+namespace pellow {
+namespace {
+
+std::unexpected<SystemError> failure(std::string_view path, const std::error_code& error) {
+  return std::unexpected(SystemError{fmt::format("{}: {}.", path, error.message())});
+}
+
+std::error_code lastError() { return {errno, std::generic_category()}; }
+
+FileStamp stampOf(const struct stat& state) {
+#ifdef __APPLE__
+  const auto& modified = state.st_mtimespec;
+#else
+  const auto& modified = state.st_mtim;
+#endif
+  return {.modified = std::int64_t{modified.tv_sec} * 1'000'000'000 + modified.tv_nsec,
+          .identity = state.st_ino,
+          .size = static_cast<std::uint64_t>(state.st_size)};
+}
+
+// The error, or none.
+std::error_code writeAll(int number, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto written = ::write(number, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) return lastError();
+    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return {};
+}
+
+}  // namespace
+
+bool PosixFiles::isFolder(const std::string& path) const {
+  struct stat state{};
+  return stat(path.c_str(), &state) == 0 && S_ISDIR(state.st_mode);
+}
+
+std::optional<FileStamp> PosixFiles::stamp(const std::string& path) const {
+  struct stat state{};
+  if (stat(path.c_str(), &state) != 0) return std::nullopt;
+  return stampOf(state);
+}
+
+std::expected<std::string, SystemError> PosixFiles::read(const std::string& path,
+                                                         std::size_t limit) const {
+  // A pipe without a writer would make us wait.
+  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat state{};
+  if (!file || fstat(file.number(), &state) != 0) return failure(path, lastError());
+  if (!S_ISREG(state.st_mode)) return std::unexpected(SystemError{path + ": No ordinary file."});
+  std::string contents;
+  std::array<char, 1 << 14> buffer;
+  while (contents.size() <= limit) {
+    const auto count = ::read(file.number(), buffer.data(), buffer.size());
+    if (count == 0) return contents;
+    if (count < 0 && errno != EINTR) return failure(path, lastError());
+    if (count > 0) contents.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  return failure(path, std::make_error_code(std::errc::file_too_large));
+}
+
+// Does not wait for the disk: what is lost with the power is written anew.
+std::expected<FileStamp, SystemError> PosixFiles::write(const std::string& path,
+                                                        std::string_view contents) {
+  const std::filesystem::path target(path);
+  std::error_code error;
+  std::filesystem::create_directories(target.parent_path(), error);
+  if (error) return failure(path, error);
+  auto growing = target.parent_path() / fmt::format(".{}.XXXXXX", target.filename().native());
+  auto name = growing.native();
+  const FileDescriptor file(mkstemp(name.data()));
+  if (!file) return failure(path, lastError());
+  struct stat state{};
+  error = writeAll(file.number(), contents);
+  if (!error && fstat(file.number(), &state) != 0) error = lastError();
+  if (!error && ::rename(name.c_str(), path.c_str()) != 0) error = lastError();
+  if (!error) return stampOf(state);
+  unlink(name.c_str());
+  return failure(path, error);
+}
+
+std::expected<void, SystemError> PosixFiles::rename(const std::string& from,
+                                                    const std::string& to) {
+  if (::rename(from.c_str(), to.c_str()) == 0) return {};
+  return failure(from, lastError());
+}
+
+}  // namespace pellow
