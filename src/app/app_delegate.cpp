@@ -77,6 +77,14 @@ AppDelegate::AppDelegate(Platform& platform)
                      .queues = platform.queues(),
                      .ownProcess = platform.process().pid()}),
       hotkeys_(platform.eventMonitors(), shortcuts_, platform.log()),
+      settingsSync_({.files = platform.files(),
+                     .log = platform.log(),
+                     .mainQueue = platform.queues().main(),
+                     .notifications = notifications_,
+                     .preferences = preferences_,
+                     .shortcuts = shortcuts_,
+                     .texts = platform.texts(),
+                     .zones = zones_}),
       permissionAlert_([this](std::exception_ptr) {
         platform_.log().error("The explanation of a permission could not be shown");
       }) {
@@ -170,6 +178,7 @@ void AppDelegate::begin() {
   hoverTrigger_.start();
   installHotkeys();
   installTerminationSignalHandlers();
+  settingsSync_.start();
   checkScreenRecordingIfNeeded();
 }
 
@@ -228,6 +237,7 @@ void AppDelegate::applicationWillTerminate() {
   hoverTrigger_.stop();
   controller_.restoreAllBlocking();
   hotkeys_.stop();
+  settingsSync_.stop();
 }
 
 void AppDelegate::perform(ShortcutAction action) {

@@ -19,6 +19,7 @@
 #include "shortcuts/shortcut_action.h"
 #include "shortcuts/shortcut_store.h"
 #include "strips/tab_strip_controller.h"
+#include "sync/settings_sync.h"
 #include "views/alert_presenter.h"
 
 namespace pellow {
@@ -77,6 +78,7 @@ class AppDelegate {
   HoverTrigger hoverTrigger_;
   Subscription tabChanges_;
   HotkeyManager hotkeys_;
+  SettingsSync settingsSync_;
   std::vector<Subscription> signalSources_;
   Subscription grantPoll_;
   TaskScope permissionAlert_;

@@ -22,10 +22,10 @@ void from_json(const nlohmann::json& json, UUID& uuid) {
   uuid = *parsed;
 }
 
-std::optional<std::string> encodeJSON(const nlohmann::json& json) {
+std::optional<std::string> encodeJSON(const nlohmann::json& json, JSONLayout layout) {
   if (!isSayable(json)) return std::nullopt;
   try {
-    return json.dump();
+    return json.dump(layout == JSONLayout::pretty ? 2 : -1);
   } catch (const nlohmann::json::exception&) {
     return std::nullopt;
   }

@@ -26,7 +26,9 @@ void to_json(nlohmann::json& json, const UUID& uuid);
 void from_json(const nlohmann::json& json, UUID& uuid);
 
 // The text of a value; nothing when JSON cannot hold it (infinities, text that is not UTF-8).
-std::optional<std::string> encodeJSON(const nlohmann::json& json);
+enum class JSONLayout { compact, pretty };
+std::optional<std::string> encodeJSON(const nlohmann::json& json,
+                                      JSONLayout layout = JSONLayout::compact);
 
 // Nothing when the text is not JSON, or not that of a T.
 template <class T>
