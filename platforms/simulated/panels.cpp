@@ -44,8 +44,8 @@ Panel::Panel(Panels& panels, PanelID id, std::string name, WindowShadow shadow)
 
 Panel::~Panel() { panels_.remove(*this); }
 
-void Panel::setContent(View root) {
-  tree_.update(std::move(root));
+void Panel::setContent(const View& root) {
+  tree_.update(root);
   panels_.changed();
 }
 

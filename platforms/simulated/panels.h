@@ -28,7 +28,7 @@ class Panel final : public pellow::Panel {
   Panel(Panels& panels, PanelID id, std::string name, WindowShadow shadow);
   ~Panel() override;
 
-  void setContent(View root) override;
+  void setContent(const View& root) override;
   void setFrame(const AppKitRect& frame) override;
   AppKitRect frame() const override { return motion_.target().frame; }
   void animate(const AppKitRect& frame, double opacity, Seconds duration, AnimationTiming timing,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -12,6 +13,12 @@
 
 namespace pellow {
 
+// Which tab it is, and which of its states: another after every change, and no two tabs share one.
+struct TabRevision {
+  UUID id;
+  std::uint64_t number = 0;
+};
+
 // All tabs, in the order they were added and are shown. In memory only, since a tab points at a
 // live window. Observers may change the store while it posts. Main thread.
 class TabStore {
@@ -23,6 +30,9 @@ class TabStore {
   TabStore(NotificationCenter& notifications, Workspace& workspace);
 
   const std::vector<TabItem>& tabs() const { return tabs_; }
+
+  // The same tabs, at a glance: there may be thousands.
+  const std::vector<TabRevision>& revisions() const { return revisions_; }
 
   // Nothing when there is no such tab; valid until the next change.
   const TabItem* tab(UUID id) const;
@@ -52,12 +62,16 @@ class TabStore {
 
  private:
   void appTerminated(ProcessID pid);
+  template <class Matches>
+  bool erase(Matches matches);
   template <class Matches, class Change>
   void change(Matches matches, Change change);
   void post() const;
 
   NotificationCenter& notifications_;
   std::vector<TabItem> tabs_;
+  std::vector<TabRevision> revisions_;  // in the same order
+  std::uint64_t lastRevision_ = 0;
   Subscription terminations_;
 };
 

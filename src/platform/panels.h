@@ -30,7 +30,7 @@ class Panel {
 
   // Shows `root`, whose frame's size is the content size. While the panel has another size, as
   // during an animation, the content is scaled to it; corner radii are not.
-  virtual void setContent(View root) = 0;
+  virtual void setContent(const View& root) = 0;
 
   virtual void setFrame(const AppKitRect& frame) = 0;
   virtual AppKitRect frame() const = 0;

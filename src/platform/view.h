@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
@@ -110,12 +111,22 @@ struct ViewActions {
   std::function<Menu()> contextMenu;
 };
 
+struct View;
+
+// A view that is kept from one tree to the next. As it never changes, a platform that shows it
+// already looks at its place only, whatever it holds.
+struct KeptView {
+  ViewPoint origin;  // in the parent view; its frame gives the size
+  std::shared_ptr<const View> view;
+};
+
 struct View {
   std::string key;  // unique among its siblings and stable from one tree to the next
   ViewRect frame;   // in the parent view
   ViewLook look;
   ViewActions actions;
   std::vector<View> children;  // the later above the earlier
+  std::vector<KeptView> kept;  // above the children, likewise
 };
 
 }  // namespace pellow

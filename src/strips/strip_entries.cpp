@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -9,6 +11,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "base/former.h"
 #include "model/mechanism.h"
 #include "model/tab_scope.h"
 
@@ -37,53 +40,110 @@ void addToGroup(StripEntry& entry, const StripEntry& other) {
   }
 }
 
-// There may be a thousand tabs: what they all share is looked up once.
-class EntryMaker {
+}  // namespace
+
+std::vector<StripItem> items(const std::vector<ListedEntry>& entries) {
+  std::vector<StripItem> items;
+  items.reserve(entries.size());
+  for (const auto& listed : entries) items.push_back(listed.item);
+  return items;
+}
+
+StripEntries::Rules StripEntries::Rules::of(const ZoneStore& zones,
+                                            const Preferences& preferences) {
+  Rules rules{.pins = zones.pins,
+              .tabSizes = {},
+              .defaultZone = zones.defaultZone().id,
+              .groups = preferences.mechanism() == Mechanism::hideApp ||
+                        preferences.tabScope() == TabScope::app,
+              .showsTitles = preferences.value(preference::showTitles)};
+  const auto tabSize = preferences.tabSize();
+  for (const auto& zone : zones.zones())
+    rules.tabSizes.emplace(zone.id, zone.tabSize.value_or(tabSize));
+  return rules;
+}
+
+class StripEntries::Update {
  public:
-  EntryMaker(const ZoneStore& zones, const Preferences& preferences)
-      : pins_(zones.pins),
-        groups_(preferences.mechanism() == Mechanism::hideApp ||
-                preferences.tabScope() == TabScope::app),
-        showsTitles_(preferences.value(preference::showTitles)),
-        defaultZone_(zones.defaultZone().id) {
-    const auto tabSize = preferences.tabSize();
-    for (const auto& zone : zones.zones())
-      strips_.emplace(zone.id, Strip{zone.id, zone.tabSize.value_or(tabSize), {}, {}});
+  // `sameRules`: as the former lists were made by.
+  Update(const Rules& rules, Lists former, bool sameRules) : rules_(rules), sameRules_(sameRules) {
+    for (const auto& [id, tabSize] : rules.tabSizes)
+      strips_.emplace(id, Strip{.zoneID = id, .tabSize = tabSize, .list = std::move(former[id])});
+    defaultStrip_ = &strips_.at(rules.defaultZone);
   }
 
-  void add(const TabItem& tab) {
+  // `revision`: of the tab.
+  void add(const TabItem& tab, const TabRevision& revision) {
     auto& strip = stripOf(tab);
-    auto entry = makeEntry(tab, strip);
-    if (groups_) {
-      const auto [found, isNew] = strip.groupAt.try_emplace(groupKey(tab), strip.entries.size());
-      if (!isNew) return addToGroup(strip.entries[found->second], entry);
-    }
-    strip.entries.push_back(std::move(entry));
+    if (rules_.groups) return addToGroups(strip, tab);
+    auto& listed = placeFor(strip, revision.id);
+    if (sameRules_ && listed.revision == revision.number) return;
+    fill(listed, makeEntry(tab, strip));
+    listed.revision = revision.number;
   }
 
-  StripEntries take() && {
-    StripEntries all;
-    for (auto& [id, strip] : strips_)
-      all.emplace(id, std::make_shared<const std::vector<StripEntry>>(std::move(strip.entries)));
-    return all;
+  Lists take() && {
+    Lists lists;
+    for (auto& [id, strip] : strips_) {
+      for (auto& group : strip.groups) {
+        auto& listed = placeFor(strip, group.tabIDs.front());
+        fill(listed, std::move(group));
+      }
+      strip.list.resize(strip.count);
+      lists.emplace(id, std::move(strip.list));
+    }
+    return lists;
   }
 
  private:
   struct Strip {
     UUID zoneID;
     double tabSize = 0;
-    std::vector<StripEntry> entries;
+    std::vector<ListedEntry> list;  // as it was, from `count` on
+    std::size_t count = 0;
+    std::optional<Former<ListedEntry>> former;  // once the order changes
+    std::vector<StripEntry> groups;
     std::unordered_map<std::string, std::size_t> groupAt;
   };
 
   Strip& stripOf(const TabItem& tab) {
+    if (strips_.size() == 1) return *defaultStrip_;
     const auto own = tab.zoneID ? strips_.find(*tab.zoneID) : strips_.end();
-    return own == strips_.end() ? strips_.at(defaultZone_) : own->second;
+    return own == strips_.end() ? *defaultStrip_ : own->second;
+  }
+
+  void addToGroups(Strip& strip, const TabItem& tab) const {
+    auto entry = makeEntry(tab, strip);
+    const auto [found, isNew] = strip.groupAt.try_emplace(groupKey(tab), strip.groups.size());
+    if (!isNew) return addToGroup(strip.groups[found->second], entry);
+    strip.groups.push_back(std::move(entry));
+  }
+
+  static void fill(ListedEntry& listed, StripEntry entry) {
+    listed.revision = 0;
+    listed.item = {entry.size, entry.showsTitle};
+    if (!listed.entry || *listed.entry != entry)
+      listed.entry = std::make_shared<const StripEntry>(std::move(entry));
+  }
+
+  // The next place of the list, with what stood for this tab before.
+  static ListedEntry& placeFor(Strip& strip, const UUID& id) {
+    auto& [zoneID, tabSize, list, count, former, groups, groupAt] = strip;
+    const auto place = count++;
+    if (!former && place < list.size() && list[place].id == id) return list[place];
+    if (!former) {
+      former.emplace(std::vector(std::make_move_iterator(list.begin() + place),
+                                 std::make_move_iterator(list.end())));
+      list.resize(place);
+    }
+    const auto known = former->find(id);
+    list.push_back(known ? std::move((*former)[*known]) : ListedEntry{.id = id});
+    return list.back();
   }
 
   bool isPinned(const TabItem& tab, UUID zoneID) const {
-    const auto pin = tab.bundleID ? pins_.find(*tab.bundleID) : pins_.end();
-    return pin != pins_.end() && pin->second == zoneID;
+    const auto pin = tab.bundleID ? rules_.pins.find(*tab.bundleID) : rules_.pins.end();
+    return pin != rules_.pins.end() && pin->second == zoneID;
   }
 
   StripEntry makeEntry(const TabItem& tab, const Strip& strip) const {
@@ -97,7 +157,7 @@ class EntryMaker {
             .zoneID = strip.zoneID,
             .size = tab.size.value_or(strip.tabSize),
             .hasOwnSize = tab.size.has_value(),
-            .showsTitle = tab.showsTitle.value_or(showsTitles_),
+            .showsTitle = tab.showsTitle.value_or(rules_.showsTitles),
             .hasOwnTitleSetting = tab.showsTitle.has_value(),
             .screenID = tab.screenID,
             .appName = tab.appName,
@@ -105,20 +165,21 @@ class EntryMaker {
             .isPinned = isPinned(tab, strip.zoneID)};
   }
 
-  const ZoneStore::Pins& pins_;
-  bool groups_;
-  bool showsTitles_;
-  UUID defaultZone_;
+  const Rules& rules_;
+  bool sameRules_;
   std::unordered_map<UUID, Strip> strips_;
+  Strip* defaultStrip_;
 };
 
-}  // namespace
-
-StripEntries makeStripEntries(const std::vector<TabItem>& tabs, const ZoneStore& zones,
-                              const Preferences& preferences) {
-  EntryMaker maker(zones, preferences);
-  for (const auto& tab : tabs) maker.add(tab);
-  return std::move(maker).take();
+const StripEntries::Lists& StripEntries::update(const TabStore& tabs, const ZoneStore& zones,
+                                                const Preferences& preferences) {
+  auto rules = Rules::of(zones, preferences);
+  Update update(rules, std::move(lists_), rules == rules_);
+  for (std::size_t place = 0; place < tabs.tabs().size(); ++place)
+    update.add(tabs.tabs()[place], tabs.revisions()[place]);
+  lists_ = std::move(update).take();
+  rules_ = std::move(rules);
+  return lists_;
 }
 
 }  // namespace pellow

@@ -35,10 +35,6 @@ struct StripEntry {
   bool operator==(const StripEntry&) const = default;
 };
 
-// The entries of one strip, for all panels that show it.
-using SharedEntries = std::shared_ptr<const std::vector<StripEntry>>;
-
-// What the geometry of a strip needs to know of its entries.
-std::vector<StripItem> items(const std::vector<StripEntry>& entries);
+using SharedEntry = std::shared_ptr<const StripEntry>;
 
 }  // namespace pellow

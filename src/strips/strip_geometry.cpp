@@ -75,9 +75,11 @@ StripGeometry StripGeometry::make(const std::vector<StripItem>& items, const Str
 
 std::vector<StripItem> StripGeometry::fitted(std::vector<StripItem> items, const StripRun& run) {
   if (items.empty() || run.available <= 0) return items;
-  auto oneLane = run;
-  oneLane.available = 0;
-  const double length = StripGeometry(items, oneLane).rawLength();
+  double length = spacing * static_cast<double>(items.size() - 1);
+  for (const auto& item : items) {
+    const auto size = StripLayout::make(item, run.pictureTabs).itemSize;
+    length += run.horizontal ? size.width : size.height;
+  }
   const double room = laneLimit * run.available;
   if (length <= room) return items;
   for (auto& item : items) item.size = std::max(item.size * (room / length), smallestTab);
@@ -90,13 +92,6 @@ double StripGeometry::along(const StripLayout& layout) const {
 
 double StripGeometry::cross(const StripLayout& layout) const {
   return run_.horizontal ? layout.itemSize.height : layout.itemSize.width;
-}
-
-double StripGeometry::rawLength() const {
-  if (layouts_.empty()) return 0;
-  double length = spacing * static_cast<double>(layouts_.size() - 1);
-  for (const auto& layout : layouts_) length += along(layout);
-  return length;
 }
 
 void StripGeometry::pack() {

@@ -74,7 +74,6 @@ class StripGeometry {
  private:
   double along(const StripLayout& layout) const;
   double cross(const StripLayout& layout) const;
-  double rawLength() const;
   void pack();
   Size measurePanel() const;
 

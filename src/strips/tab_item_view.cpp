@@ -75,10 +75,9 @@ View countView(const StripEntry& entry, const StripLayout& layout) {
 
 }  // namespace
 
-View tabItemView(const StripEntry& entry, const StripLayout& layout, ViewPoint origin,
-                 bool pictureTabs) {
+View tabItemView(const StripEntry& entry, const StripLayout& layout, bool pictureTabs) {
   View tab{.key = entry.tabIDs.front().text(),
-           .frame = {origin, layout.itemSize},
+           .frame = {{}, layout.itemSize},
            .look = {.cornerRadius = 7,
                     .highlightsOnHover = true,
                     .tooltip = entry.tooltip,

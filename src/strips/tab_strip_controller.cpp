@@ -75,7 +75,7 @@ std::unique_ptr<TabStripPanel> TabStripController::makePanel() {
 
 void TabStripController::refresh() {
   refreshSoon_.cancel();
-  const auto all = makeEntries();
+  const auto& all = entries_.update(around_.tabs, around_.zones, around_.preferences);
   const auto tabs = static_cast<double>(around_.tabs.tabs().size());
   nextFrame_ = around_.clock.now() + std::max(frameTime, timeForTab * tabs);
   for (const auto& zone : around_.zones.zones())
@@ -96,11 +96,14 @@ std::vector<Screen> TabStripController::screensWithPanel(const TabZone& zone) co
 std::vector<StripEntry> TabStripController::entries(UUID zoneID) const {
   const auto all = makeEntries();
   const auto found = all.find(zoneID);
-  return found == all.end() ? std::vector<StripEntry>() : *found->second;
+  std::vector<StripEntry> entries;
+  if (found != all.end())
+    for (const auto& listed : found->second) entries.push_back(*listed.entry);
+  return entries;
 }
 
-StripEntries TabStripController::makeEntries() const {
-  return makeStripEntries(around_.tabs.tabs(), around_.zones, around_.preferences);
+StripEntries::Lists TabStripController::makeEntries() const {
+  return StripEntries().update(around_.tabs, around_.zones, around_.preferences);
 }
 
 std::vector<Screen> TabStripController::screens(const TabZone& zone) const {
@@ -124,7 +127,7 @@ std::optional<AppKitRect> TabStripController::projectedTabFrame(UUID zoneID) con
   const auto zone = around_.zones.zone(zoneID);
   const auto shownOn = screensWithPanel(zone);
   if (shownOn.empty()) return std::nullopt;
-  auto all = items(entries(zone.id));
+  auto all = items(makeEntries().at(zone.id));
   all.push_back({zone.tabSize.value_or(around_.preferences.tabSize()),
                  around_.preferences.value(preference::showTitles)});
   return geometry(all, zone, shownOn.front())
@@ -143,10 +146,10 @@ std::map<UUID, AppKitRect> TabStripController::frames(std::span<const UUID> tabI
   for (const auto& zone : around_.zones.zones()) {
     const auto shownOn = screensWithPanel(zone);
     if (shownOn.empty()) continue;
-    const auto& shown = *all.at(zone.id);
+    const auto& shown = all.at(zone.id);
     const auto places = geometry(items(shown), zone, shownOn.front());
     for (std::size_t index = 0; index < shown.size(); ++index)
-      for (const auto id : shown[index].tabIDs)
+      for (const auto id : shown[index].entry->tabIDs)
         if (wanted.contains(id))
           frames[id] = places.itemFrameOnScreen(index, zone, shownOn.front().visibleFrame);
   }

@@ -91,13 +91,14 @@ class TabStripController : public StripCallbacks {
   void rebuildAndRefresh();
   std::unique_ptr<TabStripPanel> makePanel();
   std::vector<Screen> screensWithPanel(const TabZone& zone) const;
-  StripEntries makeEntries() const;
+  StripEntries::Lists makeEntries() const;
   StripGeometry geometry(const std::vector<StripItem>& items, const TabZone& zone,
                          const Screen& screen) const;
 
   Surroundings around_;
   ZoneColourEditor colours_;
   StripMenus menus_;
+  StripEntries entries_;
   std::map<PanelKey, std::unique_ptr<TabStripPanel>> panels_;
   std::vector<Subscription> subscriptions_;
   Subscription refreshSoon_;

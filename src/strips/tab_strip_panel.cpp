@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
+#include "base/former.h"
 #include "strips/tab_item_view.h"
 #include "strips/zone_name_view.h"
 
@@ -36,19 +36,12 @@ TabStripPanel::TabStripPanel(const Surroundings& surroundings)
   };
 }
 
-bool TabStripPanel::Shown::operator==(const Shown& other) const {
-  const auto rest = [](const Shown& shown) {
-    return std::tie(shown.screen, shown.zone, shown.pictureTabs);
-  };
-  return rest(*this) == rest(other) && *entries == *other.entries;
-}
-
-void TabStripPanel::render(const SharedEntries& entries, const Screen& screen,
+void TabStripPanel::render(const std::vector<ListedEntry>& entries, const Screen& screen,
                            const TabZone& zone) {
   const auto& preferences = around_.preferences;
-  Shown next{entries, screen, zone, preferences.pictureTabs()};
-  const bool looksDifferent = shown_ != next;
-  if (looksDifferent) layOut(std::move(next));
+  Shown next{screen, zone, preferences.pictureTabs()};
+  const bool looksDifferent = shown_ != next || !showsTabsOf(entries);
+  if (looksDifferent) layOut(entries, std::move(next));
   panel_->setLevel(preferences.value(preference::floatAboveWindows) ? PanelLevel::statusWindow
                                                                     : PanelLevel::desktopIcons);
   const bool wasExpanded = std::exchange(isExpanded_, shouldBeExpanded());
@@ -57,21 +50,37 @@ void TabStripPanel::render(const SharedEntries& entries, const Screen& screen,
   if (looksDifferent) {
     // What comes beneath a pointer at rest was not pointed at.
     if (isHovered_) restsAt_ = around_.pointer.pointerLocation();
-    panel_->setContent(makeContent());
+    panel_->setContent(content_);
   }
   panel_->orderFront();
   updatePreview();
 }
 
-void TabStripPanel::layOut(Shown next) {
-  shown_ = std::move(next);
-  const auto& [entries, screen, zone, pictureTabs] = *shown_;
-  geometry_ = StripGeometry::make(items(*entries),
-                                  StripRun::make(zone.snap, screen.visibleFrame, pictureTabs));
-  chrome_ = StripChrome::make(geometry_, zone);
+// Whether every tab has the place that it had.
+bool TabStripPanel::showsSameTabs(const std::vector<ListedEntry>& entries) const {
+  return std::ranges::equal(tabs_, entries, [](const Tab& tab, const ListedEntry& listed) {
+    return tab.entry == listed.entry || tab.id == listed.id;
+  });
 }
 
-View TabStripPanel::makeContent() {
+bool TabStripPanel::showsTabsOf(const std::vector<ListedEntry>& entries) const {
+  return std::ranges::equal(tabs_, entries, {}, &Tab::entry, &ListedEntry::entry);
+}
+
+void TabStripPanel::layOut(const std::vector<ListedEntry>& entries, Shown next) {
+  if (shown_ && shown_->pictureTabs != next.pictureTabs) {  // every tab looks different
+    tabs_.clear();
+    content_ = {};
+  }
+  shown_ = std::move(next);
+  const auto& [screen, zone, pictureTabs] = *shown_;
+  geometry_ = StripGeometry::make(items(entries),
+                                  StripRun::make(zone.snap, screen.visibleFrame, pictureTabs));
+  chrome_ = StripChrome::make(geometry_, zone);
+  content_ = makeContent(makeTabs(entries));
+}
+
+View TabStripPanel::makeContent(View tabs) {
   const auto& zone = shown_->zone;
   const auto size = chrome_.totalSize;
   View content{
@@ -91,26 +100,46 @@ View TabStripPanel::makeContent() {
   if (zone.showsName)
     content.children.push_back(
         zoneNameView(zone.name, chrome_.nameBand, /*rotated=*/!chrome_.nameBandAcross));
-  content.children.push_back(makeTabs());
+  content.children.push_back(std::move(tabs));
   return content;
 }
 
-View TabStripPanel::makeTabs() {
-  const auto count = shown_->entries->size();
+// The view of a tab is made anew only where the entry or its size has changed.
+View TabStripPanel::makeTabs(const std::vector<ListedEntry>& entries) {
   View tabs{.key = "tabs", .frame = {chrome_.tabsOrigin, chrome_.tabsSize}};
-  tabs.children.reserve(count);
-  for (std::size_t index = 0; index < count; ++index) tabs.children.push_back(makeTab(index));
+  if (!content_.children.empty()) tabs.kept = std::move(content_.children.back().kept);
+  if (!showsSameTabs(entries)) arrange(tabs.kept, entries);
+  for (std::size_t index = 0; index < entries.size(); ++index) {
+    auto& tab = tabs_[index];
+    auto& [origin, view] = tabs.kept[index];
+    const auto& entry = entries[index].entry;
+    const auto& layout = geometry_.layouts()[index];
+    origin = geometry_.itemOrigin(index);
+    if (tab.entry == entry && tab.layout == layout) continue;
+    tab = {entries[index].id, entry, layout, entry->tabIDs.size() > 1};
+    view = std::make_shared<const View>(makeTab(entry, layout));
+  }
   return tabs;
 }
 
-// Its actions know the tab by its place: with every other place the view gets others.
-View TabStripPanel::makeTab(std::size_t index) {
-  const auto& entry = (*shown_->entries)[index];
-  auto tab = tabItemView(entry, geometry_.layouts()[index], geometry_.itemOrigin(index),
-                         shown_->pictureTabs);
-  tab.actions.onClick = [this, index] { activate((*shown_->entries)[index].tabIDs); };
-  tab.actions.onHoverChanged = [this, index](bool inside) { tabHoverChanged(index, inside); };
-  tab.actions.contextMenu = [this, index] { return tabMenu(index); };
+// Takes the tabs and their views into the order of the entries, with room for new ones.
+void TabStripPanel::arrange(std::vector<KeptView>& views, const std::vector<ListedEntry>& entries) {
+  Former former(std::exchange(tabs_, {}));
+  auto formerViews = std::exchange(views, {});
+  tabs_.reserve(entries.size());
+  views.reserve(entries.size());
+  for (const auto& listed : entries) {
+    const auto known = former.find(listed.id);
+    tabs_.push_back(known ? std::move(former[*known]) : Tab{.id = listed.id});
+    views.push_back(known ? std::move(formerViews[*known]) : KeptView());
+  }
+}
+
+View TabStripPanel::makeTab(const SharedEntry& entry, const StripLayout& layout) {
+  auto tab = tabItemView(*entry, layout, shown_->pictureTabs);
+  tab.actions.onClick = [this, entry] { activate(entry->tabIDs); };
+  tab.actions.onHoverChanged = [this, entry](bool inside) { tabHoverChanged(*entry, inside); };
+  tab.actions.contextMenu = [this, entry] { return tabMenu(*entry); };
   return tab;
 }
 
@@ -124,9 +153,9 @@ Menu TabStripPanel::zoneMenu() {
   return around_.menus.zoneMenu(shown_->zone);
 }
 
-Menu TabStripPanel::tabMenu(std::size_t index) {
+Menu TabStripPanel::tabMenu(const StripEntry& entry) {
   preview_.dismiss();
-  return around_.menus.menu((*shown_->entries)[index]);
+  return around_.menus.menu(entry);
 }
 
 AppKitRect TabStripPanel::targetFrame(bool expanded) const {
@@ -228,40 +257,41 @@ void TabStripPanel::endDrag() {
   });
 }
 
-void TabStripPanel::tabHoverChanged(std::size_t index, bool inside) {
+void TabStripPanel::tabHoverChanged(const StripEntry& entry, bool inside) {
   if (!inside) return preview_.scheduleHide();
   if (restsAt_ && restsAt_ == around_.pointer.pointerLocation()) return;
-  preview_.scheduleShow(
-      [this, tabIDs = (*shown_->entries)[index].tabIDs] { return makePreview(tabIDs); });
+  preview_.scheduleShow([this, tabIDs = entry.tabIDs] { return makePreview(tabIDs); });
 }
 
 // The first one that stands for any of these tabs.
-std::optional<std::size_t> TabStripPanel::entryWith(const std::vector<UUID>& tabIDs) const {
+std::optional<std::size_t> TabStripPanel::tabWith(const std::vector<UUID>& tabIDs) const {
   if (tabIDs.empty()) return std::nullopt;
-  const auto& entries = *shown_->entries;
-  const auto found = std::ranges::find_if(entries, [&](const StripEntry& entry) {
-    return std::ranges::find_first_of(entry.tabIDs, tabIDs) != entry.tabIDs.end();
+  const auto isListed = [&](UUID id) { return std::ranges::find(tabIDs, id) != tabIDs.end(); };
+  const auto found = std::ranges::find_if(tabs_, [&](const Tab& tab) {
+    return isListed(tab.id) || (tab.isGroup && std::ranges::any_of(tab.entry->tabIDs, isListed));
   });
-  if (found == entries.end()) return std::nullopt;
-  return static_cast<std::size_t>(found - entries.begin());
+  if (found == tabs_.end()) return std::nullopt;
+  return static_cast<std::size_t>(found - tabs_.begin());
 }
 
 std::optional<TabPreview> TabStripPanel::makePreview(const std::vector<UUID>& tabIDs) {
-  const auto index = entryWith(tabIDs);
+  const auto index = tabWith(tabIDs);
   if (!index || !around_.preferences.value(preference::previewOnHover)) return std::nullopt;
-  const auto& entry = (*shown_->entries)[*index];
+  const auto& entry = *tabs_[*index].entry;
   previewing_ = entry.tabIDs;
   const auto tab = geometry_.itemFrame(*index);
   const auto corner = panel_->frame().origin + AppKitVector{chrome_.tabsOrigin.x + tab.minX(),
                                                             chrome_.tabsOrigin.y + tab.minY()};
-  return TabPreview{
-      .entry = entry,
-      .tabFrame = {corner, tab.size},
-      .snap = shown_->zone.snap,
-      .visibleFrame = shown_->screen.visibleFrame,
-      .width = around_.preferences.value(preference::previewSize),
-      .actions = {.onClick = [this, ids = entry.tabIDs] { activate(ids); },
-                  .contextMenu = [this, entry] { return around_.menus.menu(entry); }}};
+  return TabPreview{.entry = entry,
+                    .tabFrame = {corner, tab.size},
+                    .snap = shown_->zone.snap,
+                    .visibleFrame = shown_->screen.visibleFrame,
+                    .width = around_.preferences.value(preference::previewSize),
+                    .actions = {.onClick = [this, ids = entry.tabIDs] { activate(ids); },
+                                .contextMenu =
+                                    [this, shared = tabs_[*index].entry] {
+                                      return around_.menus.menu(*shared);
+                                    }}};
 }
 
 // The preview stays as long as its entry lives.

@@ -15,6 +15,7 @@
 #include "platform/queues.h"
 #include "platform/screens.h"
 #include "strips/strip_callbacks.h"
+#include "strips/strip_entries.h"
 #include "strips/strip_entry.h"
 #include "strips/strip_geometry.h"
 #include "strips/strip_menus.h"
@@ -41,29 +42,38 @@ class TabStripPanel {
   explicit TabStripPanel(const Surroundings& surroundings);
 
   // Shows these entries of the zone at the zone's place on the display, in front.
-  void render(const SharedEntries& entries, const Screen& screen, const TabZone& zone);
+  void render(const std::vector<ListedEntry>& entries, const Screen& screen, const TabZone& zone);
 
  private:
-  // All that the content of the panel depends on.
+  // All that the content of the panel depends on, besides the entries.
   struct Shown {
-    SharedEntries entries;
     Screen screen;
     TabZone zone;
     bool pictureTabs = false;
 
-    bool operator==(const Shown& other) const;
+    bool operator==(const Shown&) const = default;
+  };
+  // What the view of a tab was made of.
+  struct Tab {
+    UUID id;
+    SharedEntry entry;
+    StripLayout layout;
+    bool isGroup = false;
   };
   struct Drag {
     AppKitRect start;  // of the panel
     AppKitVector movedBy;
   };
 
-  void layOut(Shown next);
-  View makeContent();
-  View makeTabs();
-  View makeTab(std::size_t index);
+  bool showsTabsOf(const std::vector<ListedEntry>& entries) const;
+  bool showsSameTabs(const std::vector<ListedEntry>& entries) const;
+  void layOut(const std::vector<ListedEntry>& entries, Shown next);
+  View makeContent(View tabs);
+  View makeTabs(const std::vector<ListedEntry>& entries);
+  void arrange(std::vector<KeptView>& views, const std::vector<ListedEntry>& entries);
+  View makeTab(const SharedEntry& entry, const StripLayout& layout);
   Menu zoneMenu();
-  Menu tabMenu(std::size_t index);
+  Menu tabMenu(const StripEntry& entry);
   void activate(std::vector<UUID> tabIDs);
 
   AppKitRect targetFrame(bool expanded) const;
@@ -82,8 +92,8 @@ class TabStripPanel {
   void drag(AppKitVector movedBy);
   void endDrag();
 
-  void tabHoverChanged(std::size_t index, bool inside);
-  std::optional<std::size_t> entryWith(const std::vector<UUID>& tabIDs) const;
+  void tabHoverChanged(const StripEntry& entry, bool inside);
+  std::optional<std::size_t> tabWith(const std::vector<UUID>& tabIDs) const;
   std::optional<TabPreview> makePreview(const std::vector<UUID>& tabIDs);
   void updatePreview();
 
@@ -92,6 +102,8 @@ class TabStripPanel {
   TabPreviewPanel preview_;
   std::vector<UUID> previewing_;  // the tabs of the entry whose preview is to be seen
   std::optional<Shown> shown_;
+  std::vector<Tab> tabs_;  // as they are shown
+  View content_;
   StripGeometry geometry_{{}, {}};
   StripChrome chrome_;
   bool isExpanded_ = true;

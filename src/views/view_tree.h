@@ -20,11 +20,12 @@ struct ViewNode {
     virtual void lookChanged() {}
   };
 
-  std::string key;
   ViewRect frame;
+  std::string key;
   ViewLook look;
   ViewActions actions;  // none once it has left the tree
   std::vector<std::shared_ptr<ViewNode>> children;
+  std::vector<KeptView> kept;  // what the last of the children show
 
   bool isHovered = false;
   double highlight = 0;  // 0 to 1, on its way to what `isHovered` says
@@ -58,7 +59,7 @@ class ViewTree {
 
   // Shows `root`. Nodes whose keys remain are kept. Answers what must be drawn again: all of it as
   // one area where there would be too many.
-  std::vector<ViewRect> update(View root);
+  std::vector<ViewRect> update(const View& root);
 
   // Parents before their children, later siblings after earlier ones.
   void visit(const Visitor& visitor) const;

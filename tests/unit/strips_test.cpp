@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "tests/unit/program.h"
 
@@ -71,6 +72,35 @@ TEST_F(Strips, TabsFollowTheStore) {
   EXPECT_EQ(strips.frames(std::array{first.id, desktop.uuidSource().next(), third.id}),
             (std::map{std::pair{first.id, *strips.frame(first.id)}, {third.id, *projected}}));
   EXPECT_EQ(strips.frame(desktop.uuidSource().next()), std::nullopt);
+}
+
+// Views are kept from one render to the next, but never what they showed or did for another tab.
+TEST_F(Strips, AKeptViewIsAlwaysItsTabs) {
+  std::vector<UUID> activated;
+  strips.onActivate = [&](const auto& ids) { activated = ids; };
+  auto first = tab("First", "a");
+  const auto second = tab("Second", "b");
+  const auto third = tab("Third", "c");
+  for (const auto& each : {first, second, third}) store.add(each);
+  tabs();
+  store.remove(first);
+  first.title = "Again";
+  store.add(first);
+  ASSERT_EQ(tabs().children.size(), 3);
+  EXPECT_EQ(tabs().children[2]->look.accessibleName, "Again");
+  for (const auto& [place, id] : {std::pair{0, second.id}, {1, third.id}, {2, first.id}}) {
+    tabs().children[place]->actions.onClick();
+    EXPECT_EQ(activated, std::vector{id});
+  }
+  zones.pins["b"] = zones.defaultZone().id;  // posts nothing
+  strips.refresh();
+  EXPECT_EQ(shownTabs().children[0]->children.back()->key, "pin");
+  store.setSize(4000, std::vector{third.id});
+  EXPECT_LT(tabs().children[0]->frame.width(), 34) << "it shrinks with the others";
+  prefer("useThumbnails", true);
+  store.remove(std::vector{first.id, second.id, third.id});
+  prefer("thumbnailTabs", !preferences.pictureTabs());
+  EXPECT_TRUE(tabs().children.empty());
 }
 
 TEST_F(Strips, SizesAndTitlesAreTheTabsOwnThenTheZonesThenThePreferences) {

@@ -35,12 +35,12 @@ std::vector<std::string> keys(const View& view) {
 
 View tabOf(const StripEntry& entry, bool pictureTabs) {
   const auto layout = StripLayout::make({entry.size, entry.showsTitle}, pictureTabs);
-  return tabItemView(entry, layout, {5, 5}, pictureTabs);
+  return tabItemView(entry, layout, pictureTabs);
 }
 
 TEST(TabItemView, AnIconTab) {
   const auto tab = tabOf(pinnedPair(), false);
-  EXPECT_EQ(tab.frame, ViewRect(5, 5, 40, 40));
+  EXPECT_EQ(tab.frame, ViewRect(0, 0, 40, 40));
   EXPECT_EQ(tab.look.cornerRadius, 7);
   EXPECT_EQ(tab.look.tooltip, "Shopping\nGarden");
   ASSERT_EQ(keys(tab), (std::vector<std::string>{"icon", "pin", "count"}));

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -57,6 +58,32 @@ TEST(ViewTree, WhatChangesIsDrawnWhereItWasAndWhereItIs) {
   EXPECT_NEAR(area.minX(), 10, 1e-9);
   EXPECT_NEAR(area.maxX(), 30, 1e-9);
   EXPECT_NEAR(area.maxY(), 50, 1e-9) << "its title runs upwards";
+}
+
+TEST(ViewTree, KeptViewsAreLookedIntoOnlyWhenTheyAreOthers) {
+  ViewTree tree;
+  const auto keep = [](const View& kept) { return std::make_shared<const View>(kept); };
+  const auto first = keep(view("first", {7, 7, 20, 20}, {view("title", {0, 0, 5, 5})}));
+  auto other = view("second", {0, 0, 20, 20});
+  const auto second = keep(other);
+  const auto shown = [&](std::vector<KeptView> kept) {
+    auto all = content({});
+    all.kept = std::move(kept);
+    return tree.update(all);
+  };
+  shown({{{0, 0}, first}, {{50, 0}, second}});
+  const auto nodes = tree.root()->children;
+  EXPECT_EQ(shown({{{0, 0}, first}, {{50, 0}, second}}), Areas{});
+  EXPECT_EQ(shown({{{0, 30}, first}, {{50, 0}, second}}), (Areas{{0, 0, 20, 20}, {0, 30, 20, 20}}));
+  other.look.content = Symbol{.name = "pin"};
+  other.actions.onClick = [] {};
+  EXPECT_EQ(shown({{{0, 30}, first}, {{50, 0}, keep(other)}}), Areas(2, {50, 0, 20, 20}));
+  EXPECT_TRUE(nodes[1]->actions.onClick);
+  EXPECT_FALSE(shown({{{50, 0}, keep(other)}, {{0, 60}, first}}).empty());
+  EXPECT_EQ(tree.root()->children, (ViewTree::Nodes{nodes[1], nodes[0]}));
+  EXPECT_EQ(nodes[0]->frame, ViewRect(0, 60, 20, 20));
+  shown({{{0, 60}, first}});
+  EXPECT_FALSE(nodes[1]->actions.onClick) << "it has gone";
 }
 
 TEST(ViewTree, ManyChangesAreOne) {

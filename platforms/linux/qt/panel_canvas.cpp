@@ -68,8 +68,8 @@ PanelCanvas::PanelCanvas(const std::string& name, PictureSource& pictures, const
   chooseMaterial();
 }
 
-void PanelCanvas::setContent(View root) {
-  const auto parts = tree_.update(std::move(root));
+void PanelCanvas::setContent(const View& root) {
+  const auto parts = tree_.update(root);
   for (const auto& part : parts) update(toPanel(part).toAlignedRect().adjusted(-1, -1, 1, 1));
   if (parts.empty()) return;
   shape();

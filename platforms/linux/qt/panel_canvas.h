@@ -29,7 +29,7 @@ class PanelCanvas final : public QWidget {
   // The pictures and the hints outlive the canvas.
   PanelCanvas(const std::string& name, PictureSource& pictures, const WindowHints& hints);
 
-  void setContent(View root);
+  void setContent(const View& root);
 
   // Whether the windows below may shine through.
   void setTranslucent(bool translucent);

@@ -47,7 +47,7 @@ class QtPanels::QtPanel final : public Panel {
     canvas_->giveUp();
   }
 
-  void setContent(View root) override { canvas_->setContent(std::move(root)); }
+  void setContent(const View& root) override { canvas_->setContent(root); }
 
   void setFrame(const AppKitRect& frame) override {
     animation_.stop();

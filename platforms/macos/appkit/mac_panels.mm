@@ -31,7 +31,7 @@ class MacPanels::MacPanel final : public Panel {
     keepUntilIdle(panel_);
   }
 
-  void setContent(View root) override { [content_ showViews:std::move(root)]; }
+  void setContent(const View& root) override { [content_ showViews:root]; }
 
   void setFrame(const AppKitRect& frame) override {
     stopAnimation();

@@ -15,7 +15,7 @@
 // `onPointerMoved` hears of every movement over the panel.
 - (instancetype)initWithPointerMoved:(std::function<void()>)onPointerMoved;
 
-- (void)showViews:(pellow::View)root;
+- (void)showViews:(const pellow::View&)root;
 
 // Finds the view under the pointer once the current work is done, in all panels: either may have
 // moved, and one panel may have come above another.

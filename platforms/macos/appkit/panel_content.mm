@@ -66,8 +66,8 @@ struct GivenElement final : ViewNode::NativePart {
   return self;
 }
 
-- (void)showViews:(pellow::View)root {
-  const auto parts = _tree->update(std::move(root));
+- (void)showViews:(const pellow::View&)root {
+  const auto parts = _tree->update(root);
   for (const auto& part : parts) [_canvas contentNeedsDisplayIn:part];
   if (parts.empty()) return;
   [self arrangeContent];
