@@ -84,6 +84,7 @@ TEST_F(QtFormWindowsTest, ATextFieldTellsOnceWhatWasTypedAndShowsTheFormAgain) {
                                           show(form());
                                         }}};
     field.width = 150;
+    field.accessibleName = "Name";
     return std::vector<FormElement>{{"row", FormRow{{text("title", "Name"), field}}},
                                     {"button", PushButton{"Elsewhere", note("elsewhere")}}};
   };

@@ -54,6 +54,11 @@ void FormControl::show(const FormElement& element) {
   setWidth(shown, element.width);
   if (const auto tip = toolTipText(element.tooltip); shown.toolTip() != tip) shown.setToolTip(tip);
   if (shown.isEnabled() != element.isEnabled) shown.setEnabled(element.isEnabled);
+  showName(QString::fromStdString(element.accessibleName));
+}
+
+void FormControl::showName(const QString& name) {
+  if (auto& shown = widget(); shown.accessibleName() != name) shown.setAccessibleName(name);
 }
 
 void FormControl::retire() {

@@ -34,6 +34,7 @@ class FormControl {
   // Must leave alone what already looks the same.
   virtual void showContent(const FormContent& content) = 0;
   virtual void retireParts() {}
+  virtual void showName(const QString& name);
 
   // Runs the callback of what the user did. It may show another form or end the window.
   template <class Callback, class... Arguments>

@@ -23,8 +23,6 @@ class RowControl final : public QWidget, public FormControl {
   void retireParts() override { elements_.retire(); }
 
  private:
-  void nameControls();
-
   QHBoxLayout layout_;
   FormElements elements_;
 };

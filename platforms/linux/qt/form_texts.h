@@ -46,6 +46,7 @@ class StatusControl final : public QWidget, public FormControl {
 
  protected:
   void showContent(const FormContent& content) override;
+  void showName(const QString&) override {}  // it is called what it says
   void paintEvent(QPaintEvent* event) override;
 
  private:
