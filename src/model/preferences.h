@@ -86,6 +86,9 @@ class Preferences {
   // How long strips slide and pictures fly, from 0.1 to 1.2 seconds.
   double animationDuration() const;
 
+  // How wide the preview of a tab is, from 160 to 640 points.
+  double previewSize() const;
+
   // Whether tabs show the picture of their window instead of the application's icon.
   bool pictureTabs() const;
 
