@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -17,6 +18,7 @@
 #include "shortcuts/shortcut_action.h"
 #include "shortcuts/shortcut_store.h"
 #include "strips/tab_strip_controller.h"
+#include "ui/settings_window_controller.h"
 #include "views/alert_presenter.h"
 
 namespace pellow {
@@ -45,6 +47,8 @@ class AppDelegate {
   // Carries out what a shortcut or a menu item asks for.
   void perform(ShortcutAction action);
 
+  void showSettings();
+
  private:
   void connectStrips();
   void promptForPermission();
@@ -58,6 +62,9 @@ class AppDelegate {
   // Shows the alert; its first button opens these system settings.
   Task<> explainPermission(Alert alert, std::string_view settings);
   void toggleFloatAbove();
+  void makeSettings();
+  void setLaunchAtLogin(bool enabled);
+  void relaunch();
 
   Platform& platform_;
   NotificationCenter notifications_;
@@ -71,6 +78,7 @@ class AppDelegate {
   TabStripController strips_;
   PellowController controller_;
   HotkeyManager hotkeys_;
+  std::optional<SettingsWindowController> settings_;  // from the first request on
   std::vector<Subscription> signalSources_;
   Subscription grantPoll_;
   TaskScope permissionAlert_;
