@@ -129,6 +129,7 @@ void AppDelegate::begin() {
   installHotkeys();
   installTerminationSignalHandlers();
   checkScreenRecordingIfNeeded();
+  introduce();
 }
 
 void AppDelegate::checkScreenRecordingIfNeeded() {
@@ -250,6 +251,14 @@ void AppDelegate::relaunch() {
     if (launched) return platform_.process().terminate();
     platform_.log().standard("Relaunch failed: {}", launched.error().sentence);
   });
+}
+
+// Where nothing else tells a new user what to do first, the settings window does, once.
+void AppDelegate::introduce() {
+  if (platform_.texts().firstMinute.empty() || !zones_.isNew()) return;
+  if (preferences_.value(preference::firstMinuteShown)) return;
+  preferences_.set(preference::firstMinuteShown, true);
+  showSettings();
 }
 
 }  // namespace pellow

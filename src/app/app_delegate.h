@@ -65,6 +65,7 @@ class AppDelegate {
   void makeSettings();
   void setLaunchAtLogin(bool enabled);
   void relaunch();
+  void introduce();
 
   Platform& platform_;
   NotificationCenter notifications_;

@@ -48,6 +48,8 @@ inline constexpr Preference<bool> floatAboveWindows{"floatAboveWindows", true};
 inline constexpr Preference<bool> previewOnHover{"previewOnHover", true};
 inline constexpr Preference<double> previewSize{"previewSize", 320};  // points
 inline constexpr Preference<bool> syncSettings{"syncSettings", true, Sharing::thisMachine};
+// Whether the program has introduced itself, where it does.
+inline constexpr Preference<bool> firstMinuteShown{"firstMinuteShown", false, Sharing::thisMachine};
 
 // In the order the synced ones are written.
 inline constexpr std::tuple all{mechanism,        tabScope,          edge,
@@ -55,7 +57,7 @@ inline constexpr std::tuple all{mechanism,        tabScope,          edge,
                                 thumbnailTabs,    animateFlight,     animationDuration,
                                 tabSize,          autoHideStrip,     restoreOnActivation,
                                 pellowOnMinimize, floatAboveWindows, previewOnHover,
-                                previewSize,      syncSettings};
+                                previewSize,      syncSettings,      firstMinuteShown};
 
 }  // namespace preference
 

@@ -391,6 +391,44 @@ TEST_F(Settings, ShortcutsAreRecordedByTheirRules) {
 
 // --- On X11
 
+TEST_F(Settings, ANewUserIsToldOnceWhatToDoFirst) {
+  desktop.setTexts(x11Texts);
+  launch();
+  ASSERT_TRUE(window().isVisible());
+  const auto hint = [](const std::string& focus) {
+    return "Press Ctrl+Alt+Super+T and the window you are in becomes a tab at the side of the "
+           "screen. A click on the tab brings it back, Ctrl+Alt+Super+R brings all of them. " +
+           focus + " puts everything else away.";
+  };
+  EXPECT_EQ(window().lines().at(0), hint("Ctrl+Alt+Super+E"));
+  window().selectPane("Shortcuts");
+  record("Focus: pellow everything else", 40, modifier::option, "k");
+  window().selectPane("General");
+  EXPECT_EQ(window().lines().at(0), hint("Alt+K"));
+
+  const auto opensAfter = [](simulated::DesktopState left) {
+    simulated::Desktop again(std::move(left));
+    const Program program(again);
+    try {
+      return again.formWindows().window("pellow-settings").isVisible();
+    } catch (const std::out_of_range&) {
+      return false;  // there is none
+    }
+  };
+  desktop.run(1);
+  EXPECT_FALSE(opensAfter(desktop.snapshot())) << "it was shown";
+  simulated::Desktop mac;
+  EXPECT_FALSE(opensAfter(mac.snapshot()));
+  simulated::Desktop other;
+  other.setTexts(x11Texts);
+  EXPECT_TRUE(opensAfter(other.snapshot()));
+  other.userDefaults().put("firstMinuteShown", true);
+  EXPECT_FALSE(opensAfter(other.snapshot()));
+  other.userDefaults().put("firstMinuteShown", false);
+  other.userDefaults().put("zones", *stored("zones"));
+  EXPECT_FALSE(opensAfter(other.snapshot())) << "somebody has used it before there was a hint";
+}
+
 // Every text that the program can show a person there.
 TEST_F(Settings, NoTextOnX11SpeaksOfAMac) {
   Lines said;
