@@ -57,6 +57,11 @@ void FormControl::show(const FormElement& element) {
   showName(QString::fromStdString(element.accessibleName));
 }
 
+QWidget* FormControl::setTabOrder(QWidget* before) {
+  if (before->nextInFocusChain() != &widget()) QWidget::setTabOrder(before, &widget());
+  return &widget();
+}
+
 void FormControl::showName(const QString& name) {
   if (auto& shown = widget(); shown.accessibleName() != name) shown.setAccessibleName(name);
 }

@@ -21,8 +21,14 @@ class FormControl {
   // Whether the element has this one's key and kind.
   bool isOf(const FormElement& element) const;
 
+  // Whether it explains what stands above it.
+  virtual bool isNote() const { return false; }
+
   // Shows an element for which `isOf` holds.
   void show(const FormElement& element);
+
+  // The tab key comes to it after this widget; answers the last widget in it.
+  virtual QWidget* setTabOrder(QWidget* before);
 
   // The user leaves it: a text field tells what was typed.
   virtual void finishEditing() {}

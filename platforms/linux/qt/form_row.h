@@ -15,6 +15,8 @@ class RowControl final : public QWidget, public FormControl {
 
   QWidget& widget() override { return *this; }
 
+  QWidget* setTabOrder(QWidget* before) override { return elements_.setTabOrder(before); }
+
   // The text at the start of the row, if a control follows it.
   TextControl* title() const;
 
