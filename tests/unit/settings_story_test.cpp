@@ -396,7 +396,7 @@ TEST_F(Settings, ANewUserIsToldOnceWhatToDoFirst) {
   launch();
   ASSERT_TRUE(window().isVisible());
   const auto hint = [](const std::string& focus) {
-    return "Press Ctrl+Alt+Super+T and the window you are in becomes a tab at the side of the "
+    return "Go to any other window and press Ctrl+Alt+Super+T: it becomes a tab at the side of the "
            "screen. A click on the tab brings it back, Ctrl+Alt+Super+R brings all of them. " +
            focus + " puts everything else away.";
   };
