@@ -11,6 +11,7 @@
 #include "platforms/simulated/form_window.h"
 #include "tests/unit/program.h"
 #include "ui/relative_date.h"
+#include "ui/settings_window_controller.h"
 
 // The settings window: what it shows, what it writes, and how it follows.
 
@@ -334,6 +335,8 @@ TEST_F(Settings, ShortcutsAreRecordedByTheirRules) {
   };
   rowIs("⌃⌥⌘E");
   EXPECT_EQ(tooltip(), "Default shortcut.");
+  EXPECT_EQ(simulated::placeOf<PushButton>(window().pane(), "focusMode").element->accessibleName,
+            focus + ": ⌃⌥⌘E");
 
   struct Press {
     std::uint16_t keyCode;
@@ -387,6 +390,47 @@ TEST_F(Settings, ShortcutsAreRecordedByTheirRules) {
   desktop.eventMonitors().allow(false);
   user([&](auto& settings) { settings.press(focus); });
   rowIs("⌃⌥⌘E");
+}
+
+TEST(SettingsWindowController, ShowsAtOnceWhatOtherCodeChanges) {
+  simulated::Desktop desktop;
+  NotificationCenter notifications;
+  Preferences preferences(desktop.userDefaults(), notifications);
+  ZoneStore zones(desktop.userDefaults(), preferences, notifications, desktop.uuidSource());
+  ShortcutStore shortcuts(desktop.userDefaults(), notifications);
+  TabStore tabs(notifications, desktop.workspace());
+  AlertPresenter alerts(desktop.alerts());
+  SettingsWindowController settings({.accessibility = desktop.accessibility(),
+                                     .alerts = alerts,
+                                     .eventMonitors = desktop.eventMonitors(),
+                                     .formWindows = desktop.formWindows(),
+                                     .log = desktop.log(),
+                                     .loginItem = desktop.loginItem(),
+                                     .mainQueue = desktop.queues().main(),
+                                     .notifications = notifications,
+                                     .preferences = preferences,
+                                     .screenCapture = desktop.screenCapture(),
+                                     .shortcuts = shortcuts,
+                                     .symbolicHotKeys = desktop.symbolicHotKeys(),
+                                     .tabs = tabs,
+                                     .texts = desktop.texts(),
+                                     .updates = desktop.updateFramework(),
+                                     .workspace = desktop.workspace(),
+                                     .zones = zones});
+  settings.present();
+  auto& window = desktop.formWindows().window("pellow-settings");
+  const auto shows = [&](const char* pane, const std::string& line) {
+    window.selectPane(pane);
+    return std::ranges::count(window.lines(), line) == 1;
+  };
+  preferences.set(preference::showTitles, true);
+  EXPECT_TRUE(shows("Appearance", "☑ Show window titles"));
+  zones.add("Work");
+  EXPECT_TRUE(shows("Zones", "Work  Right edge ▾  ☐ Name  ○ Default  <Remove>"));
+  shortcuts.set(ShortcutAction::restoreAll, {40, "k", modifier::option});
+  EXPECT_TRUE(shows("Shortcuts", "Restore all tabs  <⌥K>"));
+  settings.setSyncStatus("In a folder.");
+  EXPECT_TRUE(shows("General", std::string(macTexts.syncNote) + "In a folder."));
 }
 
 // --- On X11
