@@ -481,7 +481,7 @@ TEST_F(Settings, ANewUserIsToldOnceWhatToDoFirst) {
   EXPECT_FALSE(opensAfter(other.snapshot())) << "somebody has used it before there was a hint";
 }
 
-// Every text that the program can show a person there.
+// Every text that the program can show a person there, or have read out.
 TEST_F(Settings, NoTextOnX11SpeaksOfAMac) {
   Lines said;
   const auto readForm = [&] {
@@ -491,7 +491,12 @@ TEST_F(Settings, NoTextOnX11SpeaksOfAMac) {
       for (const auto& place : simulated::placesIn(window().pane())) {
         said.push_back(place.element->tooltip);
         said.push_back(place.element->accessibleName);
-        if (const auto* popUp = std::get_if<PopUpButton>(&place.element->content))
+        const auto& content = place.element->content;
+        const bool hasTitle = !std::holds_alternative<PopUpButton>(content) &&
+                              !std::holds_alternative<Slider>(content) &&
+                              !std::holds_alternative<TextField>(content);
+        EXPECT_TRUE(hasTitle || !said.back().empty()) << place.element->key;
+        if (const auto* popUp = std::get_if<PopUpButton>(&content))
           said.insert(said.end(), popUp->titles.begin(), popUp->titles.end());
       }
     }
