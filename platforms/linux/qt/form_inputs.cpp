@@ -102,7 +102,7 @@ double SliderControl::valueAt(int position) const {
 
 void SliderControl::showContent(const FormContent& content) {
   slider_ = std::get<Slider>(content);
-  setTickPosition(slider_.tickMarks > 1 ? QSlider::TicksBelow : QSlider::NoTicks);
+  setTickPosition(slider_.tickMarks > 1 ? QSlider::TicksBothSides : QSlider::NoTicks);
   setTickInterval(slider_.tickMarks > 1 ? sliderSteps / (slider_.tickMarks - 1) : 0);
   if (!isSliderDown()) showValue();
 }
