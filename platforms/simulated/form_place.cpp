@@ -73,8 +73,8 @@ std::vector<FormPlace> placesIn(const FormPane& pane) {
 }
 
 bool isCalled(const FormPlace& place, std::string_view name) {
-  return place.element->key == name || place.rowLabel == name ||
-         std::visit(Title{}, place.element->content) == name;
+  return place.element->key == name || place.element->accessibleName == name ||
+         place.rowLabel == name || std::visit(Title{}, place.element->content) == name;
 }
 
 std::vector<std::string> linesOf(const FormPane& pane) {

@@ -22,8 +22,8 @@ struct FormPlace {
 // The elements of a pane in reading order, rows opened up.
 std::vector<FormPlace> placesIn(const FormPane& pane);
 
-// Whether a user, or a test, could mean the element by this name: its key, its title, or the text
-// before it in its row.
+// Whether a user, or a test, could mean the element by this name: its key, its title, its
+// name for assistive programs, or the text before it in its row.
 bool isCalled(const FormPlace& place, std::string_view name);
 
 // The only element of this kind and name; keys win over other names. Throws when there is none, or

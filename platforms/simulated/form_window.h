@@ -20,9 +20,10 @@ class System;
 // A form window in the hands of its user, who sees the selected pane and nothing else. While it
 // shows it is a window of the desktop like any other, owned by the program.
 //
-// Elements are named by key, by title, or by the text before them in their row. What the user does
-// reaches the program in its main loop, and only if the element is still there and enabled by then.
-// Verbs throw when the window does not show, or has no such element there, or a disabled one.
+// Elements are named by key, by title, by their name for assistive programs, or by the text before
+// them in their row. What the user does reaches the program in its main loop, and only if the
+// element is still there and enabled by then. Verbs throw when the window does not show, or has no
+// such element there, or a disabled one.
 class FormWindow final : public pellow::FormWindow {
  public:
   FormWindow(FormWindows& windows, std::string name, std::string title);
@@ -39,7 +40,8 @@ class FormWindow final : public pellow::FormWindow {
   // What the user sees.
   std::vector<std::string> panes() const;
   const std::string& selectedPane() const;
-  std::vector<std::string> lines() const;  // `linesOf` the selected pane
+  const FormPane& pane() const;            // the selected one
+  std::vector<std::string> lines() const;  // `linesOf` it
   // The element, for example `control<Slider>("Size").value`.
   template <class Control>
   const Control& control(std::string_view elementName) const {
@@ -74,7 +76,6 @@ class FormWindow final : public pellow::FormWindow {
     std::string text;
   };
 
-  const FormPane& pane() const;
   // The key of an element that the user can operate now.
   template <class Control>
   std::string operable(std::string_view elementName) const;

@@ -5,14 +5,10 @@
 
 #include "app/accessibility_permission.h"
 #include "shortcuts/system_shortcuts.h"
+#include "ui/privacy_settings.h"
 
 namespace pellow {
 namespace {
-
-constexpr std::string_view accessibilitySettings =
-    "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
-constexpr std::string_view screenRecordingSettings =
-    "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture";
 
 Alert permissionAlert(std::string messageText, const Text& informativeText, const Texts& texts) {
   return {.style = AlertStyle::informational,
@@ -126,6 +122,7 @@ void AppDelegate::connectPalette() {
     controller_.cacheSnapshot(window);
   };
   palette_.onHidden = [this] { hoverTrigger_.reset(); };
+  palette_.onOpenSettings = [this] { showSettings(); };
   palette_.onPellowWindow = [this](const TargetWindow& window, UUID zone) {
     controller_.pellow(window, zone);
   };
@@ -154,7 +151,7 @@ void AppDelegate::promptForPermission() {
   permissionAlert_.start(
       explainPermission(permissionAlert("Pellow needs Accessibility permission",
                                         platform_.texts().accessibilityNeeded, platform_.texts()),
-                        accessibilitySettings));
+                        PrivacySettings::accessibility));
 }
 
 void AppDelegate::permissionGranted() {
@@ -180,6 +177,7 @@ void AppDelegate::begin() {
   installTerminationSignalHandlers();
   settingsSync_.start();
   checkScreenRecordingIfNeeded();
+  introduce();
 }
 
 void AppDelegate::checkScreenRecordingIfNeeded() {
@@ -190,7 +188,7 @@ void AppDelegate::checkScreenRecordingIfNeeded() {
   permissionAlert_.start(
       explainPermission(permissionAlert("Pellow needs Screen Recording permission",
                                         platform_.texts().screenRecordingNeeded, platform_.texts()),
-                        screenRecordingSettings));
+                        PrivacySettings::screenRecording));
 }
 
 void AppDelegate::logPermissions() {
@@ -262,6 +260,56 @@ void AppDelegate::perform(ShortcutAction action) {
 void AppDelegate::toggleFloatAbove() {
   preferences_.set(preference::floatAboveWindows,
                    !preferences_.value(preference::floatAboveWindows));
+}
+
+void AppDelegate::showSettings() {
+  if (!settings_) makeSettings();
+  settings_->setSyncStatus(settingsSync_.status());
+  settings_->present();
+}
+
+void AppDelegate::makeSettings() {
+  settings_.emplace(
+      SettingsWindowController::Surroundings{.accessibility = platform_.accessibility(),
+                                             .alerts = alerts_,
+                                             .eventMonitors = platform_.eventMonitors(),
+                                             .formWindows = platform_.formWindows(),
+                                             .log = platform_.log(),
+                                             .loginItem = platform_.loginItem(),
+                                             .mainQueue = platform_.queues().main(),
+                                             .notifications = notifications_,
+                                             .preferences = preferences_,
+                                             .screenCapture = platform_.screenCapture(),
+                                             .shortcuts = shortcuts_,
+                                             .symbolicHotKeys = platform_.symbolicHotKeys(),
+                                             .tabs = tabs_,
+                                             .texts = platform_.texts(),
+                                             .updates = platform_.updateFramework(),
+                                             .workspace = platform_.workspace(),
+                                             .zones = zones_});
+  settings_->onCheckForUpdates = [this] { platform_.updateFramework().checkForUpdates(); };
+  settings_->onSetLaunchAtLogin = [this](bool enabled) { setLaunchAtLogin(enabled); };
+  settings_->onRelaunch = [this] { relaunch(); };
+}
+
+void AppDelegate::setLaunchAtLogin(bool enabled) {
+  if (const auto set = platform_.loginItem().setEnabled(enabled); !set)
+    platform_.log().standard("Launch at login: {}", set.error().sentence);
+}
+
+void AppDelegate::relaunch() {
+  platform_.process().launchNewInstance([this](const auto& launched) {
+    if (launched) return platform_.process().terminate();
+    platform_.log().standard("Relaunch failed: {}", launched.error().sentence);
+  });
+}
+
+// Where nothing else tells a new user what to do first, the settings window does, once.
+void AppDelegate::introduce() {
+  if (platform_.texts().firstMinute.empty() || !zones_.isNew()) return;
+  if (preferences_.value(preference::firstMinuteShown)) return;
+  preferences_.set(preference::firstMinuteShown, true);
+  showSettings();
 }
 
 }  // namespace pellow

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -20,6 +21,7 @@
 #include "shortcuts/shortcut_store.h"
 #include "strips/tab_strip_controller.h"
 #include "sync/settings_sync.h"
+#include "ui/settings_window_controller.h"
 #include "views/alert_presenter.h"
 
 namespace pellow {
@@ -48,6 +50,8 @@ class AppDelegate {
   // Carries out what a shortcut or a menu item asks for.
   void perform(ShortcutAction action);
 
+  void showSettings();
+
  private:
   void connectStrips();
   void connectPalette();
@@ -62,6 +66,10 @@ class AppDelegate {
   // Shows the alert; its first button opens these system settings.
   Task<> explainPermission(Alert alert, std::string_view settings);
   void toggleFloatAbove();
+  void makeSettings();
+  void setLaunchAtLogin(bool enabled);
+  void relaunch();
+  void introduce();
 
   Platform& platform_;
   NotificationCenter notifications_;
@@ -79,6 +87,7 @@ class AppDelegate {
   Subscription tabChanges_;
   HotkeyManager hotkeys_;
   SettingsSync settingsSync_;
+  std::optional<SettingsWindowController> settings_;  // from the first request on
   std::vector<Subscription> signalSources_;
   Subscription grantPoll_;
   TaskScope permissionAlert_;

@@ -149,8 +149,8 @@ const Texts x11Texts{
         "new. It never installs anything.",
 
     .firstMinute =
-        "Press {0} and the window you are in becomes a tab at the side of the screen. A click on "
-        "the tab brings it back, {1} brings all of them. {2} puts everything else away.",
+        "Go to any other window and press {0}: it becomes a tab at the side of the screen. A click "
+        "on the tab brings it back, {1} brings all of them. {2} puts everything else away.",
 };
 
 }  // namespace pellow

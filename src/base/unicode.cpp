@@ -1,5 +1,6 @@
 #include "base/unicode.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -139,6 +140,12 @@ std::string mapped(std::string_view utf8, void (*appendMapped)(std::string&, cha
   return result;
 }
 
+bool isWhiteSpace(char32_t scalar) {
+  constexpr std::u32string_view others = U" \u0085\u00a0\u1680\u2028\u2029\u202f\u205f\u3000";
+  return (scalar >= '\t' && scalar <= '\r') || (scalar >= 0x2000 && scalar <= 0x200a) ||
+         others.contains(scalar);
+}
+
 }  // namespace
 
 std::optional<char32_t> firstScalar(std::string_view utf8) {
@@ -148,5 +155,20 @@ std::optional<char32_t> firstScalar(std::string_view utf8) {
 
 std::string upperCased(std::string_view utf8) { return mapped(utf8, appendUpper); }
 std::string lowerCased(std::string_view utf8) { return mapped(utf8, appendLower); }
+
+std::string_view trimmed(std::string_view utf8) {
+  std::size_t first = utf8.size();
+  std::size_t end = first;
+  for (std::size_t at = 0; at < utf8.size();) {
+    const auto next = decodeFirst(utf8.substr(at));
+    const auto length = next ? next->length : 1;
+    if (!next || !isWhiteSpace(next->scalar)) {
+      first = std::min(first, at);
+      end = at + length;
+    }
+    at += length;
+  }
+  return utf8.substr(first, end - first);
+}
 
 }  // namespace pellow

@@ -41,6 +41,10 @@ double Preferences::animationDuration() const {
   return std::clamp(value(preference::animationDuration), 0.1, 1.2);
 }
 
+double Preferences::previewSize() const {
+  return std::clamp(value(preference::previewSize), 160.0, 640.0);
+}
+
 bool Preferences::pictureTabs() const {
   return value(preference::useThumbnails) && value(preference::thumbnailTabs);
 }

@@ -48,6 +48,8 @@ inline constexpr Preference<bool> floatAboveWindows{"floatAboveWindows", true};
 inline constexpr Preference<bool> previewOnHover{"previewOnHover", true};
 inline constexpr Preference<double> previewSize{"previewSize", 320};  // points
 inline constexpr Preference<bool> syncSettings{"syncSettings", true, Sharing::thisMachine};
+// Whether the program has introduced itself, where it does.
+inline constexpr Preference<bool> firstMinuteShown{"firstMinuteShown", false, Sharing::thisMachine};
 
 // In the order the synced ones are written.
 inline constexpr std::tuple all{mechanism,        tabScope,          edge,
@@ -55,7 +57,7 @@ inline constexpr std::tuple all{mechanism,        tabScope,          edge,
                                 thumbnailTabs,    animateFlight,     animationDuration,
                                 tabSize,          autoHideStrip,     restoreOnActivation,
                                 pellowOnMinimize, floatAboveWindows, previewOnHover,
-                                previewSize,      syncSettings};
+                                previewSize,      syncSettings,      firstMinuteShown};
 
 }  // namespace preference
 
@@ -85,6 +87,9 @@ class Preferences {
 
   // How long strips slide and pictures fly, from 0.1 to 1.2 seconds.
   double animationDuration() const;
+
+  // How wide the preview of a tab is, from 160 to 640 points.
+  double previewSize() const;
 
   // Whether tabs show the picture of their window instead of the application's icon.
   bool pictureTabs() const;

@@ -51,6 +51,7 @@ void ZoneStore::loadZones(const Preferences& preferences) {
     zones_ = std::move(*stored);
     return;
   }
+  isNew_ = true;
   zones_ = {migratedZone(preferences.value(preference::edge), uuids_.next())};
   persist();
 }

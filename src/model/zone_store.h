@@ -33,6 +33,9 @@ class ZoneStore {
 
   const std::vector<TabZone>& zones() const { return zones_; }
 
+  // Whether no zones were stored before: no program of ours has run with these user defaults.
+  bool isNew() const { return isNew_; }
+
   // Whoever edits the pins calls `savePins()` afterwards.
   Pins pins;
   void savePins();  // posts nothing
@@ -83,6 +86,7 @@ class ZoneStore {
   NotificationCenter& notifications_;
   UUIDSource& uuids_;
   std::vector<TabZone> zones_;
+  bool isNew_ = false;
 };
 
 }  // namespace pellow

@@ -93,6 +93,8 @@ struct FormElement {
   bool isEnabled = true;
   std::optional<double> width;  // points; absent: as wide as it needs
   std::string tooltip;
+  // What assistive programs call a control; empty: its title.
+  std::string accessibleName;
 };
 
 // One tab of the window: its elements from top to bottom, in a scroller that hides itself.

@@ -33,10 +33,9 @@ ViewRect centredSquare(const ViewRect& area, double side) {
 }  // namespace
 
 Size TabPreview::contentSize() const {
-  const double w = std::clamp(width, 160.0, 640.0);
   const double room = visibleFrame.height() - displayMargin - 2 * padding - titleHeight;
-  const double asked = (w - 2 * padding) * aspectOf(entry.previewImage);
-  return {w, std::min(asked, std::max(room, smallestImage)) + 2 * padding + titleHeight};
+  const double asked = (width - 2 * padding) * aspectOf(entry.previewImage);
+  return {width, std::min(asked, std::max(room, smallestImage)) + 2 * padding + titleHeight};
 }
 
 AppKitRect TabPreview::frame() const {

@@ -286,7 +286,7 @@ std::optional<TabPreview> TabStripPanel::makePreview(const std::vector<UUID>& ta
                     .tabFrame = {corner, tab.size},
                     .snap = shown_->zone.snap,
                     .visibleFrame = shown_->screen.visibleFrame,
-                    .width = around_.preferences.value(preference::previewSize),
+                    .width = around_.preferences.previewSize(),
                     .actions = {.onClick = [this, ids = entry.tabIDs] { activate(ids); },
                                 .contextMenu =
                                     [this, shared = tabs_[*index].entry] {

@@ -21,7 +21,7 @@ class Strips : public Everyday {
   }
   static nlohmann::json stored(const nlohmann::json& zones) { return {{"data", zones.dump()}}; }
   nlohmann::json storedZone() const {
-    const auto file = desktop.configHome() / "pellow" / "defaults.json";
+    const auto file = PellowProgram::defaultsFile(desktop);
     const auto defaults = nlohmann::json::parse(std::ifstream(file), nullptr, false);
     if (!defaults.is_object() || !defaults.contains("zones")) return {};
     return nlohmann::json::parse(defaults["zones"]["data"].get<std::string>()).at(0);

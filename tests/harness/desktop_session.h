@@ -24,6 +24,7 @@ using WindowID = std::uint32_t;  // an X window; 0 is none
 using KeySym = std::uint32_t;    // for a letter its lower-case ASCII code
 
 namespace key {
+inline constexpr KeySym tab = 0xff09;
 inline constexpr KeySym returnKey = 0xff0d;
 inline constexpr KeySym escape = 0xff1b;
 inline constexpr KeySym down = 0xff54;

@@ -21,7 +21,10 @@ int lengthOf(int tabs) {
 }  // namespace
 
 PellowProgram::PellowProgram(DesktopSession& desktop, const Environment& changes)
-    : desktop_(desktop), process_(desktop.start({PELLOW_BINARY}, changes)) {}
+    : desktop_(desktop) {
+  beKnown(desktop);
+  process_ = desktop.start({PELLOW_BINARY}, changes);
+}
 
 bool PellowProgram::isReady() {
   return eventually([this] { return strip() != 0 || !process_->isRunning(); }) &&
@@ -46,10 +49,20 @@ void PellowProgram::clickTab(int index) const {
                  place.y + padding + index * (tabSide + spacing) + tabSide / 2);
 }
 
+std::filesystem::path PellowProgram::defaultsFile(const DesktopSession& desktop) {
+  return desktop.configHome() / "pellow" / "defaults.json";
+}
+
 void PellowProgram::writeDefaults(const DesktopSession& desktop, const nlohmann::json& defaults) {
-  const auto folder = desktop.configHome() / "pellow";
-  std::filesystem::create_directories(folder);
-  std::ofstream(folder / "defaults.json") << defaults;
+  const auto file = defaultsFile(desktop);
+  std::filesystem::create_directories(file.parent_path());
+  std::ofstream(file) << defaults;
+}
+
+void PellowProgram::beKnown(const DesktopSession& desktop) {
+  auto defaults = nlohmann::json::object();
+  if (std::ifstream stored(defaultsFile(desktop)); stored) defaults = nlohmann::json::parse(stored);
+  if (defaults.emplace("firstMinuteShown", true).second) writeDefaults(desktop, defaults);
 }
 
 std::filesystem::path PellowProgram::journalFile(const DesktopSession& desktop) {

@@ -35,6 +35,9 @@ class PellowProgram {
   // Puts these settings, and no others, where the next launch reads them.
   static void writeDefaults(const DesktopSession& desktop, const nlohmann::json& defaults);
 
+  // Where the program keeps its settings.
+  static std::filesystem::path defaultsFile(const DesktopSession& desktop);
+
   // The parked-window journal of the desktop, and its records as others can read them.
   static std::filesystem::path journalFile(const DesktopSession& desktop);
   nlohmann::json journal() const;
@@ -44,6 +47,9 @@ class PellowProgram {
   bool hasLogged(std::string_view line) const { return timesLogged(line) > 0; }
 
  private:
+  // It does not introduce itself to tests, unless its defaults say that it has not yet.
+  static void beKnown(const DesktopSession& desktop);
+
   DesktopSession& desktop_;
   std::unique_ptr<ChildProcess> process_;
 };

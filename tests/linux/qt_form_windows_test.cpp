@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -84,6 +85,7 @@ TEST_F(QtFormWindowsTest, ATextFieldTellsOnceWhatWasTypedAndShowsTheFormAgain) {
                                           show(form());
                                         }}};
     field.width = 150;
+    field.accessibleName = "Name";
     return std::vector<FormElement>{{"row", FormRow{{text("title", "Name"), field}}},
                                     {"button", PushButton{"Elsewhere", note("elsewhere")}}};
   };
@@ -243,6 +245,35 @@ TEST_F(QtFormWindowsTest, WhatAControlDoesMayTakeItAwayAndTheWindowToo) {
   clickButton("End");
   EXPECT_TRUE(hears({"end"}));
   EXPECT_TRUE(until([&] { return shown("pellow-settings") == 0; }));
+}
+
+TEST_F(QtFormWindowsTest, TheTabKeyGoesThroughControlsAsTheyAreRead) {
+  const auto row = [](std::string key) {
+    FormElement field{key + "field", TextField{}};
+    field.accessibleName = key;
+    FormElement box{key + "box", CheckBox{key + " box"}};
+    return FormElement{key, FormRow{{std::move(field), std::move(box)}}};
+  };
+  const auto form = [&](std::vector<std::string> rows) {
+    std::vector<FormElement> elements{{"first", CheckBox{"First"}}};
+    for (const auto& key : rows) elements.push_back(row(key));
+    elements.push_back({"last", PushButton{"Last"}});
+    return elements;
+  };
+  present(form({"a", "c"}));
+  show(form({"b", "a", "c", "d"}));
+  std::vector<std::string> order;
+  for (int presses = 0; presses < 11; ++presses) {
+    auto* const before = QApplication::focusWidget();
+    ASSERT_TRUE(before);
+    order.push_back(
+        QAccessible::queryAccessibleInterface(before)->text(QAccessible::Name).toStdString());
+    desktop.type({key::tab});
+    ASSERT_TRUE(until([&] { return QApplication::focusWidget() != before; })) << order.back();
+  }
+  EXPECT_EQ(order, (std::vector<std::string>{"Pane", "First", "b", "b box", "a", "a box", "c",
+                                             "c box", "d", "d box", "Last"}));
+  EXPECT_TRUE(dynamic_cast<QTabBar*>(QApplication::focusWidget())) << "and round";
 }
 
 TEST_F(QtFormWindowsTest, TheWindowIsAnOrdinaryOne) {

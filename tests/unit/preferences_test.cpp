@@ -55,6 +55,10 @@ TEST_F(PreferencesTest, SizesAndDurationsStayWithinTheirBoundsAndPicturesNeedBot
     defaults.set("animationDuration", stored);
     EXPECT_EQ(preferences.animationDuration(), used);
   }
+  for (const auto& [stored, used] : {std::pair{100, 160}, {500, 500}, {1000, 640}}) {
+    defaults.set("previewSize", static_cast<double>(stored));
+    EXPECT_EQ(preferences.previewSize(), used);
+  }
   EXPECT_FALSE(preferences.pictureTabs());
   defaults.set("useThumbnails", true);
   EXPECT_TRUE(preferences.pictureTabs());

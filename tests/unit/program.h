@@ -24,8 +24,9 @@ class Program {
   PellowController& controller() { return delegate_.controller(); }
   void quit() { desktop_.process().terminate(); }
   void sessionIsSaved() { delegate_.sessionWillBeSaved(); }
-  // As a menu item would.
+  // As menu items would.
   void perform(ShortcutAction action) { delegate_.perform(action); }
+  void showSettings() { delegate_.showSettings(); }
 
   static constexpr auto modifiers = modifier::control | modifier::option | modifier::command;
 

@@ -24,11 +24,6 @@ TEST(TabPreview, StandsBesideItsTabAsLargeAsItsPictureAsks) {
   EXPECT_EQ(preview.frame(), AppKitRect(1395 - 10 - 320, 417 - 172, 320, 344));
   preview.entry.previewImage = picture(800, 400);
   EXPECT_EQ(preview.contentSize(), (Size{320, 152 + 40}));
-  for (const auto& [wanted, width] : {std::pair{100, 160}, {1000, 640}}) {
-    preview.width = wanted;
-    EXPECT_EQ(preview.contentSize().width, width);
-  }
-  preview.width = 320;
   preview.entry.previewImage = picture(100, 1000);
   preview.visibleFrame = {0, 0, 1440, 300};
   EXPECT_EQ(preview.contentSize().height, 220 + 40);

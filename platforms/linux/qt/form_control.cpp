@@ -54,6 +54,16 @@ void FormControl::show(const FormElement& element) {
   setWidth(shown, element.width);
   if (const auto tip = toolTipText(element.tooltip); shown.toolTip() != tip) shown.setToolTip(tip);
   if (shown.isEnabled() != element.isEnabled) shown.setEnabled(element.isEnabled);
+  showName(QString::fromStdString(element.accessibleName));
+}
+
+QWidget* FormControl::setTabOrder(QWidget* before) {
+  if (before->nextInFocusChain() != &widget()) QWidget::setTabOrder(before, &widget());
+  return &widget();
+}
+
+void FormControl::showName(const QString& name) {
+  if (auto& shown = widget(); shown.accessibleName() != name) shown.setAccessibleName(name);
 }
 
 void FormControl::retire() {

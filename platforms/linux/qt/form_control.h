@@ -21,8 +21,14 @@ class FormControl {
   // Whether the element has this one's key and kind.
   bool isOf(const FormElement& element) const;
 
+  // Whether it explains what stands above it.
+  virtual bool isNote() const { return false; }
+
   // Shows an element for which `isOf` holds.
   void show(const FormElement& element);
+
+  // The tab key comes to it after this widget; answers the last widget in it.
+  virtual QWidget* setTabOrder(QWidget* before);
 
   // The user leaves it: a text field tells what was typed.
   virtual void finishEditing() {}
@@ -34,6 +40,7 @@ class FormControl {
   // Must leave alone what already looks the same.
   virtual void showContent(const FormContent& content) = 0;
   virtual void retireParts() {}
+  virtual void showName(const QString& name);
 
   // Runs the callback of what the user did. It may show another form or end the window.
   template <class Callback, class... Arguments>

@@ -27,13 +27,16 @@ FormControl& FormElements::controlFor(const FormElement& element,
 
 void FormElements::arrange() {
   while (const std::unique_ptr<QLayoutItem> item{layout_.takeAt(0)}) continue;
-  QWidget* before = nullptr;
   for (auto* const control : controls_) {
+    if (!layout_.isEmpty() && !control->isNote()) layout_.addSpacing(air_);
     layout_.addWidget(&control->widget(), 0, alignment_);
     control->widget().show();
-    if (before) QWidget::setTabOrder(before, &control->widget());
-    before = &control->widget();
   }
+}
+
+QWidget* FormElements::setTabOrder(QWidget* before) {
+  for (auto* const control : controls_) before = control->setTabOrder(before);
+  return before;
 }
 
 void FormElements::retire() {

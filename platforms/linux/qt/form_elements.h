@@ -13,11 +13,14 @@ namespace pellow {
 class FormElements {
  public:
   // The controls go into `parent`; both outlive the elements or end with them.
-  FormElements(QWidget& parent, QBoxLayout& layout, Qt::Alignment alignment)
-      : parent_(parent), layout_(layout), alignment_(alignment) {}
+  // `air` points more than the layout's spacing come between two of them, but not above a note.
+  FormElements(QWidget& parent, QBoxLayout& layout, Qt::Alignment alignment, int air = 0)
+      : parent_(parent), layout_(layout), alignment_(alignment), air_(air) {}
 
   // Elements whose keys remain are kept.
   void show(const std::vector<FormElement>& elements);
+  // The tab key comes to them after this widget; answers the last one.
+  QWidget* setTabOrder(QWidget* before);
   void retire();
 
   const std::vector<FormControl*>& controls() const { return controls_; }
@@ -29,6 +32,7 @@ class FormElements {
   QWidget& parent_;
   QBoxLayout& layout_;
   Qt::Alignment alignment_;
+  int air_;
   std::vector<FormControl*> controls_;
 };
 

@@ -8,14 +8,15 @@
 namespace pellow {
 namespace {
 
-constexpr int spacing = 10;        // points between elements
+constexpr int noteSpacing = 5;     // points between a control and its note
+constexpr int spacing = 12;        // points between other elements
 constexpr int lowHeight = 240;     // points; below that a pane is no use
 constexpr int widestColumn = 240;  // points; a longer title stands alone
 
 QVBoxLayout* makeLayout(QWidget* content) {
   auto* const layout = new QVBoxLayout(content);
   layout->setContentsMargins(20, 18, 20, 18);
-  layout->setSpacing(spacing);
+  layout->setSpacing(noteSpacing);
   return layout;
 }
 
@@ -24,8 +25,9 @@ QVBoxLayout* makeLayout(QWidget* content) {
 FormPaneView::FormPaneView()
     : content_(new QWidget),
       layout_(makeLayout(content_)),
-      elements_(*content_, *layout_, Qt::AlignLeft) {
+      elements_(*content_, *layout_, Qt::AlignLeft, spacing - noteSpacing) {
   setFrameShape(QFrame::NoFrame);
+  setFocusPolicy(Qt::NoFocus);  // keys that no control wants scroll all the same
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setWidgetResizable(true);
   setWidget(content_);
@@ -37,6 +39,7 @@ void FormPaneView::showElements(const std::vector<FormElement>& elements) {
   elements_.show(elements);
   layout_->setAlignment(Qt::AlignTop);
   alignTitles();
+  elements_.setTabOrder(this);
   updateGeometry();
 }
 

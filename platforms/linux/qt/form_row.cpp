@@ -14,7 +14,6 @@ void RowControl::showContent(const FormContent& content) {
   const int spacing = static_cast<int>(std::lround(row.spacing));
   if (layout_.spacing() != spacing) layout_.setSpacing(spacing);
   elements_.show(row.elements);
-  nameControls();
 }
 
 TextControl* RowControl::title() const {
@@ -22,15 +21,6 @@ TextControl* RowControl::title() const {
   if (controls.size() < 2 || dynamic_cast<TextControl*>(controls[1])) return nullptr;
   auto* const text = dynamic_cast<TextControl*>(controls[0]);
   return text && text->style() == FormTextStyle::body ? text : nullptr;
-}
-
-// A control without a title is named after the text before it.
-void RowControl::nameControls() {
-  const auto* const text = title();
-  if (!text) return;
-  auto& named = elements_.controls()[1]->widget();
-  if (!dynamic_cast<StatusControl*>(&named) && named.accessibleName() != text->text())
-    named.setAccessibleName(text->text());
 }
 
 }  // namespace pellow

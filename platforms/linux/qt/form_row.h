@@ -15,6 +15,8 @@ class RowControl final : public QWidget, public FormControl {
 
   QWidget& widget() override { return *this; }
 
+  QWidget* setTabOrder(QWidget* before) override { return elements_.setTabOrder(before); }
+
   // The text at the start of the row, if a control follows it.
   TextControl* title() const;
 
@@ -23,8 +25,6 @@ class RowControl final : public QWidget, public FormControl {
   void retireParts() override { elements_.retire(); }
 
  private:
-  void nameControls();
-
   QHBoxLayout layout_;
   FormElements elements_;
 };

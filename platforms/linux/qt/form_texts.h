@@ -14,6 +14,7 @@ class TextControl final : public QLabel, public FormControl {
   QWidget& widget() override { return *this; }
 
   FormTextStyle style() const { return style_; }
+  bool isNote() const override { return style_ == FormTextStyle::secondary; }
 
   // The width of the text's column; the text's own if that is wider.
   void setColumn(int width);
@@ -46,6 +47,7 @@ class StatusControl final : public QWidget, public FormControl {
 
  protected:
   void showContent(const FormContent& content) override;
+  void showName(const QString&) override {}  // it is called what it says
   void paintEvent(QPaintEvent* event) override;
 
  private:

@@ -50,6 +50,7 @@ FormView::FormView(const QString& title, std::function<void()> onClosed)
   auto* const layout = new QVBoxLayout(this);
   layout->setContentsMargins(12, 12, 12, 12);
   layout->addWidget(tabs_);
+  tabs_->setFocus();  // so that keys work at once
   auto* const close = new QShortcut(QKeySequence::Close, this);
   connect(close, &QShortcut::activated, this, &QWidget::close);
 }

@@ -2,6 +2,8 @@
 
 #include <fstream>
 
+#include "base/unicode.h"
+
 namespace pellow {
 
 IniGroup readIniGroup(const std::filesystem::path& file, std::string_view group, char separator) {
@@ -24,13 +26,6 @@ IniGroup readIniGroup(const std::filesystem::path& file, std::string_view group,
 std::string value(const IniGroup& group, std::string_view key, std::string_view otherwise) {
   const auto found = group.find(key);
   return found == group.end() ? std::string(otherwise) : found->second;
-}
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view space = " \t\r\n";
-  const auto first = text.find_first_not_of(space);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(space) + 1 - first);
 }
 
 }  // namespace pellow

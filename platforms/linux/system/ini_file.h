@@ -20,7 +20,4 @@ IniGroup readIniGroup(const std::filesystem::path& file, std::string_view group,
 
 std::string value(const IniGroup& group, std::string_view key, std::string_view otherwise = {});
 
-// Without the white space around it.
-std::string_view trimmed(std::string_view text);
-
 }  // namespace pellow

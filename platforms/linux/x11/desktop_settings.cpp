@@ -1,6 +1,6 @@
 #include "platforms/linux/x11/desktop_settings.h"
 
-#include "platforms/linux/system/ini_file.h"
+#include "base/unicode.h"
 #include "platforms/linux/system/programs.h"
 #include "platforms/linux/x11/settings_announcement.h"
 

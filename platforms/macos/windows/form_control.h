@@ -28,20 +28,21 @@ class FormControl {
   // Shows an element for which `isOf` holds. `isInEnabled`: whether all rows around it are enabled.
   void show(const FormElement& element, bool isInEnabled);
 
-  // What assistive programs call a control that has no title of its own.
-  virtual void setName(NSString* name) { (void)name; }
-
  protected:
   explicit FormControl(NSView* view);
 
   // Must leave alone what already looks the same.
   virtual void showContent(const FormContent& content, bool isEnabled) = 0;
 
+  // What assistive programs call it; nil: its title.
+  virtual void setName(NSString* name) { (void)name; }
+
  private:
   NSView* view_;
   NSLayoutConstraint* width_ = nil;
   std::string key_;
   std::size_t kind_ = 0;
+  std::string name_;
 };
 
 // Changes a text only if it differs, so that a selection in it survives.

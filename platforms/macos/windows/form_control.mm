@@ -1,5 +1,6 @@
 #include "platforms/macos/windows/form_control.h"
 
+#include <utility>
 #include <variant>
 
 #include "platforms/macos/foundation/main_queue.h"
@@ -52,6 +53,8 @@ void FormControl::show(const FormElement& element, bool isInEnabled) {
   showContent(element.content, element.isEnabled && isInEnabled);
   NSString* const tip = element.tooltip.empty() ? nil : toNSString(element.tooltip);
   if (tip != view_.toolTip && ![tip isEqualToString:view_.toolTip]) view_.toolTip = tip;
+  if (std::exchange(name_, element.accessibleName) != element.accessibleName)
+    setName(name_.empty() ? nil : toNSString(name_));
   if (element.width && !width_) width_ = [view_.widthAnchor constraintEqualToConstant:0];
   if (element.width) width_.constant = *element.width;
   width_.active = element.width.has_value();

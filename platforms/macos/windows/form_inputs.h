@@ -14,10 +14,10 @@ class InputControl : public FormControl {
  public:
   ~InputControl() override;
 
-  void setName(NSString* name) override;
-
  protected:
   InputControl(NSView* view, NSControl* control);
+
+  void setName(NSString* name) override;
 
   // The user has operated the control.
   virtual void act() = 0;

@@ -10,7 +10,6 @@ void RowControl::showContent(const FormContent& content, bool isEnabled) {
   const auto& row = std::get<FormRow>(content);
   if (stack_.spacing != row.spacing) stack_.spacing = row.spacing;
   elements_.show(row.elements, isEnabled);
-  if (const auto* const text = title()) elements_.controls()[1]->setName(text->text());
 }
 
 TextControl* RowControl::title() const {

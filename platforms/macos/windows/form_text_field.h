@@ -15,10 +15,9 @@ class TextFieldControl final : public FormControl {
   TextFieldControl();
   ~TextFieldControl() override;
 
-  void setName(NSString* name) override;
-
  protected:
   void showContent(const FormContent& content, bool isEnabled) override;
+  void setName(NSString* name) override;
 
  private:
   explicit TextFieldControl(NSTextField* control);

@@ -10,7 +10,6 @@ class TextControl final : public FormControl {
   TextControl();
 
   FormTextStyle style() const { return style_; }
-  NSString* text() const { return label_.stringValue; }
 
   // Points; the text's own width if that is more.
   void setColumn(CGFloat width);
