@@ -5,14 +5,10 @@
 
 #include "app/accessibility_permission.h"
 #include "shortcuts/system_shortcuts.h"
+#include "ui/privacy_settings.h"
 
 namespace pellow {
 namespace {
-
-constexpr std::string_view accessibilitySettings =
-    "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
-constexpr std::string_view screenRecordingSettings =
-    "x-apple.systempreferences:com.apple.preference.security?Privacy_ScreenCapture";
 
 Alert permissionAlert(std::string messageText, const Text& informativeText, const Texts& texts) {
   return {.style = AlertStyle::informational,
@@ -63,6 +59,7 @@ AppDelegate::AppDelegate(Platform& platform)
                    .zones = zones_,
                    .ownProcess = platform.process().pid()}),
       hotkeys_(platform.eventMonitors(), shortcuts_, platform.log()),
+      relauncher_(platform.process(), platform.log()),
       permissionAlert_([this](std::exception_ptr) {
         platform_.log().error("The explanation of a permission could not be shown");
       }) {
@@ -93,7 +90,32 @@ void AppDelegate::connectStrips() {
   };
 }
 
+void AppDelegate::makeUpdater() {
+  updater_.emplace(platform_.updateFramework(), notifications_, platform_.log());
+  updater_->onWillRelaunch = [this] { controller_.restoreAllBlocking(); };
+}
+
+void AppDelegate::makeMenuBar() {
+  menuBar_.emplace(MenuBarController::Surroundings{.accessibility = platform_.accessibility(),
+                                                   .alerts = alerts_,
+                                                   .controller = controller_,
+                                                   .log = platform_.log(),
+                                                   .notifications = notifications_,
+                                                   .preferences = preferences_,
+                                                   .process = platform_.process(),
+                                                   .relauncher = relauncher_,
+                                                   .screenCapture = platform_.screenCapture(),
+                                                   .shortcuts = shortcuts_,
+                                                   .statusBar = platform_.statusBar(),
+                                                   .texts = platform_.texts(),
+                                                   .updater = *updater_,
+                                                   .workspace = platform_.workspace()});
+  menuBar_->onAction = [this](ShortcutAction action) { perform(action); };
+}
+
 void AppDelegate::applicationDidFinishLaunching() {
+  makeUpdater();
+  makeMenuBar();
   if (platform_.accessibility().isProcessTrusted()) {
     begin();
   } else {
@@ -109,7 +131,7 @@ void AppDelegate::promptForPermission() {
   permissionAlert_.start(
       explainPermission(permissionAlert("Pellow needs Accessibility permission",
                                         platform_.texts().accessibilityNeeded, platform_.texts()),
-                        accessibilitySettings));
+                        PrivacySettings::accessibility));
 }
 
 void AppDelegate::permissionGranted() {
@@ -143,7 +165,7 @@ void AppDelegate::checkScreenRecordingIfNeeded() {
   permissionAlert_.start(
       explainPermission(permissionAlert("Pellow needs Screen Recording permission",
                                         platform_.texts().screenRecordingNeeded, platform_.texts()),
-                        screenRecordingSettings));
+                        PrivacySettings::screenRecording));
 }
 
 void AppDelegate::logPermissions() {

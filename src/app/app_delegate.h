@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -17,6 +18,9 @@
 #include "shortcuts/shortcut_action.h"
 #include "shortcuts/shortcut_store.h"
 #include "strips/tab_strip_controller.h"
+#include "ui/menu_bar_controller.h"
+#include "ui/relauncher.h"
+#include "ui/updater.h"
 #include "views/alert_presenter.h"
 
 namespace pellow {
@@ -47,6 +51,8 @@ class AppDelegate {
 
  private:
   void connectStrips();
+  void makeUpdater();
+  void makeMenuBar();
   void promptForPermission();
   void permissionGranted();
   void begin();
@@ -71,6 +77,9 @@ class AppDelegate {
   TabStripController strips_;
   PellowController controller_;
   HotkeyManager hotkeys_;
+  Relauncher relauncher_;
+  std::optional<Updater> updater_;            // from the launch on
+  std::optional<MenuBarController> menuBar_;  // from the launch on
   std::vector<Subscription> signalSources_;
   Subscription grantPoll_;
   TaskScope permissionAlert_;
