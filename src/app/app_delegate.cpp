@@ -111,6 +111,7 @@ void AppDelegate::makeMenuBar() {
                                                    .updater = *updater_,
                                                    .workspace = platform_.workspace()});
   menuBar_->onAction = [this](ShortcutAction action) { perform(action); };
+  strips_.moreZoneItems = [this] { return menuBar_->itemsToOfferElsewhere(); };
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

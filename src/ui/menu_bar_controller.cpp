@@ -45,6 +45,10 @@ void MenuBarController::refreshStatusItem() {
   statusItem_->setTooltip(pending ? fmt::format("Pellow {} is available", *pending) : "");
 }
 
+std::vector<MenuItem> MenuBarController::itemsToOfferElsewhere() {
+  return statusItem_->isShown() ? std::vector<MenuItem>{} : menu().items;
+}
+
 Menu MenuBarController::menu() {
   Menu menu;
   addWarnings(menu);

@@ -54,6 +54,9 @@ class MenuBarController {
   std::function<void()> onOpenSettings;
   std::function<void(ShortcutAction)> onAction;
 
+  // What another menu is to offer because nobody can get at this one; empty while somebody can.
+  std::vector<MenuItem> itemsToOfferElsewhere();
+
  private:
   void refreshStatusItem();
   Menu menu();

@@ -163,6 +163,23 @@ TEST_F(MenuBarStory, SpeaksOfNothingThatTheDesktopLacks) {
       EXPECT_FALSE(text.contains(foreign)) << text;
 }
 
+TEST_F(MenuBarStory, ComesWithTheMenuOfAZoneWhereThereIsNoPlaceForIt) {
+  launch();
+  const auto zoneMenu = [&] {
+    desktop.pointer().secondaryClick(desktop.panels().panel("pellow-strip").centre(""));
+    desktop.runUntilQuiet();
+    return desktop.menu().lines();
+  };
+  const auto own = zoneMenu();
+  EXPECT_EQ(own.size(), 5);
+  const auto menu = openMenu();
+  desktop.statusBar().setHasPlace(false);
+  EXPECT_EQ(zoneMenu(), own + Lines{"—"} + menu);
+  desktop.menu().choose({"Quit Pellow"});
+  desktop.runUntilQuiet();
+  EXPECT_FALSE(desktop.process().isRunning());
+}
+
 TEST_F(MenuBarStory, BringsBackWindowsThatNobodyCanSee) {
   const auto notes = desktop.launch("Notes");
   launch();

@@ -36,7 +36,11 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
 
   void setMenu(std::function<Menu()> menu) override {
     provider_ = std::move(menu);
-    if (isExported()) refill();
+    if (isExported_) refill();
+  }
+
+  bool isShown() const override {
+    return icon_ && (isExported_ ? watch_.hasHost() : watch_.hasTray());
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
@@ -47,14 +51,15 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
  private:
   // Qt follows from one host to the next by itself, but not from one tray to the next.
   void takePlace(TrayWatch::Place place) {
-    if (icon_ && (isExported() || place == TrayWatch::Place::host)) return;
+    if (icon_ && (isExported_ || place == TrayWatch::Place::host)) return;
     icon_.emplace();
     icon_->setContextMenu(&menu_);
+    isExported_ = menu_.platformMenu() != nullptr;
     icon_->setToolTip(tooltip_);
     connect(&*icon_, &QSystemTrayIcon::activated, this, [this](auto reason) {
       if (reason == QSystemTrayIcon::Trigger) popUp();
     });
-    if (isExported()) refill();
+    if (isExported_) refill();
     show();
   }
 
@@ -63,8 +68,6 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
     icon_->setIcon(QIcon(new TemplateIcon(image_)));
     icon_->show();
   }
-
-  bool isExported() { return menu_.platformMenu() != nullptr; }
 
   MenuSetting setting(MenuKeys keys) {
     return {.owner = menu_,
@@ -76,7 +79,7 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
   void refill() {
     menu_.clear();
     if (!provider_) return;
-    fillMenu(menu_, provider_(), setting(isExported() ? MenuKeys::asShortcuts : MenuKeys::asText));
+    fillMenu(menu_, provider_(), setting(isExported_ ? MenuKeys::asShortcuts : MenuKeys::asText));
   }
 
   // The primary button opens the menu too; Qt handles the secondary one.
@@ -90,6 +93,7 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
   QMenu menu_;
   QString tooltip_;
   std::optional<QSystemTrayIcon> icon_;
+  bool isExported_ = false;  // to a host
   TrayWatch watch_{[this](auto place) { takePlace(place); }};
 };
 
