@@ -91,13 +91,13 @@ struct LinuxPlatform::Parts {
   const Log& log;
   MonotonicClock clock;
   RandomUUIDSource uuidSource;
-  QtStatusBar statusBar;
   QtFormWindows formWindows;
   QtColourPanel colourPanel;
   QtSystemColours systemColours;
   AutostartEntry loginItem = AutostartEntry::ofEnvironment();
   LinuxQueues queues;
   std::unique_ptr<X11Desktop> desktop;
+  QtStatusBar statusBar{[this] { return desktop->panels(); }};
   std::unique_ptr<ScreenCapture> screenCapture;
   FileUserDefaults userDefaults;
   QtProcess process;

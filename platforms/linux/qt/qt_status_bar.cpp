@@ -3,10 +3,13 @@
 #include <QCursor>
 #include <QEvent>
 #include <QSystemTrayIcon>
+#include <QTimer>
+#include <chrono>
 #include <optional>
 #include <utility>
 
 #include "platforms/linux/qt/display_text.h"
+#include "platforms/linux/qt/panel_tint.h"
 #include "platforms/linux/qt/qt_menu.h"
 #include "platforms/linux/qt/template_icon.h"
 #include "platforms/linux/qt/tray_watch.h"
@@ -18,7 +21,9 @@ namespace pellow {
 // looks which of them there is, so it is not asked before there is one.
 class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
  public:
-  explicit QtStatusItem(const WindowHints& hints) : hints_(hints) {
+  QtStatusItem(const std::function<std::vector<PixelRect>()>& panels, const WindowHints& hints)
+      : panels_(panels), hints_(hints) {
+    connect(&laterLook_, &QTimer::timeout, this, [this] { lookAgain(); });
     nameWhenShown(menu_, hints_);
     menu_.installEventFilter(this);
     connect(&menu_, &QMenu::aboutToShow, this, [this] { refill(); });
@@ -65,8 +70,28 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
 
   void show() {
     if (image_.symbol.empty()) return;
-    icon_->setIcon(QIcon(new TemplateIcon(image_)));
+    setIcon(tint());
     icon_->show();
+    looksLeft_ = 10;
+    laterLook_.start(std::chrono::milliseconds(500));
+  }
+
+  // A panel that has just come, or that changes with the desktop, may not have its colours yet. In
+  // a tray, what was painted there before is to be seen until it is painted again.
+  void lookAgain() {
+    if (--looksLeft_ == 0) laterLook_.stop();
+    const auto now = tint();
+    if (!isExported_ || now != tint_) setIcon(now);
+  }
+
+  // A panel has colours of its own, but a host does not tell them.
+  QColor tint() const {
+    return tintOn(panels_()).value_or(menu_.palette().color(QPalette::WindowText));
+  }
+
+  void setIcon(const QColor& tint) {
+    tint_ = tint;
+    icon_->setIcon(QIcon(new TemplateIcon(image_, tint)));
   }
 
   MenuSetting setting(MenuKeys keys) {
@@ -87,18 +112,22 @@ class QtStatusBar::QtStatusItem final : public QObject, public StatusItem {
     if (provider_) makeMenu(provider_(), setting(MenuKeys::asText))->popup(QCursor::pos());
   }
 
+  const std::function<std::vector<PixelRect>()>& panels_;
   const WindowHints& hints_;
   std::function<Menu()> provider_;
   StatusImage image_;
   QMenu menu_;
   QString tooltip_;
+  QColor tint_;
+  QTimer laterLook_;
+  int looksLeft_ = 0;
   std::optional<QSystemTrayIcon> icon_;
   bool isExported_ = false;  // to a host
   TrayWatch watch_{[this](auto place) { takePlace(place); }};
 };
 
 std::unique_ptr<StatusItem> QtStatusBar::makeStatusItem() {
-  return std::make_unique<QtStatusItem>(hints_);
+  return std::make_unique<QtStatusItem>(panels_, hints_);
 }
 
 }  // namespace pellow

@@ -174,6 +174,14 @@ Screens& X11Desktop::screens() { return parts_->screens; }
 EventMonitors& X11Desktop::eventMonitors() { return parts_->eventMonitors; }
 SymbolicHotKeys& X11Desktop::symbolicHotKeys() { return parts_->symbolicHotKeys; }
 
+std::vector<PixelRect> X11Desktop::panels() const {
+  std::vector<PixelRect> panels;
+  for (const auto& [id, frame, visible] : parts_->server->layout().monitors)
+    std::ranges::copy_if(frame.around(visible), std::back_inserter(panels),
+                         [](const PixelRect& part) { return part.area() > 0; });
+  return panels;
+}
+
 bool X11Desktop::stretchesDocks() const { return parts_->server->windowManager().stretchesDocks; }
 
 void X11Desktop::setPatient(bool isPatient) {

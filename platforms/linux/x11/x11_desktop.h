@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/log.h"
 #include "platform/accessibility.h"
@@ -54,6 +55,9 @@ class X11Desktop {
   Screens& screens();
   EventMonitors& eventMonitors();
   SymbolicHotKeys& symbolicHotKeys();
+
+  // The parts of the X screen that panels have for themselves.
+  std::vector<PixelRect> panels() const;
 
   // Whether the window manager makes a bar, as wide as a monitor, of each dock.
   bool stretchesDocks() const;
