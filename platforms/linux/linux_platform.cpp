@@ -12,6 +12,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platforms/linux/desktop_shortcuts/desktop_shortcuts.h"
 #include "platforms/linux/qt/display_scale.h"
 #include "platforms/linux/qt/local_key_filter.h"
 #include "platforms/linux/qt/picture_source.h"
@@ -82,7 +83,8 @@ bool ownWindowHasKeyboard(std::uint32_t focus) {
 
 X11Desktop::Hooks desktopHooks() {
   return {.loadIcon = [](const std::string& name) { return ThemeIcon::load(name); },
-          .ownWindowHasKeyboard = ownWindowHasKeyboard};
+          .ownWindowHasKeyboard = ownWindowHasKeyboard,
+          .shortcuts = desktopShortcuts};
 }
 
 }  // namespace

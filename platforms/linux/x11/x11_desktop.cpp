@@ -95,7 +95,10 @@ struct X11Desktop::Parts {
         keyboard(*server, std::move(keyboardConnection)),
         eventMonitors(*server, *events, keyboard, grabs, pollSet.number(),
                       std::move(hooks.ownWindowHasKeyboard)),
-        symbolicHotKeys(keyboard, grabs) {}
+        symbolicHotKeys(keyboard, grabs, [this, shortcuts = std::move(hooks.shortcuts)] {
+          return shortcuts ? shortcuts(server->windowManager().name)
+                           : std::vector<DesktopShortcut>();
+        }) {}
 
   void handle(const xcb_generic_event_t& event);
   void handleRootProperty(xcb_atom_t property);
