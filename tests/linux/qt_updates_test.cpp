@@ -198,8 +198,7 @@ class FeedUpdatesTest : public testing::Test {
                         [this](bool isShown, const std::string& version) {
                           story.push_back((isShown ? "shown " : "found ") + version);
                         },
-                    .didReceiveUserAttention = [this] { story.push_back("attention"); },
-                    .willShowModalAlert = [this] { story.push_back("modal"); }});
+                    .didReceiveUserAttention = [this] { story.push_back("attention"); }});
   }
   void launchWith(const std::string& answer) {
     server.answers["/feed"] = answer;
@@ -308,7 +307,7 @@ TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
   updates->setAutomaticallyChecks(true);
   queue.run(0);
   EXPECT_EQ(ask(), "Pellow is up to date. Version 1.9 is the newest one.");
-  EXPECT_EQ(story, (Strings{"modal"}));
+  EXPECT_EQ(story, Strings{});
   EXPECT_EQ(server.requests.size(), 4u);
 }
 
@@ -332,7 +331,7 @@ TEST_F(FeedUpdatesTest, SayWhatWentWrong) {
        }) {
     server.answers["/feed"] = answer;
     EXPECT_EQ(ask(), sentence);
-    EXPECT_EQ(std::exchange(story, {}), (Strings{"modal"}));
+    EXPECT_EQ(story, Strings{});
     choose("OK");
   }
 

@@ -119,7 +119,6 @@ void FeedUpdates::openPage(const std::string& page) {
 }
 
 void FeedUpdates::show(std::string message, std::string information) {
-  if (delegate_.willShowModalAlert) delegate_.willShowModalAlert();
   const Alert alert{.messageText = std::move(message),
                     .informativeText = std::move(information),
                     .buttons = {"OK"}};
