@@ -12,6 +12,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platforms/linux/desktop_shortcuts/desktop_shortcuts.h"
 #include "platforms/linux/qt/display_scale.h"
 #include "platforms/linux/qt/local_key_filter.h"
 #include "platforms/linux/qt/picture_source.h"
@@ -84,7 +85,8 @@ bool ownWindowHasKeyboard(std::uint32_t focus) {
 
 X11Desktop::Hooks desktopHooks() {
   return {.loadIcon = [](const std::string& name) { return ThemeIcon::load(name); },
-          .ownWindowHasKeyboard = ownWindowHasKeyboard};
+          .ownWindowHasKeyboard = ownWindowHasKeyboard,
+          .shortcuts = desktopShortcuts};
 }
 
 }  // namespace
@@ -94,13 +96,13 @@ struct LinuxPlatform::Parts {
   MonotonicClock clock;
   RandomUUIDSource uuidSource;
   PosixFiles files{homeFolder(), temporaryFolder()};
-  QtStatusBar statusBar;
   QtFormWindows formWindows;
   QtColourPanel colourPanel;
   QtSystemColours systemColours;
   AutostartEntry loginItem = AutostartEntry::ofEnvironment();
   LinuxQueues queues;
   std::unique_ptr<X11Desktop> desktop;
+  QtStatusBar statusBar{[this] { return desktop->panels(); }};
   std::unique_ptr<ScreenCapture> screenCapture;
   FileUserDefaults userDefaults;
   QtProcess process;

@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -138,7 +137,8 @@ struct DesktopState {
   StoredDefaults defaults;
   std::vector<LogLine> log;
   std::vector<SymbolicHotKey> symbolicHotKeys;
-  std::set<std::pair<std::uint16_t, std::uint64_t>> reservedKeys;  // key code and modifier flags
+  // Features by key code and modifier flags.
+  std::map<std::pair<std::uint16_t, std::uint64_t>, std::string> reservedKeys;
   bool trustsProcess = true;
   bool ignoresActivations = false;
   bool keepsWindowsOnDisplays = false;

@@ -12,6 +12,8 @@ StatusItem::StatusItem(StatusBar& bar) : bar_(bar) { bar_.items_.push_back(this)
 
 StatusItem::~StatusItem() { std::erase(bar_.items_, this); }
 
+bool StatusItem::isShown() const { return bar_.hasPlace_; }
+
 std::unique_ptr<pellow::StatusItem> StatusBar::makeStatusItem() {
   return std::make_unique<StatusItem>(*this);
 }

@@ -25,6 +25,7 @@ class StatusItem final : public pellow::StatusItem {
   void setImage(const StatusImage& image) override { image_ = image; }
   void setTooltip(const std::string& tooltip) override { tooltip_ = tooltip; }
   void setMenu(std::function<Menu()> menu) override { menu_ = std::move(menu); }
+  bool isShown() const override;
 
   const std::optional<StatusImage>& image() const { return image_; }
   const std::string& tooltip() const { return tooltip_; }
@@ -43,6 +44,8 @@ class StatusBar final : public pellow::StatusBar {
 
   std::unique_ptr<pellow::StatusItem> makeStatusItem() override;
 
+  // Whether the desktop has a place for items, as it has at first.
+  void setHasPlace(bool hasPlace) { hasPlace_ = hasPlace; }
   // The program's only item; throws when there is none, or more.
   const StatusItem& item() const;
   // A click on it, as an event: asks for the menu and opens it.
@@ -53,6 +56,7 @@ class StatusBar final : public pellow::StatusBar {
 
   System& system_;
   OpenMenu& menu_;
+  bool hasPlace_ = true;
   std::vector<StatusItem*> items_;
   Subscription opened_;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -14,16 +16,19 @@ class SymbolicHotKeys final : public pellow::SymbolicHotKeys {
 
   std::vector<SymbolicHotKey> all() const override { return system_.state.symbolicHotKeys; }
 
-  bool isReserved(std::uint16_t keyCode, std::uint64_t modifierFlags) const override {
-    return system_.state.reservedKeys.contains({keyCode, modifierFlags});
+  std::optional<std::string> reservedBy(std::uint16_t keyCode,
+                                        std::uint64_t modifierFlags) const override {
+    const auto& reserved = system_.state.reservedKeys;
+    const auto found = reserved.find({keyCode, modifierFlags});
+    return found == reserved.end() ? std::nullopt : std::optional(found->second);
   }
 
   void set(std::vector<SymbolicHotKey> hotKeys) {
     system_.state.symbolicHotKeys = std::move(hotKeys);
   }
-  // The desktop acts on these keys and does not say so.
-  void reserve(std::uint16_t keyCode, std::uint64_t modifierFlags) {
-    system_.state.reservedKeys.emplace(keyCode, modifierFlags);
+  // The desktop acts on these keys, by a feature that may have a name.
+  void reserve(std::uint16_t keyCode, std::uint64_t modifierFlags, std::string feature = "") {
+    system_.state.reservedKeys[{keyCode, modifierFlags}] = std::move(feature);
   }
 
  private:

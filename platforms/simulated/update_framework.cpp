@@ -81,14 +81,9 @@ std::optional<std::string> UpdateFramework::check() {
 
 void UpdateFramework::tellUser() {
   shownVersion_ = check();
-  if (!shownVersion_) {
-    tell(delegate_->willShowModalAlert);
-    showsWindow_ = true;
-    return;
-  }
-  tell(delegate_->willShowUpdate, true, *shownVersion_);
+  if (shownVersion_) tell(delegate_->willShowUpdate, true, *shownVersion_);
   showsWindow_ = true;
-  tell(delegate_->didReceiveUserAttention);
+  if (shownVersion_) tell(delegate_->didReceiveUserAttention);
 }
 
 void UpdateFramework::plan() {

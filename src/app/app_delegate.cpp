@@ -5,6 +5,7 @@
 
 #include "app/accessibility_permission.h"
 #include "shortcuts/system_shortcuts.h"
+#include "ui/launch_at_login.h"
 #include "ui/privacy_settings.h"
 
 namespace pellow {
@@ -81,6 +82,7 @@ AppDelegate::AppDelegate(Platform& platform)
                      .shortcuts = shortcuts_,
                      .texts = platform.texts(),
                      .zones = zones_}),
+      relauncher_(platform.process(), platform.log()),
       permissionAlert_([this](std::exception_ptr) {
         platform_.log().error("The explanation of a permission could not be shown");
       }) {
@@ -135,7 +137,34 @@ void AppDelegate::connectPalette() {
   });
 }
 
+void AppDelegate::makeUpdater() {
+  updater_.emplace(platform_.updateFramework(), notifications_, platform_.log());
+  updater_->onWillRelaunch = [this] { controller_.restoreAllBlocking(); };
+}
+
+void AppDelegate::makeMenuBar() {
+  menuBar_.emplace(MenuBarController::Surroundings{.accessibility = platform_.accessibility(),
+                                                   .alerts = alerts_,
+                                                   .controller = controller_,
+                                                   .log = platform_.log(),
+                                                   .notifications = notifications_,
+                                                   .preferences = preferences_,
+                                                   .process = platform_.process(),
+                                                   .relauncher = relauncher_,
+                                                   .screenCapture = platform_.screenCapture(),
+                                                   .shortcuts = shortcuts_,
+                                                   .statusBar = platform_.statusBar(),
+                                                   .texts = platform_.texts(),
+                                                   .updater = *updater_,
+                                                   .workspace = platform_.workspace()});
+  menuBar_->onOpenSettings = [this] { showSettings(); };
+  menuBar_->onAction = [this](ShortcutAction action) { perform(action); };
+  strips_.moreZoneItems = [this] { return menuBar_->itemsToOfferElsewhere(); };
+}
+
 void AppDelegate::applicationDidFinishLaunching() {
+  makeUpdater();
+  makeMenuBar();
   if (platform_.accessibility().isProcessTrusted()) {
     begin();
   } else {
@@ -287,21 +316,11 @@ void AppDelegate::makeSettings() {
                                              .updates = platform_.updateFramework(),
                                              .workspace = platform_.workspace(),
                                              .zones = zones_});
-  settings_->onCheckForUpdates = [this] { platform_.updateFramework().checkForUpdates(); };
-  settings_->onSetLaunchAtLogin = [this](bool enabled) { setLaunchAtLogin(enabled); };
-  settings_->onRelaunch = [this] { relaunch(); };
-}
-
-void AppDelegate::setLaunchAtLogin(bool enabled) {
-  if (const auto set = platform_.loginItem().setEnabled(enabled); !set)
-    platform_.log().standard("Launch at login: {}", set.error().sentence);
-}
-
-void AppDelegate::relaunch() {
-  platform_.process().launchNewInstance([this](const auto& launched) {
-    if (launched) return platform_.process().terminate();
-    platform_.log().standard("Relaunch failed: {}", launched.error().sentence);
-  });
+  settings_->onCheckForUpdates = [this] { updater_->checkForUpdates(); };
+  settings_->onSetLaunchAtLogin = [this](bool enabled) {
+    LaunchAtLogin::set(platform_.loginItem(), platform_.log(), enabled);
+  };
+  settings_->onRelaunch = [this] { relauncher_.relaunch(); };
 }
 
 // Where nothing else tells a new user what to do first, the settings window does, once.

@@ -21,7 +21,10 @@
 #include "shortcuts/shortcut_store.h"
 #include "strips/tab_strip_controller.h"
 #include "sync/settings_sync.h"
+#include "ui/menu_bar_controller.h"
+#include "ui/relauncher.h"
 #include "ui/settings_window_controller.h"
+#include "ui/updater.h"
 #include "views/alert_presenter.h"
 
 namespace pellow {
@@ -55,6 +58,8 @@ class AppDelegate {
  private:
   void connectStrips();
   void connectPalette();
+  void makeUpdater();
+  void makeMenuBar();
   void promptForPermission();
   void permissionGranted();
   void begin();
@@ -67,8 +72,6 @@ class AppDelegate {
   Task<> explainPermission(Alert alert, std::string_view settings);
   void toggleFloatAbove();
   void makeSettings();
-  void setLaunchAtLogin(bool enabled);
-  void relaunch();
   void introduce();
 
   Platform& platform_;
@@ -87,6 +90,9 @@ class AppDelegate {
   Subscription tabChanges_;
   HotkeyManager hotkeys_;
   SettingsSync settingsSync_;
+  Relauncher relauncher_;
+  std::optional<Updater> updater_;                    // from the launch on
+  std::optional<MenuBarController> menuBar_;          // from the launch on
   std::optional<SettingsWindowController> settings_;  // from the first request on
   std::vector<Subscription> signalSources_;
   Subscription grantPoll_;

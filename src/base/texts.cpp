@@ -8,6 +8,8 @@ const Texts macTexts{
     .shift = "⇧",
     .command = "⌘",
     .betweenKeys = "",
+    .settingsKey = ",",
+    .quitKey = "q",
 
     .openSystemSettings = "Open System Settings",
     .accessibilityNeeded =
@@ -23,6 +25,7 @@ const Texts macTexts{
     .screenRecordingDenied =
         "Window thumbnails need Screen Recording permission. Enable Pellow in System Settings > "
         "Privacy & Security > Screen Recording, or turn thumbnails off in the Pellow menu.",
+    .screenRecordingOff = "Screen Recording is off, so tabs show app icons",
     .screenRecordingLost =
         "macOS drops this permission when an app moves or is re-signed. Re-grant it and relaunch "
         "Pellow.",
@@ -82,6 +85,8 @@ const Texts x11Texts{
     .shift = "Shift",
     .command = "Super",
     .betweenKeys = "+",
+    .settingsKey = "",
+    .quitKey = "",
 
     .openSystemSettings = "Open Settings",
     .accessibilityNeeded =
@@ -97,6 +102,7 @@ const Texts x11Texts{
     .screenRecordingDenied =
         "Window thumbnails need pictures of windows, which this display does not give. Switch on "
         "its Composite extension, or turn thumbnails off in the settings of Pellow.",
+    .screenRecordingOff = "This display gives no pictures, so tabs show app icons",
     .screenRecordingLost =
         "This display does not let programs take pictures of windows. Switch on its Composite "
         "extension and relaunch Pellow.",

@@ -18,12 +18,16 @@ struct Texts {
   Text shift;
   Text command;
   Text betweenKeys;
+  // Keys of menu items, which act only while the menu is open; empty where no key does.
+  Text settingsKey;
+  Text quitKey;
 
   // Permissions.
   Text openSystemSettings;
   Text accessibilityNeeded;
   Text screenRecordingNeeded;
   Text screenRecordingDenied;
+  Text screenRecordingOff;
   Text screenRecordingLost;
   Text screenRecordingExplained;
 

@@ -27,6 +27,9 @@ class StatusItem {
 
   // Asked for the menu each time it is about to open.
   virtual void setMenu(std::function<Menu()> menu) = 0;
+
+  // Whether the system has a place for it now, so that the user can get at the menu.
+  virtual bool isShown() const = 0;
 };
 
 // Main thread.

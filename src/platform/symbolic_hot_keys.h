@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,9 +27,11 @@ class SymbolicHotKeys {
   // or they cannot be read.
   virtual std::vector<SymbolicHotKey> all() const = 0;
 
-  // Whether the desktop acts on this virtual key code with these flags, by one of its shortcuts
-  // that `all` does not know. False where that cannot be found out.
-  virtual bool isReserved(std::uint16_t keyCode, std::uint64_t modifierFlags) const = 0;
+  // The feature of the desktop that acts on this virtual key code with these flags, by one of its
+  // shortcuts that `all` does not know: its name, within a sentence, or an empty text when only
+  // that there is one is known. Nothing where nobody acts on it, or that cannot be found out.
+  virtual std::optional<std::string> reservedBy(std::uint16_t keyCode,
+                                                std::uint64_t modifierFlags) const = 0;
 };
 
 }  // namespace pellow

@@ -15,8 +15,6 @@ struct UpdateDelegate {
   std::function<void(bool shownByFramework, const std::string& displayVersion)> willShowUpdate;
   // The user has seen the update that was found.
   std::function<void()> didReceiveUserAttention;
-  // The framework is about to ask the user something; it has brought this process to the front.
-  std::function<void()> willShowModalAlert;
   // The program is about to be replaced; it ends after this returns.
   std::function<void()> willRelaunchApplication;
 };
@@ -29,7 +27,8 @@ class UpdateFramework {
   // Begins the schedule. Once.
   virtual void start(UpdateDelegate delegate) = 0;
 
-  // Looks now, for the user, and shows the result in a window of its own.
+  // Looks now, for the user, and shows the result in a window of its own. It brings this process to
+  // the front for that, and for whatever else it asks the user.
   virtual void checkForUpdates() = 0;
 
   virtual bool automaticallyChecks() const = 0;

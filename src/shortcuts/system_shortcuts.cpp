@@ -65,9 +65,8 @@ std::optional<std::string> listedOwner(const SymbolicHotKeys& hotKeys, const Sho
 std::optional<std::string> conflictDescription(const SymbolicHotKeys& hotKeys,
                                                const Shortcut& shortcut, const Texts& texts) {
   if (auto owner = listedOwner(hotKeys, shortcut, texts)) return owner;
-  if (hotKeys.isReserved(shortcut.keyCode, shortcut.modifiers))
-    return std::string(texts.systemShortcut);
-  return std::nullopt;
+  auto owner = hotKeys.reservedBy(shortcut.keyCode, shortcut.modifiers);
+  return owner == "" ? std::string(texts.systemShortcut) : owner;
 }
 
 }  // namespace pellow::SystemShortcuts

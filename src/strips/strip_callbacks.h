@@ -9,6 +9,7 @@
 #include "base/uuid.h"
 #include "model/strip_edge.h"
 #include "model/tab_zone.h"
+#include "platform/menu.h"
 #include "platform/screens.h"
 
 namespace pellow {
@@ -37,6 +38,9 @@ struct StripCallbacks {
   std::function<void(UUID zoneID, ZonePosition position, std::optional<StripEdge> snap,
                      std::optional<DisplayID> displayID)>
       onMove;
+
+  // What else the menu of a zone is to offer, below its own items. Asked each time it opens.
+  std::function<std::vector<MenuItem>()> moreZoneItems;
 };
 
 // Calls a callback that may be left out.

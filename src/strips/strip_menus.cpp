@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -134,7 +136,7 @@ void StripMenus::togglePin(const std::string& bundleID, UUID zoneID) const {
 }
 
 Menu StripMenus::zoneMenu(const TabZone& zone) const {
-  return {{
+  Menu menu{{
       {.title = zone.name, .isEnabled = false},
       separator(),
       submenu("Colour", colours(zone)),
@@ -142,6 +144,12 @@ Menu StripMenus::zoneMenu(const TabZone& zone) const {
       zoneItem("Show Zone Name", zone.showsName, zone.id,
                [](TabZone& changed) { changed.showsName = !changed.showsName; }),
   }};
+  if (const auto& more = around_.callbacks.moreZoneItems) {
+    auto items = more();
+    if (!items.empty()) menu.items.push_back(separator());
+    std::ranges::move(items, std::back_inserter(menu.items));
+  }
+  return menu;
 }
 
 template <class Change>

@@ -19,6 +19,7 @@ TEST_F(StatusBarContract, TheMenuIsAskedForEachTimeItOpens) {
   });
   EXPECT_TRUE(hearsNothing());
   EXPECT_EQ(asked, 0);
+  EXPECT_TRUE(host->until([&] { return item->isShown(); }));
   host->chooseFromStatusMenu("Item 1");
   EXPECT_TRUE(hears({"chosen 1"}));
   item->setImage(

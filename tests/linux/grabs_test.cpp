@@ -90,7 +90,7 @@ class GrabsTest : public X11DesktopTest {
   }
 
   bool isReserved(std::uint16_t keyCode) const {
-    return x11->symbolicHotKeys().isReserved(keyCode, flags);
+    return x11->symbolicHotKeys().reservedBy(keyCode, flags).has_value();
   }
 
   std::unique_ptr<X11Connection> other = X11Connection::open(desktop.display()).value();

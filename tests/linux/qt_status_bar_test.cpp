@@ -1,16 +1,21 @@
 #include "platforms/linux/qt/qt_status_bar.h"
 
+#include <QTimer>
 #include <QToolTip>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
+#include "platforms/linux/qt/panel_tint.h"
 #include "tests/linux/notifier_host.h"
 #include "tests/linux/qt_desktop_test.h"
 #include "tests/linux/tray.h"
 
 namespace pellow::desktop {
 namespace {
+
+std::vector<pellow::PixelRect> noPanels() { return {}; }
 
 class QtStatusBarTest : public QtDesktopTest {
  protected:
@@ -37,14 +42,16 @@ class QtStatusBarTest : public QtDesktopTest {
 };
 
 TEST_F(QtStatusBarTest, TheItemAppearsInATrayThatComesLaterAndSuitsItsColour) {
-  QtStatusBar bar;
+  QtStatusBar bar(noPanels);
   auto item = bar.makeStatusItem();
   item->setImage({.symbol = "sidebar.trailing", .accessibilityDescription = "Pellow"});
   item->setMenu([&] { return Menu{{{.title = "Item", .onChosen = note("chosen")}}}; });
   work();
+  EXPECT_FALSE(item->isShown());
   const auto whole = Tray::icon;
   tray.emplace(desktop.display(), 0xe8e8e8U);
   ASSERT_TRUE(untilTray([&] { return tray->docked() != 0; }));
+  EXPECT_TRUE(item->isShown());
   EXPECT_TRUE(untilTray([&] { return contrast(whole) < -150; })) << contrast(whole);
 
   // The dot is 0.4 of the side, at the right edge; to its left there is nothing at the top.
@@ -75,18 +82,34 @@ TEST_F(QtStatusBarTest, TheItemAppearsInATrayThatComesLaterAndSuitsItsColour) {
 }
 
 TEST_F(QtStatusBarTest, TheItemIsLightOnADarkTray) {
-  QtStatusBar bar;
+  QtStatusBar bar(noPanels);
   const auto item = bar.makeStatusItem();
   item->setImage({.symbol = "sidebar.trailing", .accessibilityDescription = "Pellow"});
   work();
   tray.emplace(desktop.display(), 0x202020U);
   EXPECT_TRUE(untilTray([&] { return contrast(Tray::icon) > 150; })) << contrast(Tray::icon);
 
-  // Another panel takes its place.
+  // Another panel takes its place, and has its colour only later.
   tray.reset();
   work();
+  EXPECT_FALSE(item->isShown());
   tray.emplace(desktop.display(), 0x202020U);
   EXPECT_TRUE(untilTray([&] { return contrast(Tray::icon) > 150; })) << contrast(Tray::icon);
+  tray->paint(0xe8e8e8U);
+  const PixelRect corner{Tray::icon.x, Tray::icon.y, 2, 2};
+  EXPECT_TRUE(untilTray([&] { return contrast(Tray::icon) < -150 && contrast(corner) == 0; }))
+      << contrast(Tray::icon) << " " << contrast(corner);
+}
+
+TEST_F(QtStatusBarTest, AHostGetsThePictureInAColourForMostOfThePanels) {
+  const auto brightness = [&] {
+    return tintOn({{Tray::bar.x, Tray::bar.y, Tray::bar.width, Tray::bar.height}})->lightness();
+  };
+  EXPECT_FALSE(tintOn({}));
+  tray.emplace(desktop.display(), 0x202020U);
+  EXPECT_TRUE(until([&] { return brightness() > 200; })) << brightness();
+  tray->paint(0xe8e8e8U);
+  EXPECT_TRUE(until([&] { return brightness() < 60; })) << brightness();
 }
 
 constexpr auto guestVariable = "PELLOW_TEST_STATUS_ITEM";
@@ -96,14 +119,23 @@ constexpr auto guestVariable = "PELLOW_TEST_STATUS_ITEM";
 TEST(QtStatusItem, IsAdoptedByTheHostThatComesAndByTheNextOne) {
   if (std::getenv(guestVariable)) {
     QtApplication application;
-    QtStatusBar bar;
+    QtStatusBar bar(noPanels);
     const auto item = bar.makeStatusItem();
     item->setImage({.symbol = "sidebar.trailing", .accessibilityDescription = "Pellow"});
     item->setTooltip("Two windows");
     item->setMenu([] { return Menu{{{.title = "Item"}}}; });
     for (int round = 0; round < 20; ++round) QCoreApplication::processEvents();
-    std::puts("looked");
-    std::fflush(stdout);
+    const auto say = [](const char* line) {
+      std::puts(line);
+      std::fflush(stdout);
+    };
+    say("looked");
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&, wasShown = false]() mutable {
+      if (std::exchange(wasShown, item->isShown()) != item->isShown())
+        say(item->isShown() ? "shown" : "not shown");
+    });
+    timer.start(10);
     application.run();
     return;
   }
@@ -135,11 +167,14 @@ TEST(QtStatusItem, IsAdoptedByTheHostThatComesAndByTheNextOne) {
   ASSERT_TRUE(until([&] { return host.wasAsked(); }));
   host.startHost();
   ASSERT_TRUE(until([&] { return !host.items().empty(); })) << guest->standardError();
+  EXPECT_EQ(guest->readLine(), "shown");
   EXPECT_EQ(host.property(host.items().front(), "Id").toString(), "pellow");
   host.stop();
+  EXPECT_EQ(guest->readLine(), "not shown");
   ASSERT_TRUE(host.startWatcher());
   host.startHost();
   EXPECT_TRUE(until([&] { return !host.items().empty(); })) << guest->standardError();
+  EXPECT_EQ(guest->readLine(), "shown");
 }
 
 }  // namespace

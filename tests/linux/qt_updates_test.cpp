@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QSslKey>
@@ -64,15 +64,15 @@ TEST(Appcast, TellsTheNewestVersionForThisProgram) {
                    item("1.2") +
                    item("3", R"(<enclosure url="https://x.org/3.zip" sparkle:os="macos"/>)") +
                    item("4", "<sparkle:channel>beta</sparkle:channel>")),
-            (AppcastItem{"1.10", "1.10 (Ä & Ö)", "https://x.org/get"}));
+            (AppcastItem{"1.10", "1.10 (Ä & Ö)", "", "https://x.org/get"}));
   // In the form of older feeds; the channel's page takes precedence over a file.
   const std::string old =
       R"(<item><sparkle:deltas><enclosure url="https://x.org/d" sparkle:version="9"/>)"
       R"(</sparkle:deltas><enclosure url="http://x.org/2.zip" sparkle:version="200" )"
       R"(sparkle:shortVersionString="2.0" sparkle:os="linux"/></item>)";
-  EXPECT_EQ(newest(old), (AppcastItem{"200", "2.0", ""})) << "the link is not safe";
+  EXPECT_EQ(newest(old), (AppcastItem{"200", "2.0", "", ""})) << "the link is not safe";
   EXPECT_EQ(newestInAppcast(feed(old), AppcastLinks::httpAndHttps).value(),
-            (AppcastItem{"200", "2.0", "http://x.org/2.zip"}));
+            (AppcastItem{"200", "2.0", "", "http://x.org/2.zip"}));
   EXPECT_EQ(newest(old + "<link>https://x.org/</link>")->page, "https://x.org/");
   // Only web pages are ever opened.
   EXPECT_EQ(newest("<link>file:///etc</link>" +
@@ -198,8 +198,7 @@ class FeedUpdatesTest : public testing::Test {
                         [this](bool isShown, const std::string& version) {
                           story.push_back((isShown ? "shown " : "found ") + version);
                         },
-                    .didReceiveUserAttention = [this] { story.push_back("attention"); },
-                    .willShowModalAlert = [this] { story.push_back("modal"); }});
+                    .didReceiveUserAttention = [this] { story.push_back("attention"); }});
   }
   void launchWith(const std::string& answer) {
     server.answers["/feed"] = answer;
@@ -227,10 +226,12 @@ class FeedUpdatesTest : public testing::Test {
     });
   }
 
-  int count_ = 1;
+  int count_ = 3;
   char name_[7] = "pellow";
-  char* arguments_[2] = {name_, nullptr};
-  QCoreApplication application_{count_, arguments_};
+  char option_[10] = "-platform";
+  char platform_[10] = "offscreen";
+  char* arguments_[4] = {name_, option_, platform_, nullptr};
+  QGuiApplication application_{count_, arguments_};
   FeedServer server;
   simulated::Desktop desktop;
   HeldQueue queue;
@@ -291,7 +292,16 @@ TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
   choose("Later");
   EXPECT_EQ(told(), "");
   EXPECT_TRUE(desktop.workspace().openedURLs().empty());
-  ask();
+  launchWith(
+      ok(feed(item("2", named("2.0") +
+                            "<link>https://x.org/get</link><description><![CDATA[<h2>Ne\u00fc"
+                            "</h2><ul><li>Tabs &amp; zones</li></ul><img src='" +
+                            server.address("/picture") + "'><p>" + std::string(1000, 'x') +
+                            "]]></description>"))));
+  const auto notes = ask();
+  EXPECT_TRUE(notes.contains("you have version 1.9.\n\nNe\u00fc\nTabs & zones\n")) << notes;
+  EXPECT_TRUE(notes.ends_with("xxx…") && notes.size() < 750) << notes;
+  EXPECT_EQ(server.requests.size(), 2u) << "nothing else is fetched";
   choose("Open Download Page");
   EXPECT_EQ(desktop.workspace().openedURLs(), (Strings{"https://x.org/get"}));
   desktop.workspace().refuseURLs();
@@ -308,7 +318,7 @@ TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
   updates->setAutomaticallyChecks(true);
   queue.run(0);
   EXPECT_EQ(ask(), "Pellow is up to date. Version 1.9 is the newest one.");
-  EXPECT_EQ(story, (Strings{"modal"}));
+  EXPECT_EQ(story, Strings{});
   EXPECT_EQ(server.requests.size(), 4u);
 }
 
@@ -329,12 +339,27 @@ TEST_F(FeedUpdatesTest, SayWhatWentWrong) {
                 problem + unread + "the answer is too large."},
            Case{"HTTP/1.1 302 Found\r\nLocation: " + server.address("/other") + "\r\n\r\n",
                 "Pellow is up to date. Version 1.9 is the newest one."},
+           Case{ok(feed(item("1.8") + item("1.9.0"))),
+                "Pellow is up to date. Version 1.9 is the newest one."},
        }) {
     server.answers["/feed"] = answer;
     EXPECT_EQ(ask(), sentence);
-    EXPECT_EQ(std::exchange(story, {}), (Strings{"modal"}));
     choose("OK");
+    // The schedule says nothing to the user.
+    now += 2 * day;
+    updates->setAutomaticallyChecks(true);
+    queue.run(0);
+    EXPECT_TRUE(until([&] { return queue.delays() == std::vector<Seconds>{day}; }));
+    EXPECT_EQ(told(), "");
+    EXPECT_EQ(story, Strings{});
+    const bool failed = sentence.starts_with(problem);
+    EXPECT_EQ(std::exchange(logged, {}),
+              failed ? Strings{sentence.substr(std::string_view(problem).size())} : Strings{});
   }
+
+  launch("http://127.0.0.1:1/feed");
+  EXPECT_TRUE(ask().starts_with(problem + std::string("Could not read http://127.0.0.1:1/feed: ")));
+  choose("OK");
 
   // What begins safely goes on so.
   auto trusting = QSslConfiguration::defaultConfiguration();

@@ -140,6 +140,7 @@ TEST_F(ProgramsTest, AreStartedAtLoginWhileTheUserWantsIt) {
   EXPECT_TRUE(written.starts_with("[Desktop Entry]\nType=Application\n")) << written;
   EXPECT_TRUE(written.contains(R"(
 Exec="/a \\"b\\" \\`c\\` \\$d 100%% \\\\e"
+TryExec=/a "b" `c` $d 100% \\e
 )")) << written;
 
   // As desktops switch it off, and on again.

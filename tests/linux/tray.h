@@ -50,6 +50,13 @@ class Tray {
     }
   }
 
+  // Another colour from now on.
+  void paint(std::uint32_t colour) {
+    xcb_change_window_attributes(raw(), window_, XCB_CW_BACK_PIXEL, &colour);
+    xcb_clear_area(raw(), 0, window_, 0, 0, 0, 0);
+    connection_->flush();
+  }
+
   WindowID docked() const { return docked_; }
 
  private:

@@ -76,6 +76,8 @@ TEST_F(X11DesktopTest, EachMonitorHasAWorkAreaOfItsOwn) {
   write("_GTK_WORKAREAS_D0");
   write("_NET_WORKAREA");
   EXPECT_TRUE(showFrames({{0, 0, 600, 770}, {600, 50, 640, 650}}));
+  EXPECT_EQ(x11->panels(), (std::vector<pellow::PixelRect>{
+                               {0, 0, 600, 30}, {600, 750, 680, 50}, {1240, 100, 40, 650}}));
 }
 
 TEST_F(X11DesktopTest, JunkOfOthersMovesNeitherScreensNorWindows) {

@@ -131,6 +131,8 @@ TEST_F(SystemShortcutsTest, GoByCharacterAndModifiers) {
 }
 
 TEST_F(SystemShortcutsTest, MayBeKnownToBeThereOnly) {
+  desktop.symbolicHotKeys().reserve(17, 0x100000, "Switch to workspace 1");
+  EXPECT_EQ(conflict({}, {17, "t", 0x100000}), "Switch to workspace 1");
   desktop.symbolicHotKeys().reserve(49, 0x100000);
   EXPECT_EQ(conflict({}), "a macOS shortcut");
   EXPECT_EQ(conflict({}, {49, "", 0x100000}), "a macOS shortcut") << "it goes by the key";

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <functional>
+#include <utility>
+#include <vector>
+
 #include "platform/status_bar.h"
 #include "platforms/linux/qt/window_hints.h"
+#include "platforms/linux/x11/pixel_rect.h"
 
 namespace pellow {
 
@@ -11,11 +16,16 @@ namespace pellow {
 // that is no error. Outlives its items.
 class QtStatusBar final : public StatusBar {
  public:
+  // `panels` answers which parts of the X screen panels have for themselves.
+  explicit QtStatusBar(std::function<std::vector<PixelRect>()> panels)
+      : panels_(std::move(panels)) {}
+
   std::unique_ptr<StatusItem> makeStatusItem() override;
 
  private:
   class QtStatusItem;
 
+  std::function<std::vector<PixelRect>()> panels_;
   WindowHints hints_;
 };
 

@@ -1,12 +1,13 @@
 #include "platforms/linux/qt/template_icon.h"
 
-#include <QGuiApplication>
 #include <QPainter>
-#include <QPalette>
-#include <QScreen>
+#include <QPixmap>
 #include <QWidget>
 #include <algorithm>
+#include <optional>
 
+#include "platforms/linux/qt/panel_tint.h"
+#include "platforms/linux/qt/screen_geometry.h"
 #include "platforms/linux/qt/symbol_pixmap.h"
 
 namespace pellow {
@@ -15,15 +16,13 @@ namespace {
 constexpr double badgeShare = 0.4;  // of the picture's side
 constexpr double gapShare = 0.07;   // around the badge
 
-// A panel has colours of its own. A tray shows our window in the middle of it, so the window's
-// corner, which the picture leaves free, shows the panel's colour.
-QColor colourOn(const QPaintDevice* device) {
+// A tray shows our window in the middle of its panel, so the window's corner, which the picture
+// leaves free, shows the panel's colour.
+std::optional<QColor> tintInTray(const QPaintDevice* device) {
   const auto* const window = dynamic_cast<const QWidget*>(device);
-  if (!window || !window->screen()) return QGuiApplication::palette().color(QPalette::WindowText);
-  const auto corner = window->mapToGlobal(QPoint(0, 0)) - window->screen()->geometry().topLeft();
-  const auto panel = window->screen()->grabWindow(0, corner.x(), corner.y(), 1, 1).toImage();
-  const bool isLight = !panel.isNull() && qGray(panel.pixel(0, 0)) > 140;
-  return isLight ? QColor(0x2e, 0x2e, 0x2e) : QColor(0xf2, 0xf2, 0xf2);
+  if (!window) return std::nullopt;
+  const auto corner = toPixels(QPointF(window->mapToGlobal(QPoint(0, 0)))).toPoint();
+  return tintOn({PixelRect{corner.x(), corner.y(), 1, 1}});
 }
 
 }  // namespace
@@ -51,11 +50,12 @@ void TemplateIcon::paint(QPainter* painter, const QRect& area, QIcon::Mode, QIco
   const int side = static_cast<int>(std::min(area.width(), area.height()) * scale);
   QRectF square(0, 0, side / scale, side / scale);
   square.moveCenter(QRectF(area).center());
-  painter->drawPixmap(square, draw(side, colourOn(painter->device())), QRectF(0, 0, side, side));
+  painter->drawPixmap(square, draw(side, tintInTray(painter->device()).value_or(colour_)),
+                      QRectF(0, 0, side, side));
 }
 
 QPixmap TemplateIcon::pixmap(const QSize& size, QIcon::Mode, QIcon::State) {
-  return draw(std::min(size.width(), size.height()), colourOn(nullptr));
+  return draw(std::min(size.width(), size.height()), colour_);
 }
 
 QList<QSize> TemplateIcon::availableSizes(QIcon::Mode, QIcon::State) {

@@ -24,13 +24,15 @@ TrayWatch::TrayWatch(std::function<void(Place)> onPlace)
     : onPlace_(std::move(onPlace)),
       manager_(internAtom(qtConnection(), "MANAGER")),
       traySelection_(internAtom(qtConnection(), "_NET_SYSTEM_TRAY_S0")),
-      hosts_(watcher, QDBusConnection::sessionBus(), QDBusServiceWatcher::WatchForRegistration) {
+      hosts_(watcher, QDBusConnection::sessionBus(), QDBusServiceWatcher::WatchForOwnerChange) {
   news_.setSingleShot(true);
   QObject::connect(&news_, &QTimer::timeout, &news_, [this] { look(); });
-  QObject::connect(&hosts_, &QDBusServiceWatcher::serviceRegistered, &news_,
+  QObject::connect(&hosts_, &QDBusServiceWatcher::serviceOwnerChanged, &news_,
                    [this] { news_.start(); });
-  QDBusConnection::sessionBus().connect(watcher, watcherPath, watcher,
-                                        "StatusNotifierHostRegistered", &news_, SLOT(start()));
+  for (const auto* const change :
+       {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"})
+    QDBusConnection::sessionBus().connect(watcher, watcherPath, watcher, change, &news_,
+                                          SLOT(start()));
   qApp->installNativeEventFilter(this);
   news_.start();
 }
@@ -50,7 +52,7 @@ bool TrayWatch::nativeEventFilter(const QByteArray&, void* message, qintptr*) {
 
 void TrayWatch::look() {
   const auto bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) return tell(false);
+  if (!bus.isConnected()) return hear(false);
   auto question = QDBusMessage::createMethodCall(watcher, watcherPath,
                                                  "org.freedesktop.DBus.Properties", "Get");
   question << watcher << "IsStatusNotifierHostRegistered";
@@ -59,15 +61,19 @@ void TrayWatch::look() {
   QObject::connect(call, &QDBusPendingCallWatcher::finished, &news_, [this, call] {
     call->deleteLater();
     const QDBusPendingReply<QDBusVariant> answer = *call;
-    tell(answer.isValid() && answer.value().variant().toBool());
+    hear(answer.isValid() && answer.value().variant().toBool());
   });
 }
 
-void TrayWatch::tell(bool hasHost) {
+bool TrayWatch::hasTray() const {
   const Reply<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
       qtConnection(), xcb_get_selection_owner(qtConnection(), traySelection_), nullptr));
-  const bool hasTray = reply && reply->owner != XCB_WINDOW_NONE;
-  const bool isNewTray = std::exchange(mayBeNewTray_, false) && hasTray;
+  return reply && reply->owner != XCB_WINDOW_NONE;
+}
+
+void TrayWatch::hear(bool hasHost) {
+  hasHost_ = hasHost;
+  const bool isNewTray = std::exchange(mayBeNewTray_, false) && hasTray();
   if (hasHost || isNewTray) onPlace_(isNewTray ? Place::tray : Place::host);
 }
 

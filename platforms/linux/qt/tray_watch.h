@@ -21,18 +21,23 @@ class TrayWatch final : public QAbstractNativeEventFilter {
   explicit TrayWatch(std::function<void(Place)> onPlace);
   ~TrayWatch() override;
 
+  // What there is now; a host is noticed a little later, and so is its end.
+  bool hasHost() const { return hasHost_; }
+  bool hasTray() const;
+
   bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
 
  private:
   void look();
-  void tell(bool hasHost);
+  void hear(bool hasHost);
 
   std::function<void(Place)> onPlace_;
   xcb_atom_t manager_;
   xcb_atom_t traySelection_;
   bool mayBeNewTray_ = true;  // its window may have the number of the one before
+  bool hasHost_ = false;
   QDBusServiceWatcher hosts_;
-  QTimer news_;  // started by what may make a place
+  QTimer news_;  // started by what may make or take a place
 };
 
 }  // namespace pellow

@@ -31,10 +31,11 @@ std::string entryFor(const fs::path& program) {
       "Name=Pellow\n"
       "Comment=Puts windows away and shows a tab for each\n"
       "Exec={}\n"
+      "TryExec={}\n"
       "Icon=pellow\n"
       "Terminal=false\n"
       "X-GNOME-Autostart-enabled=true\n",
-      execValue(program));
+      execValue(program), tryExecValue(program));
 }
 
 constexpr std::string_view overrulingEntry =

@@ -23,4 +23,16 @@ std::string execValue(const std::filesystem::path& program) {
   return quoted + '"';
 }
 
+std::string tryExecValue(const std::filesystem::path& program) {
+  std::string escaped;
+  for (const char character : program.native()) {
+    if (character == '\\') escaped += '\\';
+    if (character == '\n')
+      escaped += R"(\n)";
+    else
+      escaped += character;
+  }
+  return escaped;
+}
+
 }  // namespace pellow

@@ -16,4 +16,8 @@ inline IniGroup readDesktopFile(const std::filesystem::path& file) {
 // its path.
 std::string execValue(const std::filesystem::path& program);
 
+// The value of a "TryExec" key for it: a desktop leaves the entry out while there is no such
+// program.
+std::string tryExecValue(const std::filesystem::path& program);
+
 }  // namespace pellow

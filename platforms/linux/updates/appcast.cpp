@@ -93,6 +93,8 @@ void AppcastReader::readItem() {
       isForOthers |= !readText().empty();
     else if (reader_.name() == QLatin1String("link") && reader_.namespaceUri().isEmpty())
       item.page = readAddress();
+    else if (reader_.name() == QLatin1String("description") && reader_.namespaceUri().isEmpty())
+      item.notes = readText();
     else if (reader_.name() == QLatin1String("enclosure"))
       readEnclosure(item, file, isForOthers);
     else

@@ -13,6 +13,7 @@ namespace pellow {
 struct AppcastItem {
   std::string version;         // to compare
   std::string displayVersion;  // for people
+  std::string notes;           // what is new, most often as HTML; may be empty
   std::string page;            // where people get it; empty when nobody says, or of another kind
 
   bool operator==(const AppcastItem&) const = default;

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <QString>
+#include <QTextDocumentFragment>
 #include <algorithm>
 #include <utility>
 
@@ -14,6 +16,20 @@ namespace {
 constexpr std::string_view automaticKey = "SUEnableAutomaticChecks";
 constexpr std::string_view lastCheckKey = "SULastCheckTime";
 constexpr Seconds interval = 24 * 60 * 60;
+
+// The beginning of the notes as plain text, below a line that stands before it. An alert does not
+// scroll.
+std::string summary(const std::string& notes) {
+  constexpr std::size_t most = 16 * 1024;  // bytes that are looked at
+  constexpr int mostLines = 12;
+  constexpr int mostCharacters = 600;
+  auto text = QString::fromUtf8(notes.substr(0, most));
+  if (Qt::mightBeRichText(text)) text = QTextDocumentFragment::fromHtml(text).toPlainText();
+  text = text.remove(QChar::ObjectReplacementCharacter).trimmed();
+  auto beginning = text.section('\n', 0, mostLines - 1).left(mostCharacters).trimmed();
+  if (beginning.size() < text.size()) beginning += u'…';
+  return beginning.isEmpty() ? std::string() : "\n\n" + beginning.toStdString();
+}
 
 }  // namespace
 
@@ -100,11 +116,11 @@ void FeedUpdates::tellUser(const Found& found) {
 
 void FeedUpdates::offer(const AppcastItem& item) {
   if (delegate_.willShowUpdate) delegate_.willShowUpdate(true, item.displayVersion);
-  const Alert alert{.messageText = "A new version of Pellow is available.",
-                    .informativeText = fmt::format("Pellow {} is out; you have version {}.",
-                                                   item.displayVersion, build_.version),
-                    .buttons = item.page.empty()
-                                   ? std::vector<std::string>{"OK"}
+  const Alert alert{
+      .messageText = "A new version of Pellow is available.",
+      .informativeText = fmt::format("Pellow {} is out; you have version {}.{}",
+                                     item.displayVersion, build_.version, summary(item.notes)),
+      .buttons = item.page.empty() ? std::vector<std::string>{"OK"}
                                    : std::vector<std::string>{"Open Download Page", "Later"}};
   alert_ = around_.alerts.show(alert, [this, page = item.page](std::size_t button) {
     const bool wantsPage = button == 0 && !page.empty();
@@ -119,7 +135,6 @@ void FeedUpdates::openPage(const std::string& page) {
 }
 
 void FeedUpdates::show(std::string message, std::string information) {
-  if (delegate_.willShowModalAlert) delegate_.willShowModalAlert();
   const Alert alert{.messageText = std::move(message),
                     .informativeText = std::move(information),
                     .buttons = {"OK"}};

@@ -126,6 +126,16 @@ std::vector<std::uint8_t> KeyboardMap::xKeycodes(std::uint16_t keyCode) const {
   return found;
 }
 
+// A name may be the very sign that the key types.
+bool KeyboardMap::types(std::uint16_t keyCode, const std::string& xName) const {
+  const auto symbol = xkb_keysym_from_name(xName.c_str(), XKB_KEYSYM_CASE_INSENSITIVE);
+  const auto text = symbol == XKB_KEY_NoSymbol ? xName : std::string(textOf(symbol).data());
+  return !text.empty() && std::ranges::any_of(xKeycodes(keyCode), [&](std::uint8_t key) {
+    return std::ranges::any_of(keys_[key].texts,
+                               [&](const auto& texts) { return texts[0].data() == text; });
+  });
+}
+
 std::uint64_t KeyboardMap::modifierFlags(unsigned xModifiers) const {
   std::uint64_t flags = 0;
   if (xModifiers & XCB_MOD_MASK_SHIFT) flags |= modifier::shift;

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -28,6 +29,10 @@ class KeyboardMap {
   std::string_view characters(std::uint8_t xKeycode, unsigned layout, bool shift) const {
     return keys_[xKeycode].texts[layout % layouts][shift].data();
   }
+
+  // Whether a key at the place of a virtual key code types, in one of the layouts and without
+  // modifiers, what a key does that X calls by this name, in any case: "t", "F1", "Page_Up".
+  bool types(std::uint16_t keyCode, const std::string& xName) const;
 
   // The keys at the place of a virtual key code; there may be several.
   std::vector<std::uint8_t> xKeycodes(std::uint16_t keyCode) const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 namespace pellow {
@@ -49,6 +50,14 @@ struct PixelRect {
     const int top = std::max(y, other.y);
     return {left, top, std::max(std::min(maxX(), other.maxX()) - left, 0),
             std::max(std::min(maxY(), other.maxY()) - top, 0)};
+  }
+
+  // What lies above, below, left and right of a part of it.
+  std::array<PixelRect, 4> around(const PixelRect& part) const {
+    return {{{x, y, width, part.y - y},
+             {x, part.maxY(), width, maxY() - part.maxY()},
+             {x, part.y, part.x - x, part.height},
+             {part.maxX(), part.y, maxX() - part.maxX(), part.height}}};
   }
 };
 

@@ -95,7 +95,10 @@ struct X11Desktop::Parts {
         keyboard(*server, std::move(keyboardConnection)),
         eventMonitors(*server, *events, keyboard, grabs, pollSet.number(),
                       std::move(hooks.ownWindowHasKeyboard)),
-        symbolicHotKeys(keyboard, grabs) {}
+        symbolicHotKeys(keyboard, grabs, [this, shortcuts = std::move(hooks.shortcuts)] {
+          return shortcuts ? shortcuts(server->windowManager().name)
+                           : std::vector<DesktopShortcut>();
+        }) {}
 
   void handle(const xcb_generic_event_t& event);
   void handleRootProperty(xcb_atom_t property);
@@ -173,6 +176,14 @@ Workspace& X11Desktop::workspace() { return parts_->workspace; }
 Screens& X11Desktop::screens() { return parts_->screens; }
 EventMonitors& X11Desktop::eventMonitors() { return parts_->eventMonitors; }
 SymbolicHotKeys& X11Desktop::symbolicHotKeys() { return parts_->symbolicHotKeys; }
+
+std::vector<PixelRect> X11Desktop::panels() const {
+  std::vector<PixelRect> panels;
+  for (const auto& [id, frame, visible] : parts_->server->layout().monitors)
+    std::ranges::copy_if(frame.around(visible), std::back_inserter(panels),
+                         [](const PixelRect& part) { return part.area() > 0; });
+  return panels;
+}
 
 bool X11Desktop::stretchesDocks() const { return parts_->server->windowManager().stretchesDocks; }
 

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "base/log.h"
 #include "platform/accessibility.h"
@@ -17,6 +19,7 @@
 #include "platform/symbolic_hot_keys.h"
 #include "platform/system_error.h"
 #include "platform/workspace.h"
+#include "platforms/linux/x11/desktop_shortcut.h"
 #include "platforms/linux/x11/pixel_rect.h"
 
 namespace pellow {
@@ -33,6 +36,8 @@ class X11Desktop {
     std::function<std::optional<Image>(const std::string& iconName)> loadIcon;
     // Whether a window of this process has the keyboard; `focus` is the one that has it for X.
     std::function<bool(std::uint32_t focus)> ownWindowHasKeyboard;
+    // The shortcuts in the settings of the desktop, with a window manager of this name.
+    std::function<std::vector<DesktopShortcut>(std::string_view windowManager)> shortcuts;
   };
 
   // Returns once a window manager that `open` accepts runs on the display, or after `patience`: a
@@ -54,6 +59,9 @@ class X11Desktop {
   Screens& screens();
   EventMonitors& eventMonitors();
   SymbolicHotKeys& symbolicHotKeys();
+
+  // The parts of the X screen that panels have for themselves.
+  std::vector<PixelRect> panels() const;
 
   // Whether the window manager makes a bar, as wide as a monitor, of each dock.
   bool stretchesDocks() const;

@@ -4,6 +4,12 @@
 
 namespace pellow {
 
+std::optional<std::string> X11SymbolicHotKeys::reservedBy(std::uint16_t keyCode,
+                                                          std::uint64_t modifierFlags) const {
+  if (!isReserved(keyCode, modifierFlags)) return std::nullopt;
+  return feature(keyCode, modifierFlags);
+}
+
 // To X, Num Lock is a modifier like any other, and on many keyboards it is always on. So is Caps
 // Lock, but mutter reserves combinations with it that it does not mean.
 bool X11SymbolicHotKeys::isReserved(std::uint16_t keyCode, std::uint64_t modifierFlags) const {
@@ -13,6 +19,16 @@ bool X11SymbolicHotKeys::isReserved(std::uint16_t keyCode, std::uint64_t modifie
   return std::ranges::any_of(map->xKeycodes(keyCode), [&](std::uint8_t keycode) {
     return grabs_.isReserved(keycode, modifiers);
   });
+}
+
+// A long one says nothing to people.
+std::string X11SymbolicHotKeys::feature(std::uint16_t keyCode, std::uint64_t modifierFlags) const {
+  constexpr std::size_t longest = 80;  // bytes
+  const auto map = keyboard_.map();
+  for (const auto& shortcut : settings_())
+    if (shortcut.modifierFlags == modifierFlags && map->types(keyCode, shortcut.key))
+      return shortcut.feature.size() <= longest ? shortcut.feature : "";
+  return {};
 }
 
 }  // namespace pellow

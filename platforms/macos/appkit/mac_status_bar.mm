@@ -103,6 +103,9 @@ class MacStatusBar::MacStatusItem final : public StatusItem {
 
   void setMenu(std::function<Menu()> menu) override { [filler_ setProvider:std::move(menu)]; }
 
+  // The menu bar is always there; whether it has room, nobody tells.
+  bool isShown() const override { return true; }
+
  private:
   NSStatusItem* const item_ =
       [NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength];

@@ -10,7 +10,9 @@ class MacSymbolicHotKeys final : public SymbolicHotKeys {
  public:
   std::vector<SymbolicHotKey> all() const override;
   // Nobody can be asked.
-  bool isReserved(std::uint16_t, std::uint64_t) const override { return false; }
+  std::optional<std::string> reservedBy(std::uint16_t, std::uint64_t) const override {
+    return std::nullopt;
+  }
 };
 
 }  // namespace pellow

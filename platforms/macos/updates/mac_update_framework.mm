@@ -48,7 +48,6 @@ static void letQuitBesideModalWindow() {
 - (void)standardUserDriverWillShowModalAlert {
   foreground->take();
   letQuitBesideModalWindow();
-  if (const auto call = handlers.willShowModalAlert) call();
 }
 
 // What it shows may still be there.
