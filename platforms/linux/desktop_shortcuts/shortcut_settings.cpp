@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "base/unicode.h"
 #include "platforms/linux/desktop_shortcuts/accelerator.h"
 #include "platforms/linux/system/ini_file.h"
 
