@@ -15,6 +15,7 @@
 
 #include "platforms/linux/qt/display_text.h"
 #include "platforms/linux/qt/key_guard.h"
+#include "platforms/linux/qt/program_icon.h"
 
 namespace pellow {
 namespace {
@@ -48,6 +49,7 @@ QLabel* makeIcon(AlertStyle style, QWidget* parent) {
 std::unique_ptr<QDialog> makeDialog(const Alert& alert) {
   auto dialog = std::make_unique<QDialog>();
   dialog->setWindowTitle("Pellow");
+  dialog->setWindowIcon(programIcon());
   dialog->setAttribute(Qt::WA_QuitOnClose, false);
   auto* const rows = new QGridLayout(dialog.get());
   rows->setContentsMargins(20, 20, 20, 16);

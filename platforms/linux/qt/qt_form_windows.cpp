@@ -10,6 +10,7 @@
 
 #include "platforms/linux/qt/display_text.h"
 #include "platforms/linux/qt/form_pane.h"
+#include "platforms/linux/qt/program_icon.h"
 
 namespace pellow {
 namespace {
@@ -43,6 +44,7 @@ class FormView final : public QWidget {
 FormView::FormView(const QString& title, std::function<void()> onClosed)
     : tabs_(new QTabWidget), onClosed_(std::move(onClosed)) {
   setWindowTitle(title);
+  setWindowIcon(programIcon());
   setAttribute(Qt::WA_QuitOnClose, false);
   auto text = font();
   text.setPixelSize(textPixelSize);
