@@ -7,8 +7,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -16,6 +14,8 @@
 #include <thread>
 #include <vector>
 
+#include "bench/bench_desktop.h"
+#include "bench/stopwatch.h"
 #include "tests/harness/desktop_session.h"
 #include "tests/harness/pellow_program.h"
 #include "tests/harness/test_client.h"
@@ -81,11 +81,11 @@ class Desk {
   }
 
   void turn(Times& times) {
-    const double before = processorTime();
+    const double before = processorTime(pellow_->process());
     times.away.push_back(timeUntilAll("the windows are away", [&] { press('a'); }, &Desk::isAway));
     // The last window is away before its tab stands and its flight has ended.
     std::this_thread::sleep_for(std::chrono::milliseconds(700));
-    times.own.push_back(processorTime() - before);
+    times.own.push_back(processorTime(pellow_->process()) - before);
     times.back.push_back(timeUntilAll("the windows are back", [&] { press('r'); }, &Desk::isBack));
     std::this_thread::sleep_for(std::chrono::milliseconds(700));
     times.scripted.push_back(
@@ -152,19 +152,6 @@ class Desk {
       move(frames[index], windows_[index].home.x, windows_[index].home.y);
     sync();
     return std::chrono::duration<double, std::milli>(end - start).count();
-  }
-
-  // Of Pellow since its start, in milliseconds.
-  double processorTime() const {
-    double nanoseconds = 0;
-    const auto threads =
-        std::filesystem::path("/proc") / std::to_string(pellow_->process().pid()) / "task";
-    for (const auto& thread : std::filesystem::directory_iterator(threads)) {
-      double ofThread = 0;
-      std::ifstream(thread.path() / "schedstat") >> ofThread;
-      nanoseconds += ofThread;
-    }
-    return nanoseconds / 1e6;
   }
 
   // Looks at one window at a time, until it is where it should be: watching all of them all the

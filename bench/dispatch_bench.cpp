@@ -58,6 +58,9 @@ class Keyboard final : public EventMonitors {
   std::optional<Subscription> addLocalPointerMoved(std::function<void()>) override {
     return std::nullopt;
   }
+  std::optional<Subscription> addGlobalMouseDown(std::function<void()>) override {
+    return std::nullopt;
+  }
   AppKitPoint pointerLocation() const override { return {}; }
 
   std::function<void(const KeyEvent&)> press;

@@ -104,6 +104,7 @@ class DesktopSession {
   // Kills the window manager and starts it again.
   void restartWindowManager();
   ChildProcess& windowManager() { return *windowManager_; }
+  ChildProcess& server() { return *server_; }
   WindowID root() const { return root_; }
 
   // Kills the server in the middle of everything; ask nothing of this desktop afterwards.

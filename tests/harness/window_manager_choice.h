@@ -71,6 +71,21 @@ inline Manager managerNamed(const std::string& name) {
   return found->second;
 }
 
+// Its user's settings, in a file below the home folder, which is only created with the desktop;
+// none if that has no name.
+inline Command withSettings(const Command& command, const std::string& file,
+                            const std::string& contents) {
+  Command result{"env", "GSETTINGS_BACKEND=keyfile"};
+  if (!file.empty())
+    result.insert(result.end(), {"sh", "-c",
+                                 R"(cd "$HOME" && mkdir -p "${0%/*}" && echo "$1" >"$0" &&)"
+                                 R"( shift && exec "$@")",
+                                 file, contents});
+  for (const auto& word : command)
+    if (word != "GSETTINGS_BACKEND=memory") result.push_back(word);
+  return result;
+}
+
 // The one that PELLOW_WINDOW_MANAGER names, openbox by default.
 inline std::string chosenManagerName() {
   const auto* name = std::getenv("PELLOW_WINDOW_MANAGER");

@@ -18,6 +18,7 @@ enum class TitleButton { minimize, maximize, close, shade, stick, menu };
 struct ButtonLayout {
   std::vector<TitleButton> left;
   std::vector<TitleButton> right;
+  bool isThemed = false;  // the buttons may be anywhere else than in the usual theme
 
   bool operator==(const ButtonLayout&) const = default;
 

@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <ranges>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "platforms/linux/system/ini_file.h"
@@ -22,6 +25,7 @@ struct Bar {
   xcb_window_t client;
   PixelRect area;  // without the edges of the frame
   XProperty actions;
+  bool canBeMaximized;
   Deadline deadline;
 
   // Whether the window has a use for a button, and the title bar therefore shows it.
@@ -31,8 +35,7 @@ struct Bar {
       case TitleButton::minimize:
         return actions.contains(atoms.netWMActionMinimize);
       case TitleButton::maximize:
-        return actions.contains(atoms.netWMActionMaximizeHorz) ||
-               actions.contains(atoms.netWMActionMaximizeVert);
+        return canBeMaximized;
       case TitleButton::close:
         return actions.contains(atoms.netWMActionClose);
       case TitleButton::shade:
@@ -190,13 +193,28 @@ ButtonLayout marcoLayout(X11Server&, Deadline deadline) {
                                      .value_or("menu:minimize,maximize,close"));
 }
 
-ButtonLayout gtkLayout(X11Server& server, Deadline deadline) {
+// As the desktop announces it to GTK applications or, if it does not, as the user's file says.
+std::string gtkSetting(X11Server& server, std::string_view announced, std::string_view key,
+                       std::string_view otherwise, Deadline deadline) {
+  if (auto text = announcedText(server, announced, deadline)) return *std::move(text);
   const auto file = configurationFolder() / "gtk-3.0" / "settings.ini";
-  auto text = announcedText(server, "Gtk/DecorationLayout", deadline);
-  if (!text)
-    text = value(readIniGroup(file, "Settings"), "gtk-decoration-layout",
-                 "menu:minimize,maximize,close");
-  auto layout = ButtonLayout::fromNames(*text);
+  return std::string(value(readIniGroup(file, "Settings"), std::string(key), otherwise));
+}
+
+bool hasOtherTheme(X11Server& server, Deadline deadline) {
+  const auto theme = gtkSetting(server, "Net/ThemeName", "gtk-theme-name", "Adwaita", deadline);
+  const auto hasStyleSheet = [](const char* folder) {
+    std::error_code error;
+    return std::filesystem::exists(configurationFolder() / folder / "gtk.css", error);
+  };
+  return !theme.starts_with("Adwaita") || hasStyleSheet("gtk-3.0") || hasStyleSheet("gtk-4.0");
+}
+
+ButtonLayout gtkLayout(X11Server& server, Deadline deadline) {
+  const auto text = gtkSetting(server, "Gtk/DecorationLayout", "gtk-decoration-layout",
+                               "menu:minimize,maximize,close", deadline);
+  auto layout = ButtonLayout::fromNames(text);
+  layout.isThemed = hasOtherTheme(server, deadline);
   // Its menu button is for the application's menu, which hardly any application has.
   std::erase(layout.left, TitleButton::menu);
   std::erase(layout.right, TitleButton::menu);
@@ -221,7 +239,7 @@ struct TitleBarStyle {
 
 namespace {
 
-constexpr TitleBarStyle headerBar{TitleBarKind::unknown, gtkLayout, nullptr, 0.87};
+constexpr TitleBarStyle headerBar{TitleBarKind::unknown, gtkLayout, nullptr};
 constexpr int headerBarHeight = 46;  // points
 constexpr int headerBarEdge = 4;     // points, where it is drawn without a shadow
 
@@ -251,6 +269,21 @@ std::optional<PixelRect> paintedAt(const PixelRect& bar, const ButtonPlace& plac
   return button;
 }
 
+// Where a button is in the usual theme, be it GTK 3's, GTK 4's or libadwaita's.
+//
+//     GTK         │ 17 17  6  17 17  6  17 17  6 ┃   points; between the buttons 6, or 3
+//     libadwaita     │ 17 17 3 17 17 3 17 17  6  ┃
+//     both           └─────┘  └──────┘ └─────┘
+PixelRect usuallyAt(const PixelRect& bar, const ButtonPlace& place, double scale) {
+  const double height = 34 * scale;
+  const double width = height - 3 * place.number * scale;
+  const double fromSide = (23 + 38.5 * place.number) * scale;
+  const double middle = place.isLeft ? bar.x + fromSide : bar.maxX() - fromSide;
+  return {static_cast<int>(std::lround(middle - width / 2)),
+          static_cast<int>(std::lround(bar.y + (bar.height - height) / 2)),
+          static_cast<int>(std::lround(width)), static_cast<int>(std::lround(height))};
+}
+
 // Between the edges of the frame, above the client.
 PixelRect titleArea(const WindowFacts& window) {
   const auto& content = window.content;
@@ -276,6 +309,20 @@ std::optional<PixelRect> toldAt(const HeaderBars::Buttons& told, const Bar& bar,
   return buttons[static_cast<std::size_t>(place.number)];
 }
 
+// GTK gives dialogs no minimize button, and hides header bars of full-screen windows.
+bool showsButtons(const WindowFacts& window) {
+  return window.kind == WindowKind::standard && !window.state.fullScreen;
+}
+
+bool isResizable(const XProperty& sizes) {
+  constexpr std::uint32_t hasLimits = 16 | 32;  // a least size and a largest one
+  constexpr std::size_t least = 5;
+  constexpr std::size_t largest = 7;
+  const auto words = sizes.words();
+  if (words.size() < largest + 2 || (words[0] & hasLimits) != hasLimits) return true;
+  return words[least] != words[largest] || words[least + 1] != words[largest + 1];
+}
+
 // GTK leaves these marks on windows, and asks for no decoration for those with a header bar.
 bool hasHeaderBar(const XProperty& hints, const XProperty& variant, bool hasShadow) {
   constexpr std::uint32_t saysDecorations = 2;
@@ -289,24 +336,34 @@ bool hasHeaderBar(const XProperty& hints, const XProperty& variant, bool hasShad
 std::optional<PixelRect> TitleBars::minimizeButton(xcb_window_t client, Deadline deadline) {
   auto& connection = server_.connection();
   const auto& atoms = server_.atoms();
-  WindowLook pendingLook(server_, connection, client, Facet::frame | Facet::state);
+  WindowLook pendingLook(server_, connection, client, Facet::frame | Facet::state | Facet::kind);
   auto pendingActions = connection.property(client, atoms.netWMAllowedActions);
   auto pendingHints = connection.property(client, atoms.motifWMHints);
   auto pendingVariant = connection.property(client, atoms.gtkThemeVariant);
   auto pendingShadow = connection.property(client, atoms.gtkFrameExtents);
+  auto pendingApplication = connection.property(client, atoms.gtkApplicationId);
+  auto pendingSizes = connection.property(client, XCB_ATOM_WM_NORMAL_HINTS);
   const auto window = pendingLook.collect(deadline);
   const auto actions = pendingActions.collect(deadline);
   const auto hints = pendingHints.collect(deadline);
   const auto variant = pendingVariant.collect(deadline);
   const auto shadow = pendingShadow.collect(deadline);
-  if (!window || !actions || !hints || !variant || !shadow) return std::nullopt;
+  const auto application = pendingApplication.collect(deadline);
+  const auto sizes = pendingSizes.collect(deadline);
+  if (!window || !actions || !hints || !variant || !shadow || !application || !sizes)
+    return std::nullopt;
 
   const bool isDecorated = window->outerCorner.y < window->content.y;
-  if (!isDecorated && !hasHeaderBar(*hints, *variant, shadow->exists())) return std::nullopt;
+  if (!isDecorated && !(hasHeaderBar(*hints, *variant, shadow->exists()) && showsButtons(*window)))
+    return std::nullopt;
   const auto area = isDecorated ? titleArea(*window)
                                 : headerBarArea(*window, shadow->exists(), server_.layout().scale);
   const auto& style = isDecorated ? styleOf(server_.windowManager().titleBar) : headerBar;
-  const Bar bar{server_, client, area, *actions, deadline};
+  // The window manager may find a window too large to be maximized, but GTK does not.
+  const bool canBeMaximized = isDecorated ? actions->contains(atoms.netWMActionMaximizeHorz) ||
+                                                actions->contains(atoms.netWMActionMaximizeVert)
+                                          : isResizable(*sizes);
+  const Bar bar{server_, client, area, *actions, canBeMaximized, deadline};
   if (!bar.shows(TitleButton::minimize)) return std::nullopt;
   const auto layout = layoutOf(style, deadline);
   if (style.buttonWindow) {
@@ -317,8 +374,11 @@ std::optional<PixelRect> TitleBars::minimizeButton(xcb_window_t client, Deadline
   }
   const auto place = bar.minimizePlace(layout);
   if (!place) return std::nullopt;
-  const auto told = isDecorated ? std::nullopt : headerBars_.buttons(*window, deadline);
-  return told ? toldAt(*told, bar, layout, *place) : paintedAt(area, *place, style.pitch);
+  if (isDecorated) return paintedAt(area, *place, style.pitch);
+  if (const auto told = headerBars_.buttons(*window, deadline))
+    return toldAt(*told, bar, layout, *place);
+  if (layout.isThemed || !application->exists()) return std::nullopt;
+  return usuallyAt(area, *place, server_.layout().scale);
 }
 
 ButtonLayout TitleBars::layoutOf(const TitleBarStyle& style, Deadline deadline) {

@@ -23,7 +23,9 @@ struct TitleBarStyle;
 //   all others                the settings, or the default one; its middle is right, while its
 //                             edges vary by some pixels with the theme
 //   GTK header bars           where the application says its buttons are, told apart by the layout;
-//                             painted ones with the height of the usual theme where it says nothing
+//                             where it says nothing, those of the usual theme in the windows of GTK
+//                             applications, and none in others: Chromium, Electron and Firefox put
+//                             theirs where nobody can tell
 //
 // Any thread. Rereads settings after some seconds; never waits past the deadline.
 class TitleBars {

@@ -16,6 +16,7 @@ struct Name {
 constexpr std::array names{
     Name{&X11Atoms::atSpiBus, "AT_SPI_BUS"},
     Name{&X11Atoms::gtkFrameExtents, "_GTK_FRAME_EXTENTS"},
+    Name{&X11Atoms::gtkApplicationId, "_GTK_APPLICATION_ID"},
     Name{&X11Atoms::gtkThemeVariant, "_GTK_THEME_VARIANT"},
     Name{&X11Atoms::motifWMHints, "_MOTIF_WM_HINTS"},
     Name{&X11Atoms::netActiveWindow, "_NET_ACTIVE_WINDOW"},

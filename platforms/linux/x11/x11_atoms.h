@@ -10,6 +10,7 @@ namespace pellow {
 struct X11Atoms {
   xcb_atom_t atSpiBus = 0;
   xcb_atom_t gtkFrameExtents = 0;
+  xcb_atom_t gtkApplicationId = 0;
   xcb_atom_t gtkThemeVariant = 0;
   xcb_atom_t motifWMHints = 0;
   xcb_atom_t netActiveWindow = 0;

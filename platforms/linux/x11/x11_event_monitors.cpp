@@ -12,7 +12,7 @@ namespace pellow {
 
 namespace {
 
-constexpr long gatheringTime = 10'000'000;  // nanoseconds
+constexpr long gatheringTime = 50'000'000;  // nanoseconds
 constexpr xcb_xkb_device_spec_t coreKeyboard = XCB_XKB_ID_USE_CORE_KBD;
 
 std::optional<std::uint8_t> findInputExtension(X11Connection& connection) {
@@ -114,7 +114,8 @@ std::optional<Subscription> X11EventMonitors::addGlobalMouseDown(std::function<v
 
 bool X11EventMonitors::listen() {
   const bool keys = !global_.isEmpty();
-  const bool movements = !globalMoved_.isEmpty() || !localMoved_.isEmpty();
+  const bool movements =
+      !areMovementsGathered_ && !(globalMoved_.isEmpty() && localMoved_.isEmpty());
   const bool buttons = !globalMouseDown_.isEmpty();
   struct {
     xcb_input_event_mask_t head;
@@ -248,6 +249,7 @@ void X11EventMonitors::gatherMovements() {
     return;
   }
   if (std::exchange(areMovementsGathered_, true)) return;
+  listen();
   const itimerspec once{.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = gatheringTime}};
   timerfd_settime(movementTimer_.number(), 0, &once, nullptr);
 }
@@ -258,9 +260,12 @@ void X11EventMonitors::tellOfMovements() {
     areMovementsToBeTold_ = true;
   if (!areMovementsToBeTold_) return;
   const Deadline deadline = server_.patience();
-  const bool isOwn = server_.answers() && isOwnWindowBelowPointer(deadline);
-  if (deadline.hasMetSilence()) return;
-  areMovementsToBeTold_ = areMovementsGathered_ = false;
+  // What moves from here on is heard of, and what has moved before is where the pointer is.
+  areMovementsGathered_ = false;
+  const bool isOwn = server_.answers() && listen() && isOwnWindowBelowPointer(deadline);
+  areMovementsGathered_ = deadline.hasMetSilence();
+  if (areMovementsGathered_) return;
+  areMovementsToBeTold_ = false;
   const auto& handlers = isOwn ? localMoved_ : globalMoved_;
   handlers.notify();
 }

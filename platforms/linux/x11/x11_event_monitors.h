@@ -16,8 +16,10 @@ namespace pellow {
 // Key presses for other applications come from raw events of XInput 2, which every client may hear
 // and none can swallow; those that somebody has grabbed with the whole keyboard are left out. Those
 // for windows of this process come from whoever receives the events of these windows. A key that is
-// held down is one press. Pointer movements, gathered for a moment, and buttons are raw events too,
-// told apart by whose window is below the pointer then. Listens to nothing while nobody monitors.
+// held down is one press. Pointer movements and buttons are raw events too, told
+// apart by whose window is below the pointer then. After a movement others are not listened to for
+// a moment, at the end of which the pointer's place tells of them all: a mouse sends a thousand a
+// second. Listens to nothing while nobody monitors.
 class X11EventMonitors : public EventMonitors {
  public:
   // Whether a window of this process has the keyboard; `focus` is the one that has it for X.
