@@ -26,6 +26,7 @@ using KeySym = std::uint32_t;    // for a letter its lower-case ASCII code
 namespace key {
 inline constexpr KeySym returnKey = 0xff0d;
 inline constexpr KeySym escape = 0xff1b;
+inline constexpr KeySym up = 0xff52;
 inline constexpr KeySym down = 0xff54;
 inline constexpr KeySym f4 = 0xffc1;
 inline constexpr KeySym shift = 0xffe1;
