@@ -27,6 +27,7 @@ namespace key {
 inline constexpr KeySym tab = 0xff09;
 inline constexpr KeySym returnKey = 0xff0d;
 inline constexpr KeySym escape = 0xff1b;
+inline constexpr KeySym up = 0xff52;
 inline constexpr KeySym down = 0xff54;
 inline constexpr KeySym f4 = 0xffc1;
 inline constexpr KeySym shift = 0xffe1;

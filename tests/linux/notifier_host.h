@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
@@ -48,6 +49,24 @@ class NotifierHost final : public QDBusVirtualObject {
                : answer.arguments().constFirst().value<QDBusVariant>().variant();
   }
 
+  // The menu of an item as a host would show it, one line an item: "✓ Title", "Title (disabled)";
+  // reads it anew. `choose` presses the item of that title.
+  std::vector<std::string> menu(const QString& item) {
+    entries_.clear();
+    callMenu(item, "AboutToShow", {0});
+    const auto answer = callMenu(item, "GetLayout", {0, -1, QStringList()});
+    if (answer.arguments().size() == 2) readLayout(answer.arguments()[1].value<QDBusArgument>());
+    std::vector<std::string> lines;
+    for (const auto& entry : entries_) lines.push_back(entry.line);
+    return lines;
+  }
+  void choose(const QString& item, const std::string& line) {
+    menu(item);
+    for (const auto& entry : entries_)
+      if (entry.line == line)
+        callMenu(item, "Event", {entry.id, "clicked", QVariant::fromValue(QDBusVariant(0)), 0U});
+  }
+
   // Qt believes only in what it finds here.
   QString introspect(const QString&) const override {
     return QString(
@@ -66,6 +85,38 @@ class NotifierHost final : public QDBusVirtualObject {
   }
 
  private:
+  struct Entry {
+    int id = 0;
+    std::string line;
+  };
+
+  QDBusMessage callMenu(const QString& item, const char* member, const QVariantList& arguments) {
+    auto call = QDBusMessage::createMethodCall(item, "/MenuBar", "com.canonical.dbusmenu", member);
+    call.setArguments(arguments);
+    return bus_.call(call);
+  }
+
+  // A number, properties, and the same of each child.
+  void readLayout(const QDBusArgument& layout) {
+    int id = 0;
+    QVariantMap properties;
+    layout.beginStructure();
+    layout >> id >> properties;
+    if (const auto label = properties["label"].toString(); !label.isEmpty())
+      entries_.push_back(
+          {id, (properties["toggle-state"].toInt() == 1 ? "✓ " : "") +
+                   QString(label).remove('_').toStdString() +
+                   (properties.value("enabled", true).toBool() ? "" : " (disabled)")});
+    layout.beginArray();
+    while (!layout.atEnd()) {
+      QDBusVariant child;
+      layout >> child;
+      readLayout(child.variant().value<QDBusArgument>());
+    }
+    layout.endArray();
+    layout.endStructure();
+  }
+
   static constexpr auto service = "org.kde.StatusNotifierWatcher";
   static constexpr auto path = "/StatusNotifierWatcher";
 
@@ -73,6 +124,7 @@ class NotifierHost final : public QDBusVirtualObject {
   bool hasHost_ = false;
   bool wasAsked_ = false;
   std::vector<QString> items_;
+  std::vector<Entry> entries_;
 };
 
 }  // namespace pellow::desktop

@@ -86,6 +86,15 @@ void PanelCanvas::setTranslucent(bool translucent) {
   shape();
 }
 
+// Qt closes every menu when another window shows, unless that is a tool. To the window system, for
+// which a tool is something else, it is none: its window has been made before.
+void PanelCanvas::showBesideMenus() {
+  const auto flags = windowFlags();
+  overrideWindowFlags((flags & ~Qt::WindowType_Mask) | Qt::Tool);
+  show();
+  overrideWindowFlags(flags);
+}
+
 // In points the widget has the same size and mask, so it would leave those of its window alone.
 void PanelCanvas::placeAnew(const QRect& geometry) {
   setGeometry(geometry);

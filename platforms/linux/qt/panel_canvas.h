@@ -34,6 +34,9 @@ class PanelCanvas final : public QWidget {
   // Whether the windows below may shine through.
   void setTranslucent(bool translucent);
 
+  // Leaves a menu that is open alone. The window of this has been made before.
+  void showBesideMenus();
+
   // A point has another number of pixels now.
   void placeAnew(const QRect& geometry);
 

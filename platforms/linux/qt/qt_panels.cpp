@@ -78,7 +78,7 @@ class QtPanels::QtPanel final : public Panel {
     panels_.hints_.prepareForMapping(window(), level_);
     panels_.hints_.setManaged(window(),
                               !canvas_->ignoresMouseEvents() && !panels_.around_.stretchesDocks());
-    canvas_->show();
+    canvas_->showBesideMenus();
     canvas_->raise();
   }
 
