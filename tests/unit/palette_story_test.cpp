@@ -51,11 +51,11 @@ class PaletteStory : public Story {
     desktop.pointer().click(row(title));
     desktop.runUntilQuiet();
   }
-  std::ptrdiff_t hitTests() const {
-    return std::ranges::count_if(desktop.history(), [](const std::string& call) {
-      return call.contains("elementAtPosition");
-    });
+  std::ptrdiff_t calls(const std::string& of) const {
+    return std::ranges::count_if(desktop.history(),
+                                 [&](const std::string& call) { return call.contains(of); });
   }
+  std::ptrdiff_t hitTests() const { return calls("elementAtPosition"); }
   std::vector<TabZone> storeZones(const Titles& names) {
     std::vector<TabZone> zones;
     for (const auto& name : names)
@@ -76,7 +76,14 @@ TEST_F(PaletteStory, ThePointerHasToRestOnTheButton) {
   rest(below(list, 60), 1);
   EXPECT_FALSE(isShown());
 
-  rest(button, dwell - soon);
+  // About on the button counts as resting, and once off it nobody asks any more.
+  rest({button.x - 4, button.y}, 0.1);
+  rest({20, 20}, 0.06);
+  const auto off = hitTests();
+  desktop.run(1);
+  EXPECT_EQ(hitTests(), off);
+  rest({button.x - 4, button.y}, 0.1);
+  rest(button, dwell - 0.1 - soon);
   EXPECT_FALSE(isShown());
   desktop.run(2 * soon);
   EXPECT_TRUE(isShown());
@@ -111,11 +118,19 @@ TEST_F(PaletteStory, AnotherButtonHasToBeRestedOnToo) {
   other.raise();
   list.moveTo({460, 120});
   launch();
+  rest(list.minimizeButton() + AppKitVector{-4, 0}, 0.22);
+  rest(list.minimizeButton(), 0.02);
+  rest(other.minimizeButton(), 1);
+  EXPECT_FALSE(isShown()) << "it comes there too soon after the last look to be looked at";
+  rest({20, 20}, 1);
   show(other);
   const auto frame = palette().frame();
   rest(list.minimizeButton(), 0.1);
-  rest(other.minimizeButton(), 1);
+  rest(other.minimizeButton(), 0.06);
+  const auto back = hitTests();
+  desktop.run(1);
   EXPECT_EQ(palette().frame(), frame) << "it did not rest on the other one";
+  EXPECT_EQ(hitTests(), back);
   rest(list.minimizeButton(), dwell + soon);
   EXPECT_NE(palette().frame(), frame);
   choose("Pellow Window");
@@ -134,19 +149,33 @@ TEST_F(PaletteStory, AGapThatIsLeftSidewaysHidesIt) {
 }
 
 TEST_F(PaletteStory, AClickElsewhereAndThatWindowsTabHideItAtOnce) {
+  other.moveTo({home.minX() + 40, home.minY() + 40});
+  other.raise();
   launch();
-  for (const bool secondary : {false, true}) {
-    show(list);
-    const AppKitPoint elsewhere{palette().frame().minX() + 1, palette().frame().maxY() + 2};
-    if (secondary)
-      desktop.pointer().secondaryClick(elsewhere);
-    else
-      desktop.pointer().press(elsewhere);
+  const auto dismiss = [&](bool secondary) {
+    const AppKitPoint gap{palette().frame().minX() + 1, palette().frame().maxY() + 2};
+    secondary ? desktop.pointer().secondaryClick(gap) : desktop.pointer().press(gap);
     desktop.run(soon);
     EXPECT_FALSE(isShown());
     desktop.pointer().release();
+  };
+  for (const bool secondary : {false, true}) {
+    show(list);
+    dismiss(secondary);
+    rest(list.minimizeButton() + AppKitVector{3, 0}, dwell + soon);
+    EXPECT_TRUE(isShown()) << "the same button counts again";
+    dismiss(secondary);
+    rest(other.minimizeButton(), dwell + soon);
+    EXPECT_TRUE(isShown()) << "so does the place where it stood";
+    rest(list.minimizeButton(), 0.1);
+    desktop.pointer().secondaryClick(list.minimizeButton());
+    const auto asked = hitTests();
+    desktop.run(1);
+    EXPECT_EQ(hitTests(), asked) << "the wait on a button ends with it, too";
+    EXPECT_FALSE(isShown());
     rest({20, 20}, 1);
   }
+  other.close();
   show(list);
   desktop.keyboard().press(17, Program::modifiers);
   desktop.run(0.1);
@@ -244,13 +273,15 @@ TEST_F(PaletteStory, FewLooksHoweverFastThePointerMoves) {
   launch();
   rest({800, 200}, 1);
   const auto before = hitTests();
-  for (int event = 0; event < 1000; ++event) {
+  const auto windowsBefore = calls("asks for the process");
+  for (int event = 0; event < 1300; ++event) {
     desktop.pointer().move({800 + 0.3 * (event % 300), 200});
     desktop.run(0.001);
   }
   const auto looks = hitTests() - before;
-  EXPECT_LE(looks, 20);
-  EXPECT_GE(looks, 15);
+  EXPECT_LE(looks, 26);
+  EXPECT_GE(looks, 20);
+  EXPECT_EQ(calls("asks for the process") - windowsBefore, 3) << "every 0.6 s at the most";
 
   desktop.run(1);
   rest({800, 210}, 1);
@@ -267,10 +298,11 @@ TEST_F(PaletteStory, ASlowApplicationDelaysOnlyItself) {
   launch();
   mail.hangs();
   const auto asked = hitTests();
-  for (int event = 0; event < 50; ++event) {
-    desktop.pointer().move({100.0 + event, 600});
+  for (int event = 0; event < 90; ++event) {
+    desktop.pointer().move({100.0 + event / 4.0, 600});
     desktop.run(0.001);
   }
+  desktop.run(0.04);
   EXPECT_EQ(hitTests(), asked + 1) << "one question at a time";
   rest(list.minimizeButton(), 0.1);  // passed over: the answer is still awaited
   desktop.pointer().move(list.minimizeButton() + AppKitVector{3, 0});
@@ -279,7 +311,11 @@ TEST_F(PaletteStory, ASlowApplicationDelaysOnlyItself) {
 }
 
 TEST_F(PaletteStory, WithoutProcessOrButtonOrOfOurOwnThereIsNoPalette) {
+  desktop.userDefaults().put("useThumbnails", true);
   launch();
+  const auto strip = desktop.panels().panel("pellow-strip").frame();
+  rest({strip.midX(), strip.midY()}, 1);
+  EXPECT_EQ(calls("AXMinimized of panel"), 0) << "no picture of a panel of our own";
   list.fails("pid", AXError::invalidUIElement);
   rest(list.minimizeButton(), 1);
   EXPECT_FALSE(isShown());
