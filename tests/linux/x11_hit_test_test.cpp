@@ -213,17 +213,21 @@ TEST_F(X11HitTest, SlowSettingsAreReadAnotherTime) {
 
 class X11HeaderBarTest : public X11HitTest {
  protected:
-  // An application with a header bar, on the accessibility bus or on none.
-  void openHitori(bool isOnBus) {
-    hitori.reset();
+  // An application with a header bar, on the accessibility bus or not.
+  void open(const std::string& program, bool isOnBus) {
+    running.reset();
     ASSERT_TRUE(eventually([&] { return desktop->clients().empty(); }));
-    hitori = desktop->start({"/usr/games/hitori"}, {{"GSETTINGS_BACKEND", "memory"},
-                                                    {"NO_AT_BRIDGE", isOnBus ? "0" : "1"}});
+    Environment environment{{"GSETTINGS_BACKEND", "memory"}, {"NO_AT_BRIDGE", "1"}};
+    environment["GTK_A11Y"] = "none";
+    if (isOnBus) environment = {{"GSETTINGS_BACKEND", "memory"}, {"NO_AT_BRIDGE", "0"}};
+    running = desktop->start({program}, environment);
     ASSERT_TRUE(eventually([&] { return !desktop->clients().empty(); }));
     window = desktop->clients().front();
     ASSERT_TRUE(desktop->activate(window));
     ASSERT_TRUE(eventually([&] { return desktop->isShown(window); }));
-    bar = desktop->frame(window);
+    // GTK 4 arranges its window for a while.
+    ASSERT_TRUE(
+        comesToRest([&] { return bar = desktop->frame(window); }, std::chrono::milliseconds(400)));
     bar.height = 75;
   }
 
@@ -244,7 +248,8 @@ class X11HeaderBarTest : public X11HitTest {
     return {int(origin.x), int(origin.y), int(size.width), int(size.height)};
   }
 
-  std::unique_ptr<ChildProcess> hitori;
+  const std::string hitori = "/usr/games/hitori";
+  std::unique_ptr<ChildProcess> running;
   WindowID window = 0;
   PixelRect bar;
 };
@@ -252,10 +257,18 @@ class X11HeaderBarTest : public X11HitTest {
 TEST_F(X11HeaderBarTest, HeaderBar) {
   start();
   const auto bus = desktop->startSessionBus();
-  ASSERT_NO_FATAL_FAILURE(openHitori(false));
-  const auto button = onlyButton(bar);
-  ASSERT_TRUE(button);
-  ASSERT_NO_FATAL_FAILURE(expectClicksMinimize(*button, window));
+  // GTK 3 and, if it is installed, libadwaita.
+  for (const auto& program : {std::string("/usr/bin/adwaita-1-demo"), hitori}) {
+    if (!std::filesystem::exists(program)) continue;
+    SCOPED_TRACE(program);
+    for (const bool isOnBus : {true, false}) {
+      ASSERT_NO_FATAL_FAILURE(open(program, isOnBus));
+      forgetEverything();
+      const auto button = onlyButton(bar);
+      ASSERT_TRUE(button);
+      ASSERT_NO_FATAL_FAILURE(expectClicksMinimize(*button, window));
+    }
+  }
 
   // Without the bus nobody could tell where another theme, or the user's style, puts them.
   arrange("menu:minimize,maximize,close");
@@ -271,7 +284,7 @@ TEST_F(X11HeaderBarTest, SaysItselfWhereItsButtonsAre) {
   for (const auto* layout : {"close,minimize:maximize", "menu:minimize,maximize,close"}) {
     SCOPED_TRACE(layout);
     arrange(layout);
-    ASSERT_NO_FATAL_FAILURE(openHitori(true));
+    ASSERT_NO_FATAL_FAILURE(open(hitori, true));
     forgetEverything();
     const auto button = onlyButton(bar);
     ASSERT_TRUE(button);
