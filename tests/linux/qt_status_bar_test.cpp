@@ -169,6 +169,7 @@ TEST(QtStatusItem, IsAdoptedByTheHostThatComesAndByTheNextOne) {
   ASSERT_TRUE(until([&] { return !host.items().empty(); })) << guest->standardError();
   EXPECT_EQ(guest->readLine(), "shown");
   EXPECT_EQ(host.property(host.items().front(), "Id").toString(), "pellow");
+  const Tray tray(desktop.display(), 0x202020U);  // of another kind
   host.stop();
   EXPECT_EQ(guest->readLine(), "not shown");
   ASSERT_TRUE(host.startWatcher());

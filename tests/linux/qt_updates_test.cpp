@@ -7,6 +7,7 @@
 #include <QSslServer>
 #include <QTcpSocket>
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -310,6 +311,14 @@ TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
   EXPECT_EQ(told(), "No program to open web pages with was found. https://x.org/get");
   choose("OK");
 
+  std::string deep;
+  while (deep.size() < 200'000) deep += "<table><tr><td>";
+  launchWith(ok(feed(item("2", "<description><![CDATA[" + deep + "]]></description>"))));
+  const auto begin = std::chrono::steady_clock::now();
+  ask();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+  choose("OK");
+
   // A user who asks during a scheduled check gets its result.
   story.clear();
   launchWith(ok(feed(item("1.9"))));
@@ -319,7 +328,7 @@ TEST_F(FeedUpdatesTest, LeadTheUserToTheDownloadPage) {
   queue.run(0);
   EXPECT_EQ(ask(), "Pellow is up to date. Version 1.9 is the newest one.");
   EXPECT_EQ(story, Strings{});
-  EXPECT_EQ(server.requests.size(), 4u);
+  EXPECT_EQ(server.requests.size(), 5u);
 }
 
 TEST_F(FeedUpdatesTest, SayWhatWentWrong) {

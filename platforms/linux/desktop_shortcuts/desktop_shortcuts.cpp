@@ -86,10 +86,10 @@ std::vector<Keeper> keepers(std::string_view windowManager) {
   return all;
 }
 
-// Nothing that is no file, or too large a one.
+// Nothing of a file that is too large. What is no file has no size.
 std::string contents(const fs::path& file) {
   std::error_code error;
-  if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > largestFile) return {};
+  if (fs::file_size(file, error) > largestFile) return {};
   return readFile(file).value_or("");
 }
 

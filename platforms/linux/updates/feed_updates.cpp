@@ -18,7 +18,7 @@ constexpr std::string_view lastCheckKey = "SULastCheckTime";
 constexpr Seconds interval = 24 * 60 * 60;
 
 // The beginning of the notes as plain text, below a line that stands before it. An alert does not
-// scroll.
+// scroll, and with deep tables Qt takes minutes for a megabyte.
 std::string summary(const std::string& notes) {
   constexpr std::size_t most = 16 * 1024;  // bytes that are looked at
   constexpr int mostLines = 12;
