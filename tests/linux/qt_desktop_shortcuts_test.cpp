@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -212,11 +211,9 @@ TEST_F(DesktopShortcutsTest, AreNoneInWhatCannotBeRead) {
   fs::remove(folder / "user/openbox/rc.xml");
   ASSERT_EQ(mkfifo((folder / "user/openbox/rc.xml").c_str(), 0600), 0);
   EXPECT_EQ(found("", "Openbox"), Lines{}) << "nobody writes to the pipe";
-  const auto gsettings = write("gsettings", "#!/bin/sh\nexec sleep 100\n");
+  const auto gsettings = write("gsettings", "#!/bin/sh\nsleep 20\necho \"x close '<Alt>F4'\"\n");
   fs::permissions(gsettings, fs::perms::owner_all);
-  const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(found("GNOME", ""), Lines{});
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+  EXPECT_EQ(found("GNOME", ""), Lines{}) << "nobody waits for it";
 }
 
 TEST_F(DesktopShortcutsTest, AreNamedWhereSomebodyHasTheKeys) {

@@ -1,14 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "tests/unit/program.h"
-#include "ui/launch_at_login.h"
 
 // The status item, its menu, and what its items do.
 
@@ -157,10 +154,6 @@ TEST_F(MenuBarStory, SpeaksOfNothingThatTheDesktopLacks) {
   EXPECT_EQ(openMenu().at(0), "This display gives no pictures, so tabs show app icons");
   for (const auto* const title : {"Settings…", "Quit Pellow"})
     EXPECT_EQ(desktop.menu().item({title}).key.characters, "") << title;
-  for (const auto& text :
-       std::bit_cast<std::array<std::string_view, sizeof(Texts) / sizeof(Text)>>(x11Texts))
-    for (const auto* const foreign : {"macOS", "Mac", "Dock", "menu bar", "iCloud", "Finder"})
-      EXPECT_FALSE(text.contains(foreign)) << text;
 }
 
 TEST_F(MenuBarStory, ComesWithTheMenuOfAZoneWhereThereIsNoPlaceForIt) {
@@ -228,21 +221,6 @@ TEST_F(MenuBarStory, QuitsAndRelaunchesWithEveryWindowBack) {
   }
 }
 
-TEST_F(MenuBarStory, ARelaunchThatFailsIsLoggedAndMayBeTriedAgain) {
-  launch();
-  desktop.process().failNextLaunch({"The program is gone."});
-  choose("Relaunch Pellow");
-  EXPECT_TRUE(desktop.hasLogged("Relaunch failed: The program is gone."));
-  EXPECT_TRUE(desktop.process().isRunning());
-  openMenu();
-  const auto relaunch = desktop.menu().item({"Relaunch Pellow"}).onChosen;
-  relaunch();
-  relaunch();
-  desktop.runUntilQuiet();
-  EXPECT_FALSE(desktop.process().isRunning());
-  EXPECT_EQ(desktop.process().launchedInstances(), 1) << "one is enough";
-}
-
 TEST_F(MenuBarStory, AnUpdateReplacesTheProgramOnceEveryWindowIsBack) {
   const auto list = desktop.launch("Notes").openWindow("Shopping", {100, 120, 800, 600});
   launch();
@@ -256,16 +234,6 @@ TEST_F(MenuBarStory, AnUpdateReplacesTheProgramOnceEveryWindowIsBack) {
   desktop.runUntilQuiet();
   EXPECT_TRUE(wasBack);
   EXPECT_TRUE(desktop.hasLogged("Sparkle is about to relaunch Pellow; restoring pellowed windows"));
-}
-
-TEST_F(MenuBarStory, ALoginItemThatCannotBeChangedIsLogged) {
-  LaunchAtLogin::set(desktop.loginItem(), desktop.log(), true);
-  EXPECT_TRUE(desktop.loginItem().isEnabled());
-  desktop.loginItem().failNextChange({"The disk is full."});
-  LaunchAtLogin::set(desktop.loginItem(), desktop.log(), false);
-  EXPECT_TRUE(desktop.hasLogged("Launch at login: The disk is full."));
-  LaunchAtLogin::set(desktop.loginItem(), desktop.log(), false);
-  EXPECT_FALSE(desktop.loginItem().isEnabled());
 }
 
 }  // namespace

@@ -487,6 +487,9 @@ TEST_F(Settings, NoTextOnX11SpeaksOfAMac) {
   EXPECT_FALSE(desktop.alerts().showing().empty());
   readAlert();
   for (const auto& line : desktop.logged()) said.push_back(line.message);
+  desktop.statusBar().openMenu();
+  desktop.runUntilQuiet();
+  for (const auto& line : desktop.menu().lines()) said.push_back(line);
 
   for (const auto& text : said)
     for (const auto* word :
