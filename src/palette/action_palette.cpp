@@ -33,7 +33,7 @@ void ActionPalette::show(const TargetWindow& window, const AppKitRect& buttonFra
   };
   const Size size{content.frame.width(), content.frame.height()};
   panel_->setFrame({origin(size), size});
-  panel_->setContent(std::move(content));
+  panel_->setContent(content);
   panel_->orderFront();
   clickMonitor_ = around_.monitors.addGlobalMouseDown([this] { hideImmediately(); });
 }

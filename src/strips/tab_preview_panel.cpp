@@ -123,7 +123,7 @@ void TabPreviewPanel::render(const TabPreview& preview) {
   auto content = preview.content();
   content.actions.onHoverChanged = [this](bool inside) { hoverChanged(inside); };
   panel_->setFrame(preview.frame());
-  panel_->setContent(std::move(content));
+  panel_->setContent(content);
   panel_->orderFront();
 }
 

@@ -22,7 +22,7 @@ class PanelsContract : public ContractTest {
   std::unique_ptr<Panel> show(View root, const std::string& name = "pellow-strip") {
     auto panel = platform.panels().makePanel(name, WindowShadow::no);
     EXPECT_FALSE(panel->isVisible());
-    panel->setContent(std::move(root));
+    panel->setContent(root);
     panel->setFrame(place);
     panel->orderFront();
     EXPECT_TRUE(panel->isVisible());
