@@ -94,6 +94,7 @@ TEST_F(QtFormWindowsTest, ATextFieldTellsOnceWhatWasTypedAndShowsTheFormAgain) {
   ASSERT_TRUE(field);
   EXPECT_EQ(field->width(), 150);
   EXPECT_EQ(field->accessibleName(), "Name");
+  EXPECT_EQ(find<QLabel>()->buddy(), field);
   const auto enter = [&](const char* words) {
     desktop.type({key::control, 'a'});
     type(words);

@@ -14,6 +14,8 @@ void RowControl::showContent(const FormContent& content) {
   const int spacing = static_cast<int>(std::lround(row.spacing));
   if (layout_.spacing() != spacing) layout_.setSpacing(spacing);
   elements_.show(row.elements);
+  // Assistive programs read what a pop-up button shows as its name, and its title as its label.
+  if (auto* const text = title()) text->setBuddy(&elements_.controls()[1]->widget());
 }
 
 TextControl* RowControl::title() const {
