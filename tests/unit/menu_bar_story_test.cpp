@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platforms/simulated/form_window.h"
 #include "tests/unit/program.h"
 
 // The status item, its menu, and what its items do.
@@ -89,6 +90,8 @@ TEST_F(MenuBarStory, OffersEveryActionWithItsKey) {
   EXPECT_EQ(desktop.panels().panel("pellow-strip").level(), PanelLevel::desktopIcons);
   choose("Pellow Everything");
   EXPECT_EQ(program->tabs(), Lines{"Shopping"});
+  choose("Settings…");
+  EXPECT_TRUE(desktop.formWindows().window("pellow-settings").isVisible());
 }
 
 TEST_F(MenuBarStory, ShowsTheBindingsOfTheUser) {

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "model/tab_zone.h"
+#include "platforms/simulated/form_window.h"
 #include "tests/unit/program.h"
 
 // The pointer rests on a window's minimize button, and what its user can do from there.
@@ -240,6 +241,12 @@ TEST_F(PaletteStory, ARowPutsTheWindowOrItsApplicationIntoTheZone) {
   show(list);
   choose("Pellow All Windows of App to Work");
   EXPECT_EQ(inWork(), (Titles{"Shopping", "Recipes"}));
+  program->pressRestoreAll();
+  rest({20, 20}, 1);
+  show(list);
+  choose("Pellow Settings…");
+  EXPECT_TRUE(desktop.formWindows().window("pellow-settings").isVisible());
+  EXPECT_FALSE(isShown());
 }
 
 TEST_F(PaletteStory, ItStaysInsideTheDisplayOfTheButton) {
