@@ -446,15 +446,17 @@ bool DesktopSession::answersPing(WindowID window) {
   const auto ping = ++lastPing_;
   sendMessage(window, XCB_EVENT_MASK_NO_EVENT, window, "WM_PROTOCOLS",
               {atom("_NET_WM_PING"), ping, window});
-  return eventually([&] {
+  bool answers = false;
+  const bool isSettled = eventually([&] {
     while (auto* event = xcb_poll_for_event(connection_.get())) {
       const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> owner(event, std::free);
       if ((event->response_type & 0x7f) != XCB_CLIENT_MESSAGE) continue;
       const auto& message = *reinterpret_cast<const xcb_client_message_event_t*>(event);
-      if (message.window == root_ && message.data.data32[1] == ping) return true;
+      answers |= message.window == root_ && message.data.data32[1] == ping;
     }
-    return false;
+    return answers || !exists(window);
   });
+  return isSettled && answers;
 }
 
 xcb_atom_t DesktopSession::atom(std::string_view name) const {

@@ -172,7 +172,7 @@ class DesktopSession {
   bool showBareDesktop(bool shows);
 
   // Whether the program behind a window runs its main loop: sends the window a ping and waits for
-  // the answer.
+  // the answer, or until the window is gone.
   bool answersPing(WindowID window);
 
  private:

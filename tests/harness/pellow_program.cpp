@@ -27,8 +27,13 @@ PellowProgram::PellowProgram(DesktopSession& desktop, const Environment& changes
 }
 
 bool PellowProgram::isReady() {
-  return eventually([this] { return strip() != 0 || !process_->isRunning(); }) &&
-         process_->isRunning() && desktop_.answersPing(strip());
+  // The first strip may be the last of a program that was killed, which the server still cleans up,
+  // or go when the program reads the zones of a settings file.
+  const auto answers = [this] {
+    const auto shown = strip();
+    return shown != 0 && desktop_.answersPing(shown);
+  };
+  return eventually([&] { return !process_->isRunning() || answers(); }) && process_->isRunning();
 }
 
 WindowID PellowProgram::strip() const {
