@@ -46,7 +46,7 @@ TEST(X11Desktop, WaitsForAWindowManagerOnlySoLong) {
   const std::array hints{atom("_NET_ACTIVE_WINDOW"), atom("_NET_CLIENT_LIST")};
   xcb_change_property(manager->raw(), XCB_PROP_MODE_REPLACE, manager->root(),
                       atom("_NET_SUPPORTED"), XCB_ATOM_ATOM, 32, hints.size(), hints.data());
-  manager->flush();
+  ASSERT_TRUE(manager->isAnswered(deadlineIn(30)));
   const auto lacking = X11Desktop::open(bare.display(), 1, {}, log);
   ASSERT_FALSE(lacking);
   EXPECT_TRUE(lacking.error().sentence.contains("lacks _NET_MOVERESIZE_WINDOW,"))
@@ -67,7 +67,7 @@ TEST_F(X11DesktopTest, OnlyAnAnsweringServerMakesAProgramTheOnePellow) {
   ASSERT_TRUE(somebody->check(grabbed, deadlineIn(30)));
   EXPECT_TRUE(why(other->claimInstance()).contains("did not answer"));
   xcb_ungrab_server(somebody->raw());
-  somebody->flush();
+  ASSERT_TRUE(somebody->isAnswered(deadlineIn(30)));
 
   EXPECT_TRUE(why(other->claimInstance()).contains("Another Pellow runs")) << "nothing was taken";
   std::jthread end([&] {

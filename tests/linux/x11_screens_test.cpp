@@ -63,7 +63,7 @@ TEST_F(X11DesktopTest, EachMonitorHasAWorkAreaOfItsOwn) {
     xcb_change_property(other->raw(), XCB_PROP_MODE_REPLACE, other->root(),
                         internAtom(other->raw(), name), XCB_ATOM_CARDINAL, 32, areas.size(),
                         areas.data());
-    other->flush();
+    ASSERT_TRUE(other->isAnswered(deadlineIn(30)));
   };
   write("_GTK_WORKAREAS_D1");  // of a desktop that is not shown
   write("_NET_WORKAREA");
@@ -92,7 +92,7 @@ TEST_F(X11DesktopTest, JunkOfOthersMovesNeitherScreensNorWindows) {
   const auto write = [&](xcb_window_t to, const char* name, const std::vector<std::uint32_t>& all) {
     xcb_change_property(other->raw(), XCB_PROP_MODE_REPLACE, to, internAtom(other->raw(), name),
                         XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(all.size()), all.data());
-    other->flush();
+    ASSERT_TRUE(other->isAnswered(deadlineIn(30)));
   };
   const auto screensStay = [&] {
     int told = 0;

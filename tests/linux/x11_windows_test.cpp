@@ -128,7 +128,7 @@ TEST_F(X11DesktopTest, AMoveDoesNotUndoAResizing) {
   constexpr std::array<std::uint32_t, 2> size{420, 260};
   xcb_configure_window(other->raw(), guest, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
                        size.data());
-  other->flush();
+  ASSERT_TRUE(other->isAnswered(deadlineIn(30)));
   (void)element.setAttribute("AXPosition", QuartzPoint{400, 300}, 0.5);
   desktop.windowManager().send(SIGCONT);
   EXPECT_TRUE(eventually([&] {
