@@ -64,7 +64,8 @@ TEST_F(QtPanelsTest, AssistiveProgramsReadAndPressTabs) {
   auto* const tab = strip->child(0);
   EXPECT_EQ(tab->text(QAccessible::Name), "Letter");
   EXPECT_EQ(tab->role(), QAccessible::Button);
-  EXPECT_EQ(tab->rect(), QRect(110, 650, 40, 40));
+  // Once Qt has heard of the panel's place.
+  EXPECT_TRUE(until([&] { return tab->rect() == QRect(110, 650, 40, 40); }));
   tab->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
   EXPECT_TRUE(hears({"click"}));
 }
