@@ -21,6 +21,7 @@
 #include "platforms/linux/qt/qt_display.h"
 #include "platforms/linux/qt/qt_form_windows.h"
 #include "platforms/linux/qt/qt_panels.h"
+#include "platforms/linux/qt/qt_probe_windows.h"
 #include "platforms/linux/qt/qt_process.h"
 #include "platforms/linux/qt/qt_status_bar.h"
 #include "platforms/linux/qt/qt_system_colours.h"
@@ -83,6 +84,18 @@ bool ownWindowHasKeyboard(std::uint32_t focus) {
                              [&](const QWindow* window) { return window->winId() == focus; });
 }
 
+std::expected<void, SystemError> claimDisplay(LinuxPlatform::Claim claim, X11Desktop& desktop) {
+  switch (claim) {
+    case LinuxPlatform::Claim::now:
+      return desktop.claimInstance();
+    case LinuxPlatform::Claim::afterPredecessorEnds:
+      return desktop.waitForInstance(predecessorPatience);
+    case LinuxPlatform::Claim::none:
+      return {};
+  }
+  return {};
+}
+
 X11Desktop::Hooks desktopHooks() {
   return {.loadIcon = [](const std::string& name) { return ThemeIcon::load(name); },
           .ownWindowHasKeyboard = ownWindowHasKeyboard,
@@ -97,6 +110,7 @@ struct LinuxPlatform::Parts {
   RandomUUIDSource uuidSource;
   PosixFiles files{homeFolder(), temporaryFolder()};
   QtFormWindows formWindows;
+  QtProbeWindows probeWindows;
   QtColourPanel colourPanel;
   QtSystemColours systemColours;
   AutostartEntry loginItem = AutostartEntry::ofEnvironment();
@@ -115,13 +129,12 @@ struct LinuxPlatform::Parts {
   std::unique_ptr<QSocketNotifier> signalHasCome;
   std::unique_ptr<QSocketNotifier> displayHasEvents;
 
-  Parts(std::unique_ptr<X11Desktop> openDesktop, std::vector<std::string> arguments,
-        const Log& systemLog, TerminationSignals& signals)
+  Parts(std::unique_ptr<X11Desktop> openDesktop, const Log& systemLog, TerminationSignals& signals)
       : log(systemLog),
         desktop(std::move(openDesktop)),
         screenCapture(desktop->makeScreenCapture(queues)),
         userDefaults(FileUserDefaults::standardFiles(canonicalDisplayName("")), log),
-        process(std::move(arguments), signals, [this] { userDefaults.finish(); }),
+        process(signals, [this] { userDefaults.finish(); }),
         alerts(queues.main()),
         updates(thisBuild(), {.defaults = userDefaults,
                               .queue = queues.main(),
@@ -171,15 +184,14 @@ std::optional<SystemError> LinuxPlatform::whyNoDisplay() {
 }
 
 std::expected<std::unique_ptr<LinuxPlatform>, SystemError> LinuxPlatform::open(
-    std::vector<std::string> arguments, Claim claim, const Log& log, TerminationSignals& signals) {
+    Claim claim, const Log& log, TerminationSignals& signals) {
   auto desktop = X11Desktop::open("", DisplayScale::now(), desktopHooks(), log);
   if (!desktop) return std::unexpected(desktop.error());
   // Before the user defaults are read: a predecessor writes them until it ends.
-  const auto claimed = claim == Claim::now ? (*desktop)->claimInstance()
-                                           : (*desktop)->waitForInstance(predecessorPatience);
-  if (!claimed) return std::unexpected(claimed.error());
-  return std::unique_ptr<LinuxPlatform>(new LinuxPlatform(
-      std::make_unique<Parts>(std::move(*desktop), std::move(arguments), log, signals)));
+  if (const auto claimed = claimDisplay(claim, **desktop); !claimed)
+    return std::unexpected(claimed.error());
+  return std::unique_ptr<LinuxPlatform>(
+      new LinuxPlatform(std::make_unique<Parts>(std::move(*desktop), log, signals)));
 }
 
 LinuxPlatform::LinuxPlatform(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
@@ -197,6 +209,7 @@ FormWindows& LinuxPlatform::formWindows() { return parts_->formWindows; }
 const Log& LinuxPlatform::log() { return parts_->log; }
 LoginItem& LinuxPlatform::loginItem() { return parts_->loginItem; }
 Panels& LinuxPlatform::panels() { return parts_->panels; }
+ProbeWindows& LinuxPlatform::probeWindows() { return parts_->probeWindows; }
 Process& LinuxPlatform::process() { return parts_->process; }
 Queues& LinuxPlatform::queues() { return parts_->queues; }
 ScreenCapture& LinuxPlatform::screenCapture() { return *parts_->screenCapture; }

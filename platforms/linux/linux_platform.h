@@ -3,8 +3,6 @@
 #include <expected>
 #include <memory>
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "platform/platform.h"
 #include "platform/system_error.h"
@@ -20,6 +18,7 @@ class LinuxPlatform final : public Platform {
   enum class Claim {
     now,                   // refuse to start beside another one
     afterPredecessorEnds,  // the other one has started this process to take its place
+    none,                  // stay beside another one, and put nobody's windows away
   };
 
   // Why no Qt application can be made here, as a sentence with the way out; nothing if one can.
@@ -27,7 +26,7 @@ class LinuxPlatform final : public Platform {
 
   // The error is a sentence with the way out. The log and the signals outlive the platform.
   static std::expected<std::unique_ptr<LinuxPlatform>, SystemError> open(
-      std::vector<std::string> arguments, Claim claim, const Log& log, TerminationSignals& signals);
+      Claim claim, const Log& log, TerminationSignals& signals);
 
   ~LinuxPlatform() override;
 
@@ -45,6 +44,7 @@ class LinuxPlatform final : public Platform {
   const Log& log() override;
   LoginItem& loginItem() override;
   Panels& panels() override;
+  ProbeWindows& probeWindows() override;
   Process& process() override;
   Queues& queues() override;
   ScreenCapture& screenCapture() override;

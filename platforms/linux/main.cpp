@@ -5,6 +5,7 @@
 
 #include "app/app_delegate.h"
 #include "app/command_line.h"
+#include "app/report_delegate.h"
 #include "base/log.h"
 #include "platforms/linux/linux_platform.h"
 #include "platforms/linux/qt/qt_application.h"
@@ -34,8 +35,9 @@ LinuxPlatform::Claim readClaim() {
   return relaunched ? LinuxPlatform::Claim::afterPredecessorEnds : LinuxPlatform::Claim::now;
 }
 
-int run(const RunProgram& program) {
-  const auto claim = readClaim();
+// With the program's work, which has the platform and the main loop in hand.
+template <class RunOnPlatform>
+int runOnPlatform(LinuxPlatform::Claim claim, RunOnPlatform run) {
   const GivenEnvironment environment;  // before Qt and what prepares it change theirs
   std::signal(SIGPIPE, SIG_IGN);       // whoever reads the log may go away
   const Log log(makeLogSink());
@@ -48,25 +50,39 @@ int run(const RunProgram& program) {
   TerminationSignals signals;
 
   QtApplication application;
-  const auto platform = LinuxPlatform::open(program.arguments, claim, log, signals);
+  const auto platform = LinuxPlatform::open(claim, log, signals);
   if (!platform) {
     log.error("{}", platform.error().sentence);
     return EXIT_FAILURE;
   }
-  AppDelegate delegate(**platform);
+  return run(application, **platform);
+}
+
+int runProgram(QtApplication& application, LinuxPlatform& platform) {
+  AppDelegate delegate(platform);
   application.onSaveSession = [&] {
-    (*platform)->setPatient(true);
+    platform.setPatient(true);
     delegate.sessionWillBeSaved();
-    (*platform)->setPatient(false);
+    platform.setPatient(false);
   };
-  const auto launch = (*platform)->queues().main().async([&] {
+  const auto launch = platform.queues().main().async([&] {
     delegate.applicationDidFinishLaunching();
-    (*platform)->setPatient(false);
+    platform.setPatient(false);
   });
   const int status = application.run();
-  (*platform)->setPatient(true);
+  platform.setPatient(true);
   delegate.applicationWillTerminate();
   return status;
+}
+
+int writeReport(ReportMode mode) {
+  return runOnPlatform(
+      LinuxPlatform::Claim::none, [mode](QtApplication& application, LinuxPlatform& platform) {
+        ReportDelegate delegate(platform, mode);
+        const auto launch =
+            platform.queues().main().async([&] { delegate.applicationDidFinishLaunching(); });
+        return application.run();
+      });
 }
 
 }  // namespace
@@ -78,5 +94,6 @@ int main(int argc, char** argv) {
        .howItRuns = "Runs in the foreground on the X display that DISPLAY names, until it is told "
                     "to quit."});
   if (const auto* what = std::get_if<PrintAndExit>(&commandLine)) return print(*what);
-  return run(std::get<RunProgram>(commandLine));
+  if (const auto* report = std::get_if<WriteReport>(&commandLine)) return writeReport(report->mode);
+  return runOnPlatform(readClaim(), runProgram);
 }

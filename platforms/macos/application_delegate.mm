@@ -4,26 +4,42 @@
 
 #include <csignal>
 #include <memory>
-#include <utility>
 
 #include "app/app_delegate.h"
+#include "app/report_delegate.h"
 #include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/mac_platform.h"
 
 namespace {
 
 struct Program {
-  Program(std::vector<std::string> arguments, const pellow::Log& log)
-      : platform(std::move(arguments), log), delegate(platform) {}
+  Program(std::optional<pellow::ReportMode> report, const pellow::Log& log) : platform(log) {
+    if (report) {
+      reportDelegate.emplace(platform, *report);
+    } else {
+      appDelegate.emplace(platform);
+    }
+  }
+
+  void applicationDidFinishLaunching() {
+    if (reportDelegate) reportDelegate->applicationDidFinishLaunching();
+    if (appDelegate) appDelegate->applicationDidFinishLaunching();
+  }
+
+  void applicationWillTerminate() {
+    if (appDelegate) appDelegate->applicationWillTerminate();
+  }
 
   pellow::MacPlatform platform;
-  pellow::AppDelegate delegate;
+  // One of them.
+  std::optional<pellow::AppDelegate> appDelegate;
+  std::optional<pellow::ReportDelegate> reportDelegate;
 };
 
 }  // namespace
 
 @implementation PellowApplicationDelegate {
-  std::vector<std::string> arguments_;
+  std::optional<pellow::ReportMode> report_;
   std::optional<pellow::ProcessID> predecessor_;
   const pellow::Log* log_;
   dispatch_source_t predecessorEnd_;
@@ -31,11 +47,11 @@ struct Program {
   std::unique_ptr<Program> program_;
 }
 
-- (instancetype)initWithArguments:(std::vector<std::string>)arguments
-                      predecessor:(std::optional<pellow::ProcessID>)predecessor
-                              log:(const pellow::Log*)log {
+- (instancetype)initWithReport:(std::optional<pellow::ReportMode>)report
+                   predecessor:(std::optional<pellow::ProcessID>)predecessor
+                           log:(const pellow::Log*)log {
   if ((self = [super init])) {
-    arguments_ = std::move(arguments);
+    report_ = report;
     predecessor_ = predecessor;
     log_ = log;
   }
@@ -73,14 +89,14 @@ struct Program {
   if (program_) return;
   if (predecessorEnd_) dispatch_source_cancel(predecessorEnd_);
   pellow::runInPool([self] {
-    program_ = std::make_unique<Program>(std::move(arguments_), *log_);
-    program_->delegate.applicationDidFinishLaunching();
+    program_ = std::make_unique<Program>(report_, *log_);
+    program_->applicationDidFinishLaunching();
   });
 }
 
 - (void)applicationWillTerminate:(NSNotification*)notification {
   pellow::runInPool([self] {
-    if (program_) program_->delegate.applicationWillTerminate();
+    if (program_) program_->applicationWillTerminate();
   });
   CFPreferencesAppSynchronize(kCFPreferencesCurrentApplication);
 }

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "platform/platform.h"
 
@@ -11,8 +9,8 @@ namespace pellow {
 // The program's operating system: macOS. Main thread, while there is an NSApplication.
 class MacPlatform final : public Platform {
  public:
-  // `arguments` is the command line without the program's name; the log outlives the platform.
-  MacPlatform(std::vector<std::string> arguments, const Log& log);
+  // The log outlives the platform.
+  explicit MacPlatform(const Log& log);
   ~MacPlatform() override;
 
   Accessibility& accessibility() override;
@@ -25,6 +23,7 @@ class MacPlatform final : public Platform {
   const Log& log() override;
   LoginItem& loginItem() override;
   Panels& panels() override;
+  ProbeWindows& probeWindows() override;
   Process& process() override;
   Queues& queues() override;
   ScreenCapture& screenCapture() override;

@@ -1,7 +1,6 @@
 #include "platforms/macos/mac_platform.h"
 
 #include <memory>
-#include <utility>
 
 #include "platforms/macos/accessibility/mac_accessibility.h"
 #include "platforms/macos/appkit/mac_colour_panel.h"
@@ -24,6 +23,7 @@
 #include "platforms/macos/updates/mac_update_framework.h"
 #include "platforms/macos/windows/mac_alerts.h"
 #include "platforms/macos/windows/mac_form_windows.h"
+#include "platforms/macos/windows/mac_probe_windows.h"
 #include "platforms/posix/posix_files.h"
 
 namespace pellow {
@@ -51,13 +51,12 @@ struct MacPlatform::Parts {
   MacSystemColours systemColours;
   MacAlerts alerts{foreground};
   MacFormWindows formWindows{foreground};
+  MacProbeWindows probeWindows{foreground};
 
-  Parts(std::vector<std::string> arguments, const Log& systemLog)
-      : log(systemLog), process(std::move(arguments)) {}
+  explicit Parts(const Log& systemLog) : log(systemLog) {}
 };
 
-MacPlatform::MacPlatform(std::vector<std::string> arguments, const Log& log)
-    : parts_(std::make_unique<Parts>(std::move(arguments), log)) {}
+MacPlatform::MacPlatform(const Log& log) : parts_(std::make_unique<Parts>(log)) {}
 MacPlatform::~MacPlatform() = default;
 
 Accessibility& MacPlatform::accessibility() { return parts_->accessibility; }
@@ -70,6 +69,7 @@ FormWindows& MacPlatform::formWindows() { return parts_->formWindows; }
 const Log& MacPlatform::log() { return parts_->log; }
 LoginItem& MacPlatform::loginItem() { return parts_->loginItem; }
 Panels& MacPlatform::panels() { return parts_->panels; }
+ProbeWindows& MacPlatform::probeWindows() { return parts_->probeWindows; }
 Process& MacPlatform::process() { return parts_->process; }
 Queues& MacPlatform::queues() { return parts_->queues; }
 ScreenCapture& MacPlatform::screenCapture() { return parts_->screenCapture; }

@@ -8,7 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <utility>
+#include <variant>
 
 #include "app/command_line.h"
 #include "base/log.h"
@@ -65,20 +65,20 @@ bool isAnotherRunning(std::optional<ProcessID> predecessor) {
   return false;
 }
 
-int run(pellow::RunProgram program) {
+// A report takes nobody's place, and may be written beside a Pellow that is running.
+int run(std::optional<pellow::ReportMode> report) {
+  std::signal(SIGPIPE, SIG_IGN);  // whoever reads the report may go away
   const pellow::Log log(pellow::makeLogSink());
-  const auto predecessor = readPredecessor();
+  const auto predecessor = report ? std::nullopt : readPredecessor();
   NSApplication* const application = NSApplication.sharedApplication;
   [application setActivationPolicy:NSApplicationActivationPolicyAccessory];
-  if (isAnotherRunning(predecessor)) {
+  if (!report && isAnotherRunning(predecessor)) {
     log.error("Pellow is running already");
     std::fputs("Pellow is running already.\n", stderr);
     return EXIT_FAILURE;
   }
   NS_VALID_UNTIL_END_OF_SCOPE PellowApplicationDelegate* const delegate =
-      [[PellowApplicationDelegate alloc] initWithArguments:std::move(program.arguments)
-                                               predecessor:predecessor
-                                                       log:&log];
+      [[PellowApplicationDelegate alloc] initWithReport:report predecessor:predecessor log:&log];
   application.delegate = delegate;
   [application run];  // ends the process
   return EXIT_SUCCESS;
@@ -90,12 +90,13 @@ int run(pellow::RunProgram program) {
 int main(int argc, char** argv) {
   @autoreleasepool {
     const auto programVersion = version();
-    auto commandLine = pellow::parseCommandLine(
+    const auto commandLine = pellow::parseCommandLine(
         std::span<const char* const>(argv, static_cast<std::size_t>(argc)).subspan(1),
         {.version = programVersion,
          .howItRuns = "Runs until it is told to quit.",
          .hasSystemArguments = true});
     if (const auto* what = std::get_if<pellow::PrintAndExit>(&commandLine)) return print(*what);
-    return run(std::move(std::get<pellow::RunProgram>(commandLine)));
+    const auto* const report = std::get_if<pellow::WriteReport>(&commandLine);
+    return run(report ? std::optional(report->mode) : std::nullopt);
   }
 }

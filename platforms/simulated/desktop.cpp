@@ -19,7 +19,7 @@ DesktopState freshDesktop() {
 
 }  // namespace
 
-Desktop::Desktop(Options options) : Desktop(freshDesktop(), std::move(options)) {}
+Desktop::Desktop(Options options) : Desktop(freshDesktop(), options) {}
 
 Desktop::Desktop(DesktopState left, Options options)
     : system_(std::move(left), options.seed),
@@ -38,7 +38,8 @@ Desktop::Desktop(DesktopState left, Options options)
       menu_(system_),
       panels_(system_),
       pointer_(system_, eventMonitors_, panels_, menu_),
-      process_(system_, std::move(options.arguments)),
+      probeWindows_(system_),
+      process_(system_),
       queues_(system_),
       screenCapture_(system_),
       screens_(system_),

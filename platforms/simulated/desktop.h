@@ -22,6 +22,7 @@
 #include "platforms/simulated/open_menu.h"
 #include "platforms/simulated/panels.h"
 #include "platforms/simulated/pointer.h"
+#include "platforms/simulated/probe_windows.h"
 #include "platforms/simulated/process.h"
 #include "platforms/simulated/queues.h"
 #include "platforms/simulated/screen_capture.h"
@@ -40,7 +41,6 @@ namespace pellow::simulated {
 
 struct Options {
   std::uint64_t seed = 1;  // one seed, one history
-  std::vector<std::string> arguments;
 };
 
 // A desktop in memory with one process of the program on it, which it outlives. The test plays the
@@ -81,6 +81,7 @@ class Desktop final : public pellow::Platform {
   OpenMenu& menu() { return menu_; }
   Panels& panels() override { return panels_; }
   Pointer& pointer() { return pointer_; }
+  ProbeWindows& probeWindows() override { return probeWindows_; }
   Process& process() override { return process_; }
   Queues& queues() override { return queues_; }
   ScreenCapture& screenCapture() override { return screenCapture_; }
@@ -155,6 +156,7 @@ class Desktop final : public pellow::Platform {
   OpenMenu menu_;
   Panels panels_;
   Pointer pointer_;
+  ProbeWindows probeWindows_;
   Process process_;
   Queues queues_;
   ScreenCapture screenCapture_;

@@ -64,6 +64,13 @@ std::optional<WindowID> DesktopState::windowAt(QuartzPoint point) const {
   return std::nullopt;
 }
 
+QuartzRect DesktopState::centred(Size size) const {
+  const auto* const screen = mainScreen();
+  if (!screen) return {0, 0, size.width, size.height};
+  const auto room = flip().toQuartz(screen->visibleFrame);
+  return {room.midX() - size.width / 2, room.midY() - size.height / 2, size.width, size.height};
+}
+
 WindowPart DesktopState::partAt(const WindowState& window, QuartzPoint point) const {
   if (window.hasMinimizeButton && frameOf(WindowPart::minimizeButton, window.frame).contains(point))
     return WindowPart::minimizeButton;
@@ -345,6 +352,8 @@ QuartzRect frameOf(WindowPart part, const QuartzRect& window) {
   }
   return window;
 }
+
+Size sizeAround(Size content) { return {content.width, content.height + titleBarHeight}; }
 
 Screen makeScreen(DisplayID display, AppKitRect frame) {
   return {display, frame,

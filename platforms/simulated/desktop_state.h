@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/colour.h"
 #include "base/geometry.h"
 #include "base/log.h"
 #include "base/texts.h"
@@ -35,11 +36,11 @@ struct AXFault {
   bool once = true;
 };
 
-enum class CaptureCall { windows, image };
+enum class CaptureCall { windows, image, display };
 
 // A call for a picture, or for the list of windows, that answers with an error; once.
 struct CaptureFault {
-  std::optional<CaptureCall> call;  // absent for both
+  std::optional<CaptureCall> call;  // absent for all
   SystemError error;
 };
 
@@ -77,7 +78,9 @@ struct WindowState {
   bool minimized = false;
   std::optional<Actor> minimizedBy = std::nullopt;  // while it is minimized
   int space = 1;                                    // the one it was opened on or came back to
-  int lateChanges = 0;  // how often it acted after it had answered too late
+  int lateChanges = 0;            // how often it acted after it had answered too late
+  Colour fill = {0.5, 0.5, 0.5};  // of its content
+  std::optional<QuartzPoint> paintedAt = std::nullopt;  // where its frame is not
   WindowManners manners;
 };
 
@@ -176,6 +179,8 @@ struct DesktopState {
   // Whether it is visible and some of it lies on a display.
   bool isOnScreen(const WindowState& window) const;
   std::optional<WindowID> windowAt(QuartzPoint point) const;
+  // In the middle of the main screen's visible frame.
+  QuartzRect centred(Size size) const;
   // What of the window lies at a point inside its frame.
   WindowPart partAt(const WindowState& window, QuartzPoint point) const;
   // Of the window that has the keyboard.
@@ -236,6 +241,8 @@ struct DesktopState {
 
 // What the button and the content of a window cover.
 QuartzRect frameOf(WindowPart part, const QuartzRect& window);
+// Of a window with a content of this size.
+Size sizeAround(Size content);
 
 // A display with a menu bar of 25 points at the top and no Dock.
 Screen makeScreen(DisplayID display, AppKitRect frame);

@@ -10,13 +10,6 @@ namespace {
 
 constexpr Size windowSize{560, 480};
 
-QuartzRect centred(const DesktopState& desktop, Size size) {
-  const auto* screen = desktop.mainScreen();
-  if (!screen) return {0, 0, size.width, size.height};
-  const auto room = desktop.flip().toQuartz(screen->visibleFrame);
-  return {room.midX() - size.width / 2, room.midY() - size.height / 2, size.width, size.height};
-}
-
 }  // namespace
 
 FormWindow::FormWindow(FormWindows& windows, std::string name, std::string title)
@@ -48,7 +41,7 @@ void FormWindow::present() {
   if (!system_.portCall("presents {}", name_)) return;
   system_.change([this](DesktopState& desktop) {
     if (!window_ || !desktop.window(*window_)) {
-      if (frame_.area() == 0) frame_ = centred(desktop, windowSize);
+      if (frame_.area() == 0) frame_ = desktop.centred(windowSize);
       window_ = desktop.open({.pid = system_.ownPid(), .title = title_, .frame = frame_});
     }
     desktop.unminimize(*window_);

@@ -17,6 +17,10 @@ Subscription Process::onSignal(TerminationSignal signal, std::function<void()> h
   return handlers_[signal].add(std::move(handler));
 }
 
+void Process::print(std::string_view line) {
+  if (system_.portCall("prints a line")) printed_.emplace_back(line);
+}
+
 void Process::exit(int status) {
   if (system_.portCall("exits with {}", status)) system_.exit(status);
 }

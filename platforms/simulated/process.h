@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/handler_list.h"
@@ -16,18 +17,19 @@ class System;
 // The life of the simulated process.
 class Process final : public pellow::Process {
  public:
-  Process(System& system, std::vector<std::string> arguments)
-      : system_(system), arguments_(std::move(arguments)) {}
+  explicit Process(System& system) : system_(system) {}
 
   ProcessID pid() const override;
-  std::span<const std::string> arguments() const override { return arguments_; }
   void becomeAccessory() override;
   Subscription onSignal(TerminationSignal signal, std::function<void()> handler) override;
+  void print(std::string_view line) override;
   void exit(int status) override;
   void terminate() override;
   void launchNewInstance(std::function<void(std::expected<void, SystemError>)> onLaunched) override;
 
   bool isRunning() const;
+  // On standard output, so far.
+  const std::vector<std::string>& printed() const { return printed_; }
   // Set once the process has ended by itself.
   std::optional<int> exitStatus() const;
   bool isAccessory() const;
@@ -44,9 +46,9 @@ class Process final : public pellow::Process {
 
  private:
   System& system_;
-  std::vector<std::string> arguments_;
   std::map<TerminationSignal, HandlerList<void()>> handlers_;
   std::function<void()> onTerminate_;
+  std::vector<std::string> printed_;
   int launchedInstances_ = 0;
   std::optional<SystemError> launchFault_;
 };

@@ -1,7 +1,10 @@
 #include "platforms/simulated/screen_capture.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <ranges>
 #include <stdexcept>
 #include <utility>
 
@@ -12,7 +15,29 @@ namespace {
 
 const SystemError noPermission{"The user declined the capture of windows."};
 const SystemError noSuchWindow{"The window is not on the screen."};
+const SystemError noSuchDisplay{"There is no such display."};
 const SystemError noSize{"A picture needs at least one pixel."};
+
+const Colour titleBarColour{0.8, 0.8, 0.8};
+
+std::uint32_t toPixel(const Colour& colour) {
+  const auto byte = [](double component) { return static_cast<std::uint32_t>(component * 255); };
+  return byte(colour.red()) << 16 | byte(colour.green()) << 8 | byte(colour.blue());
+}
+
+void paint(DisplayPicture& picture, QuartzPoint origin, const QuartzRect& rect,
+           const Colour& colour) {
+  const auto within = [](double place, int end) {
+    return static_cast<int>(std::clamp(place, 0.0, static_cast<double>(end)));
+  };
+  const int left = within(rect.minX() - origin.x, picture.width);
+  const int right = within(rect.maxX() - origin.x, picture.width);
+  const int bottom = within(rect.maxY() - origin.y, picture.height);
+  for (int y = within(rect.minY() - origin.y, picture.height); y < bottom; ++y) {
+    const auto row = picture.pixels.begin() + std::ptrdiff_t{y} * picture.width;
+    std::fill(row + left, row + right, toPixel(colour));
+  }
+}
 
 // Takes what is wanted when its time has come and hands it over on the main queue.
 template <class Result>
@@ -72,6 +97,13 @@ Subscription ScreenCapture::captureImage(const ShareableWindow& window, int pixe
       std::move(onImage));
 }
 
+Subscription ScreenCapture::captureDisplay(DisplayID display, OnDisplay onDisplay) {
+  if (!system_.portCall("captures the display {}", display)) return {};
+  return answerLater<DisplayPicture>(
+      system_, CaptureCall::display, [this, display] { return displayNow(display); },
+      std::move(onDisplay));
+}
+
 void ScreenCapture::failNext(SystemError error, std::optional<CaptureCall> call) {
   system_.state.captureFaults.push_back({call, std::move(error)});
 }
@@ -115,6 +147,25 @@ std::expected<Image, SystemError> ScreenCapture::imageNow(const Subject& subject
                     .pixelWidth = pixelWidth,
                     .pixelHeight = pixelHeight,
                     .takenAt = system_.scheduler.now()}));
+}
+
+std::expected<DisplayPicture, SystemError> ScreenCapture::displayNow(DisplayID display) const {
+  const auto& desktop = system_.state;
+  const auto screen = std::ranges::find(desktop.screens, display, &Screen::displayID);
+  if (screen == desktop.screens.end()) return std::unexpected(noSuchDisplay);
+  DisplayPicture picture{.width = static_cast<int>(screen->frame.width()),
+                         .height = static_cast<int>(screen->frame.height())};
+  picture.pixels.resize(static_cast<std::size_t>(picture.width * picture.height));
+  const auto frame = desktop.flip().toQuartz(screen->frame);
+  for (const auto& window : desktop.windows | std::views::reverse) {
+    if (!desktop.isVisible(window)) continue;
+    auto whole = window.frame;
+    whole.origin = window.paintedAt.value_or(whole.origin);
+    const auto content = frameOf(WindowPart::content, whole);
+    paint(picture, frame.origin, whole, titleBarColour);
+    paint(picture, frame.origin, content, window.fill);
+  }
+  return picture;
 }
 
 const WindowPicture& windowPicture(const Image& image) {

@@ -12,7 +12,8 @@ namespace pellow::simulated {
 // (`windowPicture`).
 //
 // The list has the windows of applications, front to back, then the desktop itself, one window
-// without owner and title for every display.
+// without owner and title for every display. The picture of a display shows windows as rectangles:
+// a grey title bar above the colour of the content.
 class ScreenCapture final : public pellow::ScreenCapture {
  public:
   explicit ScreenCapture(System& system) : system_(system) {}
@@ -22,6 +23,7 @@ class ScreenCapture final : public pellow::ScreenCapture {
   Subscription shareableWindows(OnWindows onWindows) override;
   Subscription captureImage(const ShareableWindow& window, int pixelWidth, int pixelHeight,
                             OnImage onImage) override;
+  Subscription captureDisplay(DisplayID display, OnDisplay onDisplay) override;
 
   // The permission.
   void allow(bool allowed) { system_.state.allowsCapture = allowed; }
@@ -38,6 +40,7 @@ class ScreenCapture final : public pellow::ScreenCapture {
   std::optional<QuartzRect> frameNow(const Subject& subject) const;
   std::expected<Image, SystemError> imageNow(const Subject& subject, int pixelWidth,
                                              int pixelHeight) const;
+  std::expected<DisplayPicture, SystemError> displayNow(DisplayID display) const;
 
   System& system_;
 };

@@ -74,6 +74,11 @@ Window Window::clampsToDisplay() const {
   return *this;
 }
 
+Window Window::isPaintedAt(QuartzPoint origin) const {
+  state().paintedAt = origin;
+  return *this;
+}
+
 Window Window::snapsToGrid(double step) const {
   state().manners.gridStep = step;
   return *this;

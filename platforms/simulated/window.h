@@ -71,6 +71,8 @@ class Window {
                    std::optional<AXCall> call = std::nullopt) const;
   // Closes during the nth call from now, counted from 1.
   Window closesDuring(int call) const;
+  // Is painted with its corner here, wherever its frame is.
+  Window isPaintedAt(QuartzPoint origin) const;
   // Has no minimize button.
   Window withoutMinimizeButton() const;
   // Forgets all manners.

@@ -18,6 +18,7 @@ class Workspace final : public pellow::Workspace {
   void activateDesktop() override;
   std::vector<WindowOnScreen> windowsOnScreen() override;
   bool keepsWindowsOnDisplays() override { return system_.state.keepsWindowsOnDisplays; }
+  std::string windowServerDescription() override { return "a simulated desktop"; }
   bool hasWindowsOnOtherSpaces(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;

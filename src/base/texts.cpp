@@ -32,6 +32,14 @@ const Texts macTexts{
     .screenRecordingExplained =
         "Optional. Lets the real window fly to its tab instead of the app icon. One photo per "
         "window, taken as you pellow it, never leaving your Mac.",
+    .screenRecordingCaveat =
+        "This may be wrong. Screen Recording is granted to an application\n"
+        "bundle launched through LaunchServices, and this diagnostic is the\n"
+        "bare executable started from a shell, which macOS can treat as a\n"
+        "different thing. Accessibility is not fussy about this; Screen\n"
+        "Recording is.\n"
+        "Settings > Permissions inside the running app is the authority.\n"
+        "If it says Granted there, the grant is fine and this line is noise.",
 
     .hideRefused = "macOS refused to hide that app.",
     .minimizeInstead =
@@ -109,6 +117,10 @@ const Texts x11Texts{
     .screenRecordingExplained =
         "Optional. Lets the real window fly to its tab instead of the app icon. One photo per "
         "window, taken as you pellow it, never leaving your computer.",
+    .screenRecordingCaveat =
+        "The X server of this display lacks what pictures of windows need:\n"
+        "the extensions Composite, Damage, XFixes and Shape. Nothing else is\n"
+        "asked for here; no permission of the desktop is missing.",
 
     .hideRefused = "The window manager refused to hide that app.",
     .minimizeInstead =

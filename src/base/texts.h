@@ -30,6 +30,7 @@ struct Texts {
   Text screenRecordingOff;
   Text screenRecordingLost;
   Text screenRecordingExplained;
+  Text screenRecordingCaveat;  // of a report that finds none; in lines
 
   // Actions that failed.
   Text hideRefused;

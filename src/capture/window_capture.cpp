@@ -1,14 +1,12 @@
 #include "capture/window_capture.h"
 
-#include <array>
 #include <cmath>
-#include <functional>
-#include <memory>
 #include <utility>
 #include <vector>
 
 #include "access/pellow_error.h"
 #include "base/answer.h"
+#include "capture/in_time.h"
 
 namespace pellow {
 namespace {
@@ -18,26 +16,11 @@ using Picture = std::expected<Image, SystemError>;
 
 constexpr double tolerance = 2.0;  // points
 constexpr int titleAloneScore = 3;
-constexpr Seconds patience = 2;
 
 bool isNear(double a, double b) { return std::abs(a - b) <= tolerance; }
 
 std::unexpected<SystemError> failure(const PellowError& error) {
   return std::unexpected(SystemError{error.errorDescription()});
-}
-
-// Takes silence for a failure once `patience` is over.
-template <class Result>
-Answer<Result>::Ask inTime(MainQueue& queue, typename Answer<Result>::Ask ask) {
-  return [&queue, ask = std::move(ask)](std::function<void(Result)> onAnswer) {
-    auto waiting = std::make_shared<std::array<Subscription, 2>>();
-    (*waiting)[0] =
-        queue.after(patience, [onAnswer] { onAnswer(failure(PellowError::captureFailed())); });
-    (*waiting)[1] = ask(onAnswer);
-    return Subscription([waiting] {
-      for (auto& each : *waiting) each.cancel();
-    });
-  };
 }
 
 }  // namespace

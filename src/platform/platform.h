@@ -11,6 +11,7 @@
 #include "platform/form_windows.h"
 #include "platform/login_item.h"
 #include "platform/panels.h"
+#include "platform/probe_windows.h"
 #include "platform/process.h"
 #include "platform/queues.h"
 #include "platform/screen_capture.h"
@@ -41,6 +42,7 @@ class Platform {
   virtual const Log& log() = 0;
   virtual LoginItem& loginItem() = 0;
   virtual Panels& panels() = 0;
+  virtual ProbeWindows& probeWindows() = 0;
   virtual Process& process() = 0;
   virtual Queues& queues() = 0;
   virtual ScreenCapture& screenCapture() = 0;

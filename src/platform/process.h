@@ -2,8 +2,7 @@
 
 #include <expected>
 #include <functional>
-#include <span>
-#include <string>
+#include <string_view>
 
 #include "base/subscription.h"
 #include "platform/ax_element.h"
@@ -20,15 +19,15 @@ class Process {
 
   virtual ProcessID pid() const = 0;
 
-  // The command line without the program's name.
-  virtual std::span<const std::string> arguments() const = 0;
-
   // An agent: no Dock icon, no main menu.
   virtual void becomeAccessory() = 0;
 
   // Calls the handler on the main queue for every such signal instead of letting it end the
   // process. Dropping the subscription leaves the signal ignored.
   virtual Subscription onSignal(TerminationSignal signal, std::function<void()> handler) = 0;
+
+  // Writes a line to standard output, at once. Whoever should read it may have gone away.
+  virtual void print(std::string_view line) = 0;
 
   // Ends the process with this status, without normal termination. On a simulated desktop it
   // returns, and nothing of the process runs after that.

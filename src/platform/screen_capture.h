@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -11,6 +12,7 @@
 #include "base/subscription.h"
 #include "platform/ax_element.h"
 #include "platform/image.h"
+#include "platform/screens.h"
 #include "platform/system_error.h"
 
 namespace pellow {
@@ -29,6 +31,16 @@ struct ShareableWindow {
   QuartzRect frame;
 
   bool operator==(const ShareableWindow&) const = default;
+};
+
+// What a display shows.
+struct DisplayPicture {
+  // One pixel for a point, to whole numbers.
+  int width = 0;
+  int height = 0;
+  std::vector<std::uint32_t> pixels;  // 0xRRGGBB in sRGB, row by row from the top
+
+  bool operator==(const DisplayPicture&) const = default;
 };
 
 // Pictures of other applications' windows, and the permission to take them. Main thread.
@@ -55,6 +67,12 @@ class ScreenCapture {
   // once, on the main queue, unless the subscription ends before.
   virtual Subscription captureImage(const ShareableWindow& window, int pixelWidth, int pixelHeight,
                                     OnImage onImage) = 0;
+
+  using OnDisplay = std::function<void(std::expected<DisplayPicture, SystemError> picture)>;
+
+  // A picture of all that is to be seen on a display, but for the pointer. Calls `onDisplay` once,
+  // on the main queue, unless the subscription ends before.
+  virtual Subscription captureDisplay(DisplayID display, OnDisplay onDisplay) = 0;
 };
 
 }  // namespace pellow

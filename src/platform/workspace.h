@@ -70,6 +70,9 @@ class Workspace {
   // to do so, or no longer.
   virtual bool keepsWindowsOnDisplays() = 0;
 
+  // Who places and paints windows here, in a few words for a report: "openbox on X11".
+  virtual std::string windowServerDescription() = 0;
+
   // Whether the application may have windows on Spaces that are not shown: its `windows` attribute
   // leaves those out.
   virtual bool hasWindowsOnOtherSpaces(ProcessID pid) = 0;

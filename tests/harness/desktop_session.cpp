@@ -17,6 +17,8 @@
 namespace pellow::desktop {
 namespace {
 
+constexpr std::uint32_t fromPager = 2;  // says EWMH
+
 // Sends an xcb request and takes the reply with its …_reply function; empty if the server answered
 // an error.
 template <class Cookie, class Reply, class... Parameters>
@@ -406,9 +408,12 @@ void DesktopSession::click(int x, int y, std::uint8_t button) {
 }
 
 bool DesktopSession::activate(WindowID window, std::chrono::seconds bound) {
-  constexpr std::uint32_t fromPager = 2;
   askWindowManager(window, "_NET_ACTIVE_WINDOW", {fromPager, XCB_CURRENT_TIME, 0});
   return eventually([&] { return activeWindow() == window; }, bound);
+}
+
+void DesktopSession::close(WindowID window) {
+  askWindowManager(window, "_NET_CLOSE_WINDOW", {XCB_CURRENT_TIME, fromPager});
 }
 
 void DesktopSession::iconify(WindowID window) {
@@ -417,12 +422,10 @@ void DesktopSession::iconify(WindowID window) {
 }
 
 void DesktopSession::changeState(WindowID window, std::string_view state, bool add) {
-  constexpr std::uint32_t fromPager = 2;
   askWindowManager(window, "_NET_WM_STATE", {add ? 1U : 0U, atom(state), 0, fromPager});
 }
 
 void DesktopSession::sendToDesktop(WindowID window, std::uint32_t desktop) {
-  constexpr std::uint32_t fromPager = 2;
   askWindowManager(window, "_NET_WM_DESKTOP", {desktop, fromPager});
 }
 

@@ -159,8 +159,9 @@ class DesktopSession {
   // Asks the window manager, as a pager does, to activate the window, and waits until it is.
   bool activate(WindowID window, std::chrono::seconds bound = std::chrono::seconds(30));
 
-  // Asks the window manager, as a pager does, to iconify the window; to add a state, for example
-  // "_NET_WM_STATE_SHADED", or to take it away. Waits for nothing.
+  // Asks the window manager, as a pager does, to close or iconify the window; to add a state, for
+  // example "_NET_WM_STATE_SHADED", or to take it away. Waits for nothing.
+  void close(WindowID window);
   void iconify(WindowID window);
   void changeState(WindowID window, std::string_view state, bool add);
   // Asks for a window on the desktop with this number, or on all of them. Waits for nothing.

@@ -37,7 +37,7 @@ TEST(QtProcess, LaunchesTheProgramOnceMore) {
   sigset_t mask;
   pthread_sigmask(SIG_SETMASK, nullptr, &mask);
   TerminationSignals signals;
-  QtProcess process({}, signals, [] {});
+  QtProcess process(signals, [] {});
   std::optional<std::expected<void, SystemError>> outcome;
   process.launchNewInstance([&](const auto& answer) { outcome = answer; });
   EXPECT_FALSE(outcome) << "told before the call has returned";

@@ -5,15 +5,15 @@
 #include <QCoreApplication>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <utility>
 
 #include "platforms/linux/system/programs.h"
 
 namespace pellow {
 
-QtProcess::QtProcess(std::vector<std::string> arguments, TerminationSignals& signals,
-                     std::function<void()> beforeExit)
-    : arguments_(std::move(arguments)), signals_(signals), beforeExit_(std::move(beforeExit)) {}
+QtProcess::QtProcess(TerminationSignals& signals, std::function<void()> beforeExit)
+    : signals_(signals), beforeExit_(std::move(beforeExit)) {}
 
 ProcessID QtProcess::pid() const { return getpid(); }
 
@@ -22,6 +22,12 @@ void QtProcess::becomeAccessory() {}
 
 Subscription QtProcess::onSignal(TerminationSignal signal, std::function<void()> handler) {
   return signals_.on(signal, std::move(handler));
+}
+
+void QtProcess::print(std::string_view line) {
+  std::fwrite(line.data(), 1, line.size(), stdout);
+  std::fputc('\n', stdout);
+  std::fflush(stdout);
 }
 
 // Without destructors: other threads may be in the middle of something.

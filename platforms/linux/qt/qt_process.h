@@ -1,8 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <string>
-#include <vector>
+#include <string_view>
 
 #include "platform/process.h"
 #include "platforms/linux/system/termination_signals.h"
@@ -16,19 +15,17 @@ class QtProcess final : public Process {
   static constexpr const char* relaunchedVariable = "PELLOW_RELAUNCHED";
 
   // `beforeExit` is called before the process ends without the normal termination.
-  QtProcess(std::vector<std::string> arguments, TerminationSignals& signals,
-            std::function<void()> beforeExit);
+  QtProcess(TerminationSignals& signals, std::function<void()> beforeExit);
 
   ProcessID pid() const override;
-  std::span<const std::string> arguments() const override { return arguments_; }
   void becomeAccessory() override;
   Subscription onSignal(TerminationSignal signal, std::function<void()> handler) override;
+  void print(std::string_view line) override;
   void exit(int status) override;
   void terminate() override;
   void launchNewInstance(std::function<void(std::expected<void, SystemError>)> onLaunched) override;
 
  private:
-  std::vector<std::string> arguments_;
   TerminationSignals& signals_;
   std::function<void()> beforeExit_;
 };

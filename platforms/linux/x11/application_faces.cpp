@@ -34,13 +34,14 @@ RunningApplication ApplicationFaces::describe(ProcessID pid,
   const auto& face = ordinary != windows.end() ? *ordinary : windows.front();
   const auto* entry = entries_.find(face.instanceName, face.className);
   const auto windowClass = nonEmpty(face.className);
+  // Another process of the program, which is an agent whatever it shows.
+  const bool isAgent = face.className == "pellow" || ordinary == windows.end();
   return {.pid = pid,
           .bundleID = entry ? entry->id : windowClass,
           .localizedName =
               entry && !entry->name.empty() ? entry->name : windowClass.value_or(commandName(pid)),
           .icon = icon(entry, pid, face.window),
-          .activationPolicy =
-              ordinary != windows.end() ? ActivationPolicy::regular : ActivationPolicy::accessory};
+          .activationPolicy = isAgent ? ActivationPolicy::accessory : ActivationPolicy::regular};
 }
 
 std::optional<Image> ApplicationFaces::icon(const DesktopEntry* entry, ProcessID pid,

@@ -86,6 +86,11 @@ Subscription X11ScreenCapture::captureImage(const ShareableWindow& window, int p
       std::move(onImage));
 }
 
+Subscription X11ScreenCapture::captureDisplay(DisplayID display, OnDisplay onDisplay) {
+  return ask<std::expected<DisplayPicture, SystemError>>(
+      [this, display] { return takePictureOf(display); }, std::move(onDisplay));
+}
+
 std::expected<std::vector<ShareableWindow>, SystemError> X11ScreenCapture::listWindows() {
   const Deadline deadline = deadlineIn(serverPatience);
   const auto shown = windowsOnScreen(server_, Facet::frame | Facet::title, deadline);
@@ -110,6 +115,30 @@ std::expected<Image, SystemError> X11ScreenCapture::takePicture(xcb_window_t win
   return Image(std::make_shared<PixelImage>(
       size.width, size.height, withoutPremultiplication(scaled(*picture, size)),
       Size{picture->size.width / scale, picture->size.height / scale}));
+}
+
+// The root window shows what the compositor paints, if there is one, and else the windows.
+std::expected<DisplayPicture, SystemError> X11ScreenCapture::takePictureOf(DisplayID display) {
+  const auto layout = server_.layout();
+  const auto monitor =
+      std::ranges::find(layout.monitors, display, &ScreenLayout::Monitor::displayID);
+  if (monitor == layout.monitors.end())
+    return std::unexpected(SystemError{"The display is not connected."});
+  auto& connection = server_.connection();
+  DrawableReader reader(connection);
+  const auto depth = connection.screen().root_depth;
+  if (!reader.canRead(depth))
+    return std::unexpected(
+        SystemError{"A screen without 24 bits of colour cannot be photographed."});
+  const auto shown =
+      reader.read(connection.root(), depth, monitor->frame, deadlineIn(serverPatience));
+  if (!shown) return std::unexpected(SystemError{"The X server refused to show the screen."});
+  const auto size = layout.screen(*monitor).frame.size;
+  DisplayPicture picture{.width = static_cast<int>(size.width),
+                         .height = static_cast<int>(size.height)};
+  picture.pixels = scaled(*shown, {picture.width, picture.height}).values;
+  for (auto& pixel : picture.pixels) pixel &= 0xffffff;
+  return picture;
 }
 
 }  // namespace pellow

@@ -34,6 +34,7 @@ class X11ScreenCapture final : public ScreenCapture {
   Subscription shareableWindows(OnWindows onWindows) override;
   Subscription captureImage(const ShareableWindow& window, int pixelWidth, int pixelHeight,
                             OnImage onImage) override;
+  Subscription captureDisplay(DisplayID display, OnDisplay onDisplay) override;
 
  private:
   struct Request;
@@ -45,6 +46,7 @@ class X11ScreenCapture final : public ScreenCapture {
   // What is asked on the queue.
   std::expected<std::vector<ShareableWindow>, SystemError> listWindows();
   std::expected<Image, SystemError> takePicture(xcb_window_t window, PixelSize size);
+  std::expected<DisplayPicture, SystemError> takePictureOf(DisplayID display);
 
   X11Server& server_;
   Queues& queues_;

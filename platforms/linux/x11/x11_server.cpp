@@ -91,7 +91,8 @@ bool X11Server::readWindowManager() {
   const auto hints = supported->words();
   const std::lock_guard lock(mutex_);
   supported_ = {hints.begin(), hints.end()};
-  windowManager_ = &traitsOf(name ? name->bytes : "");
+  windowManagerName_ = name ? name->bytes : "";
+  windowManager_ = &traitsOf(windowManagerName_);
   lacks_.clear();
   for (const auto& [hint, hintName] :
        {std::pair(atoms_.netActiveWindow, "_NET_ACTIVE_WINDOW"),
@@ -119,17 +120,23 @@ std::optional<X11Server::Reign> X11Server::reign(Deadline deadline) {
   return Reign{(*owner)->owner, *manager};
 }
 
-bool X11Server::windowManagerComposites(Deadline deadline) {
+std::string X11Server::windowManagerName() const {
+  const std::lock_guard lock(mutex_);
+  return windowManagerName_;
+}
+
+X11Server::Compositor X11Server::compositor(Deadline deadline) {
   auto& own = connection();
   auto pendingOwner = own.pending<xcb_get_selection_owner_reply_t>(
       xcb_get_selection_owner(own.raw(), compositorSelection_));
   const auto check = own.property(own.root(), atoms_.netSupportingWMCheck).collect(deadline);
   const auto owner = pendingOwner.collect(deadline);
   const auto manager = check ? check->firstWord() : std::nullopt;
-  if (!owner || (*owner)->owner == XCB_WINDOW_NONE || !manager) return false;
+  if (!owner || (*owner)->owner == XCB_WINDOW_NONE) return Compositor::none;
   // All windows of one client are numbered alike in the bits that the mask leaves.
   const auto client = ~xcb_get_setup(own.raw())->resource_id_mask;
-  return ((*owner)->owner & client) == (*manager & client);
+  const bool isSameClient = manager && ((*owner)->owner & client) == (*manager & client);
+  return isSameClient ? Compositor::windowManager : Compositor::otherProgram;
 }
 
 bool X11Server::isWindowManagerSettled(Deadline deadline) {

@@ -54,8 +54,11 @@ class X11Server {
   bool windowManagerSupports(xcb_atom_t hint) const;
   // What must be known of it.
   const WindowManagerTraits& windowManager() const;
-  // Whether it paints the screen itself, and no compositor of another process or none does.
-  bool windowManagerComposites(Deadline deadline);
+  // What it calls itself.
+  std::string windowManagerName() const;
+  enum class Compositor { none, windowManager, otherProgram };
+  // Who paints the screen.
+  Compositor compositor(Deadline deadline);
   // Rereads what the window manager says of itself: false when none runs that follows EWMH, with
   // all that it takes to put windows away.
   bool readWindowManager();
@@ -119,6 +122,7 @@ class X11Server {
   ScreenLayout layout_;
   std::set<xcb_atom_t> supported_;
   std::vector<std::string> lacks_;
+  std::string windowManagerName_;
   const WindowManagerTraits* windowManager_ = &traitsOf("");
   std::optional<Reign> settled_;
   std::map<xcb_window_t, ProcessID> owners_;

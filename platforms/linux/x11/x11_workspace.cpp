@@ -1,5 +1,6 @@
 #include "platforms/linux/x11/x11_workspace.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -156,9 +157,26 @@ std::vector<WindowOnScreen> X11Workspace::windowsOnScreen() {
 bool X11Workspace::keepsWindowsOnDisplays() {
   if (!server_.windowManager().paintsByItsOwnBook) return false;
   const Deadline deadline = server_.patience();
-  const bool areKept = server_.windowManagerComposites(deadline);
+  const bool areKept = server_.compositor(deadline) == X11Server::Compositor::windowManager;
   if (!deadline.hasMetSilence()) areWindowsKept_ = areKept;
   return areWindowsKept_;
+}
+
+std::string X11Workspace::windowServerDescription() {
+  const auto name = server_.windowManagerName();
+  const auto painter = [compositor = server_.compositor(server_.patience())] {
+    switch (compositor) {
+      case X11Server::Compositor::none:
+        return "no compositor";
+      case X11Server::Compositor::windowManager:
+        return "its own compositor";
+      case X11Server::Compositor::otherProgram:
+        return "the compositor of another program";
+    }
+    return "";
+  };
+  return fmt::format("{} on X11, with {}", name.empty() ? "a nameless window manager" : name,
+                     painter());
 }
 
 bool X11Workspace::hasWindowsOnOtherSpaces(ProcessID pid) {

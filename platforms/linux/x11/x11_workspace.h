@@ -33,6 +33,7 @@ class X11Workspace : public Workspace {
   void activateDesktop() override;
   std::vector<WindowOnScreen> windowsOnScreen() override;
   bool keepsWindowsOnDisplays() override;
+  std::string windowServerDescription() override;
   bool hasWindowsOnOtherSpaces(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;

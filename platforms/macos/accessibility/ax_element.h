@@ -11,7 +11,9 @@
 namespace pellow {
 
 // An element as the Accessibility interface holds it. The timeout of a call is state of its
-// reference, so calls on the same one take turns; the time spent waiting counts.
+// reference, so calls on the same one take turns; the time spent waiting counts. Calls on elements
+// of this process run on the main thread, without a timeout; it must not wait for whoever makes
+// them.
 class MacElement final : public AXElement::Object {
  public:
   // Gives the reference a timeout of its own at once: the default belongs to the whole process, and

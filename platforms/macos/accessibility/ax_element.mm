@@ -1,11 +1,16 @@
 #include "platforms/macos/accessibility/ax_element.h"
 
+#import <dispatch/dispatch.h>
+
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 
 #include "platforms/macos/accessibility/ax_value.h"
+#include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/text.h"
 
 namespace pellow {
@@ -19,6 +24,13 @@ constexpr float ordinaryTimeout = 6;
 constexpr Seconds shortestTimeout = 0.001;
 
 bool hasEnded(ProcessID pid) { return pid > 0 && kill(pid, 0) != 0 && errno == ESRCH; }
+
+void runOnMain(const std::function<void()>& work) {
+  if (NSThread.isMainThread) return work();
+  dispatch_sync(dispatch_get_main_queue(), ^{
+    runInPool(work);
+  });
+}
 
 std::expected<void, AXError> outcome(AXError error) {
   if (error != AXError::success) return std::unexpected(error);
@@ -51,9 +63,17 @@ AXError MacElement::ask(Seconds timeout,
   if (!turn) return AXError::cannotComplete;
   const auto left = timeout - Wait(steady_clock::now() - asked).count();
   AXUIElementSetMessagingTimeout(ref(), static_cast<float>(std::max(left, shortestTimeout)));
-  const auto error = AXError{call(ref())};
-  if (error == AXError::success) return error;
   const auto owner = pid();
+  auto error = AXError::failure;
+  const auto answer = [&] { error = AXError{call(ref())}; };
+  // AppKit answers questions about its own process in the thread that asks, but its windows are the
+  // main thread's.
+  if (owner == getpid()) {
+    runOnMain(answer);
+  } else {
+    answer();
+  }
+  if (error == AXError::success) return error;
   return owner && hasEnded(*owner) ? AXError::invalidUIElement : error;
 }
 

@@ -13,6 +13,7 @@ class MacScreenCapture final : public ScreenCapture {
   Subscription shareableWindows(OnWindows onWindows) override;
   Subscription captureImage(const ShareableWindow& window, int pixelWidth, int pixelHeight,
                             OnImage onImage) override;
+  Subscription captureDisplay(DisplayID display, OnDisplay onDisplay) override;
 };
 
 }  // namespace pellow

@@ -4,6 +4,8 @@
 #import <ScreenCaptureKit/ScreenCaptureKit.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -37,11 +39,17 @@ class Waiting {
     return Subscription([handler = handler_] { *handler = nullptr; });
   }
 
-  // `answer` is made on the main queue, and only if somebody still waits.
-  void answer(std::function<std::expected<Value, SystemError>()> make) const {
-    hopToMain([waiting = handler_, make = std::move(make)] {
-      if (const auto handler = std::exchange(*waiting, nullptr)) handler(make());
+  // `work` runs on the main queue, and only if somebody still waits.
+  void goOn(std::function<void()> work) const {
+    hopToMain([waiting = handler_, work = std::move(work)] {
+      if (*waiting) work();
     });
+  }
+
+  // `make` makes the answer, under the same conditions.
+  void answer(std::function<std::expected<Value, SystemError>()> make) const {
+    goOn(
+        [waiting = handler_, make = std::move(make)] { std::exchange(*waiting, nullptr)(make()); });
   }
 
  private:
@@ -72,6 +80,50 @@ SCStreamConfiguration* configuration(int pixelWidth, int pixelHeight) {
   configuration.ignoreShadowsSingleWindow = YES;
   configuration.ignoreGlobalClipSingleWindow = YES;
   return configuration;
+}
+
+using DisplayOutcome = std::expected<DisplayPicture, SystemError>;
+
+DisplayOutcome toDisplayPicture(CGImageRef bitmap, int width, int height) {
+  constexpr std::size_t bytesPerPixel = 4;
+  constexpr std::uint32_t rgb = 0xffffff;
+  const auto columns = static_cast<std::size_t>(width);
+  const auto rows = static_cast<std::size_t>(height);
+  DisplayPicture picture{.width = width, .height = height};
+  picture.pixels.resize(columns * rows);
+  const auto colours =
+      CFOwner<CGColorSpaceRef>::adopt(CGColorSpaceCreateWithName(kCGColorSpaceSRGB));
+  const auto context = CFOwner<CGContextRef>::adopt(CGBitmapContextCreate(
+      picture.pixels.data(), columns, rows, 8, bytesPerPixel * columns, colours.get(),
+      static_cast<CGBitmapInfo>(kCGImageAlphaNoneSkipFirst) | kCGBitmapByteOrder32Little));
+  if (!context)
+    return std::unexpected(SystemError{"The system cannot read the picture of the display."});
+  CGContextDrawImage(context.get(), CGRectMake(0, 0, width, height), bitmap);
+  for (auto& pixel : picture.pixels) pixel &= rgb;
+  return picture;
+}
+
+SCDisplay* find(DisplayID display, NSArray<SCDisplay*>* displays) {
+  for (SCDisplay* each in displays)
+    if (each.displayID == display) return each;
+  return nil;
+}
+
+// ScreenCaptureKit gives a display's size in points. The picture is the system's only while the
+// handler runs.
+void capture(SCDisplay* display, Waiting<DisplayPicture> waiting) {
+  const auto width = static_cast<int>(display.width);
+  const auto height = static_cast<int>(display.height);
+  [SCScreenshotManager captureImageWithFilter:[[SCContentFilter alloc] initWithDisplay:display
+                                                                      excludingWindows:@[]]
+                                configuration:configuration(width, height)
+                            completionHandler:^(CGImageRef bitmap, NSError* error) {
+                              const auto kept = CFOwner<CGImageRef>::retain(bitmap);
+                              waiting.answer([kept, width, height, error]() -> DisplayOutcome {
+                                if (!kept) return std::unexpected(toSystemError(error));
+                                return toDisplayPicture(kept.get(), width, height);
+                              });
+                            }];
 }
 
 }  // namespace
@@ -112,6 +164,23 @@ Subscription MacScreenCapture::captureImage(const ShareableWindow& window, int p
                return Image(std::make_shared<MacImage>(kept.get(), size));
              });
            }];
+  return waiting.subscription();
+}
+
+Subscription MacScreenCapture::captureDisplay(DisplayID display, OnDisplay onDisplay) {
+  const Waiting<DisplayPicture> waiting(std::move(onDisplay));
+  const auto onContent = [waiting, display](SCShareableContent* content, NSError* error) {
+    if (!content)
+      return waiting.answer(
+          [error] { return DisplayOutcome(std::unexpect, toSystemError(error)); });
+    if (SCDisplay* const found = find(display, content.displays)) return capture(found, waiting);
+    waiting.answer(
+        [] { return DisplayOutcome(std::unexpect, SystemError{"The display is not connected."}); });
+  };
+  [SCShareableContent
+      getShareableContentWithCompletionHandler:^(SCShareableContent* content, NSError* error) {
+        waiting.goOn([onContent, content, error] { onContent(content, error); });
+      }];
   return waiting.subscription();
 }
 

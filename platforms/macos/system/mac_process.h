@@ -1,7 +1,6 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include <string_view>
 
 #include "platform/process.h"
 
@@ -14,18 +13,13 @@ class MacProcess final : public Process {
   // this one.
   static constexpr const char* predecessorVariable = "PELLOW_PREDECESSOR";
 
-  explicit MacProcess(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {}
-
   ProcessID pid() const override;
-  std::span<const std::string> arguments() const override { return arguments_; }
   void becomeAccessory() override;
   Subscription onSignal(TerminationSignal signal, std::function<void()> handler) override;
+  void print(std::string_view line) override;
   void exit(int status) override;
   void terminate() override;
   void launchNewInstance(std::function<void(std::expected<void, SystemError>)> onLaunched) override;
-
- private:
-  std::vector<std::string> arguments_;
 };
 
 }  // namespace pellow

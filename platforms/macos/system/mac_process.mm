@@ -7,8 +7,10 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "platforms/macos/foundation/error.h"
@@ -66,6 +68,12 @@ Subscription MacProcess::onSignal(TerminationSignal signal, std::function<void()
     dispatch_source_cancel(source);
     held.reset();
   });
+}
+
+void MacProcess::print(std::string_view line) {
+  std::fwrite(line.data(), 1, line.size(), stdout);
+  std::fputc('\n', stdout);
+  std::fflush(stdout);
 }
 
 void MacProcess::exit(int status) {

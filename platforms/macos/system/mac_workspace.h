@@ -28,6 +28,7 @@ class MacWorkspace final : public Workspace {
   void activateDesktop() override;
   std::vector<WindowOnScreen> windowsOnScreen() override;
   bool keepsWindowsOnDisplays() override { return false; }
+  std::string windowServerDescription() override;
   bool hasWindowsOnOtherSpaces(ProcessID pid) override;
   bool open(std::string_view url) override;
   Subscription onDidActivateApplication(std::function<void(ProcessID)> observer) override;

@@ -143,6 +143,10 @@ std::vector<WindowOnScreen> MacWorkspace::windowsOnScreen() {
   return windows;
 }
 
+std::string MacWorkspace::windowServerDescription() {
+  return "macOS " + toText(NSProcessInfo.processInfo.operatingSystemVersionString);
+}
+
 bool MacWorkspace::hasWindowsOnOtherSpaces(ProcessID pid) {
   const auto listed = listWindows(kCGWindowListOptionAll);
   for (NSDictionary* window in (__bridge NSArray*)listed.get())

@@ -68,7 +68,7 @@ class LinuxHost final : public Host {
       if (name != "PATH") setenv(name.c_str(), value.c_str(), 1);
     signals_.emplace();
     application_.emplace();
-    platform_ = LinuxPlatform::open({}, LinuxPlatform::Claim::now, log_, *signals_).value();
+    platform_ = LinuxPlatform::open(LinuxPlatform::Claim::now, log_, *signals_).value();
   }
 
   Platform& platform() override { return *platform_; }

@@ -278,7 +278,7 @@ class MacHost final : public Host {
   }
 
   const Log log_{[](LogLevel, std::string_view message) { ADD_FAILURE() << message; }};
-  MacPlatform platform_{{}, log_};
+  MacPlatform platform_{log_};
   CGPoint pointer_ = CGPointZero;
   bool isPressed_ = false;
 };
