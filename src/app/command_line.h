@@ -4,19 +4,22 @@
 #include <string>
 #include <string_view>
 #include <variant>
-#include <vector>
 
 namespace pellow {
 
+// A process that writes a report, and does nothing else.
+enum class ReportMode { offscreen, capture };
+
 // What the command line asks for.
-struct RunProgram {
-  std::vector<std::string> arguments;
+struct RunProgram {};
+struct WriteReport {
+  ReportMode mode = ReportMode::offscreen;
 };
 struct PrintAndExit {
   std::string text;
   bool isError = false;  // on standard error, with status 2
 };
-using CommandLine = std::variant<RunProgram, PrintAndExit>;
+using CommandLine = std::variant<RunProgram, WriteReport, PrintAndExit>;
 
 // What a platform has of its own there.
 struct CommandLineStyle {

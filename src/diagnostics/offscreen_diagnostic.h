@@ -1,0 +1,84 @@
+#pragma once
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "access/ax_queue.h"
+#include "access/displays.h"
+#include "base/task.h"
+#include "base/texts.h"
+#include "diagnostics/diagnostic_report.h"
+#include "engine/parking_places.h"
+#include "platform/accessibility.h"
+#include "platform/probe_windows.h"
+#include "platform/screen_capture.h"
+#include "platform/screens.h"
+#include "platform/workspace.h"
+
+namespace pellow {
+
+// How far a window can leave the displays here: moves a window of its own, and no other, by the
+// rule that the engine parks by and beyond, and tells where it really went. Coordinates can lie, so
+// the window has a colour that is looked for in pictures of the displays. Main thread.
+class OffscreenDiagnostic {
+ public:
+  struct Surroundings {
+    Accessibility& accessibility;
+    AXQueue& axQueue;
+    Displays& displays;
+    MainQueue& mainQueue;
+    ProbeWindows& probeWindows;
+    DiagnosticReport& report;
+    ScreenCapture& screenCapture;
+    Screens& screens;
+    const Texts& texts;
+    Workspace& workspace;
+    ProcessID ownProcess;
+  };
+
+  explicit OffscreenDiagnostic(const Surroundings& around);
+
+  // Every failure is a line of the report.
+  Task<> run();
+
+ private:
+  using Share = std::expected<double, SystemError>;
+
+  void emitDesktop();
+  QuartzRect unionOfScreens() const;
+  Task<> tryPlaces(QuartzRect start);
+  Task<> tryFormula(std::string_view title, StripEdge edge);
+  Task<> tryOnSecondScreen(QuartzRect screen);
+  // Asks for a place and tells what came of it. Whether the window can no longer be seen.
+  Task<bool> tryPlace(std::string_view title, QuartzPoint asked);
+  void emitPlace(QuartzPoint asked, const QuartzRect& frame);
+  void emitResult();
+
+  // Of the window.
+  Task<std::optional<AXElement>> findWindow();
+  Task<std::optional<QuartzRect>> frame();
+  Task<std::expected<void, AXError>> moveTo(QuartzPoint origin);
+  Task<> resize(Size contentSize);
+  // Which part of its content the pictures of the displays show: as soon as it is what is expected,
+  // since whoever paints the screen may be late, or after so many looks.
+  Task<Share> paintedShare(int looksAtMost, std::function<bool(double)> isExpected);
+
+  // How many points of the displays have the window's colour.
+  Task<Share> pointsInColour();
+  Task<> pause(Seconds duration);
+
+  Surroundings around_;
+  ParkingPlaces places_;
+  std::unique_ptr<ProbeWindow> probe_;
+  Size contentSize_;                 // as asked for
+  std::optional<AXElement> window_;  // once it has been found
+  Share before_ = 0;                 // `pointsInColour` without the window
+  int parkings_ = 0;
+  int failedParkings_ = 0;
+};
+
+}  // namespace pellow
