@@ -60,6 +60,8 @@ TEST_F(PictureStory, AWindowIsPhotographedBeforeItGoes) {
   program->pressPellow();
   ASSERT_EQ(program->tabs().size(), 1);
   EXPECT_FALSE(snapshot());
+  EXPECT_TRUE(
+      desktop.hasLogged(std::string(noSnapshot) + "Screen capture did not answer in time."));
   desktop.screenCapture().answersAfter(0);
   program->pressRestoreAll();
 
