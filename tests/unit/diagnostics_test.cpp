@@ -63,6 +63,7 @@ class OffscreenReport : public Diagnostics {
 };
 
 TEST_F(OffscreenReport, TellsEveryPlaceOfADesktopThatLetsWindowsGo) {
+  withWindow(2.5, [](const auto& window) { EXPECT_EQ(window.frame().minX(), 520) << "back"; });
   EXPECT_EQ(report(), (Lines{
                           "=== Pellow off-screen diagnostic ===",
                           "Accessibility permission: true",
@@ -132,6 +133,26 @@ TEST_F(OffscreenReport, ThePictureSaysWhatCoordinatesHide) {
   EXPECT_EQ(below(right).back(), "  picture of the screens: 25.0% of the window still painted");
   EXPECT_EQ(lines().back(),
             "RESULT: a window parked by the real formula stays in sight in 2 of 3 cases.");
+}
+
+// A compositor may be late; and something else may have the colour.
+TEST_F(OffscreenReport, ThePictureIsLookedAtUntilItIsTrue) {
+  const auto other =
+      desktop.probeWindows().openWindow("other", "Other", {90, 50}, {0.9, 0.18, 0.54});
+  desktop.window("Other").moveTo({0, 30});
+  withWindow(0.3, [](const auto& window) { window.isPaintedAt({2000, 0}); });
+  withWindow(1, [](const auto& window) { window.isPaintedAt({700, 263}); });
+  withWindow(2, [](const auto& window) { window.isPaintedAt({2000, 0}); });
+  report();
+  EXPECT_EQ(lines()[8], "Picture of the screens: it shows 100.0% of the window");
+  EXPECT_EQ(below(right).back(), "  picture of the screens: 0.0% of the window still painted");
+}
+
+TEST_F(OffscreenReport, APictureThatNeverShowedTheWindowIsNoWitness) {
+  withWindow(0.3, [](const auto& window) { window.isPaintedAt({1260, 263}); });
+  report();
+  EXPECT_EQ(lines()[8], "Picture of the screens: it shows 45.0% of the window");
+  EXPECT_EQ(below(right).back(), "  0.0% of the window still on screen");
 }
 
 TEST_F(OffscreenReport, ADesktopThatClampsIsToldApart) {
@@ -208,6 +229,7 @@ TEST_F(CaptureReport, TellsOfEveryWindowOfTheOthers) {
   notes.openWindow("Dead", {0, 0, 300, 200}).fails("AXPosition", AXError::failure);
   desktop.launch("Helper", "com.example.helper", ActivationPolicy::accessory)
       .openWindow("Palette", {0, 0, 100, 100});
+  desktop.launch("Cover").openWindow("Cover", {900, 100, 300, 200});
   desktop.launch("Mute", "com.example.mute").openWindow("Mute", {0, 0, 90, 90});
   desktop.application("Mute").hangs();
   EXPECT_EQ(report(), (Lines{
@@ -224,6 +246,10 @@ TEST_F(CaptureReport, TellsOfEveryWindowOfTheOthers) {
                           "    captured 800 x 600",
                           "  'Away' at (900, 100) 300 x 200, minimized",
                           "    NO MATCH for 'Away'",
+                          "Cover: 1 AX window(s)",
+                          "  'Cover' at (900, 100) 300 x 200",
+                          "    matched 'Cover'",
+                          "    captured 300 x 200",
                           "Mute: 0 AX window(s)",
                           "  FAILED: AXWindows answers error -25204",
                           "=== end ===",
