@@ -145,8 +145,8 @@ Task<bool> OffscreenDiagnostic::tryPlace(std::string_view title, QuartzPoint ask
   }
   emitPlace(asked, *now);
   const bool isBeyond = around_.displays.isHidden(*now);
-  const auto painted = co_await paintedShare(
-      looksForAbsence, [&](double share) { return !isBeyond || share <= seenAtMost; });
+  const auto painted =
+      co_await paintedShare(looksForAbsence, [](double share) { return share <= seenAtMost; });
   if (!painted) co_return isBeyond;
   report.emit(
       fmt::format("  picture of the screens: {} of the window still painted", percent(*painted)));
