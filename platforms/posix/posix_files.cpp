@@ -5,13 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
+#include "platforms/posix/file_contents.h"
 #include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
@@ -20,8 +20,6 @@ namespace {
 std::unexpected<SystemError> failure(std::string_view path, const std::error_code& error) {
   return std::unexpected(SystemError{fmt::format("{}: {}.", path, error.message())});
 }
-
-std::error_code lastError() { return {errno, std::generic_category()}; }
 
 FileStamp stampOf(const struct stat& state) {
 #ifdef __APPLE__
@@ -32,16 +30,6 @@ FileStamp stampOf(const struct stat& state) {
   return {.modified = std::int64_t{modified.tv_sec} * 1'000'000'000 + modified.tv_nsec,
           .identity = state.st_ino,
           .size = static_cast<std::uint64_t>(state.st_size)};
-}
-
-// The error, or none.
-std::error_code writeAll(int number, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const auto written = ::write(number, bytes.data(), bytes.size());
-    if (written < 0 && errno != EINTR) return lastError();
-    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return {};
 }
 
 }  // namespace
@@ -64,15 +52,9 @@ std::expected<std::string, SystemError> PosixFiles::read(const std::string& path
   struct stat state{};
   if (!file || fstat(file.number(), &state) != 0) return failure(path, lastError());
   if (!S_ISREG(state.st_mode)) return std::unexpected(SystemError{path + ": No ordinary file."});
-  std::string contents;
-  std::array<char, 1 << 14> buffer;
-  while (contents.size() <= limit) {
-    const auto count = ::read(file.number(), buffer.data(), buffer.size());
-    if (count == 0) return contents;
-    if (count < 0 && errno != EINTR) return failure(path, lastError());
-    if (count > 0) contents.append(buffer.data(), static_cast<std::size_t>(count));
-  }
-  return failure(path, std::make_error_code(std::errc::file_too_large));
+  auto contents = readAll(file.number(), limit);
+  if (!contents) return failure(path, contents.error());
+  return std::move(*contents);
 }
 
 // Does not wait for the disk: what is lost with the power is written anew.

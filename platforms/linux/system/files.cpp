@@ -6,16 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
 
+#include "platforms/posix/file_contents.h"
 #include "platforms/posix/file_descriptor.h"
 
 namespace pellow {
 namespace {
-
-std::error_code lastError() { return {errno, std::generic_category()}; }
 
 std::unexpected<SystemError> failure(const std::filesystem::path& file, std::error_code error) {
   return std::unexpected(
@@ -50,15 +48,6 @@ FileDescriptor openExclusively(const char* path) {
   }
 }
 
-bool writeAll(int number, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const auto written = write(number, bytes.data(), bytes.size());
-    if (written < 0 && errno != EINTR) return false;
-    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return true;
-}
-
 bool syncFolder(const std::filesystem::path& folder) {
   const FileDescriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return descriptor && fsync(descriptor.number()) == 0;
@@ -84,7 +73,7 @@ std::expected<void, SystemError> replaceFile(
   const int number = descriptor.number();
   const bool waits = wait == Wait::forDisk;
   // The sticky bit is the sign to leave it alone.
-  if (ftruncate(number, 0) != 0 || !writeAll(number, *contents) ||
+  if (ftruncate(number, 0) != 0 || writeAll(number, *contents) ||
       (waits ? fsync(number) : fchmod(number, S_ISVTX | 0600)) != 0 ||
       rename(growing.c_str(), file.c_str()) != 0) {
     const auto reason = lastError();
@@ -116,14 +105,7 @@ std::expected<void, SystemError> publishFile(const std::filesystem::path& file,
 std::expected<std::string, std::error_code> readFile(const std::filesystem::path& file) {
   const FileDescriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
   if (!descriptor) return std::unexpected(lastError());
-  std::string contents;
-  std::array<char, 1 << 14> buffer;
-  for (;;) {
-    const auto count = read(descriptor.number(), buffer.data(), buffer.size());
-    if (count == 0) return contents;
-    if (count < 0 && errno != EINTR) return std::unexpected(lastError());
-    if (count > 0) contents.append(buffer.data(), static_cast<std::size_t>(count));
-  }
+  return readAll(descriptor.number());
 }
 
 std::error_code renameWithoutReplacing(const std::filesystem::path& from,
