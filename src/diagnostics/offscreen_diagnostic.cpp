@@ -4,13 +4,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <numeric>
 #include <utility>
 #include <vector>
 
 #include "access/target_window.h"
-#include "capture/in_time.h"
+#include "diagnostics/pause.h"
 
 namespace pellow {
 namespace {
@@ -18,24 +17,11 @@ namespace {
 constexpr auto windowTitle = "Pellow Diagnostic";
 constexpr Size usualSize{400, 300};  // points
 constexpr Size veryWide{2400, 300};
-constexpr Colour fill{0.90, 0.18, 0.54};  // seldom found elsewhere
-constexpr double colourTolerance = 8;     // of 255
 constexpr Seconds untilPlaced = 0.6;
 constexpr Seconds untilMoved = 0.25;
-constexpr int looksForWindow = 20;     // that a busy desktop has not placed or painted yet
-constexpr int looksForAbsence = 5;     // of a window that it still paints
-constexpr double moveTolerance = 2;    // points
-constexpr double beyond = 100;         // points, of the control placements
-constexpr double seenAtMost = 0.05;    // of a window that counts as away
-constexpr double enoughToJudge = 0.5;  // of the window at its start
-
-bool isFill(std::uint32_t pixel) {
-  const auto isNear = [](double wanted, std::uint32_t byte) {
-    return std::abs(wanted * 255 - byte) <= colourTolerance;
-  };
-  return isNear(fill.red(), pixel >> 16 & 0xff) && isNear(fill.green(), pixel >> 8 & 0xff) &&
-         isNear(fill.blue(), pixel & 0xff);
-}
+constexpr int looksForWindow = 20;   // that a busy desktop has not placed yet
+constexpr double moveTolerance = 2;  // points
+constexpr double beyond = 100;       // points, of the control placements
 
 std::string percent(double share) { return fmt::format("{:.1f}%", 100 * share); }
 
@@ -50,7 +36,9 @@ std::string parts(const std::vector<std::pair<double, std::string_view>>& distan
 }  // namespace
 
 OffscreenDiagnostic::OffscreenDiagnostic(const Surroundings& around)
-    : around_(around), places_(around.displays) {}
+    : around_(around),
+      places_(around.displays),
+      witness_(around.mainQueue, around.screenCapture, around.screens) {}
 
 Task<> OffscreenDiagnostic::run() {
   auto& report = around_.report;
@@ -60,15 +48,18 @@ Task<> OffscreenDiagnostic::run() {
   if (!isTrusted) co_return report.emit("FAILED: no Accessibility permission for this launch.");
   emitDesktop();
 
-  before_ = co_await pointsInColour();
-  contentSize_ = usualSize;
-  probe_ = around_.probeWindows.openWindow("pellow-probe", windowTitle, usualSize, fill);
-  co_await pause(untilPlaced);
+  co_await witness_.lookBefore();
+  probe_ = around_.probeWindows.openWindow("pellow-probe", windowTitle, usualSize,
+                                           ColourWitness::colour);
+  co_await pause(around_.mainQueue, untilPlaced);
   window_ = co_await findWindow();
   if (!window_) co_return report.emit("FAILED: could not see our own window through AX.");
   const auto start = co_await frame();
   if (!start) co_return report.emit("FAILED: could not read our own window frame.");
   report.emit("Start frame (Quartz): " + DiagnosticReport::fmt(*start));
+  const auto seen = co_await witness_.learn(*start);
+  report.emit(seen ? "Picture of the screens: it shows the window"
+                   : "Picture of the screens: none. " + seen.error().sentence);
   co_await tryPlaces(*start);
   (void)co_await moveTo(start->origin);
 }
@@ -95,14 +86,6 @@ QuartzRect OffscreenDiagnostic::unionOfScreens() const {
 }
 
 Task<> OffscreenDiagnostic::tryPlaces(QuartzRect start) {
-  const auto atStart =
-      co_await paintedShare(looksForWindow, [](double share) { return share >= enoughToJudge; });
-  around_.report.emit(
-      atStart ? fmt::format("Picture of the screens: it shows {} of the window", percent(*atStart))
-              : "Picture of the screens: none. " + atStart.error().sentence);
-  if (atStart && *atStart < enoughToJudge)
-    before_ = std::unexpected(SystemError{"It did not show the window at its start."});
-
   co_await tryFormula("REAL FORMULA right, default window", StripEdge::right);
   co_await tryFormula("REAL FORMULA left, default window", StripEdge::left);
   co_await resize(veryWide);
@@ -123,7 +106,7 @@ Task<> OffscreenDiagnostic::tryOnSecondScreen(QuartzRect screen) {
 }
 
 Task<> OffscreenDiagnostic::tryFormula(std::string_view title, StripEdge edge) {
-  const auto now = (co_await frame()).value_or(QuartzRect({}, contentSize_));
+  const auto now = (co_await frame()).value_or(QuartzRect({}, usualSize));
   ++parkings_;
   if (!co_await tryPlace(title, places_.parkOrigin(now, edge))) ++failedParkings_;
 }
@@ -145,12 +128,11 @@ Task<bool> OffscreenDiagnostic::tryPlace(std::string_view title, QuartzPoint ask
   }
   emitPlace(asked, *now);
   const bool isBeyond = around_.displays.isHidden(*now);
-  const auto painted =
-      co_await paintedShare(looksForAbsence, [](double share) { return share <= seenAtMost; });
-  if (!painted) co_return isBeyond;
-  report.emit(
-      fmt::format("  picture of the screens: {} of the window still painted", percent(*painted)));
-  co_return isBeyond && *painted <= seenAtMost;
+  const auto painted = co_await witness_.paintedShare(*now);
+  report.emit("  picture of the screens: " +
+              (painted ? percent(*painted) + " of the window still painted"
+                       : "none. " + painted.error().sentence));
+  co_return isBeyond&& painted.value_or(0) <= ColourWitness::seenAtMost;
 }
 
 void OffscreenDiagnostic::emitPlace(QuartzPoint asked, const QuartzRect& frame) {
@@ -185,7 +167,7 @@ Task<std::optional<AXElement>> OffscreenDiagnostic::findWindow() {
   std::size_t count = 0;
   std::optional<AXElement> found;
   for (int look = 0; look < looksForWindow && !found; ++look) {
-    if (look > 0) co_await pause(untilMoved);
+    if (look > 0) co_await pause(around_.mainQueue, untilMoved);
     const auto windows = co_await around_.axQueue.ax([&] {
       return TargetWindow::everyWindow(around_.accessibility, around_.ownProcess,
                                        AX::timeout::windowChange)
@@ -211,46 +193,13 @@ Task<std::expected<void, AXError>> OffscreenDiagnostic::moveTo(QuartzPoint origi
   const auto written = co_await around_.axQueue.ax([&] {
     return window_->setAttribute(AX::attribute::position, origin, AX::timeout::windowChange);
   });
-  co_await pause(untilMoved);
+  co_await pause(around_.mainQueue, untilMoved);
   co_return written;
 }
 
 Task<> OffscreenDiagnostic::resize(Size contentSize) {
-  contentSize_ = contentSize;
   probe_->setContentSize(contentSize);
-  co_await pause(untilMoved);
-}
-
-Task<OffscreenDiagnostic::Share> OffscreenDiagnostic::paintedShare(
-    int looksAtMost, std::function<bool(double)> isExpected) {
-  Share share = before_;
-  for (int look = 0; look < looksAtMost && share; ++look) {
-    if (look > 0) co_await pause(untilMoved);
-    share = co_await pointsInColour();
-    if (share) *share = std::max(0.0, *share - *before_) / contentSize_.width / contentSize_.height;
-    if (share && isExpected(*share)) break;
-  }
-  co_return share;
-}
-
-Task<OffscreenDiagnostic::Share> OffscreenDiagnostic::pointsInColour() {
-  using Picture = std::expected<DisplayPicture, SystemError>;
-  double points = 0;
-  for (const auto& screen : around_.screens.all()) {
-    if (!screen.displayID) continue;
-    const auto picture =
-        co_await Answer<Picture>(inTime<Picture>(around_.mainQueue, [&](auto onDisplay) {
-          return around_.screenCapture.captureDisplay(*screen.displayID, std::move(onDisplay));
-        }));
-    if (!picture) co_return std::unexpected(picture.error());
-    points += static_cast<double>(std::ranges::count_if(picture->pixels, isFill));
-  }
-  co_return points;
-}
-
-Task<> OffscreenDiagnostic::pause(Seconds duration) {
-  co_await Answer<bool>(
-      [&](auto onOver) { return around_.mainQueue.after(duration, [onOver] { onOver(true); }); });
+  co_await pause(around_.mainQueue, untilMoved);
 }
 
 }  // namespace pellow

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <expected>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +10,7 @@
 #include "access/displays.h"
 #include "base/task.h"
 #include "base/texts.h"
+#include "diagnostics/colour_witness.h"
 #include "diagnostics/diagnostic_report.h"
 #include "engine/parking_places.h"
 #include "platform/accessibility.h"
@@ -46,8 +46,6 @@ class OffscreenDiagnostic {
   Task<> run();
 
  private:
-  using Share = std::expected<double, SystemError>;
-
   void emitDesktop();
   QuartzRect unionOfScreens() const;
   Task<> tryPlaces(QuartzRect start);
@@ -63,20 +61,12 @@ class OffscreenDiagnostic {
   Task<std::optional<QuartzRect>> frame();
   Task<std::expected<void, AXError>> moveTo(QuartzPoint origin);
   Task<> resize(Size contentSize);
-  // Which part of its content the pictures of the displays show: as soon as it is what is expected,
-  // since whoever paints the screen may be late, or after so many looks.
-  Task<Share> paintedShare(int looksAtMost, std::function<bool(double)> isExpected);
-
-  // How many points of the displays have the window's colour.
-  Task<Share> pointsInColour();
-  Task<> pause(Seconds duration);
 
   Surroundings around_;
   ParkingPlaces places_;
+  ColourWitness witness_;
   std::unique_ptr<ProbeWindow> probe_;
-  Size contentSize_;                 // as asked for
   std::optional<AXElement> window_;  // once it has been found
-  Share before_ = 0;                 // `pointsInColour` without the window
   int parkings_ = 0;
   int failedParkings_ = 0;
 };

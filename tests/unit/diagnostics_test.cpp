@@ -73,7 +73,7 @@ TEST_F(OffscreenReport, TellsEveryPlaceOfADesktopThatLetsWindowsGo) {
                           "Windows are placed by: a simulated desktop",
                           "Own AX windows found: 1",
                           "Start frame (Quartz): (520, 263) 400 x 328",
-                          "Picture of the screens: it shows 100.0% of the window",
+                          "Picture of the screens: it shows the window",
                           "",
                           right,
                           "  asked for: (1439, 872)",
@@ -144,15 +144,16 @@ TEST_F(OffscreenReport, ThePictureIsLookedAtUntilItIsTrue) {
   withWindow(1, [](const auto& window) { window.isPaintedAt({700, 263}); });
   withWindow(2, [](const auto& window) { window.isPaintedAt({2000, 0}); });
   report();
-  EXPECT_EQ(lines()[8], "Picture of the screens: it shows 100.0% of the window");
+  EXPECT_EQ(lines()[8], "Picture of the screens: it shows the window");
   EXPECT_EQ(below(right).back(), "  picture of the screens: 0.0% of the window still painted");
 }
 
 TEST_F(OffscreenReport, APictureThatNeverShowedTheWindowIsNoWitness) {
   withWindow(0.3, [](const auto& window) { window.isPaintedAt({1260, 263}); });
   report();
-  EXPECT_EQ(lines()[8], "Picture of the screens: it shows 45.0% of the window");
-  EXPECT_EQ(below(right).back(), "  0.0% of the window still on screen");
+  EXPECT_EQ(lines()[8], "Picture of the screens: none. It does not show the window at its start.");
+  EXPECT_EQ(below(right).back(),
+            "  picture of the screens: none. It does not show the window at its start.");
 }
 
 TEST_F(OffscreenReport, ADesktopThatClampsIsToldApart) {
@@ -203,7 +204,8 @@ TEST_F(OffscreenReport, WithoutPicturesTheCoordinatesMustDo) {
   report();
   EXPECT_EQ(below("Start frame (Quartz): (520, 263) 400 x 328")[0],
             "Picture of the screens: none. The user declined the capture of windows.");
-  EXPECT_EQ(below(right).back(), "  0.0% of the window still on screen");
+  EXPECT_EQ(below(right).back(),
+            "  picture of the screens: none. The user declined the capture of windows.");
   EXPECT_EQ(lines().back(), "RESULT: a window parked by the real formula is out of sight.");
 }
 
