@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/harness/everyday.h"
+#include "tests/harness/monitors.h"
 
 // The two reports, written beside a program that has put windows away. `Report` is a column of the
 // table of scripts/window-managers.
@@ -58,6 +59,18 @@ TEST_F(ReportsTest, Report) {
   expectHome({here});
   EXPECT_TRUE(hasTabs(1));
   EXPECT_TRUE(desktop.shownWindows("pellow", "pellow-probe").empty());
+}
+
+TEST_F(ReportsTest, PicturesOfAllMonitorsAreLookedAt) {
+  Monitors monitors(desktop.display());
+  monitors.plug("left", {0, 0, 640, 800}, true);
+  monitors.plug("right", {640, 0, 640, 700});
+  desktop.restartWindowManager();
+  const auto lines = offscreen();
+  const auto second = std::ranges::find(lines, "REAL FORMULA right, window on secondary display");
+  ASSERT_NE(second, lines.end()) << nlohmann::json(lines).dump(1);
+  EXPECT_EQ(second[1], "  asked for: (1279, 672)");
+  EXPECT_EQ(second[6], "  picture of the screens: 0.0% of the window still painted");
 }
 
 TEST_F(ReportsTest, EveryWindowIsFoundAndPhotographed) {
