@@ -35,7 +35,7 @@ LinuxPlatform::Claim readClaim() {
   return relaunched ? LinuxPlatform::Claim::afterPredecessorEnds : LinuxPlatform::Claim::now;
 }
 
-// With the program's work, which has the platform and the main loop in hand.
+// Prepares the process and opens the platform for `run`.
 template <class RunOnPlatform>
 int runOnPlatform(LinuxPlatform::Claim claim, RunOnPlatform run) {
   const GivenEnvironment environment;  // before Qt and what prepares it change theirs
@@ -75,14 +75,13 @@ int runProgram(QtApplication& application, LinuxPlatform& platform) {
   return status;
 }
 
-int writeReport(ReportMode mode) {
-  return runOnPlatform(
-      LinuxPlatform::Claim::none, [mode](QtApplication& application, LinuxPlatform& platform) {
-        ReportDelegate delegate(platform, mode);
-        const auto launch =
-            platform.queues().main().async([&] { delegate.applicationDidFinishLaunching(); });
-        return application.run();
-      });
+int writeReport(QtApplication& application, LinuxPlatform& platform, ReportMode mode) {
+  ReportDelegate delegate(platform, mode);
+  const auto launch =
+      platform.queues().main().async([&] { delegate.applicationDidFinishLaunching(); });
+  const int status = application.run();
+  delegate.applicationWillTerminate();
+  return status;
 }
 
 }  // namespace
@@ -94,6 +93,9 @@ int main(int argc, char** argv) {
        .howItRuns = "Runs in the foreground on the X display that DISPLAY names, until it is told "
                     "to quit."});
   if (const auto* what = std::get_if<PrintAndExit>(&commandLine)) return print(*what);
-  if (const auto* report = std::get_if<WriteReport>(&commandLine)) return writeReport(report->mode);
+  if (const auto* report = std::get_if<WriteReport>(&commandLine))
+    return runOnPlatform(LinuxPlatform::Claim::none, [report](auto& application, auto& platform) {
+      return writeReport(application, platform, report->mode);
+    });
   return runOnPlatform(readClaim(), runProgram);
 }

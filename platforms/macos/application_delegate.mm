@@ -27,6 +27,7 @@ struct Program {
   }
 
   void applicationWillTerminate() {
+    if (reportDelegate) reportDelegate->applicationWillTerminate();
     if (appDelegate) appDelegate->applicationWillTerminate();
   }
 

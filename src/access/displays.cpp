@@ -1,11 +1,6 @@
 #include "access/displays.h"
 
 namespace pellow {
-namespace {
-
-constexpr double hiddenFraction = 0.05;
-
-}  // namespace
 
 Displays::Displays(Screens& screens)
     : screens_(screens), changes_(screens.onDidChangeParameters([this] { recordMainHeight(); })) {}

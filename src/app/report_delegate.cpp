@@ -2,12 +2,25 @@
 
 #include <fmt/format.h>
 
+#include <exception>
+#include <string>
+
 namespace pellow {
 namespace {
 
 constexpr const char* fileName(ReportMode mode) {
   return mode == ReportMode::offscreen ? "pellow-offscreen-diagnostic.txt"
                                        : "pellow-capture-diagnostic.txt";
+}
+
+std::string whatOf(const std::exception_ptr& error) {
+  try {
+    std::rethrow_exception(error);
+  } catch (const std::exception& known) {
+    return known.what();
+  } catch (...) {
+    return "of an unknown kind";
+  }
 }
 
 }  // namespace
@@ -28,7 +41,8 @@ ReportDelegate::ReportDelegate(Platform& platform, ReportMode mode)
                   .screens = platform.screens(),
                   .texts = platform.texts(),
                   .workspace = platform.workspace(),
-                  .ownProcess = platform.process().pid()}),
+                  .ownProcess = platform.process().pid(),
+                  .version = platform.updateFramework().currentVersion().value_or("unknown")}),
       capture_({.accessibility = platform.accessibility(),
                 .axQueue = axQueue_,
                 .mainQueue = platform.queues().main(),
@@ -37,7 +51,8 @@ ReportDelegate::ReportDelegate(Platform& platform, ReportMode mode)
                 .texts = platform.texts(),
                 .workspace = platform.workspace(),
                 .ownProcess = platform.process().pid()}),
-      task_([this](std::exception_ptr) { fail("an error that nobody expected"); }) {
+      task_(
+          [this](const std::exception_ptr& error) { fail("unexpected error: " + whatOf(error)); }) {
   platform.process().becomeAccessory();
 }
 

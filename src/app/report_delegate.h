@@ -26,8 +26,12 @@ class ReportDelegate {
   // Once, when the main loop runs. The process ends by itself when the report is written.
   void applicationDidFinishLaunching();
 
+  // Once, when the main loop is about to end before the report did.
+  void applicationWillTerminate() { fail("the session ended"); }
+
  private:
   Task<> run();
+  // Ends the report where it is.
   void fail(std::string_view why);
 
   Platform& platform_;

@@ -30,7 +30,7 @@ struct Texts {
   Text screenRecordingOff;
   Text screenRecordingLost;
   Text screenRecordingExplained;
-  Text screenRecordingCaveat;  // of a report that finds none; in lines
+  Text screenRecordingCaveat;  // in several lines, of the report on pictures without it
 
   // Actions that failed.
   Text hideRefused;

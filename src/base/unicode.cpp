@@ -1,5 +1,7 @@
 #include "base/unicode.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -155,6 +157,24 @@ std::optional<char32_t> firstScalar(std::string_view utf8) {
 
 std::string upperCased(std::string_view utf8) { return mapped(utf8, appendUpper); }
 std::string lowerCased(std::string_view utf8) { return mapped(utf8, appendLower); }
+
+std::string oneLine(std::string_view utf8) {
+  constexpr unsigned char leadOfC1 = 0xC2;  // of U+0080 to U+00BF; the controls end at U+009F
+  const auto at = [&](std::size_t i) { return static_cast<unsigned char>(utf8[i]); };
+  std::string line;
+  for (std::size_t i = 0; i < utf8.size(); ++i) {
+    if (at(i) == '\n') {
+      line += "\\n";
+    } else if (at(i) < 0x20 || at(i) == 0x7F) {
+      line += fmt::format("\\x{:02X}", at(i));
+    } else if (at(i) == leadOfC1 && i + 1 < utf8.size() && at(i + 1) < 0xA0) {
+      line += fmt::format("\\x{:02X}", at(++i));
+    } else {
+      line += utf8[i];
+    }
+  }
+  return line;
+}
 
 std::string_view trimmed(std::string_view utf8) {
   std::size_t first = utf8.size();

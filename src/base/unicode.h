@@ -14,6 +14,9 @@ std::optional<char32_t> firstScalar(std::string_view utf8);
 std::string upperCased(std::string_view utf8);
 std::string lowerCased(std::string_view utf8);
 
+// The text as one line: control characters are spelled out, such as "\\n" and "\\x1B".
+std::string oneLine(std::string_view utf8);
+
 // The text without the white space at both ends.
 std::string_view trimmed(std::string_view utf8);
 

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <array>
+#include <expected>
 #include <functional>
 #include <memory>
 #include <utility>
 
 #include "base/answer.h"
+#include "base/subscription.h"
 #include "platform/queues.h"
 #include "platform/system_error.h"
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
 #include <ranges>
 #include <string_view>
 #include <utility>
@@ -19,7 +21,7 @@ Task<> CaptureDiagnostic::diagnose() {
   const auto shareable = co_await shareableWindows();
   for (const auto& each : around_.workspace.runningApplications())
     if (each.activationPolicy == ActivationPolicy::regular && each.pid != around_.ownProcess)
-      co_await diagnose(each, shareable);
+      co_await diagnoseApplication(each, shareable);
   around_.report.emit("=== end ===");
 }
 
@@ -39,13 +41,13 @@ Task<CaptureDiagnostic::Shareable> CaptureDiagnostic::shareableWindows() {
     return around_.screenCapture.shareableWindows(std::move(onWindows));
   }));
   if (listed) co_return std::move(*listed);
-  around_.report.emit("FAILED: could not list the windows on the screen: " +
+  around_.report.emit("FAILED: could not list the windows on the screen, so none will match. " +
                       listed.error().sentence);
   co_return Shareable();
 }
 
-Task<> CaptureDiagnostic::diagnose(const RunningApplication& application,
-                                   const Shareable& shareable) {
+Task<> CaptureDiagnostic::diagnoseApplication(const RunningApplication& application,
+                                              const Shareable& shareable) {
   const auto windows = co_await around_.axQueue.ax([&] {
     return TargetWindow::everyWindow(around_.accessibility, application.pid,
                                      AX::timeout::windowChange);
@@ -53,8 +55,7 @@ Task<> CaptureDiagnostic::diagnose(const RunningApplication& application,
   around_.report.emit(
       fmt::format("{}: {} AX window(s)", application.localizedName, windows ? windows->size() : 0));
   if (!windows) {
-    around_.report.emit(
-        fmt::format("  FAILED: AXWindows answers error {}", static_cast<int>(windows.error())));
+    around_.report.emit("  FAILED: AXWindows answers " + DiagnosticReport::fmt(windows.error()));
     co_return;
   }
   Shareable own;
@@ -63,12 +64,12 @@ Task<> CaptureDiagnostic::diagnose(const RunningApplication& application,
   });
   for (const auto& window : *windows) {
     const auto state = co_await around_.axQueue.ax([&] { return window.state(); });
-    co_await diagnose(application.pid, state, own);
+    co_await diagnoseWindow(application.pid, state, own);
   }
 }
 
-Task<> CaptureDiagnostic::diagnose(ProcessID pid, const WindowState& window,
-                                   const Shareable& shareable) {
+Task<> CaptureDiagnostic::diagnoseWindow(ProcessID pid, const WindowState& window,
+                                         const Shareable& shareable) {
   auto& report = around_.report;
   if (!window.frame) {
     report.emit(fmt::format("  '{}' [no frame]{}", window.title,

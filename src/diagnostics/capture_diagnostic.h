@@ -39,8 +39,8 @@ class CaptureDiagnostic {
 
   void emitPermission();
   Task<Shareable> shareableWindows();
-  Task<> diagnose(const RunningApplication& application, const Shareable& shareable);
-  Task<> diagnose(ProcessID pid, const WindowState& window, const Shareable& shareable);
+  Task<> diagnoseApplication(const RunningApplication& application, const Shareable& shareable);
+  Task<> diagnoseWindow(ProcessID pid, const WindowState& window, const Shareable& shareable);
 
   Surroundings around_;
   WindowCapture windowCapture_;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "access/displays.h"
 #include "capture/in_time.h"
 #include "diagnostics/pause.h"
 
@@ -45,9 +46,9 @@ Task<std::expected<double, SystemError>> ColourWitness::paintedShare(QuartzRect 
   if (!density_) co_return density_;
   const double whole = *density_ * frame.area();
   const auto points = co_await pointsInColour(
-      looksForAbsence, [=](double each) { return each <= seenAtMost * whole; });
+      looksForAbsence, [=](double each) { return each <= Displays::hiddenFraction * whole; });
   if (!points || whole <= 0) co_return points;
-  co_return *points / whole;
+  co_return std::min(*points / whole, 1.0);
 }
 
 Task<ColourWitness::Points> ColourWitness::pointsInColour(
@@ -65,6 +66,8 @@ Task<ColourWitness::Points> ColourWitness::pointsInColour(
 
 Task<ColourWitness::Points> ColourWitness::countPoints() {
   using Picture = std::expected<DisplayPicture, SystemError>;
+  if (!screenCapture_.preflightAccess())
+    co_return std::unexpected(SystemError{"There is no Screen Recording permission."});
   double points = 0;
   for (const auto& screen : screens_.all()) {
     if (!screen.displayID) continue;

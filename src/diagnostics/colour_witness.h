@@ -18,7 +18,6 @@ namespace pellow {
 class ColourWitness {
  public:
   static constexpr Colour colour{0.90, 0.18, 0.54};  // seldom found elsewhere
-  static constexpr double seenAtMost = 0.05;         // of a window that counts as away
 
   ColourWitness(MainQueue& mainQueue, ScreenCapture& screenCapture, Screens& screens)
       : mainQueue_(mainQueue), screenCapture_(screenCapture), screens_(screens) {}

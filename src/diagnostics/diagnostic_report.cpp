@@ -2,13 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <utility>
+
+#include "access/pellow_error.h"
+#include "base/unicode.h"
 
 namespace pellow {
 namespace {
-
-constexpr unsigned char space = 0x20;
 
 std::string pair(double x, double y) {
   return fmt::format("({}, {})", static_cast<long>(x), static_cast<long>(y));
@@ -25,8 +25,7 @@ DiagnosticReport::DiagnosticReport(std::string fileName, Process& process, Files
 
 // Titles of windows may hold anything.
 void DiagnosticReport::emit(std::string_view line) {
-  std::string whole(line);
-  std::ranges::replace_if(whole, [](unsigned char byte) { return byte < space; }, ' ');
+  const auto whole = oneLine(line);
   process_.print(whole);
   if (!text_.empty()) text_ += '\n';
   text_ += whole;
@@ -51,6 +50,9 @@ std::string DiagnosticReport::fmt(const AppKitRect& rect) {
 }
 std::string DiagnosticReport::fmt(Size size) {
   return fmt::format("{} x {}", static_cast<long>(size.width), static_cast<long>(size.height));
+}
+std::string DiagnosticReport::fmt(AXError error) {
+  return fmt::format("error {} ({})", static_cast<int>(error), explanation(error));
 }
 
 }  // namespace pellow

@@ -5,6 +5,7 @@
 
 #include "base/geometry.h"
 #include "base/log.h"
+#include "platform/ax_error.h"
 #include "platform/files.h"
 #include "platform/process.h"
 
@@ -17,7 +18,7 @@ class DiagnosticReport {
   // The file goes to the temporary folder.
   DiagnosticReport(std::string fileName, Process& process, Files& files, const Log& log);
 
-  // One line; what would break it becomes a space.
+  // One line, whatever is in it.
   void emit(std::string_view line);
 
   // Writes the file and ends the process with status 0. A file that cannot be written only shows in
@@ -32,6 +33,8 @@ class DiagnosticReport {
   static std::string fmt(const AppKitRect& rect);
   // "640 x 480"
   static std::string fmt(Size size);
+  // "error -25204 (the app did not respond in time)"
+  static std::string fmt(AXError error);
 
  private:
   std::string path_;

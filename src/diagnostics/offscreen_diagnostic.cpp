@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "access/target_window.h"
 #include "diagnostics/pause.h"
 
 namespace pellow {
@@ -25,7 +24,7 @@ constexpr double beyond = 100;       // points, of the control placements
 
 std::string percent(double share) { return fmt::format("{:.1f}%", 100 * share); }
 
-std::string parts(const std::vector<std::pair<double, std::string_view>>& distances) {
+std::string distancesText(const std::vector<std::pair<double, std::string_view>>& distances) {
   std::string text;
   for (const auto& [points, side] : distances)
     if (points > 0)
@@ -47,6 +46,7 @@ Task<> OffscreenDiagnostic::run() {
   report.emit(fmt::format("Accessibility permission: {}", isTrusted));
   if (!isTrusted) co_return report.emit("FAILED: no Accessibility permission for this launch.");
   emitDesktop();
+  if (around_.displays.frames().empty()) co_return report.emit("FAILED: there is no screen.");
 
   co_await witness_.lookBefore();
   probe_ = around_.probeWindows.openWindow("pellow-probe", windowTitle, usualSize,
@@ -58,24 +58,26 @@ Task<> OffscreenDiagnostic::run() {
   if (!start) co_return report.emit("FAILED: could not read our own window frame.");
   report.emit("Start frame (Quartz): " + DiagnosticReport::fmt(*start));
   const auto seen = co_await witness_.learn(*start);
-  report.emit(seen ? "Picture of the screens: it shows the window"
-                   : "Picture of the screens: none. " + seen.error().sentence);
+  report.emit("Picture of the screens: " +
+              (seen ? "it shows the window" : "no witness. " + seen.error().sentence));
   co_await tryPlaces(*start);
-  (void)co_await moveTo(start->origin);
+  co_await put(start->origin, "back");
+  emitResult();
 }
 
 void OffscreenDiagnostic::emitDesktop() {
   auto& report = around_.report;
   const auto screens = around_.screens.all();
   for (std::size_t index = 0; index < screens.size(); ++index)
-    report.emit(fmt::format("Screen {}: frame {}, visible frame {}", index,
+    report.emit(fmt::format("Screen {} (AppKit): frame {}, visible frame {}", index,
                             DiagnosticReport::fmt(screens[index].frame),
                             DiagnosticReport::fmt(screens[index].visibleFrame)));
   const auto all = unionOfScreens();
   report.emit("All screens (AppKit): " +
               DiagnosticReport::fmt(around_.displays.flip().toAppKit(all)));
   report.emit("All screens (Quartz): " + DiagnosticReport::fmt(all));
-  report.emit("Windows are placed by: " + around_.workspace.windowServerDescription());
+  report.emit("Desktop: " + around_.workspace.windowServerDescription());
+  report.emit("Pellow version: " + around_.version);
 }
 
 QuartzRect OffscreenDiagnostic::unionOfScreens() const {
@@ -96,12 +98,12 @@ Task<> OffscreenDiagnostic::tryPlaces(QuartzRect start) {
   const auto all = unionOfScreens();
   co_await tryPlace("control: fully right of arrangement", {all.maxX() + beyond, start.minY()});
   co_await tryPlace("control: fully below arrangement", {start.minX(), all.maxY() + beyond});
-  emitResult();
 }
 
 Task<> OffscreenDiagnostic::tryOnSecondScreen(QuartzRect screen) {
   const auto now = (co_await frame()).value_or(QuartzRect({}, usualSize));
-  (void)co_await moveTo({screen.midX() - now.width() / 2, screen.midY() - now.height() / 2});
+  co_await put({screen.midX() - now.width() / 2, screen.midY() - now.height() / 2},
+               "to the secondary display");
   co_await tryFormula("REAL FORMULA right, window on secondary display", StripEdge::right);
 }
 
@@ -118,7 +120,7 @@ Task<bool> OffscreenDiagnostic::tryPlace(std::string_view title, QuartzPoint ask
   report.emit("  asked for: " + DiagnosticReport::fmt(asked));
   const auto moved = co_await moveTo(asked);
   if (!moved) {
-    report.emit(fmt::format("  got: error {}", static_cast<int>(moved.error())));
+    report.emit("  got: " + DiagnosticReport::fmt(moved.error()));
     co_return false;
   }
   const auto now = co_await frame();
@@ -127,12 +129,12 @@ Task<bool> OffscreenDiagnostic::tryPlace(std::string_view title, QuartzPoint ask
     co_return false;
   }
   emitPlace(asked, *now);
-  const bool isBeyond = around_.displays.isHidden(*now);
+  const bool isOffDisplays = around_.displays.isHidden(*now);
   const auto painted = co_await witness_.paintedShare(*now);
   report.emit("  picture of the screens: " +
               (painted ? percent(*painted) + " of the window still painted"
-                       : "none. " + painted.error().sentence));
-  co_return isBeyond&& painted.value_or(0) <= ColourWitness::seenAtMost;
+                       : "no witness. " + painted.error().sentence));
+  co_return isOffDisplays&& painted.value_or(0) <= Displays::hiddenFraction;
 }
 
 void OffscreenDiagnostic::emitPlace(QuartzPoint asked, const QuartzRect& frame) {
@@ -143,45 +145,51 @@ void OffscreenDiagnostic::emitPlace(QuartzPoint asked, const QuartzRect& frame) 
   report.emit(fmt::format("  got: {}, size {}", DiagnosticReport::fmt(frame.origin),
                           DiagnosticReport::fmt(frame.size)));
   report.emit(fmt::format("  clamped: {}", isClamped ? "yes" : "no"));
-  report.emit("  beyond the screens: " + parts({{all.minX() - frame.minX(), "left"},
-                                                {frame.maxX() - all.maxX(), "right"},
-                                                {all.minY() - frame.minY(), "above"},
-                                                {frame.maxY() - all.maxY(), "below"}}));
-  report.emit("  " + percent(around_.displays.visibleFraction(frame).value_or(0)) +
+  report.emit("  beyond the screens: " + distancesText({{all.minX() - frame.minX(), "left"},
+                                                        {frame.maxX() - all.maxX(), "right"},
+                                                        {all.minY() - frame.minY(), "above"},
+                                                        {frame.maxY() - all.maxY(), "below"}}));
+  report.emit("  " + percent(std::min(around_.displays.visibleFraction(frame).value_or(0), 1.0)) +
               " of the window still on screen");
 }
 
 void OffscreenDiagnostic::emitResult() {
   auto& report = around_.report;
   report.emit("");
-  report.emit(failedParkings_ == 0
-                  ? "RESULT: a window parked by the real formula is out of sight."
-                  : fmt::format("RESULT: a window parked by the real formula stays in sight in {} "
-                                "of {} cases.",
-                                failedParkings_, parkings_));
+  report.emit(
+      failedParkings_ == 0
+          ? "RESULT: a window parked by the real formula is out of sight."
+          : fmt::format("RESULT: a window could not be put out of sight by the real formula in {} "
+                        "of {} cases.",
+                        failedParkings_, parkings_));
   if (around_.workspace.keepsWindowsOnDisplays()) report.emit(around_.texts.offscreenIsMinimize);
 }
 
 // The system needs a moment to place a new window, and a busy one more than that.
 Task<std::optional<AXElement>> OffscreenDiagnostic::findWindow() {
-  std::size_t count = 0;
+  std::expected<std::vector<TargetWindow>, AXError> windows;
   std::optional<AXElement> found;
   for (int look = 0; look < looksForWindow && !found; ++look) {
     if (look > 0) co_await pause(around_.mainQueue, untilMoved);
-    const auto windows = co_await around_.axQueue.ax([&] {
-      return TargetWindow::everyWindow(around_.accessibility, around_.ownProcess,
-                                       AX::timeout::windowChange)
-          .value_or(std::vector<TargetWindow>());
-    });
-    count = windows.size();
+    windows = co_await ownWindows();
+    if (!windows) continue;
     found = co_await around_.axQueue.ax([&]() -> std::optional<AXElement> {
-      for (const auto& window : windows)
+      for (const auto& window : *windows)
         if (window.state().title == windowTitle) return window.element;
       return std::nullopt;
     });
   }
-  around_.report.emit(fmt::format("Own AX windows found: {}", count));
+  around_.report.emit(fmt::format("Own AX windows found: {}", windows ? windows->size() : 0));
+  if (!windows)
+    around_.report.emit("FAILED: AXWindows answers " + DiagnosticReport::fmt(windows.error()));
   co_return found;
+}
+
+Task<std::expected<std::vector<TargetWindow>, AXError>> OffscreenDiagnostic::ownWindows() {
+  co_return co_await around_.axQueue.ax([&] {
+    return TargetWindow::everyWindow(around_.accessibility, around_.ownProcess,
+                                     AX::timeout::windowChange);
+  });
 }
 
 Task<std::optional<QuartzRect>> OffscreenDiagnostic::frame() {
@@ -195,6 +203,13 @@ Task<std::expected<void, AXError>> OffscreenDiagnostic::moveTo(QuartzPoint origi
   });
   co_await pause(around_.mainQueue, untilMoved);
   co_return written;
+}
+
+Task<> OffscreenDiagnostic::put(QuartzPoint origin, std::string_view where) {
+  const auto moved = co_await moveTo(origin);
+  if (!moved)
+    around_.report.emit(fmt::format("FAILED: could not move the window {}: {}", where,
+                                    DiagnosticReport::fmt(moved.error())));
 }
 
 Task<> OffscreenDiagnostic::resize(Size contentSize) {

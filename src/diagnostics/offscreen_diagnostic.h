@@ -5,9 +5,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "access/ax_queue.h"
 #include "access/displays.h"
+#include "access/target_window.h"
 #include "base/task.h"
 #include "base/texts.h"
 #include "diagnostics/colour_witness.h"
@@ -38,6 +40,7 @@ class OffscreenDiagnostic {
     const Texts& texts;
     Workspace& workspace;
     ProcessID ownProcess;
+    std::string version;  // the program's
   };
 
   explicit OffscreenDiagnostic(const Surroundings& around);
@@ -58,8 +61,11 @@ class OffscreenDiagnostic {
 
   // Of the window.
   Task<std::optional<AXElement>> findWindow();
+  Task<std::expected<std::vector<TargetWindow>, AXError>> ownWindows();
   Task<std::optional<QuartzRect>> frame();
   Task<std::expected<void, AXError>> moveTo(QuartzPoint origin);
+  // The same, when it only matters that it fails.
+  Task<> put(QuartzPoint origin, std::string_view where);
   Task<> resize(Size contentSize);
 
   Surroundings around_;

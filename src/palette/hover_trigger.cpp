@@ -93,7 +93,7 @@ Task<> HoverTrigger::confirm() {
 HoverTrigger::Probe HoverTrigger::look(QuartzPoint at, bool sweepsForWindow) const {
   const auto element =
       around_.accessibility.elementAtPosition(around_.accessibility.systemWide(), at, patience);
-  if (!element) return {};
+  if (!element || element->pid() == around_.ownProcess) return {};
   if (AX::string(*element, AX::attribute::subrole, patience) == AX::subrole::minimizeButton) {
     auto window = windowOf(*element);
     const auto frame = AX::frame(*element, patience);
@@ -106,7 +106,7 @@ HoverTrigger::Probe HoverTrigger::look(QuartzPoint at, bool sweepsForWindow) con
 std::optional<TargetWindow> HoverTrigger::windowOf(const AXElement& element) const {
   const auto window = AX::enclosingWindow(element, patience);
   const auto pid = window ? window->pid() : std::unexpected(AXError::noValue);
-  if (!pid || *pid == around_.ownProcess) return std::nullopt;
+  if (!pid) return std::nullopt;
   return TargetWindow{*window, *pid};
 }
 

@@ -27,7 +27,7 @@ using AXValue =
 // shares the platform's object; two elements are equal when they stand for the same thing on the
 // screen, however they were obtained. Members may be called on any thread, on several at once; one
 // with a timeout blocks until the other application answers or the time is up (`cannotComplete`).
-// For an element of this process the main thread answers, which must not wait for the caller.
+// For an element of this process the main thread answers: it must not wait for the caller.
 // Once its thing is gone, an element answers `invalidUIElement` for ever.
 class AXElement {
  public:

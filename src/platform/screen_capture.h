@@ -43,7 +43,8 @@ struct DisplayPicture {
   bool operator==(const DisplayPicture&) const = default;
 };
 
-// Pictures of other applications' windows, and the permission to take them. Main thread.
+// Pictures of other applications' windows and of displays, and the permission to take them, without
+// which calls answer errors or have the system ask the user. Main thread.
 class ScreenCapture {
  public:
   virtual ~ScreenCapture() = default;

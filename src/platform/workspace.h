@@ -70,7 +70,8 @@ class Workspace {
   // to do so, or no longer.
   virtual bool keepsWindowsOnDisplays() = 0;
 
-  // Who places and paints windows here, in a few words for a report: "openbox on X11".
+  // Who places and paints windows here, in a few words for a report: "Openbox on X11, with no
+  // compositor".
   virtual std::string windowServerDescription() = 0;
 
   // Whether the application may have windows on Spaces that are not shown: its `windows` attribute

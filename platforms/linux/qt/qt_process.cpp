@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platforms/linux/system/programs.h"
+#include "platforms/posix/standard_output.h"
 
 namespace pellow {
 
@@ -17,18 +18,14 @@ QtProcess::QtProcess(TerminationSignals& signals, std::function<void()> beforeEx
 
 ProcessID QtProcess::pid() const { return getpid(); }
 
-// Without an ordinary window an application is in no dock and no taskbar anyway.
+// An application is in docks and taskbars by its ordinary windows alone.
 void QtProcess::becomeAccessory() {}
 
 Subscription QtProcess::onSignal(TerminationSignal signal, std::function<void()> handler) {
   return signals_.on(signal, std::move(handler));
 }
 
-void QtProcess::print(std::string_view line) {
-  std::fwrite(line.data(), 1, line.size(), stdout);
-  std::fputc('\n', stdout);
-  std::fflush(stdout);
-}
+void QtProcess::print(std::string_view line) { printLine(line); }
 
 // Without destructors: other threads may be in the middle of something.
 void QtProcess::exit(int status) {

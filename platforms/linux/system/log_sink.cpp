@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "base/unicode.h"
 #include "platforms/linux/system/environment.h"
 #include "platforms/linux/x11/text_encoding.h"
 #include "platforms/posix/file_descriptor.h"
@@ -104,22 +105,7 @@ class LogSink {
 }  // namespace
 
 std::string logLine(LogLevel level, std::string_view message) {
-  constexpr unsigned char leadOfC1 = 0xC2;  // of U+0080 to U+00BF; the controls end at U+009F
-  auto line = fmt::format("{} ", nameOf(level));
-  const auto text = validUTF8(message);
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    if (byte == '\n') {
-      line += "\\n";
-    } else if (byte < 0x20 || byte == 0x7F) {
-      line += fmt::format("\\x{:02X}", byte);
-    } else if (byte == leadOfC1 && static_cast<unsigned char>(text[i + 1]) < 0xA0) {
-      line += fmt::format("\\x{:02X}", static_cast<unsigned char>(text[++i]));
-    } else {
-      line += text[i];
-    }
-  }
-  return line;
+  return fmt::format("{} {}", nameOf(level), oneLine(validUTF8(message)));
 }
 
 Log::Sink makeLogSink(const std::filesystem::path& journal) {

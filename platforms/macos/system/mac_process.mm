@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -16,6 +15,7 @@
 #include "platforms/macos/foundation/error.h"
 #include "platforms/macos/foundation/main_queue.h"
 #include "platforms/macos/foundation/text.h"
+#include "platforms/posix/standard_output.h"
 
 namespace pellow {
 namespace {
@@ -70,11 +70,7 @@ Subscription MacProcess::onSignal(TerminationSignal signal, std::function<void()
   });
 }
 
-void MacProcess::print(std::string_view line) {
-  std::fwrite(line.data(), 1, line.size(), stdout);
-  std::fputc('\n', stdout);
-  std::fflush(stdout);
-}
+void MacProcess::print(std::string_view line) { printLine(line); }
 
 void MacProcess::exit(int status) {
   CFPreferencesAppSynchronize(kCFPreferencesCurrentApplication);
