@@ -155,7 +155,8 @@ std::expected<DisplayPicture, SystemError> ScreenCapture::displayNow(DisplayID d
   if (screen == desktop.screens.end()) return std::unexpected(noSuchDisplay);
   DisplayPicture picture{.width = static_cast<int>(screen->frame.width()),
                          .height = static_cast<int>(screen->frame.height())};
-  picture.pixels.resize(static_cast<std::size_t>(picture.width * picture.height));
+  picture.pixels.resize(static_cast<std::size_t>(picture.width) *
+                        static_cast<std::size_t>(picture.height));
   const auto frame = desktop.flip().toQuartz(screen->frame);
   for (const auto& window : desktop.windows | std::views::reverse) {
     if (!desktop.isVisible(window)) continue;

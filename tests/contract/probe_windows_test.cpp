@@ -16,7 +16,8 @@ class ProbeWindowsContract : public DesktopContractTest {
     EXPECT_FALSE(picture) << "it comes later";
     if (!until([&] { return picture.has_value(); }) || !*picture) return -1;
     EXPECT_EQ((*picture)->width, screen.frame.width());
-    EXPECT_EQ((*picture)->pixels.size(), std::size_t((*picture)->width * (*picture)->height));
+    EXPECT_EQ((*picture)->pixels.size(),
+              std::size_t((*picture)->width) * std::size_t((*picture)->height));
     return static_cast<int>(std::ranges::count((*picture)->pixels, 0x0033ccu));
   }
   bool comesToHave(int points) {

@@ -477,6 +477,7 @@ TEST_F(Settings, NoTextOnX11SpeaksOfAMac) {
         PellowError::nothingPinned(), PellowError::screenRecordingDenied(texts),
         PellowError::captureFailed()})
     said.push_back(error.errorDescription());
+  said.emplace_back(texts.screenRecordingCaveat);
   for (int error = 0; error > -20; --error)
     said.push_back(explanation(static_cast<AXError>(-25200 + error)));
   desktop.accessibility().setTrusted(true);
