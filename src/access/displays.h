@@ -33,9 +33,9 @@ class Displays {
   // overlap); nothing for a window without area.
   std::optional<double> visibleFraction(const QuartzRect& window) const;
 
-  // Of a window that counts as hidden, at most this much can be seen.
+  // The most that can be seen of a hidden window.
   static constexpr double hiddenFraction = 0.05;
-  // Whether that is so, or it has no area.
+  // Whether no more of the window can be seen, or it has no area.
   bool isHidden(const QuartzRect& window) const;
 
   // The display that holds most of the window; the first of equals, and the first of all when the

@@ -14,7 +14,7 @@ std::optional<char32_t> firstScalar(std::string_view utf8);
 std::string upperCased(std::string_view utf8);
 std::string lowerCased(std::string_view utf8);
 
-// The text as one line: control characters are spelled out, such as "\\n" and "\\x1B".
+// The text as one line: control characters are spelled out, as "\n" or "\x1B" in source.
 std::string oneLine(std::string_view utf8);
 
 // The text without the white space at both ends.

@@ -23,6 +23,7 @@ class Diagnostics : public testing::Test {
 
   void start() {
     delegate_.emplace(desktop, mode_);
+    desktop.process().onTerminate([this] { delegate_->applicationWillTerminate(); });
     delegate_->applicationDidFinishLaunching();
   }
 
@@ -226,6 +227,12 @@ TEST_F(OffscreenReport, ASignalEndsItWithWhatIsKnown) {
   EXPECT_EQ(lines().back(), "FAILED: interrupted by a signal.");
   EXPECT_TRUE(desktop.hasLogged("The report could not be written: The disk is full."));
   EXPECT_EQ(below(right).front(), "  asked for: (1439, 872)");
+}
+
+TEST_F(OffscreenReport, TheEndOfTheSessionEndsItToo) {
+  desktop.after(1, [this] { desktop.process().terminate(); });
+  report();
+  EXPECT_EQ(lines().back(), "FAILED: the session ended.");
 }
 
 class CaptureReport : public Diagnostics {
